@@ -1,0 +1,42 @@
+# What every target of the project has in common: the language, the warnings, Qt's strictness.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_AUTORCC ON)
+
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+# qdcore_target(NAME): applies the house rules to a target.
+function(qdcore_target name)
+  target_compile_definitions(${name} PRIVATE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_URL_CAST_FROM_STRING
+    QT_NO_KEYWORDS QT_DEPRECATED_WARNINGS)
+  if(WIN32)
+    target_compile_definitions(${name} PRIVATE UNICODE _UNICODE NOMINMAX)
+  endif()
+  if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wconversion)
+    if(QDCORE_WERROR)
+      target_compile_options(${name} PRIVATE -Werror)
+    endif()
+  endif()
+  if(QDCORE_SANITIZE)
+    target_compile_options(${name} PRIVATE -fsanitize=${QDCORE_SANITIZE} -fno-omit-frame-pointer)
+    target_link_options(${name} PRIVATE -fsanitize=${QDCORE_SANITIZE})
+  endif()
+endfunction()

@@ -1,0 +1,9 @@
+#pragma once
+
+// Where the library keeps files. Internal: not installed, not exported.
+
+#include <QString>
+
+/// The product's folder of the user followed by @p leaf, for instance "/Logs": the value of the environment variable
+/// APPDATA as it stands (empty when unset), the product's folder name, the leaf. Nothing is created.
+QString appFolder(const QString& leaf);

@@ -1,0 +1,56 @@
+#pragma once
+
+// How records read and write their fields. Internal: not installed, not exported.
+
+#include <QDomElement>
+#include <QString>
+#include <QVarLengthArray>
+
+/**
+ * The direct child elements of an element, walked once.
+ *
+ * QDomElement::firstChildElement() walks the children from the start for every field; a log of 10,000 entries of 15
+ * fields each pays for that. Of several children with one name the first counts.
+ */
+class DomChildren
+{
+public:
+    explicit DomChildren(const QDomElement& parent);
+
+    /// The first child element of that name, null if there is none.
+    QDomElement element(const QString& name) const;
+
+    bool has(const QString& name) const { return !element(name).isNull(); }
+
+    /// The text of the first child element of that name, empty if there is none.
+    QString text(const QString& name) const { return element(name).text(); }
+
+    /// Puts the child's text into @p field if there is such a child. Returns whether there is.
+    bool read(const QString& name, QString& field) const;
+
+private:
+    struct Child
+    {
+        QString name;
+        QDomElement element;
+    };
+    QVarLengthArray<Child, 24> m_children;
+};
+
+/// Appends `<name>text</name>` to @p parent and returns the new element. The one place that creates fields.
+QDomElement appendText(QDomDocument& document, QDomElement& parent, const QString& name, const QString& text);
+
+/// Appends `<name>text</name>` unless the text is empty.
+void appendTextIfSet(QDomDocument& document, QDomElement& parent, const QString& name, const QString& text);
+
+/// Appends an empty `<name/>` to @p parent and returns it, to be filled by the caller.
+QDomElement appendElement(QDomDocument& document, QDomNode& parent, const QString& name);
+
+/// Appends the declaration `<?xml version="1.0" encoding="utf-8"?>`, which opens every document of this system.
+void appendDeclaration(QDomDocument& document);
+
+/// "true" or "false".
+QString boolText(bool value);
+
+/// Whether a text says true: exactly "true", nothing else.
+bool isTrue(const QString& text);

@@ -1,0 +1,16 @@
+#pragma once
+
+// Enumerations that travel as texts: one table each, one lookup. Internal: not installed.
+
+#include <QString>
+
+/// The index of the entry of @p table that equals @p text, searched from @p first on; -1 when there is none.
+inline int indexOfText(const QString* table, int size, const QString& text,
+                       Qt::CaseSensitivity caseSensitivity = Qt::CaseSensitive, int first = 0)
+{
+    for (int i = first; i < size; ++i) {
+        if (table[i].compare(text, caseSensitivity) == 0)
+            return i;
+    }
+    return -1;
+}
