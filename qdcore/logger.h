@@ -3,6 +3,7 @@
 #include "qdcore_global.h"
 
 #include <QDate>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QMutex>
@@ -21,12 +22,14 @@
 /**
  * The one diagnostic log of the process: text lines in one file a day.
  *
- * Every class of the library logs through Logger::inst(). The file of a day is named QuendraClientLog-MM-dd-yyyy.txt
- * and stands in the user's application-data folder under "Quendra Client Software/Logs" unless setLocation() says
- * otherwise. Files older than 30 days are deleted, and never more than 30 files are kept.
+ * Every class of the library logs through Logger::inst(). The file of a day is named
+ * QuendraClientLog-MM-dd-yyyy.txt and stands in the user's application-data folder under "Quendra Client
+ * Software/Logs" unless setLocation() says otherwise. Files older than 30 days are deleted, and never more
+ * than 30 files are kept.
  *
- * log(), setLevel() and level() may be called from any thread: no line is lost and no two lines mix, also across
- * midnight. Nothing here reports an error; a line that cannot be written is dropped, and the next one tries again.
+ * log(), setLevel() and level() may be called from any thread: no line is lost and no two lines mix, also
+ * across midnight. Nothing here reports an error; a line that cannot be written is dropped, and the next one
+ * tries again.
  */
 class QDCORE_EXPORT Logger
 {
@@ -50,8 +53,8 @@ public:
     void setLevel(LEVEL level);
     LEVEL level() const { return m_level.load(std::memory_order_relaxed); }
 
-    /// Moves the log to another folder; the next line opens the day's file there. Nothing happens when the path
-    /// equals the current one as text.
+    /// Moves the log to another folder; the next line opens the day's file there. Nothing happens when the
+    /// path equals the current one as text.
     void setLocation(const QDir& dir);
 
     /// The log folder. For the thread that calls setLocation().
@@ -63,8 +66,8 @@ public:
     /// Closes the log file, for instance so that it can be copied. The next line opens it again.
     void releaseLogFile();
 
-    /// Deletes the daily files created on or before today plus @p days, so -30 keeps the last 30 days. Failures are
-    /// ignored.
+    /// Deletes the daily files created on or before today plus @p days, so -30 keeps the last 30 days; never
+    /// the open one. Failures are ignored. Runs by itself on each line that passes the level.
     void removeOldLogs(int days);
 
 protected:
@@ -79,14 +82,15 @@ protected:
     virtual QDateTime now() const;
 
 private:
-    QDate m_date;                       ///< The day of the open file, invalid at first.
-    QFile m_file;                       ///< The file of m_date.
-    QDir m_dir;                         ///< The log folder.
-    std::atomic<LEVEL> m_level {ERROR}; ///< The most verbose level that is written.
-    QMutex m_mutex;                     ///< Held while a line is built and written; nothing under it may log.
+    QDate m_date;                      ///< The day of the open file, invalid at first.
+    QFile m_file;                      ///< The file of m_date.
+    QDir m_dir;                        ///< The log folder.
+    std::atomic<LEVEL> m_level{ERROR}; ///< The most verbose level that is written.
+    QMutex m_mutex;                    ///< Held while a line is built and written; nothing under it may log.
 
-    /// Guards which file is open (m_date, m_file, m_dir) from choosing it until the line is in it. Recursive because
-    /// opening a file may itself have something to log.
+    /// Guards which file is open (m_date, m_file, m_dir) from choosing it until the line is in it. Recursive
+    /// because opening a file may itself have something to log.
     std::recursive_mutex m_rollover;
-    bool m_opening {false}; ///< openFile() is running: a nested call must not prune again.
+    bool m_pruning{
+        false}; ///< openFile() is deleting files: the call made by a failure's line must not prune.
 };

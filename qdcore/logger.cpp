@@ -1,0 +1,173 @@
+#include "logger.h"
+
+#include "appfolder_p.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QLocale>
+#include <QObject>
+
+namespace {
+
+/// Days whose files are kept, as removeOldLogs() takes it.
+const int keptDays = -30;
+
+/// Files of any name that opening a file leaves in the folder.
+const int keptFiles = 30;
+
+const char* const levelLabels[] = {"", "ERROR", "WARNING", "INFO", "DEBUG"};
+
+QString levelLabel(Logger::LEVEL level)
+{
+    return QLatin1String(level >= Logger::NONE && level <= Logger::DEBUG ? levelLabels[level] : "");
+}
+
+QString dailyFileName(const QDate& date)
+{
+    return QLocale::c().toString(date, QStringLiteral("'QuendraClientLog'-MM-dd-yyyy.'txt'"));
+}
+
+/// The day a file was made. Where the file system does not tell, its last modification: an invalid date would
+/// compare as older than everything, and every log would go.
+QDate creationDate(const QFileInfo& info)
+{
+    const QDateTime birth = info.birthTime();
+    return (birth.isValid() ? birth : info.lastModified()).date();
+}
+
+} // namespace
+
+Logger::Logger()
+    : m_dir(appFolder(QStringLiteral("/Logs")))
+{}
+
+Logger::~Logger()
+{
+    if (m_file.isOpen())
+        m_file.close();
+}
+
+Logger& Logger::inst()
+{
+    static Logger logger;
+    return logger;
+}
+
+QDateTime Logger::now() const
+{
+    return QDateTime::currentDateTime();
+}
+
+void Logger::log(LEVEL level, const QString& message, const char* file, int line)
+{
+    if (level > this->level())
+        return;
+
+    removeOldLogs(keptDays);
+
+    // The time is taken under the lock as well, so that lines stand in the file in the order of their times
+    // and none of yesterday turns up once today's file is open.
+    const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
+    const QDateTime time = now();
+    if (!m_file.isOpen() || time.date() != m_date)
+        openFile(time.date());
+    if (!m_file.isOpen())
+        return;
+
+    const QMutexLocker locker(&m_mutex);
+    const QString place = QStringLiteral("%1:%2").arg(QFileInfo(QString::fromLocal8Bit(file)).fileName(),
+                                                      QString::number(line));
+    // The locale is fixed because AP would otherwise follow the user's. One call of arg() fills all four
+    // places, so that a message keeps its own "%1".
+    const QString text =
+        QStringLiteral("[%1] [%2] [%3] %4\r\n")
+            .arg(QLocale::c().toString(time, QStringLiteral("MM-dd-yyyy hh:mm:ss AP:zzz000")),
+                 levelLabel(level).leftJustified(7), place.leftJustified(25), message);
+    m_file.write(text.toUtf8());
+    m_file.flush();
+}
+
+void Logger::setLevel(LEVEL level)
+{
+    m_level.store(level, std::memory_order_relaxed);
+    log(INFO, QObject::tr("Setting log level %1", "Logger").arg(static_cast<int>(level)), __FILE__, __LINE__);
+}
+
+void Logger::setLocation(const QDir& dir)
+{
+    const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
+    if (dir.path() == m_dir.path())
+        return;
+    log(INFO, QObject::tr("Change log location to: ", "Logger") + dir.path(), __FILE__, __LINE__);
+    if (m_file.isOpen())
+        m_file.close();
+    m_dir = dir;
+    log(INFO, QObject::tr("Location has changed: ", "Logger") + m_dir.path(), __FILE__, __LINE__);
+}
+
+QString Logger::currentFile()
+{
+    const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
+    return m_file.isOpen() ? m_file.fileName() : QString();
+}
+
+void Logger::releaseLogFile()
+{
+    const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
+    if (m_file.isOpen())
+        m_file.close();
+}
+
+void Logger::removeOldLogs(int days)
+{
+    QString path;
+    QString openName;
+    {
+        const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
+        path = m_dir.path();
+        if (m_file.isOpen())
+            openName = QFileInfo(m_file.fileName()).fileName();
+    }
+
+    const QDate limit = now().date().addDays(days);
+    const QFileInfoList files =
+        QDir(path).entryInfoList({QStringLiteral("QuendraClientLog*.txt")}, QDir::Files, QDir::Unsorted);
+    for (const QFileInfo& file : files) {
+        // Windows refuses to delete an open file; elsewhere the lines still to come would go nowhere.
+        if (creationDate(file) <= limit && file.fileName() != openName)
+            file.dir().remove(file.fileName());
+    }
+}
+
+bool Logger::openFile(const QDate& date)
+{
+    const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
+    if (m_file.isOpen())
+        m_file.close();
+    m_date = date;
+
+    const QString folder = m_dir.path() + QLatin1Char('/');
+    QDir().mkpath(folder);
+
+    // A failed deletion logs, which comes back here because the file is closed. Pruning again there would
+    // fail and log for ever.
+    if (!m_pruning) {
+        m_pruning = true;
+        QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Hidden, QDir::Time);
+        while (files.size() > keptFiles) {
+            const QString oldest = files.takeLast().canonicalFilePath();
+            if (!QFile::remove(oldest)) {
+                log(ERROR, QObject::tr("Failed to remove the file: ", "Logger") + oldest, __FILE__, __LINE__);
+            }
+        }
+        m_pruning = false;
+
+        // Such a line has opened the file, perhaps, past midnight, that of the next day.
+        if (m_file.isOpen())
+            m_file.close();
+        m_date = date;
+    }
+
+    m_file.setFileName(folder + dailyFileName(date));
+    return m_file.open(QIODevice::WriteOnly | QIODevice::Append);
+}
