@@ -1,0 +1,29 @@
+#pragma once
+
+#include "qdcore_global.h"
+
+#include <QString>
+
+/**
+ * A file on disk as the content of a fax attachment.
+ *
+ * A value that holds the file's name; the file is opened only inside toBase64(). Any thread, one at a time.
+ */
+class QDCORE_EXPORT DiskDataProvider
+{
+public:
+    DiskDataProvider() = default;
+    DiskDataProvider(const DiskDataProvider&) = default;
+    DiskDataProvider& operator=(const DiskDataProvider&) = default;
+
+    /// The path of the file, empty at first.
+    const QString& fileName() const { return m_fileName; }
+    void setFileName(const QString& fileName);
+
+    /// The whole file in base64, padded, without line breaks, as the element "content" carries it. Empty when
+    /// the file is empty or cannot be read.
+    QString toBase64() const;
+
+private:
+    QString m_fileName;
+};

@@ -1,0 +1,72 @@
+#include "quendrastorage.h"
+
+#include "appfolder_p.h"
+#include "domtext_p.h"
+#include "iquendrastorage.h"
+
+#include <QDir>
+#include <QDomDocument>
+#include <QFile>
+#include <QTextStream>
+
+namespace {
+
+/// The version that the outermost object of a settings file is always handed.
+const int storageProtocolVersion = 1;
+
+} // namespace
+
+QuendraStorage::QuendraStorage(const QString& filename)
+    : m_filename(filename)
+{}
+
+void QuendraStorage::setFilename(const QString& filename)
+{
+    m_filename = filename;
+}
+
+bool QuendraStorage::Save(const IQuendraStorage& object)
+{
+    QDomDocument document;
+    appendDeclaration(document);
+    QDomElement root = appendElement(document, document, QStringLiteral("settings"));
+    if (!object.writeStorage(document, root, storageProtocolVersion))
+        return false;
+
+    QFile file(m_filename);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    // Not QDomDocument::save(): it would take the codec from the declaration, and files written so far are in
+    // the stream's own.
+    QTextStream stream(&file);
+    stream << document.toString(1);
+    stream.flush();
+    const bool written = stream.status() == QTextStream::Ok && file.flush();
+    file.close();
+    return written;
+}
+
+bool QuendraStorage::Load(IQuendraStorage& object)
+{
+    QFile file(m_filename);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray content = file.readAll();
+    file.close();
+
+    QDomDocument document;
+    // Qt leaves what it had parsed up to the error, which would pass for a shorter configuration.
+    if (!document.setContent(content))
+        document.clear();
+    return object.readStorage(document.documentElement(), storageProtocolVersion);
+}
+
+const QString& QuendraStorage::getAppStoragePath()
+{
+    static QString path;
+    if (path.isNull()) {
+        path = appFolder(QStringLiteral("/Settings"));
+        QDir().mkpath(path);
+    }
+    return path;
+}
