@@ -11,3 +11,14 @@
         if (Logger::inst().level() >= Logger::level)                                                         \
             Logger::inst().log(Logger::level, (message), __FILE__, __LINE__);                                \
     } while (false)
+
+/// A text for the log with the place in the source that it speaks for, so that shared code can log on behalf of a
+/// class and the line still names that class's file.
+struct LogText
+{
+    QString text;
+    const char* file;
+    int line;
+};
+
+#define LOG_TEXT(text) LogText{(text), __FILE__, __LINE__}

@@ -1,0 +1,438 @@
+#include "faxserver.h"
+
+#include "domtext_p.h"
+#include "faxmanager.h"
+#include "passwordcipher.h"
+#include "serverversion_p.h"
+#include "tasks/taskabort.h"
+#include "tasks/taskcheckpermissions.h"
+#include "tasks/taskgetfaxuser.h"
+#include "tasks/taskgetquendrainfo.h"
+#include "tasks/taskmodifyfaxuser.h"
+#include "tasks/taskreschedule.h"
+#include "tasks/taskschedule.h"
+#include "tasks/taskverifylogin.h"
+
+#include <QDomDocument>
+
+FaxServer::FaxServer(FaxManager& manager)
+    : QObject(&manager)
+    , m_nam(&manager.nam())
+    , m_manager(manager)
+{}
+
+FaxServer::~FaxServer() = default;
+
+// --- How to reach it
+// -------------------------------------------------------------------------------------------
+
+template <typename T>
+void FaxServer::change(T& member, const T& value)
+{
+    if (member == value)
+        return;
+    m_lastStatus = Task::Unknown;
+    member = value;
+}
+
+void FaxServer::setAddress(const QString& address)
+{
+    change(m_address, address);
+}
+
+void FaxServer::setUseSSL(bool useSSL)
+{
+    change(m_useSSL, useSSL);
+}
+
+void FaxServer::setLogin(const QString& login)
+{
+    change(m_login, login);
+}
+
+void FaxServer::setPassword(const QString& password)
+{
+    change(m_password, password);
+}
+
+// --- What is known of it
+// ---------------------------------------------------------------------------------------
+
+void FaxServer::applySupport(const FaxUser& user) const
+{
+    user.setSupportReceiptOptions(isPrintReceiptSupported());
+    user.setSupportFaxPageSizeOptions(isFaxPageSizeSupported());
+}
+
+void FaxServer::takeUser(const FaxUser& user)
+{
+    m_user.setContact(user.contact());
+    m_user.setDefaultCoverPage(user.defaultCoverpage());
+    m_user.setScheduleOptions(user.faxScheduleOptions());
+    m_user.useCoverPage(user.isUsedCoverPage());
+    applySupport(m_user);
+}
+
+void FaxServer::setUser(const FaxUser& user)
+{
+    takeUser(user);
+    const FaxUser held = m_user;
+    Q_EMIT changedFaxUser(held);
+}
+
+const QStringList& FaxServer::printersList() const
+{
+    return *m_printers;
+}
+
+const QVector<CoverPage>& FaxServer::coverPagesList() const
+{
+    return *m_coverPages;
+}
+
+int FaxServer::coverPagesCount() const
+{
+    return m_coverPages ? m_coverPages->size() : 0;
+}
+
+const CoverPage& FaxServer::emptyCoverPage()
+{
+    static const CoverPage empty;
+    return empty;
+}
+
+const CoverPage& FaxServer::coverPage(int index) const
+{
+    return index >= 0 && index < coverPagesCount() ? m_coverPages->at(index) : emptyCoverPage();
+}
+
+CoverPage FaxServer::defaultCoverPage() const
+{
+    return emptyCoverPage();
+}
+
+bool FaxServer::isPrintReceiptSupported() const
+{
+    return versionNumber(m_info.version()) > versionBeforePrintReceipts;
+}
+
+bool FaxServer::isFaxPageSizeSupported() const
+{
+    return versionNumber(m_info.version()) > versionBeforeFaxPageSize;
+}
+
+QString FaxServer::getServerPreambule() const
+{
+    constexpr int longestAddress = 15;
+    const bool hasDescription = !m_info.description().isEmpty();
+    QString line = m_info.description();
+    if (hasDescription)
+        line += QLatin1String(" (");
+    line += m_address.left(longestAddress);
+    if (m_address.size() > longestAddress)
+        line += QLatin1String("...");
+    if (!m_info.model().isEmpty())
+        line += QLatin1String(" : ") + m_info.model();
+    if (hasDescription)
+        line += QLatin1String(")");
+    return line;
+}
+
+QString FaxServer::genUID() const
+{
+    return m_login.toLower() + QLatin1Char('@') + m_address.toLower();
+}
+
+// --- Requests
+// --------------------------------------------------------------------------------------------------
+
+template <typename T, typename... Args>
+Task* FaxServer::watched(T* task, void (T::*done)(Args...))
+{
+    connect(task, done, this, qOverload<Args...>(&FaxServer::slotDone));
+    connect(task, &Task::errorExecute, this, &FaxServer::slotError);
+    return task;
+}
+
+Task* FaxServer::addTask(Task::Type type)
+{
+    switch (type) {
+    case Task::GetQuendraInfo:
+        return watched(new TaskGetQuendraInfo(*this), &TaskGetQuendraInfo::doneGetFaxInfo);
+    case Task::VerifyLogin:
+        return watched(new TaskVerifyLogin(*this), &TaskVerifyLogin::doneVerifyLogin);
+    case Task::GetFaxUser:
+        return watched(new TaskGetFaxUser(*this), &TaskGetFaxUser::doneGetFaxUser);
+    case Task::ModifyFaxUser:
+        return watched(new TaskModifyFaxUser(*this), &TaskModifyFaxUser::doneModifyFaxUser);
+    case Task::Schedule:
+        return watched(new TaskSchedule(*this), &TaskSchedule::doneFaxSchedule);
+    case Task::Abort:
+        return watched(new TaskAbort(*this), &TaskAbort::doneAbort);
+    case Task::Reschedule:
+        return watched(new TaskReschedule(*this), &TaskReschedule::doneReschedule);
+    case Task::ChekPermissions: {
+        auto* task = new TaskChekPermissions(*this);
+        // the argument is dropped
+        connect(task, &TaskChekPermissions::doneCheckPermissions, this, qOverload<>(&FaxServer::slotDone));
+        connect(task, &Task::errorExecute, this, &FaxServer::slotError);
+        return task;
+    }
+    case Task::GetContacts:
+    case Task::AddContact:
+    case Task::ModifyContact:
+    case Task::GetContactsOids:
+    case Task::DeleteContact:
+    case Task::GetCoverPages:
+    case Task::GetFaxEntry:
+    case Task::GetInboundFaxEntry:
+    case Task::GetOutboundFaxEntry:
+    case Task::GetPrinterNames:
+        break;
+    }
+    return nullptr;
+}
+
+template <typename T>
+T* FaxServer::createTask(Task::Type type)
+{
+    return static_cast<T*>(addTask(type));
+}
+
+void FaxServer::verifyUser(bool syncContacts)
+{
+    m_lastStatus = Task::Unknown;
+    auto* task = createTask<TaskVerifyLogin>(Task::VerifyLogin);
+    if (syncContacts)
+        m_syncAfterLogin = true;
+    connect(task, &TaskVerifyLogin::doneVerifyLogin, this, &FaxServer::slotDoneVerifyUser);
+    connect(task, &Task::errorExecute, this, &FaxServer::slotErrorVerifyUser);
+    task->execute();
+}
+
+void FaxServer::updateInfo(bool)
+{
+    auto* task = createTask<TaskGetQuendraInfo>(Task::GetQuendraInfo);
+    connect(task, &TaskGetQuendraInfo::doneGetFaxInfo, this, &FaxServer::slotFaxInfoReceived);
+    task->execute();
+}
+
+void FaxServer::updateContact(bool)
+{
+    auto* task = createTask<TaskGetFaxUser>(Task::GetFaxUser);
+    task->setUser(m_login);
+    connect(task, &TaskGetFaxUser::doneGetFaxUser, this, &FaxServer::slotFaxUserReceived);
+    task->execute();
+}
+
+void FaxServer::updateCoverpagesList() {}
+
+void FaxServer::updatePrinternamesList() {}
+
+// --- Bookkeeping
+// -----------------------------------------------------------------------------------------------
+
+/// Records a success. False when a slot has destroyed this server.
+bool FaxServer::succeeded()
+{
+    if (m_lastStatus == Task::Ok)
+        return true;
+    m_lastStatus = Task::Ok;
+    const QPointer<FaxServer> self(this);
+    setConnected(true);
+    if (self)
+        Q_EMIT changedLastStatus(Task::Ok);
+    return self;
+}
+
+void FaxServer::setConnected(bool connected)
+{
+    m_connected = connected;
+    Q_EMIT changedConnected(connected);
+}
+
+void FaxServer::setLastStatus(Task::Status status)
+{
+    slotError(status);
+}
+
+void FaxServer::slotError(Task::Status status)
+{
+    if (status == m_lastStatus)
+        return;
+    m_lastStatus = status;
+    const QPointer<FaxServer> self(this);
+    switch (status) {
+    case Task::Unknown:
+    case Task::Error:
+    case Task::AuthError:
+        setConnected(false);
+        break;
+    case Task::Ok:
+        setConnected(true);
+        break;
+    default: // says nothing about the connection
+        break;
+    }
+    if (self)
+        Q_EMIT changedLastStatus(status);
+}
+
+void FaxServer::slotDone()
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(const QuendraInfo&)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(const FaxUser&)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(BaseFaxEntry::FaxEntriesPtrListPtr)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(InboundFaxEntriesPtrListPtr)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(CoverPageListPtr)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(QStringListPtr)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(const ContactList&, unsigned int)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(ContactList::Type)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(const ContactUnit&, ContactList::Type)
+{
+    succeeded();
+}
+
+void FaxServer::slotDone(const QList<QString>&, ContactList::Type)
+{
+    succeeded();
+}
+
+void FaxServer::slotDoneVerifyUser()
+{
+    if (succeeded())
+        updateInfo();
+}
+
+void FaxServer::slotErrorVerifyUser()
+{
+    m_syncAfterLogin = false;
+}
+
+void FaxServer::slotFaxInfoReceived(const QuendraInfo& info)
+{
+    m_info = info;
+    const QuendraInfo held = m_info;
+    updateContact();
+    m_syncAfterLogin = false;
+    if (succeeded())
+        Q_EMIT changedQuendraInfo(held);
+}
+
+void FaxServer::slotFaxUserReceived(const FaxUser& user)
+{
+    FaxUser received = user;
+    // a server of the older protocol knows no schedule defaults: keep ours
+    if (m_info.protocolVersion() == 1)
+        received.setScheduleOptions(m_user.faxScheduleOptions());
+    takeUser(received);
+    const FaxUser held = m_user;
+    if (succeeded())
+        Q_EMIT changedFaxUser(held);
+}
+
+void FaxServer::slotCoverPagesReceived(CoverPageListPtr coverPagesList)
+{
+    m_coverPages = coverPagesList;
+    if (succeeded())
+        Q_EMIT changedCoverPagesList(this);
+}
+
+void FaxServer::slotPrinterNamesReceived(QStringListPtr printerNamesList)
+{
+    m_printers = printerNamesList;
+    if (succeeded())
+        Q_EMIT changedPrintersList(this);
+}
+
+// --- Contacts
+// --------------------------------------------------------------------------------------------------
+
+void FaxServer::initProvider() {}
+
+void FaxServer::deinitProvider() {}
+
+// --- Settings
+// --------------------------------------------------------------------------------------------------
+
+bool FaxServer::readStorage(const QDomElement& element, int version)
+{
+    const QDomElement connection = element.firstChildElement(QStringLiteral("connection"));
+    if (connection.isNull())
+        return false;
+    setUseSSL(isTrue(connection.attribute(QStringLiteral("ssl"), QStringLiteral("false"))));
+
+    const DomChildren fields(connection);
+    QString address;
+    QString login;
+    QString stored;
+    if (!fields.read(QStringLiteral("address"), address) || !fields.read(QStringLiteral("login"), login) ||
+        !fields.read(QStringLiteral("password"), stored)) {
+        return false;
+    }
+    setAddress(address);
+    setLogin(login);
+    const QString password = PasswordCipher(def_cryptKey).decipher(stored);
+    setPassword(password.isEmpty() ? stored : password);
+
+    const QDomElement about = element.firstChildElement(QStringLiteral("about"));
+    const QDomElement user = element.firstChildElement(QStringLiteral("user"));
+    if (about.isNull() || user.isNull())
+        return false;
+    m_info.readStorage(about, version);
+    applySupport(m_user);
+    m_user.readStorage(user, version);
+    return true;
+}
+
+bool FaxServer::writeStorage(QDomDocument& doc, QDomElement& element, int) const
+{
+    QDomElement connection = appendElement(doc, element, QStringLiteral("connection"));
+    connection.setAttribute(QStringLiteral("ssl"), boolText(m_useSSL));
+    appendText(doc, connection, QStringLiteral("address"), m_address);
+    appendText(doc, connection, QStringLiteral("login"), m_login);
+    appendText(doc, connection, QStringLiteral("password"),
+               PasswordCipher(def_cryptKey).encipher(m_password));
+
+    QDomElement about = appendElement(doc, element, QStringLiteral("about"));
+    m_info.writeStorage(doc, about, 1);
+    QDomElement user = appendElement(doc, element, QStringLiteral("user"));
+    applySupport(m_user);
+    m_user.writeStorage(doc, user, m_info.protocolVersion());
+    return true;
+}

@@ -1,0 +1,288 @@
+#include "tasks/task.h"
+
+#include "domtext_p.h"
+#include "faxserver.h"
+#include "log_p.h"
+#include "serveraddress_p.h"
+#include "tasks/oneshotbody_p.h"
+#include "xmldepth_p.h"
+
+#include <QDomDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QSslConfiguration>
+#include <QUuid>
+
+#include <algorithm>
+#include <iterator>
+
+Task::Task(FaxServer& server)
+    : QObject(&server)
+    , m_server(server)
+    , m_nam(server.nam())
+{}
+
+Task::~Task()
+{
+    if (!m_reply)
+        return;
+    m_reply->disconnect(this);
+    m_reply->abort();
+    m_reply->deleteLater();
+}
+
+void Task::setReply(QNetworkReply* reply)
+{
+    m_reply = reply;
+    connect(reply, &QNetworkReply::finished, this, &Task::slotFinished);
+    connect(reply, &QNetworkReply::readyRead, this, [reply] {
+        if (reply->bytesAvailable() > maxReplySize)
+            reply->abort();
+    });
+}
+
+void Task::slotFinished()
+{
+    onFinished();
+}
+
+// --- The request
+// -----------------------------------------------------------------------------------------------
+
+void Task::applyServer(QUrl& url) const
+{
+    url.setScheme(m_server.useSSL() ? QStringLiteral("https") : QStringLiteral("http"));
+    url.setUserName(m_server.login(), QUrl::DecodedMode);
+    url.setPassword(m_server.password(), QUrl::DecodedMode);
+    // An invalid URL makes the access manager finish the request with an error, so that nonsense takes the
+    // same way to its end as a server that cannot be reached.
+    if (!setServerAddress(url, m_server.address()) || !url.isValid())
+        url = QUrl();
+}
+
+QUrl Task::serviceUrl(const QString& path) const
+{
+    QUrl url;
+    url.setPath(path, QUrl::DecodedMode);
+    applyServer(url);
+    return url;
+}
+
+QUrl Task::resourceUrl(const QUrl& resource) const
+{
+    QUrl url = resource;
+    applyServer(url);
+    return url;
+}
+
+QNetworkRequest Task::request(const QUrl& url) const
+{
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/xml"));
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    if (m_server.useSSL()) {
+        QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+        tls.setPeerVerifyMode(QSslSocket::QueryPeer);
+        request.setSslConfiguration(tls);
+    }
+    const QString login = m_server.login();
+    const QString password = m_server.password();
+    if (!login.isEmpty() || !password.isEmpty()) {
+        const QByteArray credentials = (login + QLatin1Char(':') + password).toLatin1();
+        request.setRawHeader(QByteArrayLiteral("Authorization"), "Basic " + credentials.toBase64());
+        request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+    }
+    return request;
+}
+
+void Task::get(const QUrl& url, const LogText& log)
+{
+    send(url, log, QByteArrayLiteral("GET"), QByteArray());
+}
+
+void Task::post(const QUrl& url, const QByteArray& body, const LogText& log)
+{
+    send(url, log, QByteArrayLiteral("POST"), body);
+}
+
+void Task::put(const QUrl& url, const QByteArray& body, const LogText& log)
+{
+    send(url, log, QByteArrayLiteral("PUT"), body);
+}
+
+void Task::deleteResource(const QUrl& url, const LogText& log)
+{
+    send(url, log, QByteArrayLiteral("DELETE"), QByteArray());
+}
+
+void Task::send(const QUrl& url, const LogText& log, const QByteArray& verb, const QByteArray& body)
+{
+    if (isStarted())
+        return;
+    Logger::inst().log(Logger::DEBUG, log.text.arg(url.toDisplayString()), log.file, log.line);
+
+    QNetworkRequest request = this->request(url);
+    if (verb == "GET")
+        return setReply(nam().get(request));
+    if (verb == "DELETE")
+        return setReply(nam().deleteResource(request));
+    if (body.isEmpty())
+        return setReply(verb == "PUT" ? nam().put(request, body) : nam().post(request, body));
+
+    auto* device = new OneShotBody(body, this);
+    request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    request.setHeader(QNetworkRequest::ContentLengthHeader, qint64(body.size()));
+    QNetworkReply* reply = verb == "PUT" ? nam().put(request, device) : nam().post(request, device);
+    device->setParent(reply);
+    setReply(reply);
+}
+
+QDomElement Task::startDocument(QDomDocument& document, const QString& rootName)
+{
+    appendDeclaration(document);
+    return appendElement(document, document, rootName);
+}
+
+QByteArray Task::oneLine(const QDomDocument& document)
+{
+    return document.toString(0).remove(QLatin1Char('\n')).toUtf8();
+}
+
+QByteArray Task::indented(QDomDocument& document)
+{
+    // Serialising a file of 100 MB through the DOM takes twenty times as long as encoding it. A placeholder
+    // stands in for it meanwhile; it cannot be mistaken, since no text of the document can hold a tag.
+    const QByteArray placeholder = QUuid::createUuid().toByteArray(QUuid::WithoutBraces);
+    QVector<QByteArray> contents;
+    const QDomNodeList elements = document.elementsByTagName(QStringLiteral("content"));
+    for (int i = 0; i < elements.size(); ++i) {
+        QDomNode text = elements.at(i).firstChild();
+        if (!text.isText())
+            continue;
+        contents.append(text.nodeValue().toLatin1());
+        text.setNodeValue(QString::fromLatin1(placeholder));
+    }
+
+    const QByteArray frame = document.toByteArray(1);
+    const QByteArray stand = "<content>" + placeholder + "</content>";
+    int total = frame.size();
+    for (const QByteArray& content : qAsConst(contents))
+        total += content.size() - placeholder.size();
+
+    QByteArray bytes;
+    bytes.reserve(total);
+    int from = 0;
+    for (QByteArray& content : contents) {
+        const int at = frame.indexOf(stand, from) + int(qstrlen("<content>"));
+        bytes.append(frame.constData() + from, at - from);
+        bytes.append(content);
+        content.clear();
+        from = at + placeholder.size();
+    }
+    bytes.append(frame.constData() + from, frame.size() - from);
+    return bytes;
+}
+
+// --- The reply
+// -------------------------------------------------------------------------------------------------
+
+bool Task::succeeded() const
+{
+    return m_reply && m_reply->isFinished() && m_reply->error() == QNetworkReply::NoError;
+}
+
+QByteArray Task::body()
+{
+    if (!m_bodyRead && m_reply) {
+        m_body = m_reply->readAll();
+        m_bodyRead = true;
+    }
+    return m_body;
+}
+
+int Task::networkError() const
+{
+    return m_reply ? int(m_reply->error()) : int(QNetworkReply::OperationCanceledError);
+}
+
+QString Task::fixAmp(const QByteArray& data)
+{
+    static const QLatin1String entities[] = {QLatin1String("amp;"), QLatin1String("lt;"),
+                                             QLatin1String("gt;"), QLatin1String("apos;"),
+                                             QLatin1String("quot;")};
+    const QString text = QString::fromUtf8(data);
+    QString repaired;
+    int copied = 0;
+    for (int at = text.indexOf(QLatin1Char('&')); at >= 0; at = text.indexOf(QLatin1Char('&'), at + 1)) {
+        const QStringView rest = QStringView(text).mid(at + 1);
+        const bool isEntity = std::any_of(std::begin(entities), std::end(entities),
+                                          [rest](QLatin1String entity) { return rest.startsWith(entity); });
+        if (isEntity)
+            continue;
+        if (copied == 0)
+            repaired.reserve(text.size() + text.size() / 8);
+        repaired.append(text.constData() + copied, at + 1 - copied);
+        repaired.append(QLatin1String("amp;"));
+        copied = at + 1;
+    }
+    if (copied == 0)
+        return text;
+    repaired.append(text.constData() + copied, text.size() - copied);
+    return repaired;
+}
+
+bool Task::parse(const QByteArray& data, QDomDocument& document)
+{
+    const QString text = fixAmp(data);
+    return !isNestedDeeperThan(text, maxReplyDepth) && document.setContent(text);
+}
+
+bool Task::parseBody(QDomDocument& document)
+{
+    if (parse(body(), document))
+        return true;
+    fail(InvalidReply);
+    return false;
+}
+
+int Task::protocolVersion() const
+{
+    return m_server.info().protocolVersion();
+}
+
+Task::Status Task::errorStatus(ErrorMapping mapping, int networkError)
+{
+    struct Row
+    {
+        ErrorMapping mapping;
+        QNetworkReply::NetworkError error;
+        Status status;
+    };
+    static constexpr Row exceptions[] = {
+        {ErrorMapping::AuthApart, QNetworkReply::AuthenticationRequiredError, AuthError},
+        {ErrorMapping::ContentApart, QNetworkReply::UnknownContentError, InvalidReply},
+        {ErrorMapping::Contact, QNetworkReply::UnknownContentError, InvalidReply},
+        {ErrorMapping::Contact, QNetworkReply::ContentAccessDenied, AccessDenied},
+        {ErrorMapping::Contact, QNetworkReply::ContentNotFoundError, NotFound},
+        {ErrorMapping::Contact, QNetworkReply::ContentOperationNotPermittedError, NotPermitted},
+    };
+    for (const Row& row : exceptions) {
+        if (row.mapping == mapping && row.error == networkError)
+            return row.status;
+    }
+    return Error;
+}
+
+void Task::logReplyError(const LogText& error, const LogText& body)
+{
+    Logger::inst().log(Logger::ERROR, error.text.arg(networkError()), error.file, error.line);
+    if (Logger::inst().level() >= Logger::DEBUG)
+        Logger::inst().log(Logger::DEBUG, body.text + bodyText(), body.file, body.line);
+}
+
+void Task::fail(Status status)
+{
+    m_failed = true;
+    deleteLater();
+    Q_EMIT errorExecute(status);
+}

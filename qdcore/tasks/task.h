@@ -1,0 +1,204 @@
+#pragma once
+
+#include "qdcore_global.h"
+
+#include <QByteArray>
+#include <QNetworkReply>
+#include <QObject>
+#include <QPointer>
+#include <QUrl>
+
+class FaxServer;
+class QDomDocument;
+class QDomElement;
+class QNetworkAccessManager;
+class QNetworkRequest;
+struct LogText;
+
+/**
+ * One request to a fax server's web service.
+ *
+ * The life of a task: FaxServer::addTask() creates it as a child of the server and connects the server's
+ * bookkeeping to it; the caller connects its own slots, sets the parameters and calls execute(). The task
+ * sends one request, waits for the reply, emits exactly one outcome (its own done signal or errorExecute())
+ * and deletes itself. A task whose server is destroyed goes with it and emits nothing. There is no time-out:
+ * a server that never finishes its reply keeps the task waiting.
+ *
+ * Tasks live on the thread of their server, normally the GUI thread, and never block it.
+ *
+ * A subclass is a page: execute() names the path and the log text, onFinished() reads the document.
+ * Everything that operations share (URL, headers, TLS, credentials, the repair and parsing of the reply, the
+ * mapping of errors) is done here.
+ */
+class QDCORE_EXPORT Task : public QObject
+{
+    Q_OBJECT
+public:
+    /// The operation; the argument of FaxServer::addTask().
+    enum Type {
+        GetQuendraInfo = 0,
+        VerifyLogin = 1,
+        GetFaxUser = 2,
+        ModifyFaxUser = 3,
+        Schedule = 4,
+        GetContacts = 5,
+        AddContact = 6,
+        ModifyContact = 7,
+        GetContactsOids = 8,
+        DeleteContact = 9,
+        GetCoverPages = 10,
+        GetFaxEntry = 11,
+        GetInboundFaxEntry = 12,
+        GetOutboundFaxEntry = 13,
+        Abort = 14,
+        Reschedule = 15,
+        ChekPermissions = 16,
+        GetPrinterNames = 17
+    };
+    Q_ENUM(Type)
+
+    /// The outcome of a request. The number 6 is free.
+    enum Status : qint32 {
+        Unknown = 0,      ///< Nothing is known yet. Never emitted by a task.
+        Ok = 1,           ///< The last request succeeded. Never emitted by a task.
+        Error = 2,        ///< Transport or server error, or a document that lacks what it should hold.
+        AuthError = 3,    ///< The server refused the credentials (HTTP 401), or did not verify the login.
+        NotSupported = 4, ///< The receiver cannot do this. Never emitted by a task.
+        NotPermitted = 5, ///< The user may not do this (HTTP 405).
+        InvalidReply = 7, ///< The reply is not XML; for some tasks also a reply or document of no use.
+        AccessDenied = 8, ///< HTTP 403.
+        NotFound = 9      ///< HTTP 404.
+    };
+    Q_ENUM(Status)
+
+    /// Replies larger than this many bytes, after decompression, are cut off and end the task with Error.
+    static constexpr qint64 maxReplySize = qint64(256) * 1024 * 1024;
+
+    /// Replies nested deeper than this are InvalidReply; real ones have five levels.
+    static constexpr int maxReplyDepth = 256;
+
+    ~Task() override;
+
+    /// Builds and sends the request; a second call does nothing. A task whose parameters cannot be sent fails
+    /// from within this call.
+    virtual void execute() = 0;
+
+protected:
+    /// Handles the finished reply: emits the outcome.
+    virtual void onFinished() = 0;
+
+public:
+    /// The operation.
+    virtual Task::Type type() = 0;
+
+Q_SIGNALS:
+    /// The request failed. The task deletes itself afterwards.
+    void errorExecute(Task::Status status);
+
+protected:
+    /// How a network error becomes a status. Any error that a mapping does not name is Error.
+    enum class ErrorMapping {
+        AuthApart,    ///< 401 is AuthError.
+        AlwaysError,  ///< No exception.
+        ContentApart, ///< An unknown content error is InvalidReply.
+        Contact ///< 403, 404, 405 and the unknown content error have statuses of their own; 401 has not.
+    };
+
+    explicit Task(FaxServer& server);
+
+    FaxServer& server() { return m_server; }
+    QNetworkAccessManager& nam() { return *m_nam; }
+
+    /// The reply; null until the request is sent, and after the access manager is gone.
+    QNetworkReply* reply() const { return m_reply; }
+
+    /// Takes a reply just sent: its end calls onFinished(), and it is cut off beyond maxReplySize.
+    void setReply(QNetworkReply* reply);
+
+    /// Whether execute() has nothing to do any more: the request was sent, or the task has failed.
+    bool isStarted() const { return m_reply || m_failed; }
+
+    // --- The request
+    // -------------------------------------------------------------------------------------------
+
+    /// The server's URL with this path, taken in decoded mode. Invalid when the server's address is nonsense.
+    QUrl serviceUrl(const QString& path) const;
+
+    /// A resource that the server named, with host, port, credentials and scheme of the configured server put
+    /// over it: whatever host a reply names, requests go to the configured one only.
+    QUrl resourceUrl(const QUrl& resource) const;
+
+    /// A request as every operation sends it: content type, TLS configuration and credentials.
+    QNetworkRequest request(const QUrl& url) const;
+
+    /// Send the request, once. @p log is a text with %1 for the URL, which is shown without the password.
+    void get(const QUrl& url, const LogText& log);
+    void post(const QUrl& url, const QByteArray& body, const LogText& log);
+    void put(const QUrl& url, const QByteArray& body, const LogText& log);
+    void deleteResource(const QUrl& url, const LogText& log);
+
+    /// Starts a request document with its declaration and returns its root element.
+    static QDomElement startDocument(QDomDocument& document, const QString& rootName);
+
+    /// The document as one line: no indentation, every line feed removed, UTF-8.
+    static QByteArray oneLine(const QDomDocument& document);
+
+    /// The document indented by 1, UTF-8. The texts of "content" elements, base64 of whole files, are moved
+    /// into the result without passing through the DOM's serialiser, and are no longer in the document
+    /// afterwards.
+    static QByteArray indented(QDomDocument& document);
+
+    // --- The reply
+    // ---------------------------------------------------------------------------------------------
+
+    /// Whether the reply is there and complete, without a network error.
+    bool succeeded() const;
+
+    /// The whole body; read on the first call.
+    QByteArray body();
+
+    /// The body as text for the log.
+    QString bodyText() { return QString::fromUtf8(body()); }
+
+    /// The number of the network error, a QNetworkReply::NetworkError.
+    int networkError() const;
+
+    /// Decodes UTF-8 and writes "&amp;" for every ampersand that does not begin one of the five predefined
+    /// entities. Servers forget to escape; numeric references become literal text by this.
+    QString fixAmp(const QByteArray& data);
+
+    /// Repairs and parses a reply body. False when it is not XML or nested beyond maxReplyDepth.
+    bool parse(const QByteArray& data, QDomDocument& document);
+
+    /// parse() of the body; a failure ends the task with InvalidReply.
+    bool parseBody(QDomDocument& document);
+
+    /// The protocol version of the server, for the records' readFax() and writeFax().
+    int protocolVersion() const;
+
+    /// The status for the reply's network error.
+    Status errorStatus(ErrorMapping mapping) const { return errorStatus(mapping, networkError()); }
+    static Status errorStatus(ErrorMapping mapping, int networkError);
+
+    /// Logs the network error (@p error, with %1 for its number) and the body (@p body, a prefix).
+    void logReplyError(const LogText& error, const LogText& body);
+
+    /// Ends the task with errorExecute(). As with every outcome, a slot may destroy the server and this task
+    /// with it: nothing of the task may be touched afterwards. For the same reason a done signal is emitted
+    /// last, after deleteLater(), and carries values that do not belong to the task.
+    void fail(Status status);
+
+private Q_SLOTS:
+    void slotFinished();
+
+private:
+    void applyServer(QUrl& url) const;
+    void send(const QUrl& url, const LogText& log, const QByteArray& verb, const QByteArray& body);
+
+    FaxServer& m_server;
+    QNetworkAccessManager* m_nam;
+    QPointer<QNetworkReply> m_reply;
+    QByteArray m_body;
+    bool m_bodyRead{false};
+    bool m_failed{false};
+};

@@ -1,0 +1,58 @@
+#include "tasks/taskmodifyfaxuser.h"
+
+#include "log_p.h"
+
+#include <QDomDocument>
+
+TaskModifyFaxUser::TaskModifyFaxUser(FaxServer& server)
+    : Task(server)
+{}
+
+Task::Type TaskModifyFaxUser::type()
+{
+    return Task::ModifyFaxUser;
+}
+
+void TaskModifyFaxUser::setUser(const FaxUser& user)
+{
+    m_user = user;
+    m_userSet = true;
+}
+
+void TaskModifyFaxUser::execute()
+{
+    if (isStarted() || !m_userSet)
+        return;
+
+    QDomDocument document;
+    QDomElement element = startDocument(document, QStringLiteral("user"));
+    if (!m_user.writeFax(document, element, protocolVersion()))
+        return fail(Task::Error);
+
+    put(resourceUrl(m_user.contact().url()), oneLine(document),
+        LOG_TEXT(tr("TaskModifyFaxUser request:\r\n%1", "Logger")));
+}
+
+void TaskModifyFaxUser::onFinished()
+{
+    if (!succeeded()) {
+        logReplyError(LOG_TEXT(tr("TaskModifyFaxUser: reply error! http code %1", "Logger")),
+                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
+        return fail(errorStatus(ErrorMapping::AlwaysError));
+    }
+
+    QD_LOG(DEBUG, tr("TaskModifyFaxUser reply:\r\n", "Logger") + bodyText());
+    QDomDocument document;
+    if (!parseBody(document))
+        return;
+
+    const QDomElement message = document.documentElement().firstChildElement(QStringLiteral("message"));
+    if (message.text() != QLatin1String("Modified")) {
+        QD_LOG(ERROR, tr("TaskModifyFaxUser: invalid reply", "Logger"));
+        return fail(Task::Error);
+    }
+
+    const FaxUser user = m_user;
+    deleteLater();
+    Q_EMIT doneModifyFaxUser(user);
+}

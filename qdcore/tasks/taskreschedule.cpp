@@ -1,0 +1,60 @@
+#include "tasks/taskreschedule.h"
+
+#include "log_p.h"
+
+#include <QDomDocument>
+
+TaskReschedule::TaskReschedule(FaxServer& server)
+    : Task(server)
+{}
+
+Task::Type TaskReschedule::type()
+{
+    return Task::Reschedule;
+}
+
+void TaskReschedule::execute()
+{
+    if (isStarted() || m_faxEntryUrl.isEmpty())
+        return;
+
+    // a queued fax is moved through its outbound log resource
+    m_faxEntryUrl = QUrl(m_faxEntryUrl.toString(QUrl::FullyEncoded)
+                             .replace(QLatin1String("ofax"), QLatin1String("outbound_log")));
+    QString at = QStringLiteral("now");
+    if (!m_dateTime.isNull()) {
+        at = m_dateTime.toUTC().toString(QStringLiteral("yyyy-MM-ddThh:mm:ss"));
+        at.replace(QLatin1Char(':'), QLatin1String("%3A"));
+    }
+    QUrl url = resourceUrl(m_faxEntryUrl);
+    if (url.isValid())
+        url.setQuery(QStringLiteral("at=") + at, QUrl::TolerantMode);
+
+    put(url, QByteArray(), LOG_TEXT(tr("TaskReschedule request:\r\n%1", "Logger")));
+}
+
+void TaskReschedule::onFinished()
+{
+    if (!succeeded()) {
+        // the signal comes before the log lines, which therefore use nothing of the task
+        const int error = networkError();
+        const QString reply = bodyText();
+        fail(errorStatus(ErrorMapping::AuthApart, error));
+        QD_LOG(ERROR, tr("TaskReschedule: reschedule error! http code %1", "Logger").arg(error));
+        QD_LOG(DEBUG, tr("Reply:\r\n", "Logger") + reply);
+        return;
+    }
+
+    QDomDocument document;
+    if (!parseBody(document))
+        return;
+
+    const QDomElement message = document.documentElement().firstChildElement(QStringLiteral("message"));
+    if (message.text() != QLatin1String("Attempting reschedule")) {
+        QD_LOG(ERROR, tr("TaskReschedule: reschedule error! response: ", "Logger") + bodyText());
+        return fail(Task::Error);
+    }
+
+    deleteLater();
+    Q_EMIT doneReschedule();
+}

@@ -1,0 +1,41 @@
+#include "tasks/taskverifylogin.h"
+
+#include "log_p.h"
+
+#include <QDomDocument>
+
+TaskVerifyLogin::TaskVerifyLogin(FaxServer& server)
+    : Task(server)
+{}
+
+Task::Type TaskVerifyLogin::type()
+{
+    return Task::VerifyLogin;
+}
+
+void TaskVerifyLogin::execute()
+{
+    get(serviceUrl(QStringLiteral("/qdws/v1/verify")),
+        LOG_TEXT(tr("TaskVerifyLogin request:\r\n%1", "Logger")));
+}
+
+void TaskVerifyLogin::onFinished()
+{
+    if (!succeeded()) {
+        logReplyError(LOG_TEXT(tr("TaskVerifyLogin: reschedule error! http code %1", "Logger")),
+                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
+        return fail(errorStatus(ErrorMapping::AuthApart));
+    }
+
+    QDomDocument document;
+    if (!parseBody(document))
+        return;
+
+    const QDomElement message = document.documentElement().firstChildElement(QStringLiteral("message"));
+    m_result = message.text().toUpper() == QLatin1String("VERIFIED");
+    if (!m_result)
+        return fail(Task::AuthError);
+
+    deleteLater();
+    Q_EMIT doneVerifyLogin();
+}
