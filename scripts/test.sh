@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Builds everything and runs all tests. Installs what the build needs (Debian packages) where it is missing.
+#
+# Usage: scripts/test.sh [PRESET] [CTest arguments...]      PRESET: release (default), debug, asan, tsan
+set -euo pipefail
+. "$(dirname "$0")/common.sh"
+
+preset=${1:-release}
+shift || true
+
+install_packages
+build "$preset"
+say "Testing"
+cd "$root"
+ctest --preset "$preset" -j "$(nproc)" "$@"
