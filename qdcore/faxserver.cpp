@@ -6,7 +6,12 @@
 #include "serverversion_p.h"
 #include "tasks/taskabort.h"
 #include "tasks/taskcheckpermissions.h"
+#include "tasks/taskgetcoverpages.h"
+#include "tasks/taskgetfaxentry.h"
 #include "tasks/taskgetfaxuser.h"
+#include "tasks/taskgetinboundfaxentry.h"
+#include "tasks/taskgetoutboundfaxentry.h"
+#include "tasks/taskgetprinternames.h"
 #include "tasks/taskgetquendrainfo.h"
 #include "tasks/taskmodifyfaxuser.h"
 #include "tasks/taskreschedule.h"
@@ -178,16 +183,21 @@ Task* FaxServer::addTask(Task::Type type)
         connect(task, &Task::errorExecute, this, &FaxServer::slotError);
         return task;
     }
+    case Task::GetCoverPages:
+        return watched(new TaskGetCoverPages(*this), &TaskGetCoverPages::doneGetCoverPages);
+    case Task::GetPrinterNames:
+        return watched(new TaskGetPrinterNames(*this), &TaskGetPrinterNames::doneGetPrinterNames);
+    case Task::GetFaxEntry:
+        return watched(new TaskGetFaxEntry(*this), &TaskGetFaxEntry::doneGetFaxEntry);
+    case Task::GetInboundFaxEntry:
+        return watched(new TaskGetInboundFaxEntry(*this), &TaskGetInboundFaxEntry::doneGetInboundFaxEntry);
+    case Task::GetOutboundFaxEntry:
+        return watched(new TaskGetOutboundFaxEntry(*this), &TaskGetOutboundFaxEntry::doneGetFaxEntry);
     case Task::GetContacts:
     case Task::AddContact:
     case Task::ModifyContact:
     case Task::GetContactsOids:
     case Task::DeleteContact:
-    case Task::GetCoverPages:
-    case Task::GetFaxEntry:
-    case Task::GetInboundFaxEntry:
-    case Task::GetOutboundFaxEntry:
-    case Task::GetPrinterNames:
         break;
     }
     return nullptr;

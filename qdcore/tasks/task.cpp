@@ -75,6 +75,15 @@ QUrl Task::resourceUrl(const QUrl& resource) const
     return url;
 }
 
+QUrl Task::limited(const QUrl& url, const QString& query, int limit)
+{
+    QUrl limited = url;
+    if (limit > 0 && !query.isEmpty() && url.isValid())
+        limited.setQuery(QString(query).replace(QLatin1String("%1"), QString::number(limit)),
+                         QUrl::TolerantMode);
+    return limited;
+}
+
 QNetworkRequest Task::request(const QUrl& url) const
 {
     QNetworkRequest request(url);

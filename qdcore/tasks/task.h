@@ -13,6 +13,7 @@ class QDomDocument;
 class QDomElement;
 class QNetworkAccessManager;
 class QNetworkRequest;
+struct ItemReply;
 struct LogText;
 
 /**
@@ -128,6 +129,10 @@ protected:
     /// over it: whatever host a reply names, requests go to the configured one only.
     QUrl resourceUrl(const QUrl& resource) const;
 
+    /// The URL with a query that limits how much is sent; @p query holds %1 for the limit, 0 and less is
+    /// none.
+    static QUrl limited(const QUrl& url, const QString& query, int limit);
+
     /// A request as every operation sends it: content type, TLS configuration and credentials.
     QNetworkRequest request(const QUrl& url) const;
 
@@ -182,6 +187,16 @@ protected:
 
     /// Logs the network error (@p error, with %1 for its number) and the body (@p body, a prefix).
     void logReplyError(const LogText& error, const LogText& body);
+
+    /// The whole end of a task whose reply is a list of items. @p read puts one item element into the list.
+    /// Defined in itemreply_p.h.
+    template <typename T, typename ListPtr, typename Read>
+    void finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read read);
+
+    /// Reads an item as a record of its own and keeps it if it can be read; for finishItems() of the log
+    /// tasks.
+    template <typename Entry>
+    auto entryReader();
 
     /// Ends the task with errorExecute(). As with every outcome, a slot may destroy the server and this task
     /// with it: nothing of the task may be touched afterwards. For the same reason a done signal is emitted

@@ -1,0 +1,63 @@
+#pragma once
+
+// The end that the log and list tasks have in common. Internal: not installed.
+
+#include "log_p.h"
+#include "tasks/task.h"
+
+#include <QDomDocument>
+#include <QSharedPointer>
+
+#include <type_traits>
+
+/// What tells one of these replies from another.
+struct ItemReply
+{
+    QString element;   ///< The name of an item, a child of the document element.
+    LogText reply;     ///< Goes before the logged body of a good reply.
+    LogText error;     ///< With %1 for the network error.
+    LogText errorBody; ///< Goes before the logged body of a failed reply.
+    bool isLog{false}; ///< Logs carry a message, and 401 is AuthError; lists have neither.
+    LogText invalid{}; ///< Logs only: the message was not "Success".
+};
+
+template <typename T, typename ListPtr, typename Read>
+void Task::finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read read)
+{
+    if (!succeeded()) {
+        logReplyError(reply.error, reply.errorBody);
+        return fail(errorStatus(reply.isLog ? ErrorMapping::AuthApart : ErrorMapping::AlwaysError));
+    }
+
+    if (Logger::inst().level() >= Logger::DEBUG)
+        Logger::inst().log(Logger::DEBUG, reply.reply.text + bodyText(), reply.reply.file, reply.reply.line);
+    QDomDocument document;
+    if (!parseBody(document))
+        return;
+
+    const QDomElement root = document.documentElement();
+    const auto items = std::decay_t<ListPtr>::create();
+    items->reserve(qMax(0, root.childNodes().count() - 1));
+    for (QDomElement item = root.firstChildElement(reply.element); !item.isNull();
+         item = item.nextSiblingElement(reply.element)) {
+        read(item, *items);
+    }
+    const bool isValid =
+        !reply.isLog || root.firstChildElement(QStringLiteral("message")).text() == QLatin1String("Success");
+
+    // what could be read is reported whatever the message says, and only then comes the complaint
+    deleteLater();
+    Q_EMIT(static_cast<T*>(this)->*done)(items);
+    if (!isValid)
+        Logger::inst().log(Logger::ERROR, reply.invalid.text, reply.invalid.file, reply.invalid.line);
+}
+
+template <typename Entry>
+auto Task::entryReader()
+{
+    return [version = protocolVersion()](const QDomElement& element, auto& entries) {
+        const auto entry = QSharedPointer<Entry>::create();
+        if (entry->readFax(element, version))
+            entries.append(entry);
+    };
+}
