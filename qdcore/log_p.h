@@ -4,12 +4,12 @@
 
 #include "logger.h"
 
-/// Logs a line that carries the caller's own source file and line. @p level is an enumerator of Logger::LEVEL by its
+/// Logs a line that carries the caller's own source file and line. @p enumerator is one of Logger::LEVEL by its
 /// bare name. The message is not built when the level is filtered out: some messages are whole reply bodies.
-#define QD_LOG(level, message)                                                                               \
+#define QD_LOG(enumerator, message)                                                                          \
     do {                                                                                                     \
-        if (Logger::inst().level() >= Logger::level)                                                         \
-            Logger::inst().log(Logger::level, (message), __FILE__, __LINE__);                                \
+        if (Logger::inst().level() >= Logger::enumerator)                                                    \
+            Logger::inst().log(Logger::enumerator, (message), __FILE__, __LINE__);                           \
     } while (false)
 
 /// A text for the log with the place in the source that it speaks for, so that shared code can log on behalf of a
