@@ -1,0 +1,3 @@
+#include "contactunit.h"
+
+ContactUnit::~ContactUnit() = default;
