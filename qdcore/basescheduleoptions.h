@@ -1,0 +1,138 @@
+#pragma once
+
+#include "iquendraserialization.h"
+#include "qdcore_global.h"
+
+#include <QCoreApplication>
+#include <QString>
+
+class DomChildren;
+
+/**
+ * How a fax is scheduled and reported: what the two forms of schedule options have in common. A value.
+ *
+ * FaxUserScheduleOptions are the user's stored defaults, FaxScheduleOptions go with one fax.
+ */
+class QDCORE_EXPORT BaseScheduleOptions : public IQuendraSerialization
+{
+    Q_DECLARE_TR_FUNCTIONS(BaseScheduleOptions)
+
+public:
+    /// Travels as a decimal number.
+    enum Priority : int { Priority0 = 0, Priority1, Priority2, Priority3, Priority4, Priority5 };
+    /// When a receipt is made.
+    enum Receipt : int { ReceiptAlways = 0, ReceiptFailure = 1, ReceiptNever = 2 };
+    /// What is attached to the receipt that is sent by mail.
+    enum ReceiptAttachment : int { AttachmentNone = 0, AttachmentPdf = 1, AttachmentTiff = 2 };
+    enum FaxPageSize : int { PageSizeAuto = 0, PageSizeLetter = 1, PageSizeLegal = 2, PageSizeA4 = 3 };
+
+    static constexpr Priority def_priority = Priority3;
+    static constexpr int def_maxTries = 3;
+    static constexpr int def_tryInterval = 300;
+    static constexpr Receipt def_receipt = ReceiptFailure;
+    static constexpr ReceiptAttachment def_receiptAttachment = AttachmentPdf;
+    static constexpr FaxPageSize def_faxPageSize = PageSizeAuto;
+    static constexpr Receipt def_faxReceipt = ReceiptNever;
+    static constexpr bool def_isPrintFirstPage = false;
+
+    /// "None": the printer name shown to the user when no printer is chosen.
+    static const QString none_printer;
+
+    BaseScheduleOptions() = default;
+    BaseScheduleOptions(const BaseScheduleOptions&) = default;
+    BaseScheduleOptions& operator=(const BaseScheduleOptions&) = default;
+
+    virtual ~BaseScheduleOptions();
+
+    /// True as soon as any one option is at its default; false only when every one differs. tryNumber and the
+    /// two support flags do not count.
+    virtual bool isDefault() const;
+
+    /// 0 to 5, element "priority".
+    Priority priority() const { return m_priority; }
+    /// Logs an error and keeps the old value when out of range.
+    void setPriority(Priority priority);
+
+    /// The number of the current attempt as the server reports it.
+    int tryNumber() const { return m_tryNumber; }
+    void setTryNumber(int tryNumber) { m_tryNumber = tryNumber; }
+
+    int maxTries() const { return m_maxTries; }
+    void setMaxTries(int maxTries) { m_maxTries = maxTries; }
+
+    /// Seconds between two attempts.
+    int tryInterval() const { return m_tryInterval; }
+    void setTryInterval(int seconds) { m_tryInterval = seconds; }
+
+    /// When a receipt is sent by mail, element "receipt".
+    Receipt receipt() const { return m_receipt; }
+    /// Logs an error and keeps the old value when out of range.
+    void setReceipt(Receipt receipt);
+
+    /// Element "receipt_attachment".
+    ReceiptAttachment receiptAttachment() const { return m_receiptAttachment; }
+    /// Logs an error and keeps the old value when out of range.
+    void setReceiptAttachment(ReceiptAttachment attachment);
+
+    /// When a receipt is printed, element "print_receipt".
+    Receipt faxReceipt() const { return m_faxReceipt; }
+    /// Logs an error and keeps the old value when out of range.
+    void setFaxReceipt(Receipt receipt);
+
+    /// Element "fax_page_size".
+    FaxPageSize faxPageSize() const { return m_faxPageSize; }
+    /// Logs an error and keeps the old value when out of range.
+    void setFaxPageSize(FaxPageSize size);
+
+    /// Whether the first page of the fax is printed with the receipt, element "print_receipt_first".
+    bool printWithFirstPage() const { return m_printWithFirstPage; }
+    void setPrintWithFirstPage(bool print) { m_printWithFirstPage = print; }
+
+    /// The printer of the printed receipt, none_printer when none is chosen. Element "print_receipt_printer".
+    QString selectPrinter() const;
+    /// none_printer chooses no printer.
+    void setSelectPrinter(const QString& name);
+
+    /// Whether the server can print receipts. A fact about the server and not a choice of the user, so it is
+    /// set through const objects too, by whoever learns it; without it the print options are not written.
+    bool isSupportReceiptOptions() const { return m_supportReceiptOptions; }
+    void setSupportReceiptOptions(bool support) const { m_supportReceiptOptions = support; }
+
+    /// Whether the server lets the page size be chosen, likewise.
+    bool isSupporFaxPageSizeOptions() const { return m_supportFaxPageSizeOptions; }
+    void setSupportFaxPageSizeOptions(bool support) const { m_supportFaxPageSizeOptions = support; }
+
+protected:
+    static constexpr int m_receiptTableSize = 3;
+    static constexpr int m_receiptAttachmentTableSize = 3;
+    static constexpr int m_faxPageSizeTableSize = 4;
+    static const QString m_receiptTable[m_receiptTableSize];
+    static const QString m_receiptAttachmentTable[m_receiptAttachmentTableSize];
+    static const QString m_faxPageSizeTable[m_faxPageSizeTableSize];
+
+    /// The index of the first entry of @p table that equals @p text, -1 when there is none or no table.
+    static int getValFromString(const QString* table, int tableSize, const QString& text);
+
+    /// The stored printer name, empty when none is chosen.
+    const QString& printerName() const { return m_printer; }
+
+    /// Reads "receipt", "receipt_attachment": each if present; an unknown text is logged and ignored.
+    void readReceipt(const DomChildren& children);
+    void readReceiptAttachment(const DomChildren& children);
+    /// Reads the print options and the page size, each if present.
+    void readPrintOptions(const DomChildren& children);
+
+private:
+    Priority m_priority{def_priority};
+    int m_tryNumber{0};
+    int m_maxTries{def_maxTries};
+    int m_tryInterval{def_tryInterval};
+    Receipt m_receipt{def_receipt};
+    ReceiptAttachment m_receiptAttachment{def_receiptAttachment};
+    FaxPageSize m_faxPageSize{def_faxPageSize};
+    Receipt m_faxReceipt{def_faxReceipt};
+    QString m_printer;
+    bool m_printWithFirstPage{def_isPrintFirstPage};
+    mutable bool m_supportReceiptOptions{false};
+    mutable bool m_supportFaxPageSizeOptions{false};
+};

@@ -1,0 +1,72 @@
+#include "faxscheduleoptions.h"
+
+#include "datetext_p.h"
+#include "domtext_p.h"
+
+FaxScheduleOptions::FaxScheduleOptions(const BaseScheduleOptions& options)
+    : BaseScheduleOptions(options)
+{}
+
+FaxScheduleOptions& FaxScheduleOptions::operator=(const BaseScheduleOptions& options)
+{
+    BaseScheduleOptions::operator=(options);
+    return *this;
+}
+
+FaxScheduleOptions::~FaxScheduleOptions() = default;
+
+bool FaxScheduleOptions::isDefault() const
+{
+    return BaseScheduleOptions::isDefault() || m_dateToSend.isNull();
+}
+
+bool FaxScheduleOptions::readFax(const QDomElement& element, int)
+{
+    const DomChildren children(element);
+    QString text = children.text(QStringLiteral("schedule_all_at"));
+    if (!text.isEmpty())
+        m_dateToSend = dateTimeFromText(text, QStringLiteral("yyyy-MM-ddTHH:mm:ss"), Qt::UTC).toLocalTime();
+    text = children.text(QStringLiteral("priority"));
+    if (!text.isEmpty())
+        setPriority(static_cast<Priority>(text.toInt()));
+    setTryNumber(children.text(QStringLiteral("try_number")).toInt());
+    setMaxTries(children.text(QStringLiteral("max_tries")).toInt());
+    text = children.text(QStringLiteral("try_interval"));
+    if (!text.isEmpty())
+        setTryInterval(text.toInt());
+    readReceipt(children);
+    children.read(QStringLiteral("schedule_message"), m_scheduleMessage);
+    readReceiptAttachment(children);
+    readPrintOptions(children);
+    return true;
+}
+
+bool FaxScheduleOptions::writeFax(QDomDocument& document, QDomElement& parent, int) const
+{
+    if (!m_dateToSend.isNull() && QDateTime::currentDateTime() < m_dateToSend) {
+        appendText(document, parent, QStringLiteral("schedule_all_at"),
+                   m_dateToSend.toUTC().toString(QStringLiteral("yyyy-MM-ddThh:mm:ss")));
+    }
+    if (priority() != def_priority)
+        appendText(document, parent, QStringLiteral("priority"), QString::number(priority()));
+    if (maxTries() != def_maxTries)
+        appendText(document, parent, QStringLiteral("max_tries"), QString::number(maxTries()));
+    if (tryInterval() != def_tryInterval)
+        appendText(document, parent, QStringLiteral("try_interval"), QString::number(tryInterval()));
+    if (receipt() != def_receipt)
+        appendText(document, parent, QStringLiteral("receipt"), m_receiptTable[receipt()]);
+    if (receiptAttachment() != def_receiptAttachment) {
+        appendText(document, parent, QStringLiteral("receipt_attachment"),
+                   m_receiptAttachmentTable[receiptAttachment()]);
+    }
+    if (isSupportReceiptOptions()) {
+        if (faxReceipt() != def_faxReceipt)
+            appendText(document, parent, QStringLiteral("print_receipt"), m_receiptTable[faxReceipt()]);
+        appendTextIfSet(document, parent, QStringLiteral("print_receipt_printer"), printerName());
+        if (printWithFirstPage())
+            appendText(document, parent, QStringLiteral("print_receipt_first"), boolText(true));
+    }
+    if (isSupporFaxPageSizeOptions())
+        appendText(document, parent, QStringLiteral("fax_page_size"), m_faxPageSizeTable[faxPageSize()]);
+    return true;
+}
