@@ -1,0 +1,44 @@
+#pragma once
+
+#include "diskdataprovider.h"
+#include "iquendraserialization.h"
+
+/**
+ * The bytes of an attachment that travels inside the fax document. A value; the bytes stay in their file
+ * until the document is written.
+ */
+class QDCORE_EXPORT Content : public IQuendraSerialization
+{
+public:
+    /// Element "content_type".
+    enum Type {
+        None = 0,       ///< Not set: the content is not written.
+        Pdf = 1,        ///< "application/pdf"
+        PostScript = 2, ///< "application/postscript"
+        PlainText = 3,  ///< "text/plain"
+        Tiff = 4        ///< "image/tiff"
+    };
+
+    Content() = default;
+    Content(const Content&) = default;
+    Content& operator=(const Content&) = default;
+
+    /// Not supported: false.
+    bool readFax(const QDomElement& element, int protocolVersion) override;
+    /// Appends "content_type", "content_transfer_encoding" and "content". False, and nothing written, without
+    /// a type or when the file is missing, unreadable or empty.
+    bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
+
+    virtual ~Content();
+
+    Type type() const { return m_type; }
+    void setType(Type type) { m_type = type; }
+
+    /// The file whose bytes are sent.
+    const DiskDataProvider& data() const { return m_data; }
+    void setData(const DiskDataProvider& data) { m_data = data; }
+
+private:
+    Type m_type{None};
+    DiskDataProvider m_data;
+};

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "attach.h"
+#include "contactlist.h"
+#include "coverpage.h"
+#include "faxscheduleoptions.h"
+
+#include <QList>
+
+/**
+ * A fax to be sent: to whom, what, under which cover page, and when. A value.
+ */
+class QDCORE_EXPORT FaxDocument : public IQuendraSerialization
+{
+public:
+    FaxDocument() = default;
+    FaxDocument(const FaxDocument&) = default;
+    FaxDocument& operator=(const FaxDocument&) = default;
+
+    /// Not supported: false.
+    bool readFax(const QDomElement& element, int protocolVersion) override;
+    /// Appends "cover_page" always, one "recipient" for each contact among the recipients (groups are
+    /// skipped) and one "attachment" for each attachment that can be written (the others are left out). The
+    /// schedule options are not part of it. False when there are no recipients at all or one cannot be
+    /// written; what could be written is in the document all the same.
+    bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
+
+    virtual ~FaxDocument();
+
+    const ContactList& recipients() const { return m_recipients; }
+    ContactList& recipients() { return m_recipients; }
+    void setRecipients(const ContactList& recipients) { m_recipients = recipients; }
+
+    /// In the order in which they are sent.
+    const QList<Attach>& attachs() const { return m_attachs; }
+    QList<Attach>& attachs() { return m_attachs; }
+    void setAttachs(const QList<Attach>& attachs) { m_attachs = attachs; }
+
+    const CoverPage& coverPage() const { return m_coverPage; }
+    void setCoverPage(const CoverPage& coverPage) { m_coverPage = coverPage; }
+
+    const FaxScheduleOptions& faxSchedule() const { return m_faxSchedule; }
+    void setFaxSchedule(const FaxScheduleOptions& options) { m_faxSchedule = options; }
+
+    /// Appends 1, 2 and so on to the name of each attachment whose name an earlier one had, after the
+    /// extension. A name made so may repeat that of a later attachment.
+    void renameDuplicateAttachments();
+
+private:
+    ContactList m_recipients;
+    QList<Attach> m_attachs;
+    CoverPage m_coverPage;
+    FaxScheduleOptions m_faxSchedule;
+};
