@@ -1,0 +1,77 @@
+#pragma once
+
+#include "iquendraserialization.h"
+
+#include <QDateTime>
+#include <QMetaType>
+#include <QSharedPointer>
+#include <QString>
+#include <QUrl>
+#include <QVector>
+
+/**
+ * One entry of a server's fax logs, as a list of mixed entries shows it.
+ *
+ * Entries are made and filled by the log tasks and shared from then on; they are only read, never written.
+ * Dates are local time as the server writes it. Reading an entry always succeeds: a missing element gives an
+ * empty text, 0 or a null date.
+ */
+class QDCORE_EXPORT BaseFaxEntry : public IQuendraSerialization
+{
+public:
+    /// Which log an entry came from.
+    enum FaxEntryType {
+        TypeUnknown = 0,  ///< Nobody said.
+        TypeStatus = 1,   ///< FaxEntry: a fax being processed.
+        TypeOutbound = 2, ///< OutboundFaxEntry: a fax that was sent.
+        TypeInbound = 3   ///< InboundFaxEntry: a fax that was received.
+    };
+
+    /// How far the fax is; the server's text is matched without regard to case.
+    enum FaxEntryState {
+        StateUnknown = 0, ///< No text, or one that is not among these.
+        StatePreprocessing = 1,
+        StatePending = 2,
+        StateSending = 3,
+        StateSent = 4,
+        StateComplete = 5,
+        StateAborted = 6,
+        StateFailed = 7,
+        StateApprovalPending = 8,
+        StateRejected = 9
+    };
+
+    typedef QSharedPointer<QVector<QSharedPointer<BaseFaxEntry>>> FaxEntriesPtrListPtr;
+
+    BaseFaxEntry() = default;
+    BaseFaxEntry(const BaseFaxEntry&) = default;
+    BaseFaxEntry& operator=(const BaseFaxEntry&) = default;
+
+    virtual ~BaseFaxEntry();
+
+    /// When sending ended; null here.
+    virtual QDateTime sentAt() const;
+    /// The number of pages, the cover page included; 0 here.
+    virtual int pages() const;
+    /// Empty here.
+    virtual QString subject() const;
+    /// The recipient in one line; empty here.
+    virtual QString recipient() const;
+    /// The entry's resource on the server, by which a fax is aborted or rescheduled; empty here.
+    virtual QUrl entryUrl() const;
+
+    FaxEntryState state() const { return m_state; }
+
+    /// Set by whoever fetched the entry: only the log tells.
+    FaxEntryType type() const { return m_type; }
+    void setType(FaxEntryType type) { m_type = type; }
+
+protected:
+    void setFaxEntryStatusFromString(const QString& text);
+
+private:
+    FaxEntryType m_type{TypeUnknown};
+    FaxEntryState m_state{StateUnknown};
+};
+
+Q_DECLARE_METATYPE(BaseFaxEntry::FaxEntriesPtrListPtr)

@@ -1,0 +1,30 @@
+#pragma once
+
+// What the log entries have in common when they are read and shown. Internal: not installed, not exported.
+
+#include "contact.h"
+#include "datetext_p.h"
+
+#include <QStringList>
+
+#include <limits>
+
+/// A date of a log entry: local time as it stands.
+inline QDateTime entryDate(const QString& text)
+{
+    return dateTimeFromText(text, QStringLiteral("yyyy-MM-ddThh:mm:ss"), Qt::LocalTime);
+}
+
+/// A contact in one line: name, fax number and organization, as far as they are set.
+inline QString recipientLine(const Contact& contact)
+{
+    QStringList parts{contact.name(), contact.fax(), contact.organization()};
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(", "));
+}
+
+/// The number of pages shown: the cover page counts as one.
+inline int withCoverPage(int pages, bool used)
+{
+    return used && pages < std::numeric_limits<int>::max() ? pages + 1 : pages;
+}

@@ -1,0 +1,48 @@
+#include "faxentry.h"
+
+#include "domtext_p.h"
+#include "entrytext_p.h"
+
+FaxEntry::~FaxEntry() = default;
+
+bool FaxEntry::readFax(const QDomElement& element, int protocolVersion)
+{
+    const DomChildren children(element);
+    setFaxEntryStatusFromString(children.text(QStringLiteral("state")));
+    m_createTime = entryDate(children.text(QStringLiteral("created")));
+    m_changeStateTime = entryDate(children.text(QStringLiteral("stime")));
+    m_url = QUrl(children.text(QStringLiteral("fax_entry_url")), QUrl::TolerantMode);
+    m_agent = children.text(QStringLiteral("agent"));
+    m_schedule.readFax(element, protocolVersion);
+    m_from.readFax(children.element(QStringLiteral("sender")), protocolVersion);
+    m_coverPage.readFax(children.element(QStringLiteral("cover_page")), 1);
+    m_pages = withCoverPage(children.text(QStringLiteral("pages")).toInt(), m_coverPage.enabled());
+    m_previewUrl = QUrl(children.text(QStringLiteral("preview")), QUrl::TolerantMode);
+    m_to.readFax(children.element(QStringLiteral("recipient")), 1);
+    return true;
+}
+
+bool FaxEntry::writeFax(QDomDocument&, QDomElement&, int) const
+{
+    return false;
+}
+
+int FaxEntry::pages() const
+{
+    return m_pages;
+}
+
+QString FaxEntry::subject() const
+{
+    return m_coverPage.subject();
+}
+
+QString FaxEntry::recipient() const
+{
+    return recipientLine(m_to);
+}
+
+QUrl FaxEntry::entryUrl() const
+{
+    return m_url;
+}

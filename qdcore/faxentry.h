@@ -1,0 +1,95 @@
+#pragma once
+
+#include "basefaxentry.h"
+#include "contact.h"
+#include "coverpage.h"
+#include "faxscheduleoptions.h"
+#include "modementry.h"
+#include "quendracontact.h"
+
+/**
+ * An entry of the status log: a fax that is being processed. A value.
+ */
+class QDCORE_EXPORT FaxEntry : public BaseFaxEntry
+{
+public:
+    FaxEntry() = default;
+    FaxEntry(const FaxEntry&) = default;
+    FaxEntry& operator=(const FaxEntry&) = default;
+
+    /// Always true.
+    bool readFax(const QDomElement& element, int protocolVersion) override;
+    /// Not supported: false.
+    bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
+
+    ~FaxEntry() override;
+
+    /// Element "pages", plus one when the cover page is enabled.
+    int pages() const override;
+    /// The subject of the cover page.
+    QString subject() const override;
+    /// Name, fax number and organization of the recipient, joined by ", ".
+    QString recipient() const override;
+    /// As url().
+    QUrl entryUrl() const override;
+
+    /// Element "sender".
+    const QuendraContact& from() const { return m_from; }
+    void setFrom(const QuendraContact& from) { m_from = from; }
+
+    /// Element "recipient".
+    const Contact& to() const { return m_to; }
+    void setTo(const Contact& to) { m_to = to; }
+
+    const ModemEntry& modemEntry() const { return m_modemEntry; }
+    void setModemEntry(const ModemEntry& modemEntry) { m_modemEntry = modemEntry; }
+
+    /// Element "fax_entry_url".
+    const QUrl& url() const { return m_url; }
+    void setUrl(const QUrl& url) { m_url = url; }
+
+    /// Element "preview".
+    const QUrl& previewUrl() const { return m_previewUrl; }
+    void setPreviewUrl(const QUrl& url) { m_previewUrl = url; }
+
+    /// Element "created".
+    const QDateTime& createTime() const { return m_createTime; }
+    void setCreateTime(const QDateTime& dateTime) { m_createTime = dateTime; }
+
+    /// When the state last changed. Element "stime".
+    const QDateTime& changeStateTime() const { return m_changeStateTime; }
+    void setChangeStateTime(const QDateTime& dateTime) { m_changeStateTime = dateTime; }
+
+    /// The program that submitted the fax. Element "agent".
+    const QString& agent() const { return m_agent; }
+    void setAgent(const QString& agent) { m_agent = agent; }
+
+    /// Element "cover_page".
+    const CoverPage& coverPage() const { return m_coverPage; }
+    void setCoverPage(const CoverPage& coverPage) { m_coverPage = coverPage; }
+
+    /// Elements of the entry itself.
+    const FaxScheduleOptions& schedule() const { return m_schedule; }
+    void setSchedule(const FaxScheduleOptions& schedule) { m_schedule = schedule; }
+
+    /// Who decides about a fax that needs approval, and when; no element mirrors them.
+    const QString& approver() const { return m_approver; }
+    void setApprover(const QString& approver) { m_approver = approver; }
+    const QDateTime& approverTime() const { return m_approverTime; }
+    void setApproverTime(const QDateTime& dateTime) { m_approverTime = dateTime; }
+
+private:
+    QuendraContact m_from;
+    Contact m_to;
+    ModemEntry m_modemEntry;
+    QUrl m_url;
+    QUrl m_previewUrl;
+    QDateTime m_createTime;
+    QDateTime m_changeStateTime;
+    QString m_agent;
+    CoverPage m_coverPage;
+    int m_pages{0};
+    FaxScheduleOptions m_schedule;
+    QString m_approver;
+    QDateTime m_approverTime;
+};

@@ -1,0 +1,64 @@
+#include "inboundfaxentry.h"
+
+#include "domtext_p.h"
+#include "entrytext_p.h"
+
+InboundFaxEntry::~InboundFaxEntry() = default;
+
+bool InboundFaxEntry::readFax(const QDomElement& element, int)
+{
+    const DomChildren children(element);
+    m_deliveredTo.readFax(element, 1);
+    m_status = children.text(QStringLiteral("status"));
+    setFaxEntryStatusFromString(m_status);
+    m_filename = children.text(QStringLiteral("filename"));
+    m_location = QUrl(children.text(QStringLiteral("location")), QUrl::TolerantMode);
+    m_completeTime = entryDate(children.text(QStringLiteral("complete_time")));
+    m_pages = children.text(QStringLiteral("pages")).toInt();
+    m_toName = children.text(QStringLiteral("recipient_name"));
+    m_error =
+        children.element(QStringLiteral("delivery_error")).firstChildElement(QStringLiteral("error")).text();
+    m_remoteId = children.text(QStringLiteral("remote_id"));
+    m_channel = children.text(QStringLiteral("channel"));
+    m_modem = children.text(QStringLiteral("modem"));
+    m_extension = children.text(QStringLiteral("extension"));
+    return true;
+}
+
+bool InboundFaxEntry::writeFax(QDomDocument&, QDomElement&, int) const
+{
+    return false;
+}
+
+int InboundFaxEntry::pages() const
+{
+    return m_pages;
+}
+
+QString InboundFaxEntry::deliveredTo() const
+{
+    QString line;
+    for (const DeliveredTo::Delivery& delivery : m_deliveredTo.deliveries()) {
+        const QString& type = delivery.first;
+        const QString& destination = delivery.second;
+        line += type;
+        if (!type.isEmpty() && !destination.isEmpty())
+            line += QLatin1String(": ");
+        if (!destination.isEmpty())
+            line += destination + QLatin1String("; ");
+    }
+    line.chop(2);
+    return line;
+}
+
+QString InboundFaxEntry::deliveredType() const
+{
+    const QVector<DeliveredTo::Delivery>& deliveries = m_deliveredTo.deliveries();
+    return deliveries.isEmpty() ? QString() : deliveries.first().first;
+}
+
+QString InboundFaxEntry::deliveredDestination() const
+{
+    const QVector<DeliveredTo::Delivery>& deliveries = m_deliveredTo.deliveries();
+    return deliveries.isEmpty() ? QString() : deliveries.first().second;
+}

@@ -1,0 +1,3 @@
+#include "modementry.h"
+
+ModemEntry::~ModemEntry() = default;

@@ -1,0 +1,58 @@
+#include "outboundfaxentry.h"
+
+#include "domtext_p.h"
+#include "entrytext_p.h"
+
+OutboundFaxEntry::~OutboundFaxEntry() = default;
+
+bool OutboundFaxEntry::readFax(const QDomElement& element, int protocolVersion)
+{
+    const DomChildren children(element);
+    m_recipient.readFax(element, protocolVersion);
+    m_sender.readFax(element, protocolVersion);
+    setFaxEntryStatusFromString(children.text(QStringLiteral("status")));
+    m_entryUrl = QUrl(children.text(QStringLiteral("fax_entry_url")), QUrl::TolerantMode);
+    m_previewUrl = QUrl(children.text(QStringLiteral("preview")), QUrl::TolerantMode);
+    const bool coverPageUsed = children.text(QStringLiteral("cover_page_used")).toInt() > 0;
+    m_pages = withCoverPage(children.text(QStringLiteral("pages")).toInt(), coverPageUsed);
+    m_startTime = entryDate(children.text(QStringLiteral("start_time")));
+    m_sentAt = entryDate(children.text(QStringLiteral("end_time")));
+    m_subject = children.text(QStringLiteral("subject"));
+    m_agent = children.text(QStringLiteral("agent"));
+    m_username = children.text(QStringLiteral("username"));
+    m_coverPage.setEnabled(coverPageUsed);
+    m_coverPage.setName(children.text(QStringLiteral("cover_page_name")));
+    m_coverPage.setSubject(m_subject);
+    m_coverPage.setComments(children.text(QStringLiteral("comments")));
+    return true;
+}
+
+bool OutboundFaxEntry::writeFax(QDomDocument&, QDomElement&, int) const
+{
+    return false;
+}
+
+QDateTime OutboundFaxEntry::sentAt() const
+{
+    return m_sentAt;
+}
+
+int OutboundFaxEntry::pages() const
+{
+    return m_pages;
+}
+
+QString OutboundFaxEntry::subject() const
+{
+    return m_subject;
+}
+
+QString OutboundFaxEntry::recipient() const
+{
+    return recipientLine(m_recipient);
+}
+
+QUrl OutboundFaxEntry::entryUrl() const
+{
+    return m_entryUrl;
+}

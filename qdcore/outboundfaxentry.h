@@ -1,0 +1,71 @@
+#pragma once
+
+#include "basefaxentry.h"
+#include "coverpage.h"
+#include "recepient.h"
+#include "sender.h"
+
+/**
+ * An entry of the outbound log: a fax that was sent, or failed to be. A value.
+ */
+class QDCORE_EXPORT OutboundFaxEntry : public BaseFaxEntry
+{
+public:
+    OutboundFaxEntry() = default;
+    OutboundFaxEntry(const OutboundFaxEntry&) = default;
+    OutboundFaxEntry& operator=(const OutboundFaxEntry&) = default;
+
+    /// Always true.
+    bool readFax(const QDomElement& element, int protocolVersion) override;
+    /// Not supported: false.
+    bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
+
+    ~OutboundFaxEntry() override;
+
+    /// Element "end_time".
+    QDateTime sentAt() const override;
+    /// Element "pages", plus one when "cover_page_used" is above 0.
+    int pages() const override;
+    /// Element "subject".
+    QString subject() const override;
+    /// Name, fax number and organization of the recipient, joined by ", ".
+    QString recipient() const override;
+    /// Element "fax_entry_url".
+    QUrl entryUrl() const override;
+
+    /// Element "preview".
+    const QUrl& previewUrl() const { return m_previewUrl; }
+    /// Element "start_time".
+    const QDateTime& startTime() const { return m_startTime; }
+    /// The program that submitted the fax. Element "agent".
+    const QString& agent() const { return m_agent; }
+    /// Enabled when one was sent; name and comments from "cover_page_name" and "comments", the subject is the
+    /// fax's.
+    const CoverPage& coverPage() const { return m_coverPage; }
+    /// The server user who sent the fax. Element "username".
+    const QString& username() const { return m_username; }
+
+    const QString& recepientName() const { return m_recipient.name(); }
+    const QString& recepientFax() const { return m_recipient.fax(); }
+    const QString& recepientPhone() const { return m_recipient.phone(); }
+    const QString& recepientOrganization() const { return m_recipient.organization(); }
+
+    const QString& senderName() const { return m_sender.name(); }
+    const QString& senderEmail() const { return m_sender.email(); }
+    const QString& senderPhone() const { return m_sender.phone(); }
+    const QString& senderFax() const { return m_sender.fax(); }
+    const QString& senderOrganization() const { return m_sender.organization(); }
+
+private:
+    QUrl m_entryUrl;
+    QUrl m_previewUrl;
+    int m_pages{0};
+    QDateTime m_startTime;
+    QDateTime m_sentAt;
+    QString m_subject;
+    Recepient m_recipient;
+    Sender m_sender;
+    QString m_agent;
+    CoverPage m_coverPage;
+    QString m_username;
+};

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QMetaType>
+#include <QSharedPointer>
+#include <QStringList>
+
+/// A list of texts as it travels by signals, such as a server's printer names.
+using QStringListPtr = QSharedPointer<QStringList>;
+
+Q_DECLARE_METATYPE(QStringListPtr)

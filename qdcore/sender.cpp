@@ -1,0 +1,21 @@
+#include "sender.h"
+
+#include "domtext_p.h"
+
+Sender::~Sender() = default;
+
+bool Sender::readFax(const QDomElement& element, int)
+{
+    const DomChildren children(element);
+    setName(children.text(QStringLiteral("sender_name")));
+    setEmail(children.text(QStringLiteral("sender_email")));
+    setPhone(children.text(QStringLiteral("sender_phone")));
+    setFax(children.text(QStringLiteral("sender_fax")));
+    setOrganization(children.text(QStringLiteral("sender_organization")));
+    return children.has(QStringLiteral("sender_name"));
+}
+
+ContactUnit* Sender::copy() const
+{
+    return new Sender(*this);
+}
