@@ -308,7 +308,7 @@ void FaxServer::slotDone(BaseFaxEntry::FaxEntriesPtrListPtr)
     succeeded();
 }
 
-void FaxServer::slotDone(InboundFaxEntriesPtrListPtr)
+void FaxServer::slotDone(const InboundFaxEntriesPtrListPtr&)
 {
     succeeded();
 }
@@ -417,7 +417,7 @@ bool FaxServer::readStorage(const QDomElement& element, int version)
     }
     setAddress(address);
     setLogin(login);
-    const QString password = PasswordCipher(def_cryptKey).decipher(stored);
+    const QString password = PasswordCipher(def_cryptKey).decipherText(stored);
     setPassword(password.isEmpty() ? stored : password);
 
     const QDomElement about = element.firstChildElement(QStringLiteral("about"));
@@ -437,7 +437,7 @@ bool FaxServer::writeStorage(QDomDocument& doc, QDomElement& element, int) const
     appendText(doc, connection, QStringLiteral("address"), m_address);
     appendText(doc, connection, QStringLiteral("login"), m_login);
     appendText(doc, connection, QStringLiteral("password"),
-               PasswordCipher(def_cryptKey).encipher(m_password));
+               PasswordCipher(def_cryptKey).encipherText(m_password));
 
     QDomElement about = appendElement(doc, element, QStringLiteral("about"));
     m_info.writeStorage(doc, about, 1);

@@ -166,7 +166,7 @@ public Q_SLOTS:
     void slotDone(const QuendraInfo& info);
     void slotDone(const FaxUser& user);
     void slotDone(BaseFaxEntry::FaxEntriesPtrListPtr entries);
-    void slotDone(InboundFaxEntriesPtrListPtr entries);
+    void slotDone(const InboundFaxEntriesPtrListPtr& entries);
     void slotDone(CoverPageListPtr coverPages);
     void slotDone(QStringListPtr names);
     void slotDone(const ContactList& contacts, unsigned int timeStamp);
