@@ -1,0 +1,151 @@
+#include "scriptedserver.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QSslSocket>
+#include <QTemporaryDir>
+
+QByteArray WireRequest::header(const QByteArray& name) const
+{
+    const int end = raw.indexOf("\r\n\r\n");
+    const QList<QByteArray> lines = raw.left(end).split('\n');
+    for (const QByteArray& line : lines) {
+        const int colon = line.indexOf(':');
+        if (colon > 0 && line.left(colon).toLower() == name.toLower())
+            return line.mid(colon + 1).trimmed();
+    }
+    return QByteArray();
+}
+
+ScriptedServer::ScriptedServer(bool tls, QObject* parent)
+    : QTcpServer(parent)
+    , m_tls(tls)
+{
+    if (tls) {
+        const QTemporaryDir folder;
+        const QString certificate = folder.filePath(QStringLiteral("certificate.pem"));
+        const QString key = folder.filePath(QStringLiteral("key.pem"));
+        if (!makeCertificate(certificate, key))
+            qFatal("openssl cannot make a certificate");
+        QFile keyFile(key);
+        keyFile.open(QIODevice::ReadOnly);
+        m_key = QSslKey(&keyFile, QSsl::Rsa);
+        m_certificate = QSslCertificate::fromPath(certificate).value(0);
+    }
+    if (!listen(QHostAddress::LocalHost))
+        qFatal("cannot listen on 127.0.0.1");
+}
+
+bool ScriptedServer::makeCertificate(const QString& certificateFile, const QString& keyFile)
+{
+    return QProcess::execute(QStringLiteral("openssl"),
+                             {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"),
+                              QStringLiteral("rsa:2048"), QStringLiteral("-nodes"), QStringLiteral("-days"),
+                              QStringLiteral("2"), QStringLiteral("-subj"), QStringLiteral("/CN=127.0.0.1"),
+                              QStringLiteral("-keyout"), keyFile, QStringLiteral("-out"), certificateFile,
+                              QStringLiteral("-batch"), QStringLiteral("-quiet")})
+        == 0;
+}
+
+QString ScriptedServer::address() const
+{
+    return QStringLiteral("127.0.0.1:%1").arg(serverPort());
+}
+
+void ScriptedServer::setAnswer(const QByteArray& answer)
+{
+    m_answer = [answer](const WireRequest&) { return answer; };
+}
+
+QByteArray ScriptedServer::reply(const QByteArray& body, const QByteArray& status, const QByteArray& moreHeaders)
+{
+    return "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" + moreHeaders
+        + "\r\n" + body;
+}
+
+void ScriptedServer::incomingConnection(qintptr descriptor)
+{
+    QTcpSocket* socket = nullptr;
+    if (m_tls) {
+        auto* secure = new QSslSocket(this);
+        secure->setSocketDescriptor(descriptor);
+        secure->setLocalCertificate(m_certificate);
+        secure->setPrivateKey(m_key);
+        secure->startServerEncryption();
+        socket = secure;
+    } else {
+        socket = new QTcpSocket(this);
+        socket->setSocketDescriptor(descriptor);
+    }
+    m_connections[socket].number = ++m_connectionCount;
+    connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
+    connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+        m_connections.remove(socket);
+        socket->deleteLater();
+    });
+}
+
+void ScriptedServer::read(QTcpSocket* socket)
+{
+    m_connections[socket].received += socket->readAll();
+    while (m_connections.contains(socket) && readOne(socket, m_connections[socket])) { }
+}
+
+void ScriptedServer::hangUp(QTcpSocket* socket)
+{
+    m_connections.remove(socket);
+    socket->disconnect(this);
+    socket->disconnectFromHost();
+    connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    if (socket->state() == QAbstractSocket::UnconnectedState)
+        socket->deleteLater();
+}
+
+/// Takes one request, or what there is of it, off a connection. False when more bytes are needed.
+bool ScriptedServer::readOne(QTcpSocket* socket, Connection& connection)
+{
+    const int headEnd = connection.received.indexOf("\r\n\r\n");
+    if (headEnd < 0)
+        return false;
+    if (connection.request < 0) {
+        WireRequest request;
+        request.raw = connection.received.left(headEnd + 4);
+        const QList<QByteArray> words = request.raw.left(request.raw.indexOf("\r\n")).split(' ');
+        request.method = words.value(0);
+        request.target = words.value(1);
+        request.connection = connection.number;
+        connection.request = m_requests.size();
+        m_requests.append(request);
+    }
+    WireRequest& request = m_requests[connection.request];
+    if (m_hangUp == HangUp::AfterHead) {
+        hangUp(socket);
+        return false;
+    }
+    const int length = request.header("Content-Length").toInt();
+    request.body = connection.received.mid(headEnd + 4, length);
+    if (m_hangUp == HangUp::InsideBody && length > 0 && request.body.size() >= length / 2) {
+        hangUp(socket);
+        return false;
+    }
+    if (request.body.size() < length)
+        return false;
+
+    request.raw += request.body;
+    connection.received.remove(0, headEnd + 4 + length);
+    connection.request = -1;
+    if (m_hangUp == HangUp::NoAnswer)
+        return true;
+    if (m_hangUp == HangUp::AfterBody || m_hangUp == HangUp::InsideBody || !m_answer) {
+        hangUp(socket);
+        return false;
+    }
+    const QByteArray answer = m_answer(request);
+    if (m_hangUp == HangUp::InsideReply) {
+        socket->write(answer.left(answer.size() / 2));
+        hangUp(socket);
+        return false;
+    }
+    socket->write(answer);
+    return true;
+}

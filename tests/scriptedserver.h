@@ -1,0 +1,89 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QTcpServer>
+
+#include <functional>
+
+class QTcpSocket;
+
+/// One request as it came over the wire.
+struct WireRequest
+{
+    QByteArray raw; ///< Every byte, head and body.
+    QByteArray method;
+    QByteArray target; ///< Path and query, still encoded.
+    QByteArray body;
+    int connection {0}; ///< Which connection it came on, counted from 1.
+
+    /// The value of a header, compared without regard to case; null when it was not sent.
+    QByteArray header(const QByteArray& name) const;
+};
+
+/**
+ * A server that does as a test says: it records the bytes of every request and answers with exact bytes, or hangs up
+ * at a chosen moment. It lives on the test's own thread and event loop and listens on 127.0.0.1.
+ */
+class ScriptedServer : public QTcpServer
+{
+    Q_OBJECT
+public:
+    enum class HangUp {
+        Never,         ///< Answers.
+        AfterHead,     ///< When the head of the request is there.
+        InsideBody,    ///< When half the body is there.
+        AfterBody,     ///< When all is there, without an answer.
+        InsideReply,   ///< After half the answer.
+        NoAnswer       ///< Keeps the connection and says nothing.
+    };
+
+    /// With @p tls the server speaks TLS with a self-signed certificate made now.
+    explicit ScriptedServer(bool tls = false, QObject* parent = nullptr);
+
+    /// "127.0.0.1:PORT".
+    QString address() const;
+
+    /// The answer to every request: whole bytes from the status line on.
+    void setAnswer(const QByteArray& answer);
+    /// The answer to each request, made from it.
+    void setAnswer(std::function<QByteArray(const WireRequest&)> answer) { m_answer = std::move(answer); }
+    void setHangUp(HangUp when) { m_hangUp = when; }
+
+    /// Requests in the order in which their heads were complete; bodies may be incomplete after a hang-up.
+    const QList<WireRequest>& requests() const { return m_requests; }
+
+    /// A 200 answer, or another, with a body and its length.
+    static QByteArray reply(const QByteArray& body, const QByteArray& status = "200 OK",
+                            const QByteArray& moreHeaders = QByteArray());
+
+    /// Writes a self-signed certificate for 127.0.0.1 and its key as PEM files. Returns whether that worked.
+    static bool makeCertificate(const QString& certificateFile, const QString& keyFile);
+
+protected:
+    void incomingConnection(qintptr descriptor) override;
+
+private:
+    struct Connection
+    {
+        int number {0};
+        QByteArray received;
+        int request {-1}; ///< The request whose body is being read.
+    };
+
+    void read(QTcpSocket* socket);
+    bool readOne(QTcpSocket* socket, Connection& connection);
+    void hangUp(QTcpSocket* socket);
+
+    bool m_tls;
+    QSslCertificate m_certificate;
+    QSslKey m_key;
+    std::function<QByteArray(const WireRequest&)> m_answer;
+    HangUp m_hangUp {HangUp::Never};
+    QList<WireRequest> m_requests;
+    QHash<QTcpSocket*, Connection> m_connections;
+    int m_connectionCount {0};
+};
