@@ -1,0 +1,46 @@
+#ifndef SIMDOCUMENTS_H
+#define SIMDOCUMENTS_H
+
+#include "simfaxes.h"
+#include "simtypes.h"
+#include "simxml.h"
+
+/// @brief What a server can do, as far as it decides which elements documents hold.
+struct SimFeatures
+{
+    bool profileDefaults = false; ///< profiles carry schedule defaults (protocol version 2)
+    bool printReceipts = false;   ///< printed receipts and printer names: versions above 3.2.7
+    bool pageSize = false;        ///< the choice of a page size: versions above 3.6
+
+    static SimFeatures of(const QString& model, const QString& version);
+};
+
+/// @brief Reads and writes the records that requests and replies are made of.
+///
+/// Reading is strict: @p why receives the first thing that is not as the protocol says, down to an element
+/// that should have been left out because its value is the default.
+namespace SimDocuments {
+
+/// The elements of a contact; all optional, none empty.
+void readPerson(SimCursor& cursor, SimPerson* person);
+void writePerson(SimXmlWriter& xml, const char* urlName, const SimPerson& person);
+
+/// A user's profile: contact, default cover page, schedule defaults.
+void readProfile(SimCursor& cursor, const SimFeatures& features, SimUser* user);
+/// The element "user".
+void writeUser(SimXmlWriter& xml, const SimFeatures& features, const SimUser& user, const QByteArray& root);
+
+/// A whole "schedule_fax" document. The contents of the attachments are decoded.
+bool readSubmission(const SimElement& root, const SimFeatures& features, SimSubmission* submission,
+                    QString* why);
+
+/// Decodes standard base64: padded, without line breaks or any other character. Null if it is not.
+QByteArray fromBase64(const QByteArray& text);
+
+/// An entry of the queue: the element "fax_entry". @p root is the server's own "http://HOST".
+void writeQueueEntry(SimXmlWriter& xml, const SimFeatures& features, const SimFax& fax,
+                     const QByteArray& root);
+
+} // namespace SimDocuments
+
+#endif

@@ -1,0 +1,38 @@
+#ifndef SIMHANDLERS_H
+#define SIMHANDLERS_H
+
+#include "simstate.h"
+#include "simtypes.h"
+#include "simxml.h"
+
+/// @brief What a handler is given: an authenticated request that passed every check its route can make.
+struct SimCall
+{
+    SimState& state;
+    const SimRequest& request;
+    SimUser user;      ///< who asks, as of the moment of the request
+    QString rest;      ///< what stands in the path for the route's "*"
+    SimElement root;   ///< the request's document, if the route has one
+    QByteArray server; ///< "http://HOST:PORT" as the client addresses the server; the begin of every address
+                       ///< sent back
+};
+
+/// @brief One function an operation; they take the state's lock themselves.
+namespace SimHandlers {
+
+// Server, login, profiles
+SimReply about(SimCall& call);
+SimReply verify(SimCall& call);
+SimReply userOptions(SimCall& call);
+SimReply getUser(SimCall& call);
+SimReply putUser(SimCall& call);
+
+// Faxes
+SimReply submit(SimCall& call);
+SimReply getFax(SimCall& call);
+SimReply abortFax(SimCall& call);
+SimReply rescheduleFax(SimCall& call);
+
+} // namespace SimHandlers
+
+#endif

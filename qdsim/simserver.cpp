@@ -1,0 +1,275 @@
+#include "simserver.h"
+
+#include "simhttp.h"
+#include "simroutes.h"
+#include "simstate.h"
+#include "simtls.h"
+
+#include <chrono>
+#include <condition_variable>
+
+class SimServer::Private
+{
+public:
+    explicit Private(const SimOptions& options)
+        : state(options)
+    {}
+
+    SimReply answer(SimRequest& request);
+    void record(const SimRequest& request);
+    int count(const QString& method, const QString& pathPrefix) const;
+
+    static bool isMeant(const SimRequest& request, const QString& method, const QString& pathPrefix)
+    {
+        return (method.isEmpty() || request.method == method) && request.path.startsWith(pathPrefix);
+    }
+
+    mutable SimState state;
+    SimFaults faults;
+    std::shared_ptr<SimTls> tls;
+    std::vector<std::unique_ptr<SimHttp>> listeners;
+    std::function<void(const QString&)> log;
+
+    mutable std::mutex mutex; // guards the requests
+    mutable std::condition_variable answered;
+    QVector<SimRequest> requests;
+};
+
+SimReply SimServer::Private::answer(SimRequest& request)
+{
+    SimFault fault;
+    const bool isFaulty = faults.take(request, &fault);
+    const bool isCarriedOut = !isFaulty || fault.kind != SimFault::Status;
+    SimReply reply = isCarriedOut ? SimRoutes::answer(state, request) : SimFaults::instead(fault);
+    reply.compressed = state.options().compress;
+    request.status = reply.status;
+    request.refusal = reply.refusal;
+    if (isFaulty) {
+        SimFaults::apply(fault, &reply);
+        if (reply.hangUp)
+            request.status = 0;
+    }
+    record(request);
+    return reply;
+}
+
+void SimServer::Private::record(const SimRequest& request)
+{
+    SimRequest kept = request;
+    const qint64 limit = state.options().keepBodyLimit;
+    if (limit >= 0 && kept.body.size() > limit)
+        kept.body = kept.body.left(static_cast<int>(limit));
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        requests.append(kept);
+    }
+    answered.notify_all();
+    if (log) {
+        const QString who = request.user.isEmpty() ? QStringLiteral("-") : request.user;
+        QString line = QStringList{who,
+                                   request.method,
+                                   QString::fromLatin1(request.target),
+                                   QString::number(request.bodySize),
+                                   QStringLiteral("bytes:"),
+                                   QString::number(request.status)}
+                           .join(QLatin1Char(' '));
+        if (request.status == 0)
+            line += QLatin1String(" connection closed");
+        if (!request.refusal.isEmpty())
+            line += QLatin1String(" refused: ") + request.refusal;
+        log(line);
+    }
+}
+
+int SimServer::Private::count(const QString& method, const QString& pathPrefix) const
+{
+    int number = 0;
+    for (const SimRequest& request : requests)
+        number += isMeant(request, method, pathPrefix) ? 1 : 0;
+    return number;
+}
+
+SimServer::SimServer(const SimOptions& options)
+    : d(new Private(options))
+{}
+
+SimServer::~SimServer()
+{
+    stop();
+}
+
+bool SimServer::start(QString* error)
+{
+    QString why;
+    if (options().tls && !(d->tls = SimTls::create(&why))) {
+        if (error)
+            *error = why;
+        return false;
+    }
+    SimHttp::Handlers handlers;
+    handlers.head = [this](const SimRequest& request) {
+        if (!d->faults.hangUpEarly(request))
+            return true;
+        d->record(request);
+        return false;
+    };
+    handlers.request = [this](SimRequest& request) { return d->answer(request); };
+    quint16 port = options().port;
+    QStringList addresses{options().bind};
+    if (options().bindIpv6)
+        addresses.append(QStringLiteral("::1"));
+    for (const QString& address : qAsConst(addresses)) {
+        std::unique_ptr<SimHttp> listener(new SimHttp(handlers, d->tls));
+        if (!listener->start(address, port, &why)) {
+            d->listeners.clear();
+            if (error)
+                *error = why;
+            return false;
+        }
+        port = listener->port();
+        d->listeners.push_back(std::move(listener));
+    }
+    return true;
+}
+
+void SimServer::stop()
+{
+    for (const auto& listener : d->listeners)
+        listener->stop();
+}
+
+const SimOptions& SimServer::options() const
+{
+    return d->state.options();
+}
+
+quint16 SimServer::port() const
+{
+    return d->listeners.empty() ? 0 : d->listeners.front()->port();
+}
+
+QString SimServer::address() const
+{
+    const QString host = options().bind;
+    return QStringLiteral("%1:%2")
+        .arg(host.contains(QLatin1Char(':')) ? QStringLiteral("[%1]").arg(host) : host)
+        .arg(port());
+}
+
+QUrl SimServer::url(const QString& path) const
+{
+    QUrl url;
+    url.setScheme(options().tls ? QStringLiteral("https") : QStringLiteral("http"));
+    url.setHost(options().bind);
+    url.setPort(port());
+    url.setPath(path);
+    return url;
+}
+
+QByteArray SimServer::certificate() const
+{
+    return d->tls ? d->tls->certificate() : QByteArray();
+}
+
+QVector<SimRequest> SimServer::requests(const QString& method, const QString& pathPrefix) const
+{
+    const std::lock_guard<std::mutex> lock(d->mutex);
+    QVector<SimRequest> chosen;
+    for (const SimRequest& request : qAsConst(d->requests)) {
+        if (Private::isMeant(request, method, pathPrefix))
+            chosen.append(request);
+    }
+    return chosen;
+}
+
+int SimServer::requestCount(const QString& method, const QString& pathPrefix) const
+{
+    const std::lock_guard<std::mutex> lock(d->mutex);
+    return d->count(method, pathPrefix);
+}
+
+bool SimServer::waitForRequests(int count, int ms, const QString& method, const QString& pathPrefix) const
+{
+    std::unique_lock<std::mutex> lock(d->mutex);
+    return d->answered.wait_for(lock, std::chrono::milliseconds(ms),
+                                [&] { return d->count(method, pathPrefix) >= count; });
+}
+
+QStringList SimServer::refusals() const
+{
+    const std::lock_guard<std::mutex> lock(d->mutex);
+    QStringList lines;
+    for (const SimRequest& request : qAsConst(d->requests)) {
+        if (!request.refusal.isEmpty())
+            lines.append(request.method + QLatin1Char(' ') + QString::fromLatin1(request.target) +
+                         QStringLiteral(": %1 ").arg(request.status) + request.refusal);
+    }
+    return lines;
+}
+
+void SimServer::clearRequests()
+{
+    const std::lock_guard<std::mutex> lock(d->mutex);
+    d->requests.clear();
+}
+
+void SimServer::setLog(std::function<void(const QString&)> log)
+{
+    d->log = std::move(log);
+}
+
+void SimServer::addFault(const SimFault& fault)
+{
+    d->faults.add(fault);
+}
+
+bool SimServer::addFault(const QString& fault, QString* error)
+{
+    SimFault parsed;
+    QString why;
+    if (!SimFault::parse(fault, &parsed, &why)) {
+        if (error)
+            *error = why;
+        return false;
+    }
+    d->faults.add(parsed);
+    return true;
+}
+
+void SimServer::clearFaults()
+{
+    d->faults.clear();
+}
+
+void SimServer::step(qint64 ms)
+{
+    d->state.clock().step(ms);
+}
+
+qint64 SimServer::now() const
+{
+    return d->state.clock().now();
+}
+
+QVector<SimFax> SimServer::faxes() const
+{
+    const SimState::Lock lock(d->state);
+    QVector<SimFax> faxes;
+    for (const auto& fax : d->state.faxes().all())
+        faxes.append(fax.second);
+    return faxes;
+}
+
+QVector<SimAttachment> SimServer::attachments(quint64 fax) const
+{
+    const SimState::Lock lock(d->state);
+    const SimFax* found = d->state.faxes().find(fax);
+    return found ? d->state.attachments(found->job) : QVector<SimAttachment>();
+}
+
+SimUser SimServer::user(const QString& name) const
+{
+    const SimState::Lock lock(d->state);
+    const SimUser* user = d->state.user(name);
+    return user ? *user : SimUser();
+}

@@ -1,0 +1,85 @@
+#ifndef SIMSERVER_H
+#define SIMSERVER_H
+
+#include "simfaults.h"
+#include "simfaxes.h"
+#include "simtypes.h"
+
+#include <QtCore/QUrl>
+
+#include <functional>
+#include <memory>
+
+/// @brief A fax server that is none: it speaks the whole web service, keeps what it is told, and breaks on
+/// request.
+///
+/// Create it with options, start() it, use address() and url(), let it go. It is strict: a request that is
+/// not exactly what the protocol says is refused with a 4xx, and refusals() says in words what was wrong with
+/// it.
+///
+/// It runs in threads of its own, so a test may keep its event loop to itself. Every function may be called
+/// from every thread, start(), stop() and the destructor from one thread only. Nothing is sent anywhere but
+/// as an answer.
+class SimServer
+{
+public:
+    explicit SimServer(const SimOptions& options = SimOptions());
+    ~SimServer(); ///< stop()
+    SimServer(const SimServer&) = delete;
+    SimServer& operator=(const SimServer&) = delete;
+
+    /// Loads the saved state if there is a state folder, and listens. False and the reason if it cannot.
+    bool start(QString* error = nullptr);
+    /// Ends all connections at once, saves the state, joins all threads. A stopped server is not started
+    /// again.
+    void stop();
+
+    const SimOptions& options() const;
+    quint16 port() const;    ///< 0 before start()
+    QString address() const; ///< "127.0.0.1:41234": what a client is configured with
+    /// Address of a path on this server, for instance url("/qdws/v1/about"); without credentials.
+    QUrl url(const QString& path = QString()) const;
+    QByteArray certificate() const; ///< PEM; empty without TLS
+
+    /// @name What has been received
+    /// Requests in the order in which they were answered. A method or a prefix of the decoded path narrows
+    /// the choice; empty: any.
+    /// @{
+    QVector<SimRequest> requests(const QString& method = QString(),
+                                 const QString& pathPrefix = QString()) const;
+    int requestCount(const QString& method = QString(), const QString& pathPrefix = QString()) const;
+    /// Waits until so many such requests have been answered, at most @p ms milliseconds.
+    bool waitForRequests(int count, int ms, const QString& method = QString(),
+                         const QString& pathPrefix = QString()) const;
+    /// "METHOD TARGET: STATUS REASON" for every refused request.
+    QStringList refusals() const;
+    void clearRequests();
+    /// Called with one line for every request, from the connection's thread; set before start().
+    void setLog(std::function<void(const QString&)> log);
+    /// @}
+
+    /// @name Trouble
+    /// @{
+    void addFault(const SimFault& fault);
+    /// As text, see SimFault::parse().
+    bool addFault(const QString& fault, QString* error = nullptr);
+    void clearFaults();
+    /// @}
+
+    /// @name Time and faxes
+    /// @{
+    void step(qint64 ms);          ///< lets so much time pass at once
+    qint64 now() const;            ///< the server's time in ms since 1970 UTC
+    QVector<SimFax> faxes() const; ///< all, oldest first, as they are now
+    /// Attachments of the submission to which this fax belongs.
+    QVector<SimAttachment> attachments(quint64 fax) const;
+    /// The user's record as it is now; an empty name if there is none.
+    SimUser user(const QString& name) const;
+    /// @}
+
+private:
+    class Private;
+    const std::unique_ptr<Private> d;
+};
+
+#endif
