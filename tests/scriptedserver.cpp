@@ -38,13 +38,12 @@ ScriptedServer::ScriptedServer(bool tls, QObject* parent)
 
 bool ScriptedServer::makeCertificate(const QString& certificateFile, const QString& keyFile)
 {
-    return QProcess::execute(QStringLiteral("openssl"),
-                             {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"),
-                              QStringLiteral("rsa:2048"), QStringLiteral("-nodes"), QStringLiteral("-days"),
-                              QStringLiteral("2"), QStringLiteral("-subj"), QStringLiteral("/CN=127.0.0.1"),
-                              QStringLiteral("-keyout"), keyFile, QStringLiteral("-out"), certificateFile,
-                              QStringLiteral("-batch"), QStringLiteral("-quiet")})
-        == 0;
+    QProcess openssl;
+    openssl.start(QStringLiteral("openssl"),
+                  QStringLiteral("req -x509 -newkey rsa:2048 -nodes -days 2 -batch -subj /CN=127.0.0.1")
+                          .split(QLatin1Char(' '))
+                      << QStringLiteral("-keyout") << keyFile << QStringLiteral("-out") << certificateFile);
+    return openssl.waitForFinished() && openssl.exitCode() == 0;
 }
 
 QString ScriptedServer::address() const
@@ -57,10 +56,11 @@ void ScriptedServer::setAnswer(const QByteArray& answer)
     m_answer = [answer](const WireRequest&) { return answer; };
 }
 
-QByteArray ScriptedServer::reply(const QByteArray& body, const QByteArray& status, const QByteArray& moreHeaders)
+QByteArray ScriptedServer::reply(const QByteArray& body, const QByteArray& status,
+                                 const QByteArray& moreHeaders)
 {
-    return "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" + moreHeaders
-        + "\r\n" + body;
+    return "HTTP/1.1 " + status + "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" +
+           moreHeaders + "\r\n" + body;
 }
 
 void ScriptedServer::incomingConnection(qintptr descriptor)
@@ -88,7 +88,8 @@ void ScriptedServer::incomingConnection(qintptr descriptor)
 void ScriptedServer::read(QTcpSocket* socket)
 {
     m_connections[socket].received += socket->readAll();
-    while (m_connections.contains(socket) && readOne(socket, m_connections[socket])) { }
+    while (m_connections.contains(socket) && readOne(socket, m_connections[socket])) {
+    }
 }
 
 void ScriptedServer::hangUp(QTcpSocket* socket)
@@ -104,6 +105,11 @@ void ScriptedServer::hangUp(QTcpSocket* socket)
 /// Takes one request, or what there is of it, off a connection. False when more bytes are needed.
 bool ScriptedServer::readOne(QTcpSocket* socket, Connection& connection)
 {
+    if (!connection.received.isEmpty() &&
+        (connection.received.at(0) < 'A' || connection.received.at(0) > 'Z')) {
+        hangUp(socket); // not HTTP
+        return false;
+    }
     const int headEnd = connection.received.indexOf("\r\n\r\n");
     if (headEnd < 0)
         return false;

@@ -18,27 +18,27 @@ struct WireRequest
     QByteArray method;
     QByteArray target; ///< Path and query, still encoded.
     QByteArray body;
-    int connection {0}; ///< Which connection it came on, counted from 1.
+    int connection{0}; ///< Which connection it came on, counted from 1.
 
     /// The value of a header, compared without regard to case; null when it was not sent.
     QByteArray header(const QByteArray& name) const;
 };
 
 /**
- * A server that does as a test says: it records the bytes of every request and answers with exact bytes, or hangs up
- * at a chosen moment. It lives on the test's own thread and event loop and listens on 127.0.0.1.
+ * A server that does as a test says: it records the bytes of every request and answers with exact bytes, or
+ * hangs up at a chosen moment. It lives on the test's own thread and event loop and listens on 127.0.0.1.
  */
 class ScriptedServer : public QTcpServer
 {
     Q_OBJECT
 public:
     enum class HangUp {
-        Never,         ///< Answers.
-        AfterHead,     ///< When the head of the request is there.
-        InsideBody,    ///< When half the body is there.
-        AfterBody,     ///< When all is there, without an answer.
-        InsideReply,   ///< After half the answer.
-        NoAnswer       ///< Keeps the connection and says nothing.
+        Never,       ///< Answers.
+        AfterHead,   ///< When the head of the request is there.
+        InsideBody,  ///< When half the body is there.
+        AfterBody,   ///< When all is there, without an answer.
+        InsideReply, ///< After half the answer.
+        NoAnswer     ///< Keeps the connection and says nothing.
     };
 
     /// With @p tls the server speaks TLS with a self-signed certificate made now.
@@ -69,9 +69,9 @@ protected:
 private:
     struct Connection
     {
-        int number {0};
+        int number{0};
         QByteArray received;
-        int request {-1}; ///< The request whose body is being read.
+        int request{-1}; ///< The request whose body is being read.
     };
 
     void read(QTcpSocket* socket);
@@ -82,8 +82,8 @@ private:
     QSslCertificate m_certificate;
     QSslKey m_key;
     std::function<QByteArray(const WireRequest&)> m_answer;
-    HangUp m_hangUp {HangUp::Never};
+    HangUp m_hangUp{HangUp::Never};
     QList<WireRequest> m_requests;
     QHash<QTcpSocket*, Connection> m_connections;
-    int m_connectionCount {0};
+    int m_connectionCount{0};
 };

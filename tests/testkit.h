@@ -53,5 +53,5 @@ public:
 
 private:
     QTemporaryDir m_folder;
-    int m_start {0};
+    int m_start{0};
 };

@@ -25,6 +25,8 @@ public:
     }
 
     bool isSequential() const override { return true; }
+    /// The access manager tries; it gets its no without the warning that QIODevice would print.
+    bool seek(qint64) override { return false; }
     qint64 bytesAvailable() const override
     {
         return m_data.size() - m_position + QIODevice::bytesAvailable();
