@@ -1,0 +1,69 @@
+#pragma once
+
+// Records to XML text and back, for tests.
+
+#include "iquendraserialization.h"
+#include "iquendrastorage.h"
+
+#include <QDomDocument>
+#include <QTextStream>
+
+/// An element named "record" with the children that a text spells out.
+class XmlRecord
+{
+public:
+    explicit XmlRecord(const QString& children)
+    {
+        m_document.setContent(QStringLiteral("<record>") + children + QStringLiteral("</record>"));
+    }
+
+    QDomElement element() const { return m_document.documentElement(); }
+
+private:
+    QDomDocument m_document;
+};
+
+inline bool readFax(IQuendraSerialization& record, const QString& children, int protocolVersion = 2)
+{
+    return record.readFax(XmlRecord(children).element(), protocolVersion);
+}
+
+inline bool readStorage(IQuendraStorage& record, const QString& children, int protocolVersion = 1)
+{
+    return record.readStorage(XmlRecord(children).element(), protocolVersion);
+}
+
+/// The children that @p write appends to an element, without white space between them.
+template <typename Write>
+QString writtenXml(Write write)
+{
+    QDomDocument document;
+    QDomElement record = document.createElement(QStringLiteral("record"));
+    document.appendChild(record);
+    write(document, record);
+    QString text;
+    QTextStream stream(&text);
+    for (QDomNode child = record.firstChild(); !child.isNull(); child = child.nextSibling())
+        child.save(stream, -1);
+    return text;
+}
+
+/// What writeFax() appends, or "refused" when it returns false.
+inline QString writtenFax(const IQuendraSerialization& record, int protocolVersion = 2)
+{
+    bool ok = false;
+    const QString text = writtenXml([&](QDomDocument& document, QDomElement& parent) {
+        ok = record.writeFax(document, parent, protocolVersion);
+    });
+    return ok ? text : QStringLiteral("refused") + text;
+}
+
+/// What writeStorage() appends, or "refused" when it returns false.
+inline QString writtenStorage(const IQuendraStorage& record, int protocolVersion = 1)
+{
+    bool ok = false;
+    const QString text = writtenXml([&](QDomDocument& document, QDomElement& parent) {
+        ok = record.writeStorage(document, parent, protocolVersion);
+    });
+    return ok ? text : QStringLiteral("refused") + text;
+}
