@@ -1,0 +1,107 @@
+#include "discover.h"
+
+#include <QHash>
+#include <QNetworkInterface>
+#include <QPointer>
+#include <QTextStream>
+#include <QTimerEvent>
+#include <QUdpSocket>
+
+namespace {
+
+const quint16 discoveryPort = 7070;
+
+/// Datagrams get lost, so each query goes out more than once.
+const int repetitions = 3;
+
+/// Datagrams read before the event loop has its turn again; a flood would keep it for ever.
+const int datagramsAtOnce = 64;
+
+/// Reads a reply. False when it is not one.
+bool readReply(const QByteArray& datagram, DiscoverEntry& entry)
+{
+    QTextStream lines(datagram);
+    lines.setCodec("UTF-8");
+    if (lines.readLine().compare(QLatin1String("200 OK"), Qt::CaseInsensitive) != 0)
+        return false;
+
+    QHash<QString, QString> properties;
+    QString line;
+    while (lines.readLineInto(&line)) {
+        const int colon = line.indexOf(QLatin1Char(':'));
+        if (colon >= 0)
+            properties.insert(line.left(colon).toLower(), line.mid(colon + 1));
+    }
+    entry.inetAddr = properties.value(QStringLiteral("inet_addr")).trimmed();
+    entry.model = properties.value(QStringLiteral("model")).trimmed();
+    entry.version = properties.value(QStringLiteral("version")).trimmed();
+    return true;
+}
+
+} // namespace
+
+Discover::Discover(QObject* parent)
+    : QObject(parent)
+{}
+
+void Discover::startDiscover(int timeout)
+{
+    stopDiscover();
+
+    // Not bound: it sends from a port of the system's choice, and the answers come back there.
+    auto* socket = new QUdpSocket(this);
+    connect(socket, &QUdpSocket::readyRead, this, &Discover::processDiscover);
+
+    const QByteArray query = QByteArrayLiteral("DISCOVER\n");
+    const QList<QNetworkInterface> interfaces = QNetworkInterface::allInterfaces();
+    for (const QNetworkInterface& networkInterface : interfaces) {
+        const QList<QNetworkAddressEntry> addresses = networkInterface.addressEntries();
+        for (const QNetworkAddressEntry& address : addresses) {
+            if (address.broadcast().isNull())
+                continue;
+            for (int i = 0; i < repetitions; ++i)
+                socket->writeDatagram(query, address.broadcast(), discoveryPort);
+        }
+    }
+
+    if (timeout > 0)
+        m_timerId = startTimer(timeout, Qt::CoarseTimer);
+}
+
+void Discover::stopDiscover()
+{
+    if (m_timerId != 0) {
+        killTimer(m_timerId);
+        m_timerId = 0;
+    }
+    const QList<QUdpSocket*> sockets = findChildren<QUdpSocket*>(QString(), Qt::FindDirectChildrenOnly);
+    for (QUdpSocket* socket : sockets)
+        socket->deleteLater();
+}
+
+void Discover::timerEvent(QTimerEvent* event)
+{
+    if (m_timerId == 0 || event->timerId() != m_timerId)
+        return;
+    stopDiscover();
+    Q_EMIT timeOutDiscover();
+}
+
+void Discover::processDiscover()
+{
+    const QPointer<QUdpSocket> socket = qobject_cast<QUdpSocket*>(sender());
+    // A receiver may destroy this object, and the socket with it, or stop the search and run an event loop,
+    // which destroys the socket alone.
+    for (int i = 0; socket && i < datagramsAtOnce && socket->hasPendingDatagrams(); ++i) {
+        // An empty datagram has size 0 and is read like any other, else it would stay in front of the rest.
+        const qint64 size = qMax<qint64>(socket->pendingDatagramSize(), 0);
+        QByteArray datagram(static_cast<int>(size), Qt::Uninitialized);
+        QHostAddress sender;
+        quint16 port = 0;
+        if (socket->readDatagram(datagram.data(), size, &sender, &port) != size)
+            continue;
+        DiscoverEntry entry;
+        if (readReply(datagram, entry))
+            Q_EMIT discoveredEntry(entry);
+    }
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "discoverentry.h"
+#include "qdcore_global.h"
+
+#include <QObject>
+
+/**
+ * Finds fax servers on the local network.
+ *
+ * A search broadcasts a query on every interface that has a broadcast address and reports each answer, until
+ * it is stopped, its time is up or another search begins. Owned by its creator, lives on a thread with an
+ * event loop. What fails (an interface that cannot send, an answer that makes no sense) is skipped without a
+ * word: a search that can reach nothing just finds nothing.
+ */
+class QDCORE_EXPORT Discover : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Discover(QObject* parent = nullptr);
+
+    /// Starts a search, ending the one before. @p timeout is in milliseconds; with 0 or less the search runs
+    /// until stopDiscover().
+    void startDiscover(int timeout);
+
+    /// Ends the search without a signal.
+    void stopDiscover();
+
+Q_SIGNALS:
+    /// One answer. A server answers up to three times on each interface it is reached through, and each
+    /// answer is reported: merge by DiscoverEntry::inetAddr.
+    void discoveredEntry(const DiscoverEntry& entry);
+
+    /// The time is up and the search has ended.
+    void timeOutDiscover();
+
+protected:
+    void timerEvent(QTimerEvent* event) override;
+
+private Q_SLOTS:
+    void processDiscover();
+
+private:
+    int m_timerId{0}; ///< Of the pending time-out, 0 when there is none.
+};

@@ -1,0 +1,203 @@
+#include "downloader.h"
+
+#include "log_p.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QSslConfiguration>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace {
+
+/// "(n)" goes in front of the dot and the three letters of an extension.
+const int extensionLength = 4;
+
+#ifdef Q_OS_WIN
+/// Whether Windows takes the name for a device or resolves it to something else: "NUL.tif", "a.tif:stream",
+/// "a.tif ".
+bool isSpecialName(const QString& name)
+{
+    static const char* const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$", "CLOCK$"};
+    const QString stem = name.section(QLatin1Char('.'), 0, 0).trimmed().toUpper();
+    const bool isPort =
+        stem.size() == 4 && (stem.startsWith(QLatin1String("COM")) || stem.startsWith(QLatin1String("LPT")));
+    return isPort || name.contains(QLatin1Char(':')) || name.endsWith(QLatin1Char('.')) ||
+           name.endsWith(QLatin1Char(' ')) ||
+           std::any_of(std::begin(devices), std::end(devices),
+                       [&stem](const char* device) { return stem == QLatin1String(device); });
+}
+#endif
+
+/// Whether a name chosen by a server names a file of the folder it is put after, and can be shown in one
+/// line.
+bool isFileName(const QString& name)
+{
+    if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
+        return false;
+    if (name.contains(QLatin1Char('/')) || name.contains(QDir::separator()))
+        return false;
+#ifdef Q_OS_WIN
+    if (isSpecialName(name))
+        return false;
+#endif
+    return std::none_of(name.begin(), name.end(),
+                        [](QChar c) { return c.category() == QChar::Other_Control; });
+}
+
+/// Whether something has that path, a link that leads nowhere included: opening would follow it.
+bool isTaken(const QFileInfo& info)
+{
+    return info.exists() || info.isSymLink();
+}
+
+} // namespace
+
+Downloader::Downloader(QObject* parent, QNetworkAccessManager& manager)
+    : QObject(parent)
+    , m_manager(manager)
+{}
+
+Downloader::~Downloader()
+{
+    if (m_reply) {
+        m_reply->disconnect(this);
+        // Not at once: this may be a slot that the reply has called.
+        m_reply->deleteLater();
+    }
+}
+
+void Downloader::setDownloadPath(const QString& downloadPath)
+{
+    m_downloadPath = downloadPath;
+}
+
+QString Downloader::targetPath(const QString& fileName) const
+{
+    if (!isFileName(fileName))
+        return QString();
+    // Without a folder in front, Qt would look the part before the colon up among its search paths.
+    if (m_downloadPath.isEmpty() && fileName.contains(QLatin1Char(':')))
+        return QString();
+
+    QString path = m_downloadPath.isEmpty() ? fileName : m_downloadPath + QDir::separator() + fileName;
+    for (int n = 1;; ++n) {
+        const QFileInfo info(path);
+        if (!isTaken(info))
+            return path;
+        const bool isFile = info.isSymLink() || !info.isDir();
+        if (isFile && QFile::remove(path))
+            return path;
+        // In a shorter name the number would land in the folder's part of the path. Names grow with each
+        // number, so the file system's limit ends the search.
+        if (fileName.size() < extensionLength)
+            return QString();
+        path.insert(path.size() - extensionLength, QStringLiteral("(%1)").arg(n));
+    }
+}
+
+void Downloader::download(QUrl url, bool secure)
+{
+    const QString fileName = QFileInfo(url.path(QUrl::FullyDecoded)).fileName();
+    const QString filePath = targetPath(fileName);
+    if (filePath.isEmpty()) {
+        Q_EMIT downloadError(FileError);
+        return;
+    }
+
+    m_filePath = filePath;
+    if (m_file.isOpen())
+        m_file.close();
+    m_file.setFileName(m_filePath);
+    // Nothing has this name now. Should a link appear meanwhile, it is not followed.
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        Q_EMIT downloadError(FileError);
+        return;
+    }
+
+    QD_LOG(DEBUG, tr("Start Downloading %1 from %2", "Logger").arg(fileName, url.toDisplayString()));
+    if (m_reply)
+        return;
+
+    url.setScheme(secure ? QStringLiteral("https") : QStringLiteral("http"));
+    const QString userName = url.userName(QUrl::FullyDecoded);
+    const QString password = url.password(QUrl::FullyDecoded);
+    // The credentials go out once, in the header; in the URL the manager would keep them for other requests.
+    url.setUserInfo(QString());
+
+    QNetworkRequest request(url);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    if (secure) {
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        configuration.setPeerVerifyMode(QSslSocket::QueryPeer);
+        request.setSslConfiguration(configuration);
+    }
+    if (!userName.isEmpty() || !password.isEmpty()) {
+        const QString credentials = userName + QLatin1Char(':') + password;
+        request.setRawHeader("Authorization", "Basic " + credentials.toLatin1().toBase64());
+    }
+
+    m_reply = m_manager.get(request);
+    connect(m_reply.data(), &QNetworkReply::finished, this, &Downloader::slotFinished);
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    connect(m_reply.data(), QOverload<QNetworkReply::NetworkError>::of(&QNetworkReply::error), this,
+            &Downloader::err);
+    QT_WARNING_POP
+    connect(m_reply.data(), &QNetworkReply::readyRead, this, &Downloader::slotReadyRead);
+}
+
+void Downloader::slotReadyRead()
+{
+    if (!m_reply)
+        return;
+    if (m_reply->error() != QNetworkReply::NoError) {
+        if (m_file.isOpen())
+            m_file.close();
+        QD_LOG(ERROR, tr("Downloader: network error when getting data chunk!", "Logger"));
+        Q_EMIT downloadError(NetworkError);
+        return;
+    }
+
+    const QByteArray chunk = m_reply->readAll();
+    if (!m_file.isOpen() || m_file.write(chunk) != chunk.size() || !m_file.flush()) {
+        // A full disk: the rest is of no use, and the file must not be announced as complete.
+        if (m_file.isOpen())
+            m_file.close();
+        m_reply->disconnect(this);
+        m_reply->abort();
+        m_reply->deleteLater();
+        QD_LOG(ERROR, tr("Downloader: file %1 cannot be written!", "Logger").arg(m_filePath));
+        Q_EMIT downloadError(FileError);
+        return;
+    }
+    QD_LOG(DEBUG, tr("Downloader: next data chunk was obtained.", "Logger"));
+}
+
+void Downloader::err(QNetworkReply::NetworkError code)
+{
+    Q_UNUSED(code)
+    if (m_file.isOpen())
+        m_file.close();
+    Q_EMIT downloadError(NetworkError);
+}
+
+void Downloader::slotFinished()
+{
+    if (m_file.isOpen())
+        m_file.close();
+
+    // The receiver may destroy this object.
+    const QPointer<QNetworkReply> reply = m_reply;
+    if (reply && reply->isFinished() && reply->error() == QNetworkReply::NoError) {
+        QD_LOG(DEBUG, tr("Downloader: file %1 was obtained successfully.", "Logger").arg(m_filePath));
+        Q_EMIT downloadFinished(m_filePath);
+    } else {
+        QD_LOG(ERROR, tr("Downloader: network error! File has not downloaded!", "Logger"));
+    }
+    if (reply)
+        reply->deleteLater();
+}

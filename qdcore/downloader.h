@@ -1,0 +1,88 @@
+#pragma once
+
+#include "qdcore_global.h"
+
+#include <QFile>
+#include <QNetworkReply>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+class QNetworkAccessManager;
+class QUrl;
+
+/**
+ * Fetches one file at a time over HTTP or HTTPS into a folder.
+ *
+ * Owned by its creator; lives on a thread with an event loop, that of the access manager, which it shares and
+ * does not own. The data is written as it arrives. Destroying the object ends a running download without a
+ * signal.
+ *
+ * The name of the file comes from the URL, and so from a server. Whatever it is, nothing outside the folder
+ * is opened, replaced or deleted.
+ */
+class QDCORE_EXPORT Downloader : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum Error {
+        NoError = 0,
+        NetworkError = 1, ///< The request failed, or the server answered with an error.
+        FileError = 2     ///< The target file cannot be opened or written.
+    };
+    Q_ENUM(Error)
+
+    Downloader(QObject* parent, QNetworkAccessManager& manager);
+    ~Downloader() override;
+
+    /// The target folder, which must exist. Empty, as at first, means the current folder.
+    const QString& downloadPath() const { return m_downloadPath; }
+    void setDownloadPath(const QString& downloadPath);
+
+    /**
+     * Fetches @p url by HTTPS if @p secure, else by HTTP, whatever its scheme is. User name and password in
+     * it go out as Basic authentication, and the server's certificate is not verified. No redirect is
+     * followed: one counts as the file.
+     *
+     * The file is named after the last part of the URL's path. A file of that name is replaced; where it
+     * cannot be deleted, "(1)" goes in front of the last four characters of the name, and so on: a.tif,
+     * a(1).tif, a(1)(2).tif. A name that is none ("..", control characters) or is too short to be numbered
+     * ends in downloadError(FileError).
+     *
+     * Ends with downloadFinished() or downloadError(). While a download is running only the target file is
+     * prepared (and what still arrives goes into it); no second request is sent. That still holds inside a
+     * slot of downloadFinished().
+     */
+    void download(QUrl url, bool secure);
+
+    /// Always NoError; failures are told by downloadError() alone.
+    Error getLastError() const { return m_lastError; }
+
+Q_SIGNALS:
+    /// The server's whole answer is in the file @p filePath: downloadPath(), the platform's separator, the
+    /// name.
+    void downloadFinished(const QString& filePath);
+
+    /// The download has failed; what was already written stays in the file. A network error may be told
+    /// twice.
+    void downloadError(Downloader::Error error);
+
+    /// Not emitted. Both counts are in bytes.
+    void onDownloadProgress(qint64 bytesReceived, qint64 bytesTotal);
+
+private Q_SLOTS:
+    void slotReadyRead();
+    void slotFinished();
+    void err(QNetworkReply::NetworkError code);
+
+private:
+    QString targetPath(const QString& fileName) const;
+
+    QNetworkAccessManager& m_manager;
+    QString m_downloadPath;
+    Error m_lastError{NoError};
+    QString m_filePath; ///< Of the file being written.
+    QFile m_file;
+    QPointer<QNetworkReply> m_reply; ///< The running request, null when there is none.
+};
