@@ -1,0 +1,315 @@
+#include "logger.h"
+
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QtTest>
+
+#include <functional>
+#include <vector>
+
+namespace {
+
+/// A log of its own with a clock that the test sets.
+class TestLogger : public Logger
+{
+public:
+    explicit TestLogger(const QString& folder, const QDateTime& time = QDateTime::currentDateTime())
+    {
+        setTime(time);
+        setLocation(QDir(folder));
+    }
+
+    void setTime(const QDateTime& time) { m_time.store(time.toMSecsSinceEpoch()); }
+    using Logger::openFile;
+
+protected:
+    QDateTime now() const override { return QDateTime::fromMSecsSinceEpoch(m_time.load()); }
+
+private:
+    std::atomic<qint64> m_time{0};
+};
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void makeFile(const QString& path, const QDateTime& modified = QDateTime())
+{
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
+    file.write("x");
+    file.flush();
+    if (modified.isValid())
+        QVERIFY(file.setFileTime(modified, QFileDevice::FileModificationTime));
+}
+
+QString fileName(const QDate& date)
+{
+    return date.toString(QStringLiteral("'/QuendraClientLog-'MM-dd-yyyy'.txt'"));
+}
+
+QStringList names(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+}
+
+} // namespace
+
+class TestLog : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void defaults()
+    {
+        QCOMPARE(&Logger::inst(), &Logger::inst());
+        QCOMPARE(Logger::inst().level(), Logger::ERROR);
+        QCOMPARE(Logger::inst().location().path(),
+                 qEnvironmentVariable("APPDATA") + QStringLiteral("/Quendra Client Software/Logs"));
+        QVERIFY(Logger::inst().currentFile().isEmpty());
+    }
+
+    void lineFormat_data()
+    {
+        QTest::addColumn<QTime>("time");
+        QTest::addColumn<int>("level");
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QByteArray>("line");
+
+        QTest::newRow("morning") << QTime(8, 1, 31, 123) << 1 << QByteArray("/src/contactmanager.cpp")
+                                 << "Broken."
+                                 << QByteArray("[11-15-2026 08:01:31 AM:123000] [ERROR  ] "
+                                               "[contactmanager.cpp:134   ] Broken.\r\n");
+        QTest::newRow("after midnight, placeholders")
+            << QTime(0, 0, 0, 5) << 2 << QByteArray("a.cpp") << "%1 %2 %99"
+            << QByteArray(
+                   "[11-15-2026 12:00:00 AM:005000] [WARNING] [a.cpp:134                ] %1 %2 %99\r\n");
+        QTest::newRow("afternoon, long name, not ASCII")
+            << QTime(13, 59, 59, 999) << 4 << QByteArray("../q/outlookcontactprovider.cpp")
+            << QStringLiteral("Größe\n2")
+            << QByteArray("[11-15-2026 01:59:59 PM:999000] [DEBUG  ] [outlookcontactprovider.cpp:134] "
+                          "Gr\xc3\xb6\xc3\x9f\x65\n2\r\n");
+        QTest::newRow("level without a label, no file")
+            << QTime(12, 0) << -3 << QByteArray() << QString()
+            << QByteArray("[11-15-2026 12:00:00 PM:000000] [       ] [:134                     ] \r\n");
+    }
+
+    void lineFormat()
+    {
+        QFETCH(QTime, time);
+        QFETCH(int, level);
+        QFETCH(QByteArray, file);
+        QFETCH(QString, message);
+        QFETCH(QByteArray, line);
+        const QTemporaryDir dir;
+        const QDate day(2026, 11, 15);
+        TestLogger logger(dir.path(), QDateTime(day, time));
+        logger.setLevel(Logger::ERROR);
+        if (level > Logger::ERROR) {
+            logger.setLevel(Logger::DEBUG);
+            QVERIFY(contents(logger.currentFile()).endsWith("] Setting log level 4\r\n"));
+        }
+        const int before = contents(dir.path() + fileName(day)).size();
+
+        logger.log(static_cast<Logger::LEVEL>(level), message, file.isNull() ? nullptr : file.constData(),
+                   134);
+
+        QCOMPARE(logger.currentFile(), dir.path() + fileName(day));
+        QCOMPARE(contents(logger.currentFile()).mid(before), line);
+    }
+
+    void levelFilters()
+    {
+        for (int threshold = Logger::NONE; threshold <= Logger::DEBUG; ++threshold) {
+            const QTemporaryDir dir;
+            TestLogger logger(dir.path());
+            logger.setLevel(static_cast<Logger::LEVEL>(threshold));
+            for (int level = Logger::ERROR; level <= Logger::DEBUG; ++level)
+                logger.log(static_cast<Logger::LEVEL>(level), QStringLiteral("m"), __FILE__, __LINE__);
+            const QByteArray text = contents(logger.currentFile());
+            QCOMPARE(text.count("] m\r\n"), threshold);
+            QCOMPARE(text.count("Setting log level"), threshold >= Logger::INFO ? 1 : 0);
+        }
+    }
+
+    void midnight()
+    {
+        const QTemporaryDir dir;
+        const QDate day = QDate::currentDate();
+        TestLogger logger(dir.path(), QDateTime(day, QTime(23, 59, 59, 999)));
+        logger.log(Logger::ERROR, QStringLiteral("old"), __FILE__, __LINE__);
+        logger.setTime(QDateTime(day.addDays(1), QTime(0, 0)));
+        logger.log(Logger::ERROR, QStringLiteral("new"), __FILE__, __LINE__);
+        // A clock that was set back.
+        logger.setTime(QDateTime(day, QTime(23, 59, 58)));
+        logger.log(Logger::ERROR, QStringLiteral("late"), __FILE__, __LINE__);
+
+        const QByteArray old = contents(dir.path() + fileName(day));
+        QVERIFY(old.contains("] old\r\n") && old.endsWith("] late\r\n"));
+        QVERIFY(contents(dir.path() + fileName(day.addDays(1))).endsWith("] new\r\n"));
+    }
+
+    void threadsLoseAndMixNothing()
+    {
+        const QTemporaryDir dir;
+        const int threadCount = 8;
+        const int lineCount = 400;
+        const QDate day = QDate::currentDate();
+        TestLogger logger(dir.path(), QDateTime(day, QTime(23, 59)));
+
+        std::vector<std::unique_ptr<QThread>> threads;
+        for (int t = 0; t < threadCount; ++t) {
+            threads.emplace_back(QThread::create([&logger, t, day] {
+                for (int i = 0; i < lineCount; ++i) {
+                    const QString text = QStringLiteral("<%1/%2>%3<end>").arg(t).arg(i);
+                    logger.log(Logger::ERROR, text.arg(QString(i % 97 * 20, QLatin1Char('x'))), __FILE__,
+                               __LINE__);
+                    // Midnight comes and goes while the others write, and the file is taken away.
+                    if (i % 50 == t)
+                        logger.setTime(QDateTime(day.addDays(i / 50 % 2), QTime(12, 0)));
+                    if (i % 70 == t)
+                        logger.releaseLogFile();
+                }
+            }));
+        }
+        for (const auto& thread : threads)
+            thread->start();
+        for (const auto& thread : threads)
+            QVERIFY(thread->wait(120000));
+        logger.releaseLogFile();
+
+        const QRegularExpression whole(
+            QStringLiteral("^\\[[^]]*\\] \\[ERROR  \\] \\[[^]]*\\] <(\\d+/\\d+)>x*<end>$"));
+        QSet<QString> seen;
+        int lines = 0;
+        for (const QString& name : names(dir.path())) {
+            QByteArray text = contents(dir.filePath(name));
+            QVERIFY(text.endsWith("\r\n"));
+            text.chop(2);
+            for (const QByteArray& line : text.split('\n')) {
+                const QRegularExpressionMatch match = whole.match(QString::fromUtf8(line).trimmed());
+                QVERIFY2(match.hasMatch(), line.constData());
+                seen.insert(match.captured(1));
+                ++lines;
+            }
+        }
+        QCOMPARE(names(dir.path()).size(), 2);
+        QCOMPARE(lines, threadCount * lineCount);
+        QCOMPARE(seen.size(), lines);
+    }
+
+    void openingPrunesToThirty()
+    {
+        const QTemporaryDir dir;
+        const QDateTime base = QDateTime::currentDateTime().addDays(-1);
+        for (int i = 0; i < 35; ++i)
+            makeFile(
+                dir.filePath(QStringLiteral("%1%2").arg(i % 2 ? QStringLiteral(".h") : QString()).arg(i)),
+                base.addSecs(-60 * i));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("folder")));
+
+        TestLogger logger(dir.path());
+        QVERIFY(logger.openFile(QDate::currentDate()));
+        QStringList left = names(dir.path());
+        QCOMPARE(left.size(), 31);
+        QVERIFY(left.removeOne(fileName(QDate::currentDate()).mid(1)));
+        for (int i = 30; i < 35; ++i)
+            QVERIFY(!left.contains(QString::number(i)) && !left.contains(QStringLiteral(".h%1").arg(i)));
+    }
+
+    void undeletableFileIsReportedOnce()
+    {
+        // Nobody, root included, deletes this one, and the link to it counts as the oldest of the folder.
+        const QString undeletable = QStringLiteral("/proc/version");
+        if (!QFile::exists(undeletable))
+            QSKIP("Needs a file that cannot be deleted by anybody.");
+        const QTemporaryDir dir;
+        for (int i = 0; i < 31; ++i)
+            makeFile(dir.filePath(QString::number(i)), QDateTime::currentDateTime().addYears(1).addSecs(-i));
+        QVERIFY(QFile::link(undeletable, dir.filePath(QStringLiteral("link"))));
+
+        TestLogger logger(dir.path());
+        logger.log(Logger::ERROR, QStringLiteral("the line"), __FILE__, __LINE__);
+        const QByteArray text = contents(logger.currentFile());
+        QCOMPARE(text.count("] Failed to remove the file: /proc/version\r\n"), 1);
+        QVERIFY(text.endsWith("] the line\r\n"));
+        QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("30"))));
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("29"))));
+    }
+
+    void oldLogsGo()
+    {
+        const QTemporaryDir dir;
+        const QDate today = QDate::currentDate();
+        const QStringList others{QStringLiteral("QuendraClientLog.bak"),
+                                 QStringLiteral("my QuendraClientLog.txt")};
+        for (const QString& name : others)
+            makeFile(dir.filePath(name));
+        makeFile(dir.filePath(QStringLiteral("QuendraClientLog-old.txt")));
+
+        // Files are as old as the clock is ahead.
+        TestLogger logger(dir.path(), QDateTime(today.addDays(29), QTime(12, 0)));
+        logger.log(Logger::ERROR, QStringLiteral("1"), __FILE__, __LINE__);
+        QCOMPARE(names(dir.path()).size(), 4);
+        logger.log(Logger::DEBUG, QStringLiteral("filtered"), __FILE__, __LINE__);
+        logger.setTime(QDateTime(today.addDays(30), QTime(12, 0)));
+        QCOMPARE(names(dir.path()).size(), 4);
+        logger.log(Logger::ERROR, QStringLiteral("2"), __FILE__, __LINE__);
+        logger.log(Logger::ERROR, QStringLiteral("3"), __FILE__, __LINE__);
+
+        QStringList left = others;
+        left << fileName(today.addDays(30)).mid(1);
+        std::sort(left.begin(), left.end());
+        // The file of day 29 was still open when day 30 began, so it went with the line after.
+        QCOMPARE(names(dir.path()), left);
+        QCOMPARE(contents(logger.currentFile()).count("\r\n"), 2);
+    }
+
+    void locationMoves()
+    {
+        const QTemporaryDir dir;
+        const QString first = dir.filePath(QStringLiteral("first"));
+        const QString second = dir.filePath(QStringLiteral("sub/second"));
+        TestLogger logger(first);
+        logger.setLevel(Logger::INFO);
+        const QString oldFile = logger.currentFile();
+        const QByteArray before = contents(oldFile);
+
+        logger.setLocation(QDir(first));
+        QCOMPARE(contents(oldFile), before);
+        logger.setLocation(QDir(second));
+
+        QCOMPARE(logger.location().path(), second);
+        QVERIFY(
+            contents(oldFile).endsWith(QByteArray("] Change log location to: " + second.toUtf8() + "\r\n")));
+        QCOMPARE(logger.currentFile(), second + fileName(QDate::currentDate()));
+        QVERIFY(
+            contents(logger.currentFile()).endsWith("] Location has changed: " + second.toUtf8() + "\r\n"));
+        QCOMPARE(contents(logger.currentFile()).count("\r\n"), 1);
+
+        logger.releaseLogFile();
+        QVERIFY(logger.currentFile().isEmpty());
+        logger.log(Logger::INFO, QStringLiteral("again"), __FILE__, __LINE__);
+        QCOMPARE(contents(logger.currentFile()).count("\r\n"), 2);
+    }
+
+    void folderThatCannotBeMadeDropsLines()
+    {
+        const QTemporaryDir dir;
+        const QString folder = dir.filePath(QStringLiteral("file"));
+        makeFile(folder);
+        TestLogger logger(folder);
+        logger.log(Logger::ERROR, QStringLiteral("dropped"), __FILE__, __LINE__);
+        QVERIFY(logger.currentFile().isEmpty());
+        QVERIFY(QFile::remove(folder));
+        logger.log(Logger::ERROR, QStringLiteral("kept"), __FILE__, __LINE__);
+        QCOMPARE(contents(logger.currentFile()).count("\r\n"), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLog)
+#include "tst_logger.moc"

@@ -1,0 +1,171 @@
+#include "diskdataprovider.h"
+#include "iquendrastorage.h"
+#include "quendrastorage.h"
+
+#include <QDir>
+#include <QDomDocument>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+/// Stores one text and remembers how it was called.
+class Note : public IQuendraStorage
+{
+public:
+    bool readStorage(const QDomElement& element, int protocolVersion) override
+    {
+        ++reads;
+        version = protocolVersion;
+        root = element.isNull() ? QString() : element.tagName();
+        text = element.firstChildElement(QStringLiteral("note")).text();
+        return answer;
+    }
+
+    bool writeStorage(QDomDocument& document, QDomElement& parent, int protocolVersion) const override
+    {
+        version = protocolVersion;
+        QDomElement note = document.createElement(QStringLiteral("note"));
+        note.appendChild(document.createTextNode(text));
+        parent.appendChild(note);
+        return answer;
+    }
+
+    QString text;
+    QString root;
+    bool answer{true};
+    int reads{0};
+    mutable int version{0};
+};
+
+} // namespace
+
+class TestStorage : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString m_path = m_dir.filePath(QStringLiteral("settings.xml"));
+
+    void write(const QByteArray& content)
+    {
+        QFile file(m_path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+    }
+
+    QByteArray content() const
+    {
+        QFile file(m_path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+private Q_SLOTS:
+    void init() { QFile::remove(m_path); }
+
+    void savesAndLoads()
+    {
+        Note note;
+        note.text = QStringLiteral("a <b> & \"c\"");
+        write(QByteArray(5000, 'x'));
+        QVERIFY(QuendraStorage(m_path).Save(note));
+        QCOMPARE(note.version, 1);
+        QCOMPARE(content(), QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<settings>\n"
+                                       " <note>a &lt;b> &amp; \"c\"</note>\n</settings>\n"));
+
+        Note read;
+        read.answer = false;
+        QVERIFY(!QuendraStorage(m_path).Load(read));
+        QCOMPARE(read.reads, 1);
+        QCOMPARE(read.version, 1);
+        QCOMPARE(read.root, QStringLiteral("settings"));
+        QCOMPARE(read.text, note.text);
+    }
+
+    void missingFileIsNotRead()
+    {
+        Note note;
+        QVERIFY(!QuendraStorage(m_path).Load(note));
+        QVERIFY(!QuendraStorage(m_dir.path()).Load(note));
+        QCOMPARE(note.reads, 0);
+    }
+
+    void damagedFileReadsAsEmpty_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("no XML") << QByteArray("\0\xff no markup", 12);
+        QTest::newRow("cut off") << QByteArray("<settings><note>half</note><server>");
+        QTest::newRow("something after the end") << QByteArray("<settings><note>n</note></settings><more/>");
+    }
+
+    void damagedFileReadsAsEmpty()
+    {
+        QFETCH(QByteArray, file);
+        write(file);
+        Note note;
+        note.text = QStringLiteral("before");
+        QVERIFY(QuendraStorage(m_path).Load(note));
+        QCOMPARE(note.reads, 1);
+        QVERIFY(note.root.isNull());
+        QVERIFY(note.text.isEmpty());
+    }
+
+    void refusedSaveLeavesTheFile()
+    {
+        write("kept");
+        Note note;
+        note.answer = false;
+        QVERIFY(!QuendraStorage(m_path).Save(note));
+        QCOMPARE(content(), QByteArray("kept"));
+    }
+
+    void saveThatCannotWriteFails()
+    {
+        Note note;
+        QVERIFY(!QuendraStorage(m_dir.path()).Save(note));
+        QuendraStorage storage(m_dir.filePath(QStringLiteral("no folder/settings.xml")));
+        QVERIFY(!storage.Save(note));
+        storage.setFilename(QStringLiteral("/dev/full"));
+        if (!QFile::exists(storage.filename()))
+            QSKIP("Needs a device that is always full.");
+        QVERIFY(!storage.Save(note));
+        note.text = QString(100000, QLatin1Char('x'));
+        QVERIFY(!storage.Save(note));
+    }
+
+    void folderIsMadeOnce()
+    {
+        // Backslashes are what the variable holds on Windows; they stay.
+        const QByteArray root = m_dir.path().toUtf8() + "/a\\b";
+        const QByteArray before = qgetenv("APPDATA");
+        qputenv("APPDATA", root);
+        const QString& path = QuendraStorage::getAppStoragePath();
+        QCOMPARE(path, QString::fromUtf8(root) + QStringLiteral("/Quendra Client Software/Settings"));
+        QVERIFY(QDir(path).exists());
+        qputenv("APPDATA", before);
+        QCOMPARE(&QuendraStorage::getAppStoragePath(), &path);
+        QVERIFY(path.startsWith(m_dir.path()));
+    }
+
+    void diskFileInBase64()
+    {
+        DiskDataProvider provider;
+        QVERIFY(provider.toBase64().isEmpty());
+        provider.setFileName(m_path);
+        QVERIFY(provider.toBase64().isEmpty());
+        write("");
+        QVERIFY(provider.toBase64().isEmpty());
+        // More than a line of base64, with both letters that the URL alphabet has otherwise.
+        write(QByteArray(70, '\xfb') + "\xff?");
+        QString expected;
+        for (int i = 0; i < 23; ++i)
+            expected += QStringLiteral("+/v7");
+        QCOMPARE(provider.toBase64(), expected + QStringLiteral("+/8/"));
+        provider.setFileName(m_dir.path());
+        QVERIFY(provider.toBase64().isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStorage)
+#include "tst_storage.moc"
