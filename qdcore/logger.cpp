@@ -120,22 +120,46 @@ void Logger::releaseLogFile()
 
 void Logger::removeOldLogs(int days)
 {
+    const QDate limit = now().date().addDays(days);
     QString path;
     QString openName;
+    QSet<QString> young;
     {
         const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
         path = m_dir.path();
         if (m_file.isOpen())
             openName = QFileInfo(m_file.fileName()).fileName();
+        if (m_youngPath != path || m_youngLimit != limit) {
+            m_young.clear();
+            m_youngPath = path;
+            m_youngLimit = limit;
+        }
+        young = m_young;
     }
 
-    const QDate limit = now().date().addDays(days);
-    const QFileInfoList files =
-        QDir(path).entryInfoList({QStringLiteral("QuendraClientLog*.txt")}, QDir::Files, QDir::Unsorted);
-    for (const QFileInfo& file : files) {
-        // Windows refuses to delete an open file; elsewhere the lines still to come would go nowhere.
-        if (creationDate(file) <= limit && file.fileName() != openName)
-            file.dir().remove(file.fileName());
+    QStringList found;
+    const QStringList names =
+        QDir(path).entryList({QStringLiteral("QuendraClientLog*.txt")}, QDir::Files, QDir::Unsorted);
+    for (const QString& name : names) {
+        // Asking for each file's times costs far more than listing the folder, and this runs on every line.
+        if (young.contains(name))
+            continue;
+        const QFileInfo file(path + QLatin1Char('/') + name);
+        if (creationDate(file) > limit) {
+            if (file.birthTime().isValid())
+                found.append(name);
+        } else if (name != openName) {
+            // Windows refuses to delete an open file; elsewhere the lines still to come would go nowhere.
+            file.dir().remove(name);
+        }
+    }
+
+    if (!found.isEmpty()) {
+        const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
+        if (m_youngPath == path && m_youngLimit == limit) {
+            for (const QString& name : qAsConst(found))
+                m_young.insert(name);
+        }
     }
 }
 

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QMutex>
+#include <QSet>
 #include <QString>
 
 #include <atomic>
@@ -88,9 +89,15 @@ private:
     std::atomic<LEVEL> m_level{ERROR}; ///< The most verbose level that is written.
     QMutex m_mutex;                    ///< Held while a line is built and written; nothing under it may log.
 
-    /// Guards which file is open (m_date, m_file, m_dir) from choosing it until the line is in it. Recursive
-    /// because opening a file may itself have something to log.
+    /// Guards which file is open (m_date, m_file, m_dir), from choosing it until the line is in it, and what
+    /// follows. Recursive because opening a file may itself have something to log.
     std::recursive_mutex m_rollover;
-    bool m_pruning{
-        false}; ///< openFile() is deleting files: the call made by a failure's line must not prune.
+    /// openFile() is deleting files: the call made by the line about a failure must not prune again.
+    bool m_pruning{false};
+
+    // Names of daily files in m_youngPath made after m_youngLimit. A file does not grow older than the limit
+    // before the limit moves, so its times are not asked for again on every line.
+    QSet<QString> m_young;
+    QString m_youngPath;
+    QDate m_youngLimit;
 };
