@@ -77,6 +77,15 @@ public:
         add("fail-pattern", "Faxes to numbers that match this regular expression fail.", "REGEX");
         add("spool", "Store received attachments here, one folder a submission.", "DIR");
         add("state", "Keep the server's state here from run to run.", "DIR");
+        add("inbound", "Fill the inbound log with so many faxes.", "N");
+        add("huge", "Add one received document of so many MB, made while it is downloaded.", "MB");
+        add("seed", "Seed of everything that is made up (default 1).", "N");
+        add("discovery",
+            "Answer discovery queries on UDP at this address: a broadcast address or 0.0.0.0. Off by "
+            "default.",
+            "ADDRESS");
+        add("discovery-port", "UDP port of discovery (default 7070).", "PORT");
+        add("announce", "The address that discovery replies name (default: the one listened on).", "ADDRESS");
         add("fault",
             QByteArray("Cause trouble: KIND[=ARGUMENT][,method=M][,path=PREFIX][,skip=N][,times=N]. May be "
                        "repeated. Kinds:\n") +
@@ -108,6 +117,12 @@ public:
         options->failPattern = text("fail-pattern", QString());
         options->spoolDir = text("spool", QString());
         options->stateDir = text("state", QString());
+        options->inbound = static_cast<int>(number("inbound", 0, 1e6, 0));
+        options->hugeDocument = static_cast<qint64>(number("huge", 0, 4000, 0)) << 20;
+        options->seed = static_cast<quint32>(number("seed", 0, 4294967295.0, 1));
+        options->discoveryAddress = text("discovery", QString());
+        options->discoveryPort = static_cast<quint16>(number("discovery-port", 0, 65535, 7070));
+        options->discoveryAnnounce = text("announce", QString());
         readUsers(options);
         if (!QRegularExpression(options->failPattern).isValid())
             m_error = QStringLiteral("--fail-pattern is no regular expression");

@@ -168,6 +168,14 @@ void writePrintedReceipt(SimXmlWriter& xml, const SimFeatures& features, const S
         xml.text("fax_page_size", schedule.pageSize);
 }
 
+void writeAddresses(SimXmlWriter& xml, const SimFax& fax, const QByteArray& root)
+{
+    const QString id = QString::number(fax.id);
+    const QString base = QString::fromUtf8(root) + QLatin1String("/qdws/v1/");
+    xml.text("fax_entry_url", base + QLatin1String("ofax/") + id);
+    xml.text("preview", base + QStringLiteral("documents/preview/%1/fax%1.tif").arg(id));
+}
+
 } // namespace
 
 SimFeatures SimFeatures::of(const QString& model, const QString& version)
@@ -273,12 +281,9 @@ QByteArray SimDocuments::fromBase64(const QByteArray& text)
 void SimDocuments::writeQueueEntry(SimXmlWriter& xml, const SimFeatures& features, const SimFax& fax,
                                    const QByteArray& root)
 {
-    const QString id = QString::number(fax.id);
-    const QString base = QString::fromUtf8(root) + QLatin1String("/qdws/v1/");
     xml.open("fax_entry").text("state", fax.state);
     xml.text("created", SimClock::text(fax.created)).text("stime", SimClock::text(fax.changed));
-    xml.text("fax_entry_url", base + QLatin1String("ofax/") + id);
-    xml.text("preview", base + QStringLiteral("documents/preview/%1/fax%1.tif").arg(id));
+    writeAddresses(xml, fax, root);
     xml.text("agent", "qdsim");
     if (fax.schedule.sendAt != 0)
         xml.text("schedule_all_at", SimClock::utcText(fax.schedule.sendAt));
@@ -294,4 +299,19 @@ void SimDocuments::writeQueueEntry(SimXmlWriter& xml, const SimFeatures& feature
     xml.number("pages", fax.pages).open("recipient");
     writePerson(xml, "contact_url", fax.recipient);
     xml.close("recipient").close("fax_entry");
+}
+
+void SimDocuments::writeOutboundEntry(SimXmlWriter& xml, const SimFax& fax, const QByteArray& root)
+{
+    xml.open("outbound_fax_entry").text("status", fax.state);
+    writeAddresses(xml, fax, root);
+    xml.number("pages", fax.pages).number("cover_page_used", fax.cover.enabled ? 1 : 0);
+    xml.text("start_time", SimClock::text(fax.startTime)).text("end_time", SimClock::text(fax.endTime));
+    xml.text("subject", fax.cover.subject).text("agent", "qdsim").text("username", fax.user);
+    xml.text("cover_page_name", fax.cover.name).text("comments", fax.cover.comments);
+    xml.text("recipient_name", fax.recipient.name).text("recipient_phone", fax.recipient.phone);
+    xml.text("recipient_fax", fax.recipient.fax).text("recipient_organization", fax.recipient.organization);
+    xml.text("sender_name", fax.sender.name).text("sender_email", fax.sender.email);
+    xml.text("sender_phone", fax.sender.phone).text("sender_fax", fax.sender.fax);
+    xml.text("sender_organization", fax.sender.organization).close("outbound_fax_entry");
 }

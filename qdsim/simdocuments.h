@@ -41,6 +41,9 @@ QByteArray fromBase64(const QByteArray& text);
 void writeQueueEntry(SimXmlWriter& xml, const SimFeatures& features, const SimFax& fax,
                      const QByteArray& root);
 
+/// An entry of the outbound log: the element "outbound_fax_entry".
+void writeOutboundEntry(SimXmlWriter& xml, const SimFax& fax, const QByteArray& root);
+
 } // namespace SimDocuments
 
 #endif

@@ -33,6 +33,15 @@ SimReply getFax(SimCall& call);
 SimReply abortFax(SimCall& call);
 SimReply rescheduleFax(SimCall& call);
 
+// Logs, what the server offers, documents
+SimReply getQueue(SimCall& call);
+SimReply getOutboundStatus(SimCall& call);
+SimReply getOutboundLog(SimCall& call);
+SimReply getInboundLog(SimCall& call);
+SimReply getCoverPages(SimCall& call);
+SimReply getPrinters(SimCall& call);
+SimReply getDocument(SimCall& call);
+
 } // namespace SimHandlers
 
 #endif

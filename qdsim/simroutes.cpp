@@ -17,10 +17,19 @@ const QVector<SimRoute> routes = {
     {"GET", "/qdws/v1/users/*", nullptr, nullptr, R::Plain, H::getUser},
     {"PUT", "/qdws/v1/users/*", nullptr, "user", R::OneLine, H::putUser},
 
+    {"GET", "/qdws/v1/ofax", "(complete_limit=[1-9]\\d*)?", nullptr, R::Plain, H::getQueue},
     {"POST", "/qdws/v1/ofax", nullptr, "schedule_fax", R::Indented, H::submit},
     {"GET", "/qdws/v1/ofax/*", nullptr, nullptr, R::Plain, H::getFax},
     {"DELETE", "/qdws/v1/ofax/*", nullptr, nullptr, R::Plain, H::abortFax},
+    {"GET", "/qdws/v1/outbound_status", "(pending_limit=([1-9]\\d*)&sending_limit=\\2)?", nullptr, R::Plain,
+     H::getOutboundStatus},
+    {"GET", "/qdws/v1/outbound_log", "(limit=[1-9]\\d*)?", nullptr, R::Plain, H::getOutboundLog},
     {"PUT", "/qdws/v1/outbound_log/*", atQuery, nullptr, R::Plain, H::rescheduleFax},
+    {"GET", "/qdws/v1/inbound_log", "(index=0&limit=[1-9]\\d*)?", nullptr, R::Plain, H::getInboundLog},
+
+    {"GET", "/qdws/v1/data/cover_pages", nullptr, nullptr, R::Plain, H::getCoverPages},
+    {"GET", "/qdws/v1/data/printer_names", nullptr, nullptr, R::Plain, H::getPrinters},
+    {"GET", "/qdws/v1/documents/*", nullptr, nullptr, R::AnyType, H::getDocument},
 };
 
 /// True if the path fits the route; @p rest is what stands for its "*".
@@ -80,6 +89,8 @@ QString formComplaint(const SimRoute& route, const SimRequest& request)
         if (!query.match(QString::fromLatin1(request.query)).hasMatch())
             return QStringLiteral("query \"%1\" is not %2")
                 .arg(QString::fromLatin1(request.query), QLatin1String(route.query));
+        if (request.query.isEmpty() && !request.query.isNull())
+            return QStringLiteral("an empty query");
     } else if (!request.query.isNull()) {
         return QStringLiteral("a query where there is none");
     }

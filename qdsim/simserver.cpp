@@ -1,8 +1,10 @@
 #include "simserver.h"
 
+#include "simdiscovery.h"
 #include "simhttp.h"
 #include "simroutes.h"
 #include "simstate.h"
+#include "simstore.h"
 #include "simtls.h"
 
 #include <chrono>
@@ -17,6 +19,8 @@ public:
 
     SimReply answer(SimRequest& request);
     void record(const SimRequest& request);
+    void housekeeping();
+    void save();
     int count(const QString& method, const QString& pathPrefix) const;
 
     static bool isMeant(const SimRequest& request, const QString& method, const QString& pathPrefix)
@@ -28,11 +32,17 @@ public:
     SimFaults faults;
     std::shared_ptr<SimTls> tls;
     std::vector<std::unique_ptr<SimHttp>> listeners;
+    SimDiscovery discovery;
     std::function<void(const QString&)> log;
 
     mutable std::mutex mutex; // guards the requests
     mutable std::condition_variable answered;
     QVector<SimRequest> requests;
+
+    std::thread housekeeper; // saves what has changed
+    std::mutex housekeeperMutex;
+    std::condition_variable housekeeperChanged;
+    bool isEnding = false;
 };
 
 SimReply SimServer::Private::answer(SimRequest& request)
@@ -89,6 +99,31 @@ int SimServer::Private::count(const QString& method, const QString& pathPrefix) 
     return number;
 }
 
+void SimServer::Private::save()
+{
+    if (state.options().stateDir.isEmpty())
+        return;
+    QByteArray bytes;
+    {
+        const SimState::Lock lock(state);
+        if (state.takeChanged())
+            bytes = SimStore::write(state);
+    }
+    QString error;
+    if (!bytes.isEmpty() && !SimStore::save(state.options().stateDir, bytes, &error) && log)
+        log(error);
+}
+
+void SimServer::Private::housekeeping()
+{
+    std::unique_lock<std::mutex> lock(housekeeperMutex);
+    while (!housekeeperChanged.wait_for(lock, std::chrono::milliseconds(500), [this] { return isEnding; })) {
+        lock.unlock();
+        save();
+        lock.lock();
+    }
+}
+
 SimServer::SimServer(const SimOptions& options)
     : d(new Private(options))
 {}
@@ -105,6 +140,15 @@ bool SimServer::start(QString* error)
         if (error)
             *error = why;
         return false;
+    }
+    if (!options().stateDir.isEmpty()) {
+        const SimState::Lock lock(d->state);
+        if (!SimStore::load(options().stateDir, &d->state, &why)) {
+            if (error)
+                *error = why;
+            return false;
+        }
+        d->state.takeChanged();
     }
     SimHttp::Handlers handlers;
     handlers.head = [this](const SimRequest& request) {
@@ -129,13 +173,34 @@ bool SimServer::start(QString* error)
         port = listener->port();
         d->listeners.push_back(std::move(listener));
     }
+    if (!options().discoveryAddress.isEmpty()) {
+        const QString announced =
+            options().discoveryAnnounce.isEmpty() ? address() : options().discoveryAnnounce;
+        const QString reply = QStringLiteral("200 OK\ninet_addr: %1\nmodel: %2\nversion: %3\nhostname: %4\n")
+                                  .arg(announced, options().model, options().version, options().hostname);
+        if (!d->discovery.start(options().discoveryAddress, options().discoveryPort, reply.toUtf8(), error)) {
+            stop();
+            return false;
+        }
+    }
+    d->housekeeper = std::thread([this] { d->housekeeping(); });
     return true;
 }
 
 void SimServer::stop()
 {
+    d->discovery.stop();
     for (const auto& listener : d->listeners)
         listener->stop();
+    if (d->housekeeper.joinable()) {
+        {
+            const std::lock_guard<std::mutex> lock(d->housekeeperMutex);
+            d->isEnding = true;
+        }
+        d->housekeeperChanged.notify_all();
+        d->housekeeper.join();
+        d->save();
+    }
 }
 
 const SimOptions& SimServer::options() const
@@ -265,6 +330,28 @@ QVector<SimAttachment> SimServer::attachments(quint64 fax) const
     const SimState::Lock lock(d->state);
     const SimFax* found = d->state.faxes().find(fax);
     return found ? d->state.attachments(found->job) : QVector<SimAttachment>();
+}
+
+QVector<SimInbound> SimServer::inbound() const
+{
+    const SimState::Lock lock(d->state);
+    return d->state.inbound().all();
+}
+
+quint64 SimServer::addInbound(const SimInbound& entry)
+{
+    const SimState::Lock lock(d->state);
+    return d->state.inbound().add(entry);
+}
+
+quint16 SimServer::discoveryPort() const
+{
+    return d->discovery.port();
+}
+
+int SimServer::discoveryQueries() const
+{
+    return d->discovery.queries();
 }
 
 SimUser SimServer::user(const QString& name) const

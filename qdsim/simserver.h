@@ -3,6 +3,7 @@
 
 #include "simfaults.h"
 #include "simfaxes.h"
+#include "siminbound.h"
 #include "simtypes.h"
 
 #include <QtCore/QUrl>
@@ -58,6 +59,12 @@ public:
     void setLog(std::function<void(const QString&)> log);
     /// @}
 
+    /// @name Discovery
+    /// @{
+    quint16 discoveryPort() const; ///< 0 if it is off
+    int discoveryQueries() const;  ///< queries answered so far
+    /// @}
+
     /// @name Trouble
     /// @{
     void addFault(const SimFault& fault);
@@ -73,6 +80,9 @@ public:
     QVector<SimFax> faxes() const; ///< all, oldest first, as they are now
     /// Attachments of the submission to which this fax belongs.
     QVector<SimAttachment> attachments(quint64 fax) const;
+    QVector<SimInbound> inbound() const; ///< oldest first
+    /// Adds a received fax as the newest; its id and, if empty, its file name are chosen. Returns the id.
+    quint64 addInbound(const SimInbound& entry);
     /// The user's record as it is now; an empty name if there is none.
     SimUser user(const QString& name) const;
     /// @}

@@ -42,6 +42,7 @@ SimState::SimState(const SimOptions& options)
             user.coverPageName = m_coverPages.first().name;
         m_users[user.name] = user;
     }
+    m_inbound.generate(options.inbound, options.hugeDocument, options.seed, m_clock.now());
 }
 
 SimUser* SimState::user(const QString& name)

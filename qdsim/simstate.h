@@ -4,12 +4,13 @@
 #include "simclock.h"
 #include "simdocuments.h"
 #include "simfaxes.h"
+#include "siminbound.h"
 #include "simtypes.h"
 
 #include <map>
 #include <mutex>
 
-/// @brief Everything the simulated server knows: users, faxes, time.
+/// @brief Everything the simulated server knows: users, faxes, logs, time.
 ///
 /// Guarded by one mutex: whoever reads or changes anything holds a Lock meanwhile. The options and the clock
 /// need none.
@@ -40,6 +41,7 @@ public:
     SimUser* user(const QString& name);
     const std::map<QString, SimUser>& users() const { return m_users; }
     SimFaxes& faxes() { return m_faxes; }
+    SimInboundLog& inbound() { return m_inbound; }
     const QVector<SimCoverPage>& coverPages() const { return m_coverPages; }
     const QStringList& printers() const { return m_printers; }
 
@@ -58,6 +60,7 @@ private:
     std::map<QString, SimUser> m_users;
     SimFaxes m_faxes;
     std::map<quint64, QVector<SimAttachment>> m_attachments;
+    SimInboundLog m_inbound;
     QVector<SimCoverPage> m_coverPages;
     QStringList m_printers;
     quint64 m_savedRevision = 0;

@@ -165,6 +165,7 @@ struct SimOptions
     double changesPerSecond = 0; ///< how fast the change generator works; 0: off
 
     QString discoveryAddress;     ///< address of the UDP responder; empty: off
+    QString discoveryAnnounce;    ///< what replies say as "inet_addr"; empty: SimServer::address()
     quint16 discoveryPort = 7070; ///< 0: any free port
 };
 

@@ -1,0 +1,37 @@
+#ifndef SIMDISCOVERY_H
+#define SIMDISCOVERY_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <atomic>
+#include <thread>
+
+/// @brief Answers discovery queries over UDP, in a thread of its own. It never sends but as an answer.
+class SimDiscovery
+{
+public:
+    SimDiscovery() = default;
+    ~SimDiscovery(); ///< stop()
+    SimDiscovery(const SimDiscovery&) = delete;
+    SimDiscovery& operator=(const SimDiscovery&) = delete;
+
+    /// Listens on an IPv4 address, which for broadcast queries is the broadcast address itself or 0.0.0.0; @p
+    /// port 0 takes a free one. Every query is answered with @p reply.
+    bool start(const QString& address, quint16 port, const QByteArray& reply, QString* error);
+    void stop();
+    quint16 port() const { return m_port; }
+    int queries() const { return m_queries; } ///< answered so far
+
+private:
+    void run();
+
+    int m_socket = -1;
+    int m_wakeUp[2] = {-1, -1};
+    quint16 m_port = 0;
+    QByteArray m_reply;
+    std::atomic<int> m_queries{0};
+    std::thread m_thread;
+};
+
+#endif
