@@ -235,9 +235,23 @@ void FaxServer::updateContact(bool)
     task->execute();
 }
 
-void FaxServer::updateCoverpagesList() {}
+void FaxServer::updateCoverpagesList()
+{
+    auto* task = createTask<TaskGetCoverPages>(Task::GetCoverPages);
+    connect(task, &TaskGetCoverPages::doneGetCoverPages, this, &FaxServer::slotCoverPagesReceived);
+    connect(task, &Task::errorExecute, this, &FaxServer::errorRetrieveCoverpageList);
+    task->execute();
+}
 
-void FaxServer::updatePrinternamesList() {}
+void FaxServer::updatePrinternamesList()
+{
+    if (!isPrintReceiptSupported())
+        return;
+    auto* task = createTask<TaskGetPrinterNames>(Task::GetPrinterNames);
+    connect(task, &TaskGetPrinterNames::doneGetPrinterNames, this, &FaxServer::slotPrinterNamesReceived);
+    connect(task, &Task::errorExecute, this, &FaxServer::errorRetrievePrintersList);
+    task->execute();
+}
 
 // --- Bookkeeping
 // -----------------------------------------------------------------------------------------------

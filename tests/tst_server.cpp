@@ -1,0 +1,484 @@
+// The configured servers: their state, their list and their place in the settings file.
+
+#include "faxmanager.h"
+#include "faxserver.h"
+#include "quendrastorage.h"
+#include "scriptedserver.h"
+#include "serverversion_p.h"
+#include "tasks/taskverifylogin.h"
+
+#include <QDomDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+const QPointer<ContactManager> noContacts;
+
+/// Opens what a subclass may use.
+class OpenServer : public FaxServer
+{
+public:
+    explicit OpenServer(FaxManager& manager)
+        : FaxServer(manager)
+    {}
+    using FaxServer::setConnected;
+    using FaxServer::setLastStatus;
+};
+
+/// A service that verifies everybody and says what a real one says.
+QByteArray answerLogin(const WireRequest& request, const QByteArray& model, const QByteArray& version)
+{
+    QByteArray content;
+    if (request.target.endsWith("/verify"))
+        content = "<message>Verified</message>";
+    else if (request.target.endsWith("/about"))
+        content = "<about><model>" + model + "</model><version>" + version + "</version></about>";
+    else if (request.target.contains("/users/"))
+        content = "<user><name>Anna</name><default_cover_page_enabled>false</default_cover_page_enabled>"
+                  "<default_cover_page_name/><priority>5</priority><max_attempts>7</max_attempts>"
+                  "<interval>60</interval><receipt>never</receipt><receipt_attachment>tiff</receipt_attachment>"
+                  "</user>";
+    else if (request.target.endsWith("/cover_pages"))
+        content = "<file><enabled>true</enabled><name>plain</name></file><file/>";
+    else if (request.target.endsWith("/printer_names"))
+        content = "<printer> left </printer>";
+    return ScriptedServer::reply("<reply>" + content + "</reply>");
+}
+
+QByteArray saved(const IQuendraStorage& object)
+{
+    QDomDocument document;
+    QDomElement root = document.createElement(QStringLiteral("settings"));
+    document.appendChild(root);
+    object.writeStorage(document, root, 1);
+    return document.toByteArray(1);
+}
+
+} // namespace
+
+class TestServer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qRegisterMetaType<Task::Status>("Task::Status");
+        qRegisterMetaType<QuendraInfo>("QuendraInfo");
+    }
+    void statusFollowsOutcomes();
+    void setters();
+    void version_data();
+    void version();
+    void preambule();
+    void loginChain();
+    void protocolOneKeepsSchedule();
+    void lists();
+    void everyType();
+    void list();
+    void routing();
+    void roundTrip();
+    void damagedFragments_data();
+    void damagedFragments();
+    void fileRoundTrip();
+    void deletedFromASlot();
+};
+
+void TestServer::statusFollowsOutcomes()
+{
+    FaxManager manager(noContacts);
+    OpenServer server(manager);
+    QStringList events;
+    connect(&server, &FaxServer::changedConnected, this, [&](bool on) { events << QStringLiteral("c%1").arg(on); });
+    connect(&server, &FaxServer::changedLastStatus, this,
+            [&](Task::Status status) { events << QStringLiteral("s%1").arg(int(status)); });
+    const auto seen = [&events] {
+        const QString text = events.join(QLatin1Char(' '));
+        events.clear();
+        return text;
+    };
+
+    server.slotDone();
+    server.slotDone();
+    QCOMPARE(seen(), QStringLiteral("c1 s1"));
+    server.slotError(Task::InvalidReply);
+    QCOMPARE(seen(), QStringLiteral("s7"));
+    QVERIFY(server.isConnected());
+    server.slotError(Task::Error);
+    server.slotError(Task::Error);
+    QCOMPARE(seen(), QStringLiteral("c0 s2"));
+    server.slotError(Task::AuthError);
+    QCOMPARE(seen(), QStringLiteral("c0 s3"));
+    server.slotError(Task::Status(6));
+    QCOMPARE(seen(), QStringLiteral("s6"));
+    server.setLastStatus(Task::Ok);
+    QCOMPARE(seen(), QStringLiteral("c1 s1"));
+    server.setLastStatus(Task::Unknown);
+    QCOMPARE(seen(), QStringLiteral("c0 s0"));
+    server.setConnected(false);
+    QCOMPARE(seen(), QStringLiteral("c0"));
+}
+
+void TestServer::setters()
+{
+    FaxManager manager(noContacts);
+    OpenServer server(manager);
+    QSignalSpy changes(&server, &FaxServer::changedLastStatus);
+    const auto resets = [&server](auto set) {
+        server.setLastStatus(Task::Ok);
+        set();
+        const bool reset = server.lastStatus() == Task::Unknown;
+        set();
+        return reset && server.lastStatus() == Task::Unknown;
+    };
+    QVERIFY(resets([&] { server.setAddress(QStringLiteral("h")); }));
+    QVERIFY(resets([&] { server.setLogin(QStringLiteral("l")); }));
+    QVERIFY(resets([&] { server.setPassword(QStringLiteral("p")); }));
+    QVERIFY(resets([&] { server.setUseSSL(true); }));
+    QCOMPARE(changes.count(), 4); // those of Ok; a reset is silent
+    server.setLastStatus(Task::Ok);
+    server.setAddress(QStringLiteral("h"));
+    QCOMPARE(server.lastStatus(), Task::Ok);
+}
+
+void TestServer::version_data()
+{
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<int>("number");
+
+    const auto row = [](const char* version, int number) {
+        QTest::newRow(version) << QString::fromLatin1(version) << number;
+    };
+    row("3.2.7", 302070);
+    row("3.2.7-beta", 302070);
+    row("3.2.8", 302080);
+    row("3.2.10", 302010);
+    row("3.2.1", 302010);
+    row("3.6", 306000);
+    row("3.6.1", 306010);
+    row("3.71.123", 307112);
+    row("", 0);
+    row("x.y.z", 0);
+    row("1..2.9", 100020);
+    row("99999999999.1", 1000);
+    row("2147483647.0.0", 210000);
+}
+
+void TestServer::version()
+{
+    QFETCH(QString, version);
+    QFETCH(int, number);
+    QCOMPARE(versionNumber(version), number);
+}
+
+void TestServer::preambule()
+{
+    FaxManager manager(noContacts);
+    OpenServer server(manager);
+    server.setAddress(QStringLiteral("123456789012345"));
+    QuendraInfo info;
+    QCOMPARE(server.getServerPreambule(), QStringLiteral("123456789012345"));
+    info.setModel(QStringLiteral("M40"));
+    server.setInfo(info);
+    QCOMPARE(server.getServerPreambule(), QStringLiteral("123456789012345 : M40"));
+    info.setDescription(QStringLiteral("Lobby"));
+    server.setInfo(info);
+    server.setAddress(QStringLiteral("1234567890123456"));
+    QCOMPARE(server.getServerPreambule(), QStringLiteral("Lobby (123456789012345... : M40)"));
+
+    server.setLogin(QStringLiteral("Anna"));
+    server.setAddress(QStringLiteral("Fax.Example.ORG"));
+    QCOMPARE(server.genUID(), QStringLiteral("anna@fax.example.org"));
+}
+
+void TestServer::loginChain()
+{
+    ScriptedServer wire;
+    wire.setAnswer([](const WireRequest& request) { return answerLogin(request, "ABC40", "3.6.1"); });
+    FaxManager manager(noContacts);
+    const QPointer<FaxServer> server =
+        manager.addServer(wire.address(), false, QStringLiteral("anna"), QStringLiteral("x"));
+    QCOMPARE(server->lastStatus(), Task::Unknown);
+    QSignalSpy infoChanged(server, &FaxServer::changedQuendraInfo);
+    QSignalSpy userChanged(server, &FaxServer::changedFaxUser);
+    QVERIFY(userChanged.wait());
+    QCOMPARE(infoChanged.count(), 1);
+    QCOMPARE(wire.requests().size(), 3);
+    QCOMPARE(wire.requests().last().target, QByteArray("/qdws/v1/users/anna"));
+    QCOMPARE(server->info().protocolVersion(), 2);
+    QCOMPARE(server->user().contact().name(), QStringLiteral("Anna"));
+    QCOMPARE(int(server->user().faxScheduleOptions().priority()), 5);
+    QVERIFY(server->user().isSupportReceiptOptions());
+    QVERIFY(server->isConnected());
+
+    // a refusal ends the chain at its first step
+    wire.setAnswer(ScriptedServer::reply("<r><message>no</message></r>"));
+    QSignalSpy statusChanged(server, &FaxServer::changedLastStatus);
+    server->verifyUser(true);
+    QCOMPARE(server->lastStatus(), Task::Unknown);
+    QVERIFY(statusChanged.wait());
+    QCOMPARE(server->lastStatus(), Task::AuthError);
+    QCOMPARE(wire.requests().size(), 4);
+}
+
+void TestServer::protocolOneKeepsSchedule()
+{
+    ScriptedServer wire;
+    wire.setAnswer([](const WireRequest& request) { return answerLogin(request, "ABC41", "3.2.7"); });
+    FaxManager manager(noContacts);
+    const QPointer<FaxServer> server =
+        manager.addServer(wire.address(), false, QStringLiteral("anna"), QStringLiteral("x"));
+    QSignalSpy userChanged(server, &FaxServer::changedFaxUser);
+    QVERIFY(userChanged.wait());
+    QCOMPARE(int(server->user().faxScheduleOptions().priority()), 3);
+    QVERIFY(!server->user().isSupportReceiptOptions());
+
+    // too old for printers: nobody is asked
+    const int before = wire.requests().size();
+    QSignalSpy failed(server, &FaxServer::errorRetrievePrintersList);
+    server->updatePrinternamesList();
+    server->updateCoverpagesList();
+    QSignalSpy pages(server, &FaxServer::changedCoverPagesList);
+    QVERIFY(pages.wait());
+    QCOMPARE(wire.requests().size(), before + 1);
+    QCOMPARE(failed.count(), 0);
+}
+
+void TestServer::lists()
+{
+    ScriptedServer wire;
+    wire.setAnswer([](const WireRequest& request) { return answerLogin(request, "ABC40", "3.2.8"); });
+    FaxManager manager(noContacts);
+    OpenServer server(manager);
+    server.setAddress(wire.address());
+    QuendraInfo info;
+    info.setVersion(QStringLiteral("3.2.8"));
+    server.setInfo(info);
+    QCOMPARE(server.coverPagesCount(), 0);
+    QVERIFY(server.coverPage(0).name().isEmpty());
+
+    QSignalSpy pages(&server, &FaxServer::changedCoverPagesList);
+    QSignalSpy printers(&server, &FaxServer::changedPrintersList);
+    server.updateCoverpagesList();
+    server.updatePrinternamesList();
+    QTRY_COMPARE(pages.count() + printers.count(), 2);
+    QCOMPARE(server.coverPagesCount(), 1);
+    QCOMPARE(server.coverPage(0).name(), QStringLiteral("plain"));
+    for (const int index : {-1, 1, 2})
+        QVERIFY(server.coverPage(index).name().isEmpty());
+    QVERIFY(server.defaultCoverPage().name().isEmpty());
+    QCOMPARE(server.printersList(), QStringList {QStringLiteral(" left ")});
+
+    QSignalSpy noPages(&server, &FaxServer::errorRetrieveCoverpageList);
+    QSignalSpy noPrinters(&server, &FaxServer::errorRetrievePrintersList);
+    wire.setAnswer(ScriptedServer::reply("", "500 Oops"));
+    server.updateCoverpagesList();
+    server.updatePrinternamesList();
+    QTRY_COMPARE(noPages.count() + noPrinters.count(), 2);
+    QCOMPARE(server.coverPagesCount(), 1); // the old list stays
+}
+
+void TestServer::everyType()
+{
+    FaxManager manager(noContacts);
+    OpenServer server(manager);
+    for (int type = -1; type <= 18; ++type) {
+        Task* task = server.addTask(Task::Type(type));
+        QCOMPARE(task != nullptr, type >= 0 && type <= 17);
+        if (!task)
+            continue;
+        QCOMPARE(int(task->type()), type);
+        QCOMPARE(task->parent(), &server);
+        // every one keeps the server's status current
+        Q_EMIT task->errorExecute(Task::Status(100 + type));
+        QCOMPARE(int(server.lastStatus()), 100 + type);
+    }
+}
+
+void TestServer::list()
+{
+    FaxManager manager(noContacts);
+    QSignalSpy changed(&manager, &FaxManager::changedFaxServerList);
+    QVERIFY(!manager.defaultServer());
+    QCOMPARE(manager.defaultServerIndex(), -1);
+    QList<QPointer<FaxServer>> servers;
+    for (const char* name : {"a", "b", "c", "d"})
+        servers << manager.addServer(QStringLiteral("127.0.0.1:1"), false, QString::fromLatin1(name), QString());
+    QCOMPARE(changed.count(), 4);
+    QVERIFY(manager.isDefaultServer(servers[0]));
+    QCOMPARE(manager.getServerByUID(QStringLiteral("c@127.0.0.1:1")), servers[2]);
+    QVERIFY(!manager.getServerByUID(QStringLiteral("C@127.0.0.1:1")));
+
+    manager.setDefaultServer(servers[2]);
+    manager.setUserServer(servers[3]);
+    QCOMPARE(changed.count(), 5);
+    QCOMPARE(manager.usertServer(), servers[3]);
+
+    // one below the default: the default stays the same server, the user's index is left where it was
+    manager.deleteServer(servers[0]);
+    QCOMPARE(manager.defaultServer(), servers[2]);
+    QCOMPARE(manager.userServerIndex(), 3);
+    QVERIFY(!manager.isUserServerPresent());
+    QTRY_VERIFY(!servers[0]);
+    // the default itself: the first becomes it
+    manager.deleteServer(servers[2]);
+    QCOMPARE(manager.defaultServer(), servers[1]);
+    manager.deleteServer(servers[1]);
+    manager.deleteServer(manager.servers().first());
+    QCOMPARE(manager.defaultServerIndex(), -1);
+    manager.deleteServer(nullptr);
+    manager.setDefaultServer(nullptr);
+    manager.clearUserServer();
+    QCOMPARE(manager.userServerIndex(), -1);
+    QTRY_VERIFY(manager.findChildren<FaxServer*>().isEmpty());
+}
+
+void TestServer::routing()
+{
+    FaxManager manager(noContacts);
+    for (const char* name : {"a", "b", "c"})
+        manager.addServer(QStringLiteral("127.0.0.1:1"), false, QString::fromLatin1(name), QString());
+    manager.setUserServer(manager.servers().at(1));
+    QSignalSpy defaultChanged(&manager, &FaxManager::changedDefaultFaxServerStatus);
+    QSignalSpy userChanged(&manager, &FaxManager::changedUserFaxServerStatus);
+    manager.servers().at(2)->slotDone();
+    QCOMPARE(defaultChanged.count() + userChanged.count(), 0);
+    manager.servers().at(1)->slotDone();
+    QCOMPARE(userChanged.count(), 1);
+    manager.servers().at(0)->slotDone();
+    QCOMPARE(defaultChanged.count(), 1);
+    // both at once is the default's affair only
+    manager.setUserServer(manager.servers().at(0));
+    manager.servers().at(0)->slotError(Task::Error);
+    QCOMPARE(defaultChanged.count(), 2);
+    QCOMPARE(userChanged.count(), 1);
+}
+
+void TestServer::roundTrip()
+{
+    FaxManager manager(noContacts);
+    manager.addServer(QStringLiteral("127.0.0.1:1"), false, QStringLiteral("anna"), QStringLiteral("p\u00e4ss & <w>"));
+    const QPointer<FaxServer> second =
+        manager.addServer(QStringLiteral("[::1]:1"), true, QStringLiteral("bob"), QString());
+    manager.setDefaultServer(second);
+    QuendraInfo info;
+    info.setModel(QStringLiteral("ABC40"));
+    info.setVersion(QStringLiteral("3.6.1"));
+    info.setUptime(QStringLiteral("1 day"));
+    info.computeProtocolVersion();
+    second->setInfo(info);
+
+    QDomDocument document;
+    QVERIFY(document.setContent(saved(manager)));
+    QVERIFY(!saved(manager).contains("p\u00e4ss"));
+    const QDomElement root = document.documentElement();
+    QCOMPARE(root.elementsByTagName(QStringLiteral("server")).size(), 2);
+    QVERIFY(!root.firstChildElement().hasAttribute(QStringLiteral("default")));
+    QCOMPARE(root.lastChildElement().attribute(QStringLiteral("default")), QStringLiteral("true"));
+
+    FaxManager other(noContacts);
+    QSignalSpy changed(&other, &FaxManager::changedFaxServerList);
+    QVERIFY(other.readStorage(root, 1));
+    QCOMPARE(changed.count(), 3); // two added, one made the default
+    QCOMPARE(other.servers().size(), 2);
+    QCOMPARE(other.defaultServerIndex(), 1);
+    for (int i = 0; i < 2; ++i) {
+        const FaxServer& before = *manager.servers().at(i);
+        const FaxServer& after = *other.servers().at(i);
+        QCOMPARE(after.genUID(), before.genUID());
+        QCOMPARE(after.useSSL(), before.useSSL());
+        QCOMPARE(after.info().model(), before.info().model());
+        QCOMPARE(after.info().protocolVersion(), before.info().protocolVersion());
+        QVERIFY(after.info().uptime().isEmpty());
+    }
+    QCOMPARE(other.servers().at(0)->password(), QStringLiteral("p\u00e4ss & <w>"));
+    QVERIFY(other.servers().at(1)->user().isSupportReceiptOptions());
+
+    // nothing configured is a configuration
+    QVERIFY(other.readStorage(QDomElement(), 1));
+    QCOMPARE(other.servers().size(), 2);
+}
+
+void TestServer::damagedFragments_data()
+{
+    QTest::addColumn<QByteArray>("fragment");
+    QTest::addColumn<int>("servers");
+
+    const QByteArray rest = "<about><model>m</model><version>1</version></about><user/>";
+    const auto row = [](const char* name, const QByteArray& fragment, int servers) {
+        QTest::newRow(name) << QByteArray("<settings><server>" + fragment + "</server></settings>") << servers;
+    };
+    const QByteArray good = "<connection><address>127.0.0.1:1</address><login>l</login><password>plain</password>"
+                            "</connection>";
+    row("whole", good + rest, 1);
+    row("no connection", rest, 0);
+    row("no password", "<connection><address>a</address><login>l</login></connection>" + rest, 0);
+    row("no about", good + "<user/>", 0);
+    row("no user", good + "<about/>", 0);
+    row("about unreadable", good + "<about/><user/>", 1);
+}
+
+void TestServer::damagedFragments()
+{
+    QFETCH(QByteArray, fragment);
+    QFETCH(int, servers);
+
+    QDomDocument document;
+    QVERIFY(document.setContent(fragment));
+    FaxManager manager(noContacts);
+    QVERIFY(manager.readStorage(document.documentElement(), 1));
+    QCOMPARE(manager.servers().size(), servers);
+    if (servers)
+        QCOMPARE(manager.servers().first()->password(), QStringLiteral("plain")); // did not decipher
+    QTRY_COMPARE(manager.findChildren<FaxServer*>().size(), servers);
+}
+
+void TestServer::fileRoundTrip()
+{
+    QTemporaryDir folder;
+    QuendraStorage storage(folder.filePath(QStringLiteral("settings.xml")));
+    FaxManager manager(noContacts);
+    manager.addServer(QStringLiteral("127.0.0.1:1"), false, QStringLiteral("anna"), QStringLiteral("secret"));
+    QVERIFY(storage.Save(manager));
+    FaxManager other(noContacts);
+    QVERIFY(storage.Load(other));
+    QCOMPARE(other.servers().size(), 1);
+    QCOMPARE(other.defaultServer()->password(), QStringLiteral("secret"));
+}
+
+void TestServer::deletedFromASlot()
+{
+    ScriptedServer wire;
+    wire.setAnswer([](const WireRequest& request) { return answerLogin(request, "ABC40", "3.6.1"); });
+    // each signal of the chain may be the last thing a manager lives to say
+    for (int signal = 0; signal < 4; ++signal) {
+        auto* manager = new FaxManager(noContacts);
+        QPointer<FaxManager> guard(manager);
+        const QPointer<FaxServer> server =
+            manager->addServer(wire.address(), false, QStringLiteral("anna"), QStringLiteral("x"));
+        const auto end = [manager] { delete manager; };
+        switch (signal) {
+        case 0:
+            connect(server, &FaxServer::changedConnected, this, end);
+            break;
+        case 1:
+            connect(server, &FaxServer::changedLastStatus, this, end);
+            break;
+        case 2:
+            connect(server, &FaxServer::changedQuendraInfo, this, end);
+            break;
+        default:
+            connect(server, &FaxServer::changedFaxUser, this, end);
+            break;
+        }
+        QTRY_VERIFY(!guard);
+        QVERIFY(!server);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestServer)
+#include "tst_server.moc"
