@@ -79,6 +79,9 @@ public:
         add("state", "Keep the server's state here from run to run.", "DIR");
         add("inbound", "Fill the inbound log with so many faxes.", "N");
         add("huge", "Add one received document of so many MB, made while it is downloaded.", "MB");
+        add("contacts", "Fill every book, the global one and each user's, with so many people.", "N");
+        add("groups", "Fill every book with so many groups.", "N");
+        add("changes", "Add, edit and delete so many random contacts and groups a second.", "RATE");
         add("seed", "Seed of everything that is made up (default 1).", "N");
         add("discovery",
             "Answer discovery queries on UDP at this address: a broadcast address or 0.0.0.0. Off by "
@@ -119,6 +122,9 @@ public:
         options->stateDir = text("state", QString());
         options->inbound = static_cast<int>(number("inbound", 0, 1e6, 0));
         options->hugeDocument = static_cast<qint64>(number("huge", 0, 4000, 0)) << 20;
+        options->contacts = static_cast<int>(number("contacts", 0, 1e6, 0));
+        options->groups = static_cast<int>(number("groups", 0, 1e5, 0));
+        options->changesPerSecond = number("changes", 0, 1e5, 0);
         options->seed = static_cast<quint32>(number("seed", 0, 4294967295.0, 1));
         options->discoveryAddress = text("discovery", QString());
         options->discoveryPort = static_cast<quint16>(number("discovery-port", 0, 65535, 7070));

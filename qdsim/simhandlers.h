@@ -42,6 +42,18 @@ SimReply getCoverPages(SimCall& call);
 SimReply getPrinters(SimCall& call);
 SimReply getDocument(SimCall& call);
 
+// Address books
+SimReply getContacts(SimCall& call);
+SimReply getGroups(SimCall& call);
+SimReply getContactOids(SimCall& call);
+SimReply getGroupOids(SimCall& call);
+SimReply addContact(SimCall& call);
+SimReply addGroup(SimCall& call);
+SimReply modifyContact(SimCall& call);
+SimReply modifyGroup(SimCall& call);
+SimReply deleteContact(SimCall& call);
+SimReply deleteGroup(SimCall& call);
+
 } // namespace SimHandlers
 
 #endif

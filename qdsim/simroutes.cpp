@@ -6,6 +6,8 @@ namespace {
 
 const char atQuery[] = "at=(now|\\d{4}-\\d\\d-\\d\\dT\\d\\d%3A\\d\\d%3A\\d\\d)";
 
+const char sinceQuery[] = "(query_time=[1-9]\\d*)?";
+
 using R = SimRoute;
 namespace H = SimHandlers;
 
@@ -30,6 +32,19 @@ const QVector<SimRoute> routes = {
     {"GET", "/qdws/v1/data/cover_pages", nullptr, nullptr, R::Plain, H::getCoverPages},
     {"GET", "/qdws/v1/data/printer_names", nullptr, nullptr, R::Plain, H::getPrinters},
     {"GET", "/qdws/v1/documents/*", nullptr, nullptr, R::AnyType, H::getDocument},
+
+    // In place of "*": a user's name or "global_contact_list", for an entry followed by "/" and its
+    // identifier.
+    {"GET", "/qdws/v1/contacts/*", sinceQuery, nullptr, R::Plain, H::getContacts},
+    {"POST", "/qdws/v1/contacts/*", nullptr, "contact", R::OneLine, H::addContact},
+    {"PUT", "/qdws/v1/contacts/*", nullptr, "contact", R::OneLine, H::modifyContact},
+    {"DELETE", "/qdws/v1/contacts/*", nullptr, nullptr, R::Plain, H::deleteContact},
+    {"GET", "/qdws/v1/contact_groups/*", sinceQuery, nullptr, R::Plain, H::getGroups},
+    {"POST", "/qdws/v1/contact_groups/*", nullptr, "contact_group", R::OneLine, H::addGroup},
+    {"PUT", "/qdws/v1/contact_groups/*", nullptr, "contact_group", R::OneLine, H::modifyGroup},
+    {"DELETE", "/qdws/v1/contact_groups/*", nullptr, nullptr, R::Plain, H::deleteGroup},
+    {"GET", "/qdws/v1/contact_oids/*", nullptr, nullptr, R::Plain, H::getContactOids},
+    {"GET", "/qdws/v1/contact_group_oids/*", nullptr, nullptr, R::Plain, H::getGroupOids},
 };
 
 /// True if the path fits the route; @p rest is what stands for its "*".

@@ -39,7 +39,7 @@ public:
     mutable std::condition_variable answered;
     QVector<SimRequest> requests;
 
-    std::thread housekeeper; // saves what has changed
+    std::thread housekeeper; // changes the books if it is to, and saves what has changed
     std::mutex housekeeperMutex;
     std::condition_variable housekeeperChanged;
     bool isEnding = false;
@@ -116,10 +116,26 @@ void SimServer::Private::save()
 
 void SimServer::Private::housekeeping()
 {
+    using Clock = std::chrono::steady_clock;
+    const double rate = state.options().changesPerSecond;
+    auto changedUntil = Clock::now();
+    auto nextSave = Clock::now() + std::chrono::milliseconds(500);
     std::unique_lock<std::mutex> lock(housekeeperMutex);
-    while (!housekeeperChanged.wait_for(lock, std::chrono::milliseconds(500), [this] { return isEnding; })) {
+    while (!housekeeperChanged.wait_for(lock, std::chrono::milliseconds(rate > 0 ? 50 : 500),
+                                        [this] { return isEnding; })) {
         lock.unlock();
-        save();
+        const std::chrono::duration<double> elapsed = Clock::now() - changedUntil;
+        if (const int due = static_cast<int>(elapsed.count() * rate)) {
+            const SimState::Lock stateLock(state);
+            state.books().change(due, &state.people(), state.clock().now());
+            changedUntil +=
+                std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(due / rate));
+        }
+        const auto begin = Clock::now();
+        if (begin >= nextSave) {
+            save();
+            nextSave = Clock::now() + std::chrono::milliseconds(400) + 10 * (Clock::now() - begin);
+        }
         lock.lock();
     }
 }
@@ -342,6 +358,41 @@ quint64 SimServer::addInbound(const SimInbound& entry)
 {
     const SimState::Lock lock(d->state);
     return d->state.inbound().add(entry);
+}
+
+QVector<SimEntry> SimServer::book(const QString& owner, bool groups) const
+{
+    const SimState::Lock lock(d->state);
+    QVector<SimEntry> entries;
+    if (const SimBook* book = d->state.books().book({owner, groups})) {
+        for (const auto& entry : book->entries())
+            entries.append(entry.second);
+    }
+    return entries;
+}
+
+QString SimServer::addEntry(const SimBookId& book, SimEntry entry)
+{
+    const SimState::Lock lock(d->state);
+    return d->state.books().add(book, &entry, d->state.clock().now()) ? entry.uid : QString();
+}
+
+bool SimServer::modifyEntry(const SimBookId& book, const SimEntry& entry)
+{
+    const SimState::Lock lock(d->state);
+    return d->state.books().modify(book, entry, d->state.clock().now());
+}
+
+bool SimServer::deleteEntry(const SimBookId& book, const QString& uid)
+{
+    const SimState::Lock lock(d->state);
+    return d->state.books().remove(book, uid, d->state.clock().now());
+}
+
+QStringList SimServer::stepChanges(int count)
+{
+    const SimState::Lock lock(d->state);
+    return d->state.books().change(count, &d->state.people(), d->state.clock().now());
 }
 
 quint16 SimServer::discoveryPort() const

@@ -1,6 +1,7 @@
 #ifndef SIMSERVER_H
 #define SIMSERVER_H
 
+#include "simbooks.h"
 #include "simfaults.h"
 #include "simfaxes.h"
 #include "siminbound.h"
@@ -57,6 +58,21 @@ public:
     void clearRequests();
     /// Called with one line for every request, from the connection's thread; set before start().
     void setLog(std::function<void(const QString&)> log);
+    /// @}
+
+    /// @name Address books
+    /// An owner is a user's name or SimBooks::global(). These change the server as another client would;
+    /// unlike requests they may put any nonsense into a book.
+    /// @{
+    QVector<SimEntry> book(const QString& owner, bool groups = false) const; ///< in order of addition
+    /// Adds a contact (or, to a book of groups, a group) and returns its uid; empty if there is no such book.
+    QString addEntry(const SimBookId& book, SimEntry entry);
+    bool modifyEntry(const SimBookId& book,
+                     const SimEntry& entry);                     ///< false if there is no entry with its uid
+    bool deleteEntry(const SimBookId& book, const QString& uid); ///< false if there is none
+    /// Makes so many random changes in all books at once, the same ones in every run with the same seed and
+    /// the same contents. Returns a line for each.
+    QStringList stepChanges(int count);
     /// @}
 
     /// @name Discovery

@@ -23,6 +23,7 @@ SimState::SimState(const SimOptions& options)
     , m_features(SimFeatures::of(options.model, options.version))
     , m_clock(options.manualClock)
     , m_faxes(options.speed, options.failPattern)
+    , m_people(options.seed + 2)
     , m_coverPages(offeredCoverPages())
     , m_printers({QStringLiteral("Front office"), QStringLiteral("Laser 2 (second floor)"),
                   QStringLiteral("Archive")})
@@ -42,6 +43,10 @@ SimState::SimState(const SimOptions& options)
             user.coverPageName = m_coverPages.first().name;
         m_users[user.name] = user;
     }
+    SimPeople residents(options.seed + 1);
+    m_books.fill(SimBooks::global(), options.contacts, options.groups, &residents, m_clock.now());
+    for (const auto& user : m_users)
+        m_books.fill(user.first, options.contacts, options.groups, &residents, m_clock.now());
     m_inbound.generate(options.inbound, options.hugeDocument, options.seed, m_clock.now());
 }
 
@@ -53,8 +58,9 @@ SimUser* SimState::user(const QString& name)
 
 bool SimState::takeChanged()
 {
-    const bool changed = m_changed || m_savedRevision != m_faxes.revision();
+    const quint64 revision = m_faxes.revision() + m_books.revision(); // both only grow
+    const bool changed = m_changed || m_savedRevision != revision;
     m_changed = false;
-    m_savedRevision = m_faxes.revision();
+    m_savedRevision = revision;
     return changed;
 }

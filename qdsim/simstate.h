@@ -1,6 +1,7 @@
 #ifndef SIMSTATE_H
 #define SIMSTATE_H
 
+#include "simbooks.h"
 #include "simclock.h"
 #include "simdocuments.h"
 #include "simfaxes.h"
@@ -10,7 +11,7 @@
 #include <map>
 #include <mutex>
 
-/// @brief Everything the simulated server knows: users, faxes, logs, time.
+/// @brief Everything the simulated server knows: users, faxes, logs, books, time.
 ///
 /// Guarded by one mutex: whoever reads or changes anything holds a Lock meanwhile. The options and the clock
 /// need none.
@@ -41,6 +42,8 @@ public:
     SimUser* user(const QString& name);
     const std::map<QString, SimUser>& users() const { return m_users; }
     SimFaxes& faxes() { return m_faxes; }
+    SimBooks& books() { return m_books; }
+    SimPeople& people() { return m_people; } ///< who invents the changes
     SimInboundLog& inbound() { return m_inbound; }
     const QVector<SimCoverPage>& coverPages() const { return m_coverPages; }
     const QStringList& printers() const { return m_printers; }
@@ -60,6 +63,8 @@ private:
     std::map<QString, SimUser> m_users;
     SimFaxes m_faxes;
     std::map<quint64, QVector<SimAttachment>> m_attachments;
+    SimBooks m_books;
+    SimPeople m_people;
     SimInboundLog m_inbound;
     QVector<SimCoverPage> m_coverPages;
     QStringList m_printers;

@@ -145,6 +145,19 @@ void describeAttachment(Fields& fields, SimAttachment* attachment)
     fields.field("path", &attachment->path);
 }
 
+void describeEntry(Fields& fields, SimEntry* entry)
+{
+    qint64 changed = entry->changed;
+    QString members = entry->members.join(QLatin1Char('\n'));
+    fields.field("uid", &entry->uid);
+    fields.record("person", &entry->person, describePerson);
+    fields.field("description", &entry->description);
+    fields.field("members", &members);
+    fields.field("changed", &changed);
+    entry->changed = static_cast<quint32>(changed);
+    entry->members = members.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
 template <typename Record, typename Describe>
 QJsonObject toJson(Record record, const Describe& describe)
 {
@@ -185,10 +198,23 @@ QByteArray SimStore::write(SimState& state)
             list.append(toJson(attachment, describeAttachment));
         attachments.insert(QString::number(fax.second.job), list);
     }
-    return QJsonDocument(QJsonObject{{QStringLiteral("format"), 1},
-                                     {QStringLiteral("users"), users},
-                                     {QStringLiteral("faxes"), faxes},
-                                     {QStringLiteral("attachments"), attachments}})
+    QJsonArray books;
+    for (const auto& book : state.books().all()) {
+        QJsonArray entries;
+        for (const auto& entry : book.second.entries())
+            entries.append(toJson(entry.second, describeEntry));
+        books.append(QJsonObject{{QStringLiteral("owner"), book.first.owner},
+                                 {QStringLiteral("groups"), book.first.groups},
+                                 {QStringLiteral("entries"), entries}});
+    }
+    return QJsonDocument(
+               QJsonObject{{QStringLiteral("format"), 1},
+                           {QStringLiteral("users"), users},
+                           {QStringLiteral("faxes"), faxes},
+                           {QStringLiteral("attachments"), attachments},
+                           {QStringLiteral("books"), books},
+                           {QStringLiteral("lastUid"), static_cast<double>(state.books().lastUid())},
+                           {QStringLiteral("lastTime"), static_cast<double>(state.books().lastTime())}})
         .toJson(QJsonDocument::Compact);
 }
 
@@ -211,6 +237,16 @@ bool SimStore::read(const QByteArray& bytes, SimState* state)
         for (const QJsonValue& json : list)
             state->attachments(job.key().toULongLong())
                 .append(fromJson(json, SimAttachment(), describeAttachment));
+    }
+    state->books().reset(static_cast<quint64>(root[QLatin1String("lastUid")].toDouble()),
+                         static_cast<quint32>(root[QLatin1String("lastTime")].toDouble()));
+    const QJsonArray books = root[QLatin1String("books")].toArray();
+    for (const QJsonValue& json : books) {
+        const QJsonObject book = json.toObject();
+        const SimBookId id{book[QLatin1String("owner")].toString(), book[QLatin1String("groups")].toBool()};
+        const QJsonArray entries = book[QLatin1String("entries")].toArray();
+        for (const QJsonValue& entry : entries)
+            state->books().restore(id, fromJson(entry, SimEntry(), describeEntry));
     }
     return true;
 }
