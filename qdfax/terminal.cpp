@@ -1,0 +1,309 @@
+#include "terminal.h"
+
+#include "displaytext.h"
+
+#include <QtGlobal>
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <iterator>
+
+#ifdef Q_OS_WIN
+#include <io.h>
+#include <windows.h>
+#else
+#include <csignal>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+bool outputLost = false;
+std::atomic<int> progressWidth{0}; ///< Columns of the progress line that stands on the terminal.
+
+// Read by a signal handler, so plain memory: one buffer is spoken from while the other is filled.
+char lastWords[2][4096];
+std::atomic<int> lastWordsIndex{0};
+
+} // namespace
+
+// --- What differs between platforms
+// ----------------------------------------------------------------------------
+
+#ifdef Q_OS_WIN
+
+namespace {
+
+int columnsOf(DWORD handle)
+{
+    CONSOLE_SCREEN_BUFFER_INFO info;
+    if (!GetConsoleScreenBufferInfo(GetStdHandle(handle), &info))
+        return 0;
+    return info.srWindow.Right - info.srWindow.Left + 1;
+}
+
+int outputColumns()
+{
+    return columnsOf(STD_OUTPUT_HANDLE);
+}
+
+int errorColumns()
+{
+    return columnsOf(STD_ERROR_HANDLE);
+}
+
+DWORD consoleMode = 0;
+bool echoIsOff = false;
+
+BOOL WINAPI onInterrupt(DWORD)
+{
+    if (echoIsOff)
+        SetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), consoleMode);
+    const char* words = lastWords[lastWordsIndex];
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), words, DWORD(std::strlen(words)), &written, nullptr);
+    ExitProcess(130);
+}
+
+} // namespace
+
+bool Terminal::isOutput()
+{
+    return _isatty(_fileno(stdout)) != 0;
+}
+
+bool Terminal::isError()
+{
+    return _isatty(_fileno(stderr)) != 0;
+}
+
+std::optional<QString> Terminal::askHidden(const QString& prompt)
+{
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    if (!GetConsoleMode(input, &consoleMode))
+        return std::nullopt;
+    std::fputs(prompt.toUtf8().constData(), stderr);
+    std::fflush(stderr);
+    echoIsOff = true;
+    SetConsoleMode(input, (consoleMode & ~DWORD(ENABLE_ECHO_INPUT)) | ENABLE_LINE_INPUT);
+    wchar_t buffer[512];
+    DWORD count = 0;
+    const bool read = ReadConsoleW(input, buffer, DWORD(std::size(buffer)), &count, nullptr) && count > 0;
+    SetConsoleMode(input, consoleMode);
+    echoIsOff = false;
+    std::fputs("\n", stderr);
+    if (!read)
+        return std::nullopt;
+    QString line = QString::fromWCharArray(buffer, int(count));
+    while (line.endsWith(QLatin1Char('\n')) || line.endsWith(QLatin1Char('\r')))
+        line.chop(1);
+    return line;
+}
+
+void Terminal::installInterrupt()
+{
+    SetConsoleCtrlHandler(onInterrupt, TRUE);
+}
+
+Terminal::InterruptBlocker::InterruptBlocker() = default;
+Terminal::InterruptBlocker::~InterruptBlocker() = default;
+
+#else
+
+namespace {
+
+int columnsOf(int descriptor)
+{
+    winsize size{};
+    return ioctl(descriptor, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+int outputColumns()
+{
+    return columnsOf(STDOUT_FILENO);
+}
+
+int errorColumns()
+{
+    return columnsOf(STDERR_FILENO);
+}
+
+const int handledSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+termios savedTerminal;
+volatile sig_atomic_t hiddenTerminal = -1; ///< The terminal whose echo is off.
+
+sigset_t signalSet()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (int signal : handledSignals)
+        sigaddset(&set, signal);
+    return set;
+}
+
+void say(const char* text)
+{
+    const ssize_t ignored = ::write(STDERR_FILENO, text, std::strlen(text));
+    (void)ignored; // dying anyway
+}
+
+// Only what POSIX allows in a handler. The program ends here and not in its event loop, which may be busy
+// with encoding a large file or not be running at all.
+void onSignal(int signal)
+{
+    if (hiddenTerminal >= 0) {
+        tcsetattr(hiddenTerminal, TCSANOW, &savedTerminal);
+        say("\n");
+    } else if (progressWidth > 0) {
+        say("\n");
+    }
+    say(lastWords[lastWordsIndex]);
+    _exit(128 + signal);
+}
+
+} // namespace
+
+bool Terminal::isOutput()
+{
+    return isatty(STDOUT_FILENO) != 0;
+}
+
+bool Terminal::isError()
+{
+    return isatty(STDERR_FILENO) != 0;
+}
+
+std::optional<QString> Terminal::askHidden(const QString& prompt)
+{
+    const int terminal = ::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC);
+    if (terminal < 0)
+        return std::nullopt;
+    if (tcgetattr(terminal, &savedTerminal) != 0) {
+        ::close(terminal);
+        return std::nullopt;
+    }
+    const QByteArray question = prompt.toUtf8();
+    hiddenTerminal = terminal;
+    termios silent = savedTerminal;
+    silent.c_lflag &= ~tcflag_t(ECHO);
+    silent.c_lflag |= tcflag_t(ICANON | ISIG | ECHONL);
+    tcsetattr(terminal, TCSAFLUSH, &silent);
+    QByteArray line;
+    bool ended = ::write(terminal, question.constData(), size_t(question.size())) < 0;
+    bool any = false;
+    while (!ended) {
+        char c = 0;
+        const ssize_t count = ::read(terminal, &c, 1);
+        if (count < 0 && errno == EINTR)
+            continue;
+        ended = count <= 0 || c == '\n';
+        any = any || count > 0;
+        if (!ended)
+            line.append(c);
+    }
+    tcsetattr(terminal, TCSANOW, &savedTerminal);
+    hiddenTerminal = -1;
+    ::close(terminal);
+    if (!any)
+        return std::nullopt;
+    return QString::fromUtf8(line);
+}
+
+void Terminal::installInterrupt()
+{
+    for (int signal : handledSignals) {
+        struct sigaction now = {};
+        // whoever started us with a signal ignored (nohup) means it
+        if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler == SIG_IGN)
+            continue;
+        struct sigaction action = {};
+        action.sa_handler = onSignal;
+        action.sa_mask = signalSet();
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+Terminal::InterruptBlocker::InterruptBlocker()
+{
+    const sigset_t set = signalSet();
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+}
+
+Terminal::InterruptBlocker::~InterruptBlocker()
+{
+    const sigset_t set = signalSet();
+    sigprocmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+#endif
+
+// --- What does not
+// ---------------------------------------------------------------------------------------------
+
+int Terminal::width()
+{
+    if (isOutput()) {
+        const int columns = outputColumns();
+        if (columns > 0)
+            return columns;
+    }
+    bool ok = false;
+    const int columns = qEnvironmentVariableIntValue("COLUMNS", &ok);
+    return ok && columns > 0 ? columns : 0;
+}
+
+void Terminal::write(const QByteArray& text)
+{
+    if (std::fwrite(text.constData(), 1, size_t(text.size()), stdout) != size_t(text.size()))
+        outputLost = true;
+}
+
+void Terminal::writeError(const QString& line)
+{
+    ProgressLine::clear();
+    std::fflush(stdout);
+    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stderr);
+    std::fflush(stderr);
+}
+
+bool Terminal::outputFailed()
+{
+    return std::fflush(stdout) != 0 || outputLost;
+}
+
+void Terminal::setLastWords(const QString& text)
+{
+    const int other = 1 - lastWordsIndex;
+    const QByteArray words = text.isEmpty() ? QByteArray() : (text + QLatin1Char('\n')).toUtf8();
+    qstrncpy(lastWords[other], words.constData(), sizeof lastWords[other]);
+    lastWordsIndex = other;
+}
+
+void Terminal::ProgressLine::show(const QString& text)
+{
+    if (!isError())
+        return;
+    const int columns = errorColumns();
+    const QString line = cutToWidth(printable(text), columns > 1 ? columns - 1 : 79);
+    const int used = displayWidth(line);
+    // blanks instead of an escape sequence: they wipe on any terminal
+    const QString filler(qMax(0, progressWidth - used), QLatin1Char(' '));
+    std::fputs((QLatin1Char('\r') + line + filler).toUtf8().constData(), stderr);
+    std::fflush(stderr);
+    progressWidth = used;
+}
+
+void Terminal::ProgressLine::clear()
+{
+    if (progressWidth == 0)
+        return;
+    const QByteArray blanks(progressWidth, ' ');
+    std::fputs(("\r" + blanks + "\r").constData(), stderr);
+    std::fflush(stderr);
+    progressWidth = 0;
+}
