@@ -1,0 +1,401 @@
+#include "settingsfile.h"
+
+#include "faxmanager.h"
+#include "faxserver.h"
+#include "quendrastorage.h"
+#include "terminal.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QTemporaryFile>
+#include <QXmlStreamReader>
+
+#include <filesystem>
+#include <system_error>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
+
+namespace {
+
+const auto rootTag = QStringLiteral("settings");
+const auto serverTag = QStringLiteral("server");
+const auto defaultAttribute = QStringLiteral("default");
+const auto versionAttribute = QStringLiteral("version");
+
+const qint64 largestFile = 16 * 1024 * 1024;
+const int deepestNesting = 32; // ours have four levels; the DOM's parser would follow any number into a crash
+const int lockTimeout = 10000; // ms
+
+/// Empty when the bytes are XML that is safe to parse into a DOM, else what is wrong with them.
+QString xmlProblem(const QByteArray& bytes)
+{
+    if (bytes.trimmed().isEmpty())
+        return QStringLiteral("it is empty");
+    QXmlStreamReader reader(bytes);
+    int depth = 0;
+    while (!reader.atEnd()) {
+        switch (reader.readNext()) {
+        case QXmlStreamReader::StartElement:
+            if (++depth > deepestNesting)
+                return QStringLiteral("its elements are nested too deep");
+            break;
+        case QXmlStreamReader::EndElement:
+            --depth;
+            break;
+        default:
+            break;
+        }
+    }
+    if (!reader.hasError())
+        return QString();
+    return QStringLiteral("line %1: %2").arg(reader.lineNumber()).arg(reader.errorString());
+}
+
+/// A document whose root holds nothing but this entry, as a FaxManager reads it.
+QDomElement alone(QDomDocument& document, const QDomElement& entry)
+{
+    QDomElement root = document.createElement(rootTag);
+    document.appendChild(root);
+    root.appendChild(document.importNode(entry, true));
+    return root;
+}
+
+/// Reads one entry by the library's own rules. The login that the manager starts needs the event loop to go
+/// out, and dies with the manager before that.
+bool readEntry(const QDomElement& entry, StoredServer& stored)
+{
+    QDomDocument document;
+    FaxManager manager{QPointer<ContactManager>()};
+    manager.readStorage(alone(document, entry), 1);
+    const QPointer<FaxServer> server = manager.servers().value(0);
+    if (!server)
+        return false;
+    stored.uid = server->genUID();
+    stored.address = server->address();
+    stored.login = server->login();
+    stored.useSSL = server->useSSL();
+    stored.info = server->info();
+    stored.isDefault = entry.attribute(defaultAttribute) == QLatin1String("true");
+    return true;
+}
+
+QVector<QDomElement> entries(const QDomElement& root)
+{
+    QVector<QDomElement> list;
+    for (QDomElement e = root.firstChildElement(serverTag); !e.isNull(); e = e.nextSiblingElement(serverTag))
+        list.append(e);
+    return list;
+}
+
+/// Whether two elements say the same: name, attributes, elements below, and the text of those without any.
+/// How they are written (order of attributes, indentation, empty texts) does not count.
+bool sameContent(const QDomElement& a, const QDomElement& b)
+{
+    const QDomNamedNodeMap attributes = a.attributes();
+    if (a.tagName() != b.tagName() || attributes.size() != b.attributes().size())
+        return false;
+    for (int i = 0; i < attributes.size(); ++i) {
+        const QDomAttr attribute = attributes.item(i).toAttr();
+        if (!b.hasAttribute(attribute.name()) || b.attribute(attribute.name()) != attribute.value())
+            return false;
+    }
+    QDomElement childA = a.firstChildElement();
+    QDomElement childB = b.firstChildElement();
+    if (childA.isNull() && childB.isNull())
+        return a.text() == b.text();
+    for (; !childA.isNull() && !childB.isNull();
+         childA = childA.nextSiblingElement(), childB = childB.nextSiblingElement()) {
+        if (!sameContent(childA, childB))
+            return false;
+    }
+    return childA.isNull() && childB.isNull();
+}
+
+/// To the disk, as far as the system can say so.
+bool flushToDisk(const QString& path)
+{
+#ifdef Q_OS_UNIX
+    QFile file(path);
+    return file.open(QIODevice::ReadWrite) && ::fsync(file.handle()) == 0;
+#else
+    Q_UNUSED(path)
+    return true;
+#endif
+}
+
+/// Puts a file in the place of another in one step, which QFile::rename() does not.
+bool replaceFile(const QString& from, const QString& to)
+{
+    std::error_code error;
+    std::filesystem::rename(std::filesystem::path(from.toStdU16String()),
+                            std::filesystem::path(to.toStdU16String()), error);
+    return !error;
+}
+
+} // namespace
+
+QString SettingsFile::defaultPath()
+{
+    return QuendraStorage::getAppStoragePath() + QStringLiteral("/qdfax.xml");
+}
+
+SettingsFile::SettingsFile(const QString& path)
+    : m_path(path)
+{
+    // a link to a file elsewhere stays a link: it is the file that is replaced
+    const QFileInfo info(path);
+    if (info.isSymLink())
+        m_path = info.symLinkTarget();
+    startEmpty();
+}
+
+SettingsFile::~SettingsFile() = default;
+
+void SettingsFile::startEmpty()
+{
+    m_document = QDomDocument();
+    m_document.appendChild(m_document.createElement(rootTag));
+}
+
+SettingsFile::State SettingsFile::load()
+{
+    startEmpty();
+    m_detail.clear();
+    QFile file(m_path);
+    if (!file.exists())
+        return m_state = Missing;
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
+        m_detail = file.isOpen() || file.error() == QFileDevice::NoError ? QStringLiteral("it is not a file")
+                                                                         : file.errorString();
+        return m_state = Unreadable;
+    }
+    m_detail = file.size() > largestFile ? QStringLiteral("it is too large") : xmlProblem(file.readAll());
+    file.close();
+    if (!m_detail.isEmpty())
+        return m_state = Damaged;
+
+    m_state = Good;
+    if (!QuendraStorage(m_path).Load(*this) && m_state == Good)
+        m_state = Unreadable;
+    return m_state;
+}
+
+bool SettingsFile::readStorage(const QDomElement& element, int)
+{
+    if (element.tagName() != rootTag) {
+        m_detail = QStringLiteral("it is not a settings file");
+        m_state = Damaged;
+        return false;
+    }
+    // The format has no version of its own; one that has is from later.
+    if (element.hasAttribute(versionAttribute)) {
+        m_detail = element.attribute(versionAttribute);
+        m_state = Newer;
+        return false;
+    }
+    m_document = QDomDocument();
+    m_document.appendChild(m_document.importNode(element, true));
+    return true;
+}
+
+bool SettingsFile::writeStorage(QDomDocument& document, QDomElement& element, int) const
+{
+    const QDomElement root = m_document.documentElement();
+    for (QDomNode node = root.firstChild(); !node.isNull(); node = node.nextSibling())
+        element.appendChild(document.importNode(node, true));
+    return true;
+}
+
+QString SettingsFile::problem() const
+{
+    switch (m_state) {
+    case Damaged:
+        return QStringLiteral(
+                   "The settings file %1 is damaged (%2). Put a good copy in its place, or start anew with "
+                   "\"qdfax server add\", which moves it aside.")
+            .arg(QDir::toNativeSeparators(m_path), m_detail);
+    case Newer:
+        return QStringLiteral(
+                   "The settings file %1 was written by a newer version of qdfax (format %2). Use that "
+                   "version, or move the file away.")
+            .arg(QDir::toNativeSeparators(m_path), m_detail);
+    case Unreadable:
+        return QStringLiteral("The settings file %1 cannot be read (%2). Check its permissions.")
+            .arg(QDir::toNativeSeparators(m_path), m_detail);
+    case Missing:
+    case Good:
+        break;
+    }
+    return QString();
+}
+
+QVector<StoredServer> SettingsFile::servers() const
+{
+    QVector<StoredServer> list;
+    bool hasDefault = false;
+    for (const QDomElement& element : entries(m_document.documentElement())) {
+        StoredServer server;
+        if (!readEntry(element, server))
+            continue;
+        server.isDefault = server.isDefault && !hasDefault;
+        hasDefault = hasDefault || server.isDefault;
+        list.append(server);
+    }
+    if (!hasDefault && !list.isEmpty())
+        list.first().isDefault = true;
+    return list;
+}
+
+int SettingsFile::strangeEntryCount() const
+{
+    return entries(m_document.documentElement()).size() - servers().size();
+}
+
+int SettingsFile::find(const QString& name) const
+{
+    const QVector<StoredServer> list = servers();
+    int byAddress = -1;
+    int addressCount = 0;
+    for (int i = 0; i < list.size(); ++i) {
+        const StoredServer& server = list.at(i);
+        if (name.isEmpty() ? server.isDefault : server.uid == name.toLower())
+            return i;
+        if (server.address.compare(name, Qt::CaseInsensitive) == 0) {
+            byAddress = i;
+            ++addressCount;
+        }
+    }
+    return addressCount == 1 ? byAddress : -1;
+}
+
+QDomElement SettingsFile::entry(const QString& uid) const
+{
+    for (const QDomElement& element : entries(m_document.documentElement())) {
+        StoredServer server;
+        if (readEntry(element, server) && server.uid == uid)
+            return element;
+    }
+    return QDomElement();
+}
+
+FaxServer* SettingsFile::open(const StoredServer& server, FaxManager& manager) const
+{
+    const QDomElement element = entry(server.uid);
+    if (element.isNull())
+        return nullptr;
+    QDomDocument document;
+    manager.readStorage(alone(document, element), 1);
+    return manager.getServerByUID(server.uid);
+}
+
+void SettingsFile::put(const FaxServer& server, bool makeDefault)
+{
+    const QString uid = server.genUID();
+    const bool first = servers().isEmpty();
+    QDomElement element = m_document.createElement(serverTag);
+    server.writeStorage(m_document, element, 1);
+
+    QDomElement old = entry(uid);
+    if (old.isNull()) {
+        m_document.documentElement().appendChild(element);
+    } else {
+        if (old.hasAttribute(defaultAttribute))
+            element.setAttribute(defaultAttribute, old.attribute(defaultAttribute));
+        m_document.documentElement().replaceChild(element, old);
+    }
+    if (makeDefault || first)
+        setDefault(uid);
+}
+
+void SettingsFile::remove(const QString& uid)
+{
+    m_document.documentElement().removeChild(entry(uid));
+    // as the library does: the first of the others becomes the default
+    const QVector<StoredServer> left = servers();
+    for (const StoredServer& server : left) {
+        if (server.isDefault)
+            setDefault(server.uid);
+    }
+}
+
+void SettingsFile::setDefault(const QString& uid)
+{
+    for (QDomElement& element : entries(m_document.documentElement())) {
+        StoredServer server;
+        if (!readEntry(element, server))
+            continue;
+        if (server.uid == uid)
+            element.setAttribute(defaultAttribute, QStringLiteral("true"));
+        else
+            element.removeAttribute(defaultAttribute);
+    }
+}
+
+QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QString* movedTo)
+{
+    const QFileInfo info(m_path);
+    const QString folder = QDir::toNativeSeparators(info.absolutePath());
+    if (!QDir().mkpath(info.absolutePath()))
+        return QStringLiteral("The settings folder %1 cannot be made. Check permissions and free space.")
+            .arg(folder);
+
+    const Terminal::InterruptBlocker blocker;
+    QLockFile lock(m_path + QStringLiteral(".lock"));
+    if (!lock.tryLock(lockTimeout)) {
+        return lock.error() == QLockFile::LockFailedError
+                   ? QStringLiteral("Another program holds the settings file %1. Try again later.")
+                         .arg(QDir::toNativeSeparators(m_path))
+                   : QStringLiteral(
+                         "Nothing can be written to the settings folder %1. Check permissions and free "
+                         "space.")
+                         .arg(folder);
+    }
+    load();
+    if (m_state == Newer || m_state == Unreadable)
+        return problem();
+    if (!change(*this))
+        return QString();
+    return save(movedTo);
+}
+
+QString SettingsFile::save(QString* movedTo)
+{
+    const auto failure = [this](const QString& why) {
+        return QStringLiteral("The settings could not be saved in %1: %2. The file is as it was.")
+            .arg(QDir::toNativeSeparators(m_path), why);
+    };
+    // QTemporaryFile lets nobody but the owner read it from the start
+    QTemporaryFile side(m_path + QStringLiteral(".XXXXXX"));
+    if (!side.open())
+        return failure(side.errorString());
+    side.close();
+    if (!QuendraStorage(side.fileName()).Save(*this))
+        return failure(QStringLiteral("writing failed; is the disk full?"));
+    SettingsFile written(side.fileName());
+    if (written.load() != Good ||
+        !sameContent(written.m_document.documentElement(), m_document.documentElement()) ||
+        !flushToDisk(side.fileName()))
+        return failure(QStringLiteral("what was written does not read back"));
+
+    if (m_state == Damaged) {
+        const QString base = m_path + QStringLiteral(".damaged-") +
+                             QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+        QString aside = base;
+        for (int n = 1; n < 100 && !QFile::rename(m_path, aside); ++n)
+            aside = base + QLatin1Char('-') + QString::number(n);
+        if (QFile::exists(m_path))
+            return failure(QStringLiteral("the damaged file cannot be moved aside"));
+        if (movedTo)
+            *movedTo = aside;
+    }
+    if (!replaceFile(side.fileName(), m_path))
+        return failure(QStringLiteral("the new file cannot be put in its place"));
+    side.setAutoRemove(false);
+    m_state = Good;
+    return QString();
+}
