@@ -1,0 +1,243 @@
+#include "command.h"
+
+#include "displaytext.h"
+#include "logger.h"
+#include "parsing.h"
+#include "terminal.h"
+
+#include <QCommandLineParser>
+
+#include <algorithm>
+
+namespace {
+
+const int defaultTimeout = 60; // s
+const int longestTimeout = 1000000;
+
+const Command* findCommand(const QStringList& words, int* wordCount)
+{
+    const Command* found = nullptr;
+    for (const Command& command : commands()) {
+        const QStringList name = command.name.split(QLatin1Char(' '));
+        if (name.size() > *wordCount && words.mid(0, name.size()) == name) {
+            found = &command;
+            *wordCount = name.size();
+        }
+    }
+    return found;
+}
+
+QString commandNames(const QString& group = QString())
+{
+    QStringList names;
+    for (const Command& command : commands()) {
+        if (group.isEmpty() || command.name.startsWith(group + QLatin1Char(' ')))
+            names.append(command.name);
+    }
+    return names.join(QStringLiteral(", "));
+}
+
+int complain(int status, const QString& sentence)
+{
+    Terminal::writeError(QStringLiteral("qdfax: ") + sentence);
+    return status;
+}
+
+/// Words are told from options by the parser, which therefore has to know the options of the command, which
+/// is named by the words. So the global options are read first, up to the first word.
+int leadingOptions(const QStringList& arguments, QStringList* rest)
+{
+    QCommandLineParser parser;
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    parser.addOptions(globalOptions());
+    parser.addOption({QStringLiteral("version"), QString()});
+    parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QString()});
+    if (!parser.parse(arguments))
+        return complain(ExitStatus::Usage, parser.errorText() + QStringLiteral(" See \"qdfax help\"."));
+    if (parser.isSet(QStringLiteral("version"))) {
+        Terminal::write("qdfax " QDFAX_VERSION "\n");
+        return ExitStatus::Ok;
+    }
+    *rest = parser.positionalArguments();
+    if (parser.isSet(QStringLiteral("help")) || rest->isEmpty()) {
+        rest->clear();
+        if (parser.isSet(QStringLiteral("help"))) {
+            Terminal::write(generalHelp().toUtf8());
+            return ExitStatus::Ok;
+        }
+        Terminal::writeError(generalHelp());
+        return ExitStatus::Usage;
+    }
+    return -1;
+}
+
+int runCommand(const QStringList& arguments)
+{
+    QStringList words;
+    const int ended = leadingOptions(arguments, &words);
+    if (ended >= 0)
+        return ended;
+
+    int wordCount = 0;
+    const Command* command = findCommand(words, &wordCount);
+    if (!command) {
+        const QString ofGroup = commandNames(words.first());
+        if (!ofGroup.isEmpty()) {
+            return complain(ExitStatus::Usage,
+                            QStringLiteral("\"%1\" needs a second word: %2. See \"qdfax help %1\".")
+                                .arg(printable(words.first()), ofGroup));
+        }
+        return complain(ExitStatus::Usage, QStringLiteral("There is no command \"%1\". There are: %2. See "
+                                                          "\"qdfax help\".")
+                                               .arg(printable(words.first()), commandNames()));
+    }
+
+    // now everything behind the program's name but the command's own words
+    QStringList line = arguments;
+    for (int i = 0; i < wordCount; ++i)
+        line.removeAt(arguments.size() - words.size());
+    QCommandLineParser parser;
+    parser.addOptions(globalOptions());
+    parser.addOptions(command->options);
+    parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QString()});
+    const QString hint = QStringLiteral(" See \"qdfax help %1\".").arg(command->name);
+    if (!parser.parse(line))
+        return complain(ExitStatus::Usage, printable(parser.errorText()) + hint);
+    if (parser.isSet(QStringLiteral("help"))) {
+        Terminal::write(commandHelp(*command).toUtf8());
+        return ExitStatus::Ok;
+    }
+
+    const QStringList positional = parser.positionalArguments();
+    if (positional.size() < command->leastArguments) {
+        return complain(ExitStatus::Usage, QStringLiteral("Something is missing: qdfax %1 %2.%3")
+                                               .arg(command->name, command->arguments, hint));
+    }
+    if (command->mostArguments >= 0 && positional.size() > command->mostArguments) {
+        return complain(ExitStatus::Usage, QStringLiteral("\"%1\" is one argument too many: qdfax %2 %3.%4")
+                                               .arg(printable(positional.at(command->mostArguments)),
+                                                    command->name, command->arguments, hint));
+    }
+
+    Invocation invocation(*command, parser, positional);
+    QString error;
+    int timeout = defaultTimeout;
+    if (invocation.isSet("timeout")) {
+        const std::optional<int> seconds =
+            parseInteger(invocation.value("timeout"), 0, longestTimeout, &error);
+        if (!seconds)
+            return invocation.failOption("timeout", error);
+        timeout = *seconds;
+    }
+    invocation.setTimeout(timeout * 1000);
+    if (invocation.isSet("log-level")) {
+        const std::optional<int> level = parseInteger(invocation.value("log-level"), 0, 4, &error);
+        if (!level)
+            return invocation.failOption("log-level", error);
+        Logger::inst().setLevel(Logger::LEVEL(*level));
+    }
+    return command->run(invocation);
+}
+
+} // namespace
+
+const QVector<Command>& commands()
+{
+    static const QVector<Command> all =
+        serverCommands() + profileCommands() + sendCommands() + helpCommands();
+    return all;
+}
+
+QList<QCommandLineOption> globalOptions()
+{
+    return {
+        {QStringLiteral("server"), QStringLiteral("Use this server instead of the default one."),
+         QStringLiteral("UID")},
+        {QStringLiteral("json"), QStringLiteral("Print JSON instead of text for people.")},
+        {QStringLiteral("timeout"),
+         QStringLiteral("Give up when nothing was heard for so long (%1; 0: never).").arg(defaultTimeout),
+         QStringLiteral("SECONDS")},
+        {QStringLiteral("log-level"),
+         QStringLiteral("What goes to the log file: 0 nothing to 4 everything (1)."), QStringLiteral("0..4")},
+    };
+}
+
+int runCommandLine(const QStringList& arguments)
+{
+    const int status = runCommand(arguments);
+    if (Terminal::outputFailed())
+        return complain(ExitStatus::File,
+                        QStringLiteral("The output could not be written. Is the disk full?"));
+    return status;
+}
+
+// --- Invocation
+// ------------------------------------------------------------------------------------------------
+
+Invocation::Invocation(const Command& command, const QCommandLineParser& parser, const QStringList& arguments)
+    : m_command(command)
+    , m_parser(parser)
+    , m_arguments(arguments)
+{}
+
+bool Invocation::isSet(const char* option) const
+{
+    return m_parser.isSet(QLatin1String(option));
+}
+
+QString Invocation::value(const char* option) const
+{
+    return m_parser.value(QLatin1String(option));
+}
+
+QStringList Invocation::values(const char* option) const
+{
+    return m_parser.values(QLatin1String(option));
+}
+
+int Invocation::fail(int status, const QString& sentence) const
+{
+    return complain(status, printable(sentence));
+}
+
+int Invocation::failUsage(const QString& sentence) const
+{
+    return fail(ExitStatus::Usage, QStringLiteral("%1 See \"qdfax help %2\".").arg(sentence, m_command.name));
+}
+
+int Invocation::failOption(const char* option, const QString& what) const
+{
+    return failUsage(QStringLiteral("--%1 %2.").arg(QLatin1String(option), what));
+}
+
+void Invocation::note(const QString& sentence) const
+{
+    Terminal::writeError(QStringLiteral("qdfax: ") + printable(sentence));
+}
+
+void Invocation::line(const QString& text) const
+{
+    Terminal::write(printable(text).toUtf8() + '\n');
+}
+
+void Invocation::fields(const QVector<QPair<QString, QString>>& fields) const
+{
+    int width = 0;
+    for (const auto& field : fields)
+        width = std::max(width, displayWidth(field.first));
+    for (const auto& field : fields) {
+        if (!field.second.isEmpty())
+            line((field.first + QLatin1Char(':')).leftJustified(width + 2) + field.second);
+    }
+}
+
+void Invocation::table(const Table& table) const
+{
+    for (const QString& row : table.lines(Terminal::width()))
+        Terminal::write(row.toUtf8() + '\n');
+}
+
+void Invocation::json(const QJsonValue& value) const
+{
+    Terminal::write(jsonText(value));
+}

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "exitstatus.h"
+#include "table.h"
+
+#include <QCommandLineOption>
+#include <QJsonValue>
+#include <QList>
+#include <QPair>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <functional>
+#include <optional>
+
+class QCommandLineParser;
+class Invocation;
+
+/// One command of qdfax: what help says of it, what it takes, and what it does.
+struct Command
+{
+    QString name;        ///< One word or two: "send", "server add".
+    QString arguments;   ///< As in a usage line.
+    QString summary;     ///< A line.
+    QString description; ///< Paragraphs, lines already broken. May be empty.
+    QStringList examples;
+    QList<QCommandLineOption> options; ///< Beside the global ones.
+    int leastArguments{0};
+    int mostArguments{0};                  ///< -1: any number.
+    std::function<int(Invocation&)> run{}; ///< Returns an exit status; has said why when it is not Ok.
+};
+
+/// Every command, in the order of the help.
+const QVector<Command>& commands();
+
+// The groups, each in its file.
+QVector<Command> serverCommands();
+QVector<Command> profileCommands();
+QVector<Command> sendCommands();
+QVector<Command> helpCommands();
+
+/// The options that every command takes.
+QList<QCommandLineOption> globalOptions();
+
+/// Help for all, or for one command.
+QString generalHelp();
+QString commandHelp(const Command& command);
+
+/// Runs a whole command line, the program's name first; returns the exit status.
+int runCommandLine(const QStringList& arguments);
+
+/**
+ * A command being run: its options and arguments, and where its output goes.
+ *
+ * Output is either for people (line(), fields(), table()) or JSON (json()); isJson() says which was asked
+ * for. Errors go to standard error in both cases.
+ */
+class Invocation
+{
+public:
+    Invocation(const Command& command, const QCommandLineParser& parser, const QStringList& arguments);
+
+    const Command& command() const { return m_command; }
+    const QStringList& arguments() const { return m_arguments; }
+
+    bool isSet(const char* option) const;
+    /// The last value given, empty when there was none.
+    QString value(const char* option) const;
+    QStringList values(const char* option) const;
+
+    /// Global options.
+    bool isJson() const { return isSet("json"); }
+    QString serverName() const { return value("server"); }
+    /// In ms; 0: wait for ever.
+    int timeout() const { return m_timeout; }
+    void setTimeout(int ms) { m_timeout = ms; }
+
+    /// Says what is wrong and returns @p status.
+    int fail(int status, const QString& sentence) const;
+    /// The same for a command line that is not understood: points to the help.
+    int failUsage(const QString& sentence) const;
+    int failOption(const char* option, const QString& what) const;
+    /// A remark to standard error that is no failure.
+    void note(const QString& sentence) const;
+
+    void line(const QString& text) const;
+    /// Names and values below each other. Empty values are left out.
+    void fields(const QVector<QPair<QString, QString>>& fields) const;
+    void table(const Table& table) const;
+    void json(const QJsonValue& value) const;
+
+private:
+    const Command& m_command;
+    const QCommandLineParser& m_parser;
+    QStringList m_arguments;
+    int m_timeout{0};
+};

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "basescheduleoptions.h"
+
+#include <QCommandLineOption>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+class FaxServer;
+class Invocation;
+
+/// The scheduling options that a fax and the user's defaults have in common, as given on the command line.
+/// What was not given changes nothing.
+class ScheduleChoices
+{
+public:
+    /// The options themselves.
+    static QList<QCommandLineOption> options();
+
+    /// Reads them. Nothing, with the reason said, when one is wrong.
+    static std::optional<ScheduleChoices> read(const Invocation& call);
+
+    bool isEmpty() const;
+
+    /// Empty when the server can do what was chosen, else a sentence.
+    QString problem(const FaxServer& server) const;
+
+    void applyTo(BaseScheduleOptions& options) const;
+
+private:
+    std::optional<int> m_priority;
+    std::optional<int> m_maxTries;
+    std::optional<int> m_tryInterval;
+    std::optional<int> m_receipt;
+    std::optional<int> m_receiptAttachment;
+    std::optional<int> m_pageSize;
+    std::optional<int> m_printReceipt;
+    std::optional<QString> m_printer;
+    std::optional<bool> m_printFirstPage;
+};

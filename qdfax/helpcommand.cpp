@@ -1,0 +1,126 @@
+#include "command.h"
+
+#include "displaytext.h"
+#include "settingsfile.h"
+#include "terminal.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+namespace {
+
+const int helpWidth = 90;
+
+QString indented(const QString& left, int leftWidth, const QString& right)
+{
+    QString text;
+    QString line = QStringLiteral("  ") + left.leftJustified(leftWidth);
+    if (left.size() > leftWidth) {
+        text = QStringLiteral("  ") + left + QLatin1Char('\n');
+        line = QString(leftWidth + 2, QLatin1Char(' '));
+    }
+    bool begun = false;
+    for (const QString& word : right.split(QLatin1Char(' '))) {
+        if (begun && line.size() + 1 + word.size() > helpWidth) {
+            text += line + QLatin1Char('\n');
+            line = QString(leftWidth + 2, QLatin1Char(' '));
+        }
+        line += QStringLiteral("  ").left(begun && line.size() > leftWidth + 2 ? 1 : 0) + word;
+        begun = true;
+    }
+    return text + line + QLatin1Char('\n');
+}
+
+QString optionsText(const QList<QCommandLineOption>& options)
+{
+    QString text;
+    for (const QCommandLineOption& option : options) {
+        QString name = QStringLiteral("--") + option.names().first();
+        if (!option.valueName().isEmpty())
+            name += QLatin1Char(' ') + option.valueName();
+        text += indented(name, 28, option.description());
+    }
+    return text;
+}
+
+int help(Invocation& call)
+{
+    const QString wanted = call.arguments().join(QLatin1Char(' '));
+    if (wanted.isEmpty()) {
+        Terminal::write(generalHelp().toUtf8());
+        return ExitStatus::Ok;
+    }
+    QString text;
+    for (const Command& command : commands()) {
+        if (command.name == wanted) {
+            text = commandHelp(command);
+            break;
+        }
+        // the first word of a group shows all of it
+        if (command.name.startsWith(wanted + QLatin1Char(' ')))
+            text += (text.isEmpty() ? QString() : QStringLiteral("\n")) + commandHelp(command);
+    }
+    if (text.isEmpty()) {
+        return call.fail(
+            ExitStatus::Usage,
+            QStringLiteral("There is no command \"%1\". \"qdfax help\" lists them.").arg(wanted));
+    }
+    Terminal::write(text.toUtf8());
+    return ExitStatus::Ok;
+}
+
+} // namespace
+
+QString generalHelp()
+{
+    QString text = QStringLiteral("qdfax: send and watch faxes through a network fax server.\n\n"
+                                  "Usage: qdfax [OPTIONS] COMMAND [ARGUMENTS]\n\nCommands:\n");
+    int width = 0;
+    for (const Command& command : commands())
+        width = std::max(width, command.name.size() + 2);
+    for (const Command& command : commands())
+        text += indented(command.name, width, command.summary);
+    text += QStringLiteral("\nOptions of every command:\n") + optionsText(globalOptions());
+    text +=
+        QStringLiteral("  --help                      Explain a command, as \"qdfax help COMMAND\" does.\n"
+                       "  --version                   Print the version.\n");
+    text += QStringLiteral("\nExit status:\n");
+    for (const ExitStatus::Row& row : ExitStatus::table())
+        text += indented(QString::number(row.status), 5, row.meaning);
+    text += QStringLiteral("\nA UID is LOGIN@ADDRESS, as \"qdfax server list\" shows it.\n");
+    text += QStringLiteral("Settings: %1\n").arg(QDir::toNativeSeparators(SettingsFile::defaultPath()));
+    return text;
+}
+
+QString commandHelp(const Command& command)
+{
+    QString text = QStringLiteral("qdfax ") + command.name;
+    if (!command.arguments.isEmpty())
+        text += QLatin1Char(' ') + command.arguments;
+    text += QStringLiteral("\n\n%1.\n").arg(command.summary);
+    if (!command.description.isEmpty())
+        text += command.description + QLatin1Char('\n');
+    if (!command.options.isEmpty())
+        text += QStringLiteral("\nOptions:\n") + optionsText(command.options);
+    text += QStringLiteral("\nOptions of every command:\n") + optionsText(globalOptions());
+    if (!command.examples.isEmpty()) {
+        text += QStringLiteral("\nExamples:\n");
+        for (const QString& example : command.examples)
+            text += QStringLiteral("  ") + example + QLatin1Char('\n');
+    }
+    return text;
+}
+
+QVector<Command> helpCommands()
+{
+    Command helpCommand;
+    helpCommand.name = QStringLiteral("help");
+    helpCommand.arguments = QStringLiteral("[COMMAND]");
+    helpCommand.summary = QStringLiteral("Explain qdfax or one of its commands");
+    helpCommand.examples =
+        QStringList{QStringLiteral("qdfax help send"), QStringLiteral("qdfax help server")};
+    helpCommand.mostArguments = 2;
+    helpCommand.run = help;
+    return {helpCommand};
+}

@@ -1,0 +1,323 @@
+#include "command.h"
+
+#include "displaytext.h"
+#include "faxdocument.h"
+#include "faxentry.h"
+#include "faxfile.h"
+#include "faxoptions.h"
+#include "faxserver.h"
+#include "parsing.h"
+#include "recordjson.h"
+#include "session.h"
+#include "tasks/taskabort.h"
+#include "tasks/taskgetcoverpages.h"
+#include "tasks/taskreschedule.h"
+#include "tasks/taskschedule.h"
+#include "terminal.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+
+#include <algorithm>
+
+namespace {
+
+/// What the command line says about a fax, checked as far as it can be without the server.
+struct FaxRequest
+{
+    ContactList recipients;
+    QStringList files;
+    QList<Attach> attachments;
+    ScheduleChoices schedule;
+    QDateTime at; ///< Null: now.
+};
+
+int readRequest(const Invocation& call, FaxRequest& request)
+{
+    QString error;
+    if (!call.isSet("to"))
+        return call.failUsage(QStringLiteral("--to NUMBER is missing."));
+    for (const QString& text : call.values("to")) {
+        const auto recipient = parseRecipient(text, &error);
+        if (!recipient)
+            return call.failOption("to", error);
+        request.recipients.addContact(*recipient);
+    }
+    if (call.isSet("cover") && call.isSet("no-cover"))
+        return call.failUsage(QStringLiteral("--cover and --no-cover exclude each other."));
+    for (const char* option : {"cover", "subject", "comments"}) {
+        if (!checkText(call.value(option), qstrcmp(option, "comments") == 0, &error))
+            return call.failOption(option, error);
+    }
+    request.files = call.arguments();
+    if (request.files.isEmpty() && !call.isSet("cover"))
+        return call.failUsage(
+            QStringLiteral("There is nothing to send: name a file, or a cover page by --cover."));
+    if (call.isSet("at")) {
+        const auto at = parseFutureTime(call.value("at"), QDateTime::currentDateTime(), &error);
+        if (!at)
+            return call.failOption("at", error);
+        request.at = *at;
+    }
+    const auto schedule = ScheduleChoices::read(call);
+    if (!schedule)
+        return ExitStatus::Usage;
+    request.schedule = *schedule;
+    const auto attachments = attachFiles(request.files, &error);
+    if (!attachments)
+        return call.fail(ExitStatus::File, error);
+    request.attachments = *attachments;
+    return ExitStatus::Ok;
+}
+
+/// The cover page that was asked for, or else the user's usual one.
+int chooseCoverPage(const Invocation& call, Session& session, CoverPage& cover)
+{
+    const FaxUser user = session.server().user();
+    const bool isAsked = call.isSet("cover");
+    const bool isUsual =
+        !isAsked && !call.isSet("no-cover") && user.isUsedCoverPage() && !user.defaultCoverpage().isEmpty();
+    const QString name = isAsked ? call.value("cover") : user.defaultCoverpage();
+    if (isAsked || isUsual) {
+        QVector<CoverPage> offered;
+        if (!session.run(
+                session.task<TaskGetCoverPages>(Task::GetCoverPages), &TaskGetCoverPages::doneGetCoverPages,
+                [&offered](const CoverPageListPtr& pages) { offered = *pages; },
+                QStringLiteral("Reading the cover pages")))
+            return session.status();
+        const auto found = std::find_if(offered.cbegin(), offered.cend(), [&name](const CoverPage& page) {
+            return page.enabled() && page.name().compare(name, Qt::CaseInsensitive) == 0;
+        });
+        if (found == offered.cend()) {
+            return call.fail(
+                ExitStatus::NotFound,
+                QStringLiteral("The server has no cover page \"%1\". \"qdfax covers\" lists them%2.")
+                    .arg(name, isUsual ? QStringLiteral("; --no-cover sends without one") : QString()));
+        }
+        cover = *found;
+        cover.setSubject(QString());
+        cover.setComments(QString());
+    } else if (call.isSet("comments")) {
+        return call.failUsage(QStringLiteral("--comments stand on the cover page: choose one by --cover."));
+    }
+    cover.setSubject(call.value("subject"));
+    cover.setComments(call.value("comments"));
+    return ExitStatus::Ok;
+}
+
+/// A line that follows a long upload.
+class UploadProgress : public QObject
+{
+public:
+    explicit UploadProgress(const ReplyWatch& watch)
+    {
+        m_clock.start();
+        connect(&watch, &ReplyWatch::uploading, this, &UploadProgress::show);
+    }
+
+private:
+    void show(qint64 sent, qint64 total)
+    {
+        const qint64 now = m_clock.elapsed();
+        if (now < 500 || (sent < total && now - m_shown < 100)) // ms: short ones show nothing
+            return;
+        m_shown = now;
+        m_line.show(sent < total ? QStringLiteral("Sending %1 of %2 (%3 %), %4/s")
+                                       .arg(sizeText(sent), sizeText(total),
+                                            QString::number(sent * 100 / total), sizeText(sent * 1000 / now))
+                                 : QStringLiteral("Sent %1, waiting for the server").arg(sizeText(total)));
+    }
+
+    QElapsedTimer m_clock;
+    qint64 m_shown{0};
+    Terminal::ProgressLine m_line;
+};
+
+void printEntries(const Invocation& call, const QVector<QSharedPointer<BaseFaxEntry>>& entries)
+{
+    if (call.isJson()) {
+        QJsonArray array;
+        for (const auto& entry : entries) {
+            if (const auto fax = entry.dynamicCast<FaxEntry>())
+                array.append(toJson(*fax));
+        }
+        call.json(array);
+        return;
+    }
+    Table table({{QStringLiteral("STATE")},
+                 {QStringLiteral("TO"), Table::Left, 12, 1},
+                 {QStringLiteral("PAGES"), Table::Right, 0, 2},
+                 {QStringLiteral("URL")}});
+    for (const auto& entry : entries) {
+        table.addRow({stateText(entry->state()), entry->recipient(), QString::number(entry->pages()),
+                      urlText(entry->entryUrl())});
+    }
+    call.table(table);
+}
+
+int send(Invocation& call)
+{
+    FaxRequest request;
+    int status = readRequest(call, request);
+    if (status != ExitStatus::Ok)
+        return status;
+    Session session(call);
+    if (!session.open())
+        return session.status();
+    const QString problem = request.schedule.problem(session.server());
+    if (!problem.isEmpty())
+        return call.fail(ExitStatus::NotSupported, problem);
+    CoverPage cover;
+    status = chooseCoverPage(call, session, cover);
+    if (status != ExitStatus::Ok)
+        return status;
+
+    FaxScheduleOptions options(session.server().user().faxScheduleOptions());
+    options.setSupportReceiptOptions(session.server().isPrintReceiptSupported());
+    options.setSupportFaxPageSizeOptions(session.server().isFaxPageSizeSupported());
+    request.schedule.applyTo(options);
+    options.setDateToSend(request.at);
+
+    // logging in took its time
+    QString error;
+    if (!attachFiles(request.files, &error))
+        return call.fail(ExitStatus::File, error);
+    FaxDocument document;
+    document.setRecipients(request.recipients);
+    document.setAttachs(request.attachments);
+    document.setCoverPage(cover);
+    document.setFaxSchedule(options);
+
+    BaseFaxEntry::FaxEntriesPtrListPtr entries;
+    {
+        const UploadProgress progress(session.replies());
+        auto* task = session.task<TaskSchedule>(Task::Schedule);
+        task->setFaxDocument(document);
+        Terminal::setLastWords(
+            QStringLiteral("qdfax: Interrupted. Whether the server took the fax is not known; "
+                           "\"qdfax queue\" shows it."));
+        if (!session.run(
+                task, &TaskSchedule::doneFaxSchedule,
+                [&entries](const BaseFaxEntry::FaxEntriesPtrListPtr& received) { entries = received; },
+                QStringLiteral("Sending the fax")))
+            return session.status();
+        Terminal::setLastWords(QString());
+    }
+    printEntries(call, *entries);
+    return ExitStatus::Ok;
+}
+
+/// Runs a request about one queued fax, which the server only confirms.
+template <typename T>
+int requestEntry(Invocation& call, Task::Type type, void (T::*done)(), const QDateTime& at,
+                 const QString& doing, const QString& said)
+{
+    QString error;
+    const auto url = parseEntryUrl(call.arguments().at(0), &error);
+    if (!url)
+        return call.failUsage(QStringLiteral("URL %1.").arg(error));
+    Session session(call);
+    if (!session.open())
+        return session.status();
+    T* task = session.task<T>(type);
+    task->setFaxEntryUrl(*url);
+    if constexpr (std::is_same_v<T, TaskReschedule>)
+        task->setDateTime(at);
+    if (!session.run(
+            task, done, [] {}, doing))
+        return session.status();
+    if (call.isJson()) {
+        call.json(QJsonObject{{QStringLiteral("url"), urlText(*url)}, {QStringLiteral("accepted"), true}});
+    } else {
+        call.line(said);
+    }
+    return ExitStatus::Ok;
+}
+
+int abortFax(Invocation& call)
+{
+    return requestEntry(call, Task::Abort, &TaskAbort::doneAbort, QDateTime(),
+                        QStringLiteral("Aborting the fax"),
+                        QStringLiteral("The server is aborting the fax. \"qdfax queue\" shows its state."));
+}
+
+int reschedule(Invocation& call)
+{
+    QDateTime at;
+    if (call.isSet("at")) {
+        QString error;
+        const auto time = parseFutureTime(call.value("at"), QDateTime::currentDateTime(), &error);
+        if (!time)
+            return call.failOption("at", error);
+        at = *time;
+    }
+    return requestEntry(
+        call, Task::Reschedule, &TaskReschedule::doneReschedule, at, QStringLiteral("Rescheduling the fax"),
+        at.isNull() ? QStringLiteral("The server will send the fax now.")
+                    : QStringLiteral("The server will send the fax at %1.").arg(timeText(at)));
+}
+
+} // namespace
+
+QVector<Command> sendCommands()
+{
+    Command sendCommand;
+    sendCommand.name = QStringLiteral("send");
+    sendCommand.arguments = QStringLiteral("FILE... --to NUMBER[,NAME[,ORGANIZATION]]...");
+    sendCommand.summary = QStringLiteral("Send files as a fax");
+    sendCommand.description = QStringLiteral(
+        "Takes PDF, PostScript, plain text and TIFF, recognised by content. Prints one line a recipient\n"
+        "with the state and the URL of the fax, by which it can be aborted or rescheduled.\n"
+        "A comma inside a name is written as \\,. Without --cover and --no-cover your profile decides.\n"
+        "Options that are not given are those of your profile.");
+    sendCommand.examples = QStringList{
+        QStringLiteral("qdfax send report.pdf --to \"+49 30 1234567\""),
+        QStringLiteral("qdfax send offer.pdf terms.txt --to 5551234,\"Mary Poe\",\"Poe, Inc.\" --to 5555678"),
+        QStringLiteral(
+            "qdfax send note.txt --to 5551234 --cover Standard --subject Hello --comments \"As agreed\""),
+        QStringLiteral("qdfax send big.tif --to 5551234 --at 2026-11-15T22:00 --priority 1 --max-tries 5"),
+        QStringLiteral("qdfax send a.pdf --to 5551234 --json | jq -r '.[].url'")};
+    sendCommand.options = QList<QCommandLineOption>{
+        {QStringLiteral("to"), QStringLiteral("A recipient. May be given several times."),
+         QStringLiteral("NUMBER[,NAME[,ORGANIZATION]]")},
+        {QStringLiteral("cover"), QStringLiteral("Put this cover page of the server before it."),
+         QStringLiteral("NAME")},
+        {QStringLiteral("no-cover"), QStringLiteral("No cover page, whatever your profile says.")},
+        {QStringLiteral("subject"), QStringLiteral("The subject, on the cover page and in the logs."),
+         QStringLiteral("TEXT")},
+        {QStringLiteral("comments"), QStringLiteral("Text for the cover page."), QStringLiteral("TEXT")},
+        {QStringLiteral("at"), QStringLiteral("Send at this local time, like 2026-11-15T14:30, and not now."),
+         QStringLiteral("TIME")},
+    };
+    sendCommand.options += ScheduleChoices::options();
+    sendCommand.mostArguments = -1;
+    sendCommand.run = send;
+
+    Command abortCommand;
+    abortCommand.name = QStringLiteral("abort");
+    abortCommand.arguments = QStringLiteral("URL");
+    abortCommand.summary = QStringLiteral("Cancel a fax that is not sent yet");
+    abortCommand.description = QStringLiteral(
+        "URL is what \"qdfax send\" and \"qdfax queue\" print. The request always goes to the configured\n"
+        "server; of the URL only the path counts. Success means that the server will try.");
+    abortCommand.examples = QStringList{QStringLiteral("qdfax abort http://fax.example.org/qdws/v1/ofax/17"),
+                                        QStringLiteral("qdfax abort /qdws/v1/ofax/17")};
+    abortCommand.leastArguments = abortCommand.mostArguments = 1;
+    abortCommand.run = abortFax;
+
+    Command rescheduleCommand;
+    rescheduleCommand.name = QStringLiteral("reschedule");
+    rescheduleCommand.arguments = QStringLiteral("URL [--at TIME]");
+    rescheduleCommand.summary = QStringLiteral("Send a queued fax at another time, or now");
+    rescheduleCommand.description = abortCommand.description;
+    rescheduleCommand.examples =
+        QStringList{QStringLiteral("qdfax reschedule http://fax.example.org/qdws/v1/ofax/17"),
+                    QStringLiteral("qdfax reschedule /qdws/v1/ofax/17 --at 2026-11-15T22:00")};
+    rescheduleCommand.options = QList<QCommandLineOption>{
+        {QStringLiteral("at"), QStringLiteral("The local time, like 2026-11-15T14:30; without it: now."),
+         QStringLiteral("TIME")}};
+    rescheduleCommand.leastArguments = rescheduleCommand.mostArguments = 1;
+    rescheduleCommand.run = reschedule;
+
+    return {sendCommand, abortCommand, rescheduleCommand};
+}

@@ -1,0 +1,294 @@
+#include "session.h"
+
+#include "command.h"
+#include "displaytext.h"
+#include "faxmanager.h"
+#include "faxserver.h"
+#include "terminal.h"
+
+#include <QChildEvent>
+#include <QNetworkAccessManager>
+
+namespace {
+
+/// Enough of a body to see what it is.
+const qint64 bodyHead = 512;
+
+bool looksLikeWebPage(QNetworkReply& reply)
+{
+    if (reply.header(QNetworkRequest::ContentTypeHeader).toString().contains(QLatin1String("html")))
+        return true;
+    const QByteArray head = reply.peek(bodyHead).trimmed().toLower();
+    return head.startsWith("<!doctype html") || head.startsWith("<html");
+}
+
+} // namespace
+
+// --- ReplyWatch
+// ------------------------------------------------------------------------------------------------
+
+ReplyWatch::ReplyWatch(QNetworkAccessManager& nam, QObject* parent)
+    : QObject(parent)
+{
+    nam.installEventFilter(this);
+    // ahead of the task, which connects to the reply after the manager has
+    connect(&nam, &QNetworkAccessManager::finished, this, &ReplyWatch::slotFinished);
+}
+
+bool ReplyWatch::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::ChildAdded) {
+        // the child is still being constructed
+        const QPointer<QObject> child = static_cast<QChildEvent*>(event)->child();
+        QTimer::singleShot(0, this, [this, child] {
+            if (auto* reply = qobject_cast<QNetworkReply*>(child.data()))
+                watch(reply);
+        });
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void ReplyWatch::watch(QNetworkReply* reply)
+{
+    connect(reply, &QNetworkReply::metaDataChanged, this, &ReplyWatch::activity);
+    connect(reply, &QNetworkReply::uploadProgress, this, [this](qint64 sent, qint64 total) {
+        Q_EMIT activity();
+        if (total > 0)
+            Q_EMIT uploading(sent, total);
+    });
+    connect(reply, &QNetworkReply::downloadProgress, this, [this](qint64 received, qint64 total) {
+        Q_EMIT activity();
+        Q_EMIT downloading(received, total);
+    });
+}
+
+void ReplyWatch::slotFinished(QNetworkReply* reply)
+{
+    m_last.error = reply->error();
+    m_last.httpStatus = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    m_last.reason = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
+    // The text of an HTTP error quotes the URL, which holds the password.
+    m_last.socketError = m_last.httpStatus == 0 ? reply->errorString() : QString();
+    m_last.isWebPage = looksLikeWebPage(*reply);
+    Q_EMIT activity();
+}
+
+// --- Session
+// ---------------------------------------------------------------------------------------------------
+
+Session::Session(const Invocation& invocation)
+    : m_invocation(invocation)
+{
+    m_silence.setSingleShot(true);
+    connect(&m_silence, &QTimer::timeout, this, [this] {
+        m_timedOut = true;
+        m_loop.quit();
+    });
+}
+
+Session::~Session() = default;
+
+void Session::begin()
+{
+    m_manager = std::make_unique<FaxManager>(QPointer<ContactManager>());
+    m_watch = std::make_unique<ReplyWatch>(m_manager->nam());
+    connect(m_watch.get(), &ReplyWatch::activity, this, [this] {
+        if (m_silence.isActive())
+            m_silence.start();
+    });
+}
+
+bool Session::open()
+{
+    m_settings.load();
+    if (!m_settings.problem().isEmpty()) {
+        m_status = m_invocation.fail(ExitStatus::Settings, m_settings.problem());
+        return false;
+    }
+    const QString wanted = m_invocation.serverName();
+    const QVector<StoredServer> servers = m_settings.servers();
+    const int index = m_settings.find(wanted);
+    if (index < 0) {
+        m_status = m_invocation.fail(
+            ExitStatus::Settings,
+            servers.isEmpty()
+                ? QStringLiteral(
+                      "No fax server is configured. Add one: qdfax server add ADDRESS --login LOGIN")
+                : QStringLiteral("No configured server is called \"%1\". \"qdfax server list\" shows them.")
+                      .arg(wanted));
+        return false;
+    }
+    begin();
+    m_server = m_settings.open(servers.at(index), *m_manager);
+    return m_server && waitForLogin();
+}
+
+bool Session::openNew(const QString& address, bool useSSL, const QString& login, const QString& password)
+{
+    begin();
+    m_server = m_manager->addServer(address, useSSL, login, password);
+    return waitForLogin();
+}
+
+bool Session::waitForLogin()
+{
+    // The server logs in by itself: credentials, then its identity, then the user's record.
+    QString doing = QStringLiteral("Logging in");
+    bool loggedIn = false;
+    Task::Status failed = Task::Unknown;
+    const QList<QMetaObject::Connection> connections = {
+        connect(m_server, &FaxServer::changedQuendraInfo, this,
+                [&doing] { doing = QStringLiteral("Reading the user's profile"); }),
+        connect(m_server, &FaxServer::changedFaxUser, this,
+                [&] {
+                    loggedIn = true;
+                    m_loop.quit();
+                }),
+        connect(m_server, &FaxServer::changedLastStatus, this,
+                [&](Task::Status status) {
+                    if (status == Task::Ok) {
+                        doing = QStringLiteral("Reading the server's identity");
+                        return;
+                    }
+                    failed = status;
+                    m_loop.quit();
+                }),
+    };
+    const bool answered = wait(doing);
+    for (const QMetaObject::Connection& connection : connections)
+        disconnect(connection);
+    if (!answered)
+        return false;
+    if (!loggedIn)
+        explain(failed, doing);
+    return loggedIn;
+}
+
+Task* Session::addTask(Task::Type type)
+{
+    m_watch->forget();
+    return m_server->addTask(type);
+}
+
+bool Session::execute(Task* task, const bool& ok, const QString& doing)
+{
+    Task::Status failed = Task::Unknown;
+    connect(task, &Task::errorExecute, this, [&](Task::Status status) {
+        failed = status;
+        m_loop.quit();
+    });
+    // a task may fail before it has sent anything
+    task->execute();
+    if (!ok && failed == Task::Unknown && !wait(doing)) {
+        task->disconnect(this);
+        return false;
+    }
+    Terminal::ProgressLine::clear();
+    if (!ok)
+        explain(failed, doing);
+    return ok;
+}
+
+bool Session::wait(const QString& doing)
+{
+    m_timedOut = false;
+    if (m_invocation.timeout() > 0)
+        m_silence.start(m_invocation.timeout());
+    m_loop.exec();
+    m_silence.stop();
+    if (!m_timedOut)
+        return true;
+    m_status = m_invocation.fail(
+        ExitStatus::TimeOut,
+        QStringLiteral("%1 at %2: nothing was heard for %3. Try again later, or allow more with --timeout.")
+            .arg(doing, m_server->address(), durationText(m_invocation.timeout() / 1000)));
+    return false;
+}
+
+int Session::explain(Task::Status status, const QString& doing)
+{
+    m_status = m_invocation.fail(
+        status, QStringLiteral("%1 at %2 failed: %3").arg(doing, m_server->address(), reason(status)));
+    return m_status;
+}
+
+QString Session::reason(Task::Status status) const
+{
+    const ReplyWatch::Outcome& last = m_watch->last();
+    if (last.isWebPage && last.httpStatus == 200) {
+        return QStringLiteral(
+            "a web page came instead of a fax server's answer. Check address and port: some other "
+            "server may listen there.");
+    }
+    if (status == Task::AuthError) {
+        return QStringLiteral(
+                   "the server does not accept login \"%1\" with this password. Enter them again with "
+                   "\"qdfax server add\".")
+            .arg(m_server->login());
+    }
+    if (last.httpStatus == 400 && !m_server->useSSL()) {
+        return QStringLiteral("the server answered \"400 %1\". If it expects HTTPS there, add it with --ssl.")
+            .arg(last.reason);
+    }
+    if (last.httpStatus >= 300) {
+        const QString answer =
+            QStringLiteral("the server answered \"%1 %2\".").arg(last.httpStatus).arg(last.reason);
+        switch (last.httpStatus) {
+        case 401:
+            return answer +
+                   QStringLiteral(
+                       " Login or password are not accepted; enter them again with \"qdfax server add\".");
+        case 403:
+            return answer + QStringLiteral(" This user may not do that; ask the server's administrator.");
+        case 404:
+            return answer +
+                   QStringLiteral(
+                       " What was asked for does not exist there (any more); check the URL or address.");
+        default:
+            break;
+        }
+        if (last.httpStatus < 400)
+            return answer +
+                   QStringLiteral(" It points elsewhere, which is not followed; check address and --ssl.");
+        return answer + QStringLiteral(" Try again later, or ask the server's administrator.");
+    }
+
+    switch (last.error) {
+    case QNetworkReply::NoError:
+        break;
+    case QNetworkReply::HostNotFoundError:
+        return QStringLiteral("no host has this name. Check its spelling, and the network.");
+    case QNetworkReply::ConnectionRefusedError:
+        return QStringLiteral("the connection is refused. Check that the server runs, and its port.");
+    case QNetworkReply::RemoteHostClosedError:
+        return m_server->useSSL()
+                   ? QStringLiteral("the server closed the connection. If it does not speak HTTPS "
+                                    "there, add it without --ssl.")
+                   : QStringLiteral("the server closed the connection without an answer. If it "
+                                    "expects HTTPS there, add it with --ssl.");
+    case QNetworkReply::SslHandshakeFailedError:
+        return QStringLiteral(
+                   "no secure connection comes about (%1). If the server does not speak HTTPS there, add "
+                   "it without --ssl.")
+            .arg(last.socketError);
+    case QNetworkReply::ProtocolUnknownError:
+    case QNetworkReply::ProtocolFailure:
+    case QNetworkReply::ProtocolInvalidOperationError:
+        return m_server->useSSL()
+                   ? QStringLiteral("the answer is not HTTP. Check address and port.")
+                   : QStringLiteral("the answer is not HTTP. Check address and port; if the server "
+                                    "expects HTTPS there, add it with --ssl.");
+    case QNetworkReply::OperationCanceledError:
+        return QStringLiteral("the answer is larger than any real one, and was cut off.");
+    default:
+        return QStringLiteral("%1. Check address and network.")
+            .arg(last.socketError.isEmpty() ? QStringLiteral("the connection failed (%1)").arg(last.error)
+                                            : last.socketError);
+    }
+    if (status == Task::InvalidReply) {
+        return QStringLiteral(
+            "the answer cannot be understood. Check that a fax server listens at this address; "
+            "--log-level 4 writes the answer to the log.");
+    }
+    return QStringLiteral("the server did not confirm it. Its answer goes to the log with --log-level 4.");
+}

@@ -1,0 +1,126 @@
+#pragma once
+
+#include "faxserver.h"
+#include "settingsfile.h"
+
+#include <QEventLoop>
+#include <QNetworkReply>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QTimer>
+
+#include <memory>
+#include <type_traits>
+
+class FaxManager;
+class Invocation;
+class QNetworkAccessManager;
+
+/**
+ * Watches the replies of an access manager from outside: the library tells a status, people want to know the
+ * reason, and see that a long upload moves.
+ */
+class ReplyWatch : public QObject
+{
+    Q_OBJECT
+public:
+    explicit ReplyWatch(QNetworkAccessManager& nam, QObject* parent = nullptr);
+
+    /// How the last reply that ended did so.
+    struct Outcome
+    {
+        QNetworkReply::NetworkError error{QNetworkReply::NoError};
+        int httpStatus{0}; ///< 0: there was no HTTP answer.
+        QString reason;    ///< The server's words behind the HTTP status.
+        QString socketError;
+        bool isWebPage{false};
+    };
+    const Outcome& last() const { return m_last; }
+    void forget() { m_last = Outcome(); }
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+Q_SIGNALS:
+    /// Something was heard, or sent.
+    void activity();
+    void uploading(qint64 sent, qint64 total);
+    void downloading(qint64 received, qint64 total);
+
+private:
+    void watch(QNetworkReply* reply);
+    void slotFinished(QNetworkReply* reply);
+
+    Outcome m_last;
+};
+
+/**
+ * A command's connection to one server: the library's objects, and waiting for them in straight-line code.
+ *
+ * Only the server that the command needs is loaded, so no other one is contacted. Each function that waits
+ * ends when the answer is there, when it failed, or when nothing was heard for as long as --timeout says;
+ * failures are said on standard error, and status() is the exit status.
+ */
+class Session : public QObject
+{
+    Q_OBJECT
+public:
+    explicit Session(const Invocation& invocation);
+    ~Session() override;
+
+    /// Opens the server that --server names, else the default one, and waits for the end of its login.
+    bool open();
+    /// Opens a server that is not in the settings yet.
+    bool openNew(const QString& address, bool useSSL, const QString& login, const QString& password);
+
+    FaxManager& manager() { return *m_manager; }
+    FaxServer& server() { return *m_server; }
+    SettingsFile& settings() { return m_settings; }
+    ReplyWatch& replies() { return *m_watch; }
+
+    /// The exit status of the last failure.
+    int status() const { return m_status; }
+
+    /// Creates a task of the server. The type has to be the one of its class.
+    template <typename T>
+    T* task(Task::Type type)
+    {
+        return qobject_cast<T*>(addTask(type));
+    }
+
+    /// Executes a task and waits for its outcome. @p take gets what the done signal carries; @p doing names
+    /// the request in error texts ("Reading the queue"). The task deletes itself.
+    template <typename T, typename... Args, typename Take>
+    bool run(T* task, void (T::*done)(Args...), Take take, const QString& doing)
+    {
+        bool ok = false;
+        connect(task, done, this, [&](std::decay_t<Args>... args) {
+            ok = true;
+            take(args...);
+            m_loop.quit();
+        });
+        return execute(task, ok, doing);
+    }
+
+    /// Says why a request failed, in a sentence that names the server and what to do.
+    int explain(Task::Status status, const QString& doing);
+
+private:
+    Task* addTask(Task::Type type);
+    bool execute(Task* task, const bool& ok, const QString& doing);
+    void begin();
+    bool waitForLogin();
+    /// Runs the event loop until somebody quits it. False, with the sentence said, when the time is up.
+    bool wait(const QString& doing);
+    QString reason(Task::Status status) const;
+
+    const Invocation& m_invocation;
+    SettingsFile m_settings;
+    std::unique_ptr<FaxManager> m_manager;
+    std::unique_ptr<ReplyWatch> m_watch;
+    QPointer<FaxServer> m_server;
+    QEventLoop m_loop;
+    QTimer m_silence;
+    bool m_timedOut{false};
+    int m_status{0};
+};
