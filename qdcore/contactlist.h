@@ -29,6 +29,8 @@ public:
     ContactList();
     ContactList(const ContactList& other);
     ContactList& operator=(const ContactList& other);
+    ContactList(ContactList&& other) noexcept = default;
+    ContactList& operator=(ContactList&& other) noexcept = default;
     ~ContactList();
 
     Type contactsType() const { return m_contactsType; }

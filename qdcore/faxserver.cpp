@@ -5,7 +5,11 @@
 #include "passwordcipher.h"
 #include "serverversion_p.h"
 #include "tasks/taskabort.h"
+#include "tasks/taskaddcontact.h"
 #include "tasks/taskcheckpermissions.h"
+#include "tasks/taskdeletecontact.h"
+#include "tasks/taskgetcontacts.h"
+#include "tasks/taskgetcontactsoids.h"
 #include "tasks/taskgetcoverpages.h"
 #include "tasks/taskgetfaxentry.h"
 #include "tasks/taskgetfaxuser.h"
@@ -13,6 +17,7 @@
 #include "tasks/taskgetoutboundfaxentry.h"
 #include "tasks/taskgetprinternames.h"
 #include "tasks/taskgetquendrainfo.h"
+#include "tasks/taskmodifycontact.h"
 #include "tasks/taskmodifyfaxuser.h"
 #include "tasks/taskreschedule.h"
 #include "tasks/taskschedule.h"
@@ -193,12 +198,20 @@ Task* FaxServer::addTask(Task::Type type)
         return watched(new TaskGetInboundFaxEntry(*this), &TaskGetInboundFaxEntry::doneGetInboundFaxEntry);
     case Task::GetOutboundFaxEntry:
         return watched(new TaskGetOutboundFaxEntry(*this), &TaskGetOutboundFaxEntry::doneGetFaxEntry);
-    case Task::GetContacts:
+    case Task::GetContacts: {
+        auto* task = new TaskGetContacts(*this);
+        connect(task, &TaskGetContacts::doneGetContacts, this,
+                qOverload<const ContactList&, unsigned int>(&FaxServer::slotDone));
+        return watched(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync);
+    }
     case Task::AddContact:
+        return watched(new TaskAddContact(*this), &TaskAddContact::doneAddContact);
     case Task::ModifyContact:
+        return watched(new TaskModifyContact(*this), &TaskModifyContact::doneModifyContact);
     case Task::GetContactsOids:
+        return watched(new TaskGetContactsOids(*this), &TaskGetContactsOids::doneGetContactsOids);
     case Task::DeleteContact:
-        break;
+        return watched(new TaskDeleteContact(*this), &TaskDeleteContact::doneDeleteContact);
     }
     return nullptr;
 }

@@ -29,8 +29,7 @@ void Task::finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read re
         return fail(errorStatus(reply.isLog ? ErrorMapping::AuthApart : ErrorMapping::AlwaysError));
     }
 
-    if (Logger::inst().level() >= Logger::DEBUG)
-        Logger::inst().log(Logger::DEBUG, reply.reply.text + bodyText(), reply.reply.file, reply.reply.line);
+    logBody(reply.reply);
     QDomDocument document;
     if (!parseBody(document))
         return;

@@ -24,17 +24,26 @@ Task::Task(FaxServer& server)
 
 Task::~Task()
 {
-    if (!m_reply)
-        return;
-    m_reply->disconnect(this);
-    m_reply->abort();
-    m_reply->deleteLater();
+    if (m_reply)
+        letGo(m_reply);
+}
+
+void Task::letGo(QNetworkReply* reply)
+{
+    reply->disconnect(this);
+    reply->abort();
+    reply->deleteLater();
 }
 
 void Task::setReply(QNetworkReply* reply)
 {
     m_reply = reply;
     connect(reply, &QNetworkReply::finished, this, &Task::slotFinished);
+    limitSize(reply);
+}
+
+void Task::limitSize(QNetworkReply* reply)
+{
     connect(reply, &QNetworkReply::readyRead, this, [reply] {
         if (reply->bytesAvailable() > maxReplySize)
             reply->abort();
@@ -282,11 +291,16 @@ Task::Status Task::errorStatus(ErrorMapping mapping, int networkError)
     return Error;
 }
 
+void Task::logBody(const LogText& prefix)
+{
+    if (Logger::inst().level() >= Logger::DEBUG)
+        Logger::inst().log(Logger::DEBUG, prefix.text + bodyText(), prefix.file, prefix.line);
+}
+
 void Task::logReplyError(const LogText& error, const LogText& body)
 {
     Logger::inst().log(Logger::ERROR, error.text.arg(networkError()), error.file, error.line);
-    if (Logger::inst().level() >= Logger::DEBUG)
-        Logger::inst().log(Logger::DEBUG, body.text + bodyText(), body.file, body.line);
+    logBody(body);
 }
 
 void Task::fail(Status status)

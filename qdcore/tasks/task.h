@@ -108,6 +108,7 @@ protected:
     explicit Task(FaxServer& server);
 
     FaxServer& server() { return m_server; }
+    const FaxServer& server() const { return m_server; }
     QNetworkAccessManager& nam() { return *m_nam; }
 
     /// The reply; null until the request is sent, and after the access manager is gone.
@@ -115,6 +116,12 @@ protected:
 
     /// Takes a reply just sent: its end calls onFinished(), and it is cut off beyond maxReplySize.
     void setReply(QNetworkReply* reply);
+
+    /// Cuts a reply off when more than maxReplySize bytes of it are waiting.
+    void limitSize(QNetworkReply* reply);
+
+    /// Aborts a reply that nobody waits for any more and deletes it later. The task hears nothing of it.
+    void letGo(QNetworkReply* reply);
 
     /// Whether execute() has nothing to do any more: the request was sent, or the task has failed.
     bool isStarted() const { return m_reply || m_failed; }
@@ -184,6 +191,9 @@ protected:
     /// The status for the reply's network error.
     Status errorStatus(ErrorMapping mapping) const { return errorStatus(mapping, networkError()); }
     static Status errorStatus(ErrorMapping mapping, int networkError);
+
+    /// Logs the body of a good reply after a prefix.
+    void logBody(const LogText& prefix);
 
     /// Logs the network error (@p error, with %1 for its number) and the body (@p body, a prefix).
     void logReplyError(const LogText& error, const LogText& body);

@@ -30,7 +30,7 @@ void TaskAbort::onFinished()
         return;
     }
 
-    QD_LOG(DEBUG, tr("TaskAbort reply:\r\n", "Logger") + bodyText());
+    logBody(LOG_TEXT(tr("TaskAbort reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

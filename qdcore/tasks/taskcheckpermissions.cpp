@@ -30,7 +30,7 @@ void TaskChekPermissions::onFinished()
     QDomDocument document;
     if (!parseBody(document))
         return;
-    QD_LOG(DEBUG, tr("TaskChekPermissions reply:\r\n", "Logger") + bodyText());
+    logBody(LOG_TEXT(tr("TaskChekPermissions reply:\r\n", "Logger")));
 
     const QDomElement root = document.documentElement();
     const QDomElement options = root.firstChildElement(QStringLiteral("user_options"));

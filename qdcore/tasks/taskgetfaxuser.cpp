@@ -27,7 +27,7 @@ void TaskGetFaxUser::onFinished()
         return fail(errorStatus(ErrorMapping::AlwaysError));
     }
 
-    QD_LOG(DEBUG, tr("TaskGetFaxUser reply:\r\n", "Logger") + bodyText());
+    logBody(LOG_TEXT(tr("TaskGetFaxUser reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

@@ -27,7 +27,7 @@ void TaskGetQuendraInfo::onFinished()
         return fail(errorStatus(ErrorMapping::AuthApart));
     }
 
-    QD_LOG(DEBUG, tr("TaskGetQuendraInfo reply:\r\n", "Logger") + bodyText());
+    logBody(LOG_TEXT(tr("TaskGetQuendraInfo reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

@@ -41,7 +41,7 @@ void TaskModifyFaxUser::onFinished()
         return fail(errorStatus(ErrorMapping::AlwaysError));
     }
 
-    QD_LOG(DEBUG, tr("TaskModifyFaxUser reply:\r\n", "Logger") + bodyText());
+    logBody(LOG_TEXT(tr("TaskModifyFaxUser reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

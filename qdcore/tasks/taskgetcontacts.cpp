@@ -1,0 +1,160 @@
+#include "tasks/taskgetcontacts.h"
+
+#include "contactbook_p.h"
+#include "faxserver.h"
+#include "log_p.h"
+#include "quendracontact.h"
+#include "quendracontactgroup.h"
+
+#include <QDomDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+
+TaskGetContacts::TaskGetContacts(FaxServer& server)
+    : Task(server)
+{}
+
+TaskGetContacts::~TaskGetContacts()
+{
+    const QList<QNetworkReply*> replies = m_pendingGroups.keys();
+    for (QNetworkReply* reply : replies)
+        letGo(reply);
+}
+
+Task::Type TaskGetContacts::type()
+{
+    return Task::GetContacts;
+}
+
+void TaskGetContacts::execute()
+{
+    QUrl url = serviceUrl(ContactBook(m_contactsType)
+                              .path(QStringLiteral("/qdws/v1/contacts"),
+                                    QStringLiteral("/qdws/v1/contact_groups"), server().login()));
+    if (m_lastTimeSync != 0 && url.isValid())
+        url.setQuery(QStringLiteral("query_time=") + QString::number(m_lastTimeSync));
+    get(url, LOG_TEXT(tr("TaskGetContacts request:\r\n%1", "Logger")));
+}
+
+void TaskGetContacts::onFinished()
+{
+    if (!succeeded()) {
+        const LogText error = LOG_TEXT(tr("TaskGetContacts: reply error! http code %1", "Logger"));
+        const LogText errorBody = LOG_TEXT(tr("Reply:\r\n", "Logger"));
+        const Status status = errorStatus(ErrorMapping::AuthApart);
+        if (status != Task::AuthError) {
+            logReplyError(error, errorBody);
+            return fail(status);
+        }
+        // here the signal comes before the log lines, which therefore use nothing of the task
+        const int number = networkError();
+        const QString reply = bodyText();
+        fail(status);
+        QD_LOG(ERROR, error.text.arg(number));
+        QD_LOG(DEBUG, errorBody.text + reply);
+        return;
+    }
+
+    logBody(LOG_TEXT(tr("TaskGetContacts reply:\r\n", "Logger")));
+    QDomDocument document;
+    if (!parseBody(document))
+        return;
+
+    const QDomElement root = document.documentElement();
+    const QDomElement time = root.firstChildElement(QStringLiteral("query_time"));
+    if (!time.isNull())
+        m_serverTime = time.text().toUInt();
+    m_contacts.setContactsType(m_contactsType);
+    const ContactBook book(m_contactsType);
+    if (book.isGroup)
+        readGroups(root);
+    else if (book.isValid)
+        readContacts(root);
+    if (m_pendingGroups.isEmpty())
+        succeed();
+}
+
+void TaskGetContacts::readContacts(const QDomElement& root)
+{
+    const QString name = QStringLiteral("contact");
+    const int version = protocolVersion();
+    for (QDomElement element = root.firstChildElement(name); !element.isNull();
+         element = element.nextSiblingElement(name)) {
+        QuendraContact contact;
+        if (contact.readFax(element, version))
+            m_contacts.addContact(contact);
+    }
+}
+
+void TaskGetContacts::readGroups(const QDomElement& root)
+{
+    const QString name = QStringLiteral("contact_group");
+    const QString memberName = QStringLiteral("contact");
+    for (QDomElement element = root.firstChildElement(name); !element.isNull();
+         element = element.nextSiblingElement(name)) {
+        QuendraContactGroup read;
+        if (!read.readFax(element, protocolVersion()))
+            continue;
+        auto& group = static_cast<QuendraContactGroup&>(m_contacts.addContact(read));
+        for (QDomElement member = element.firstChildElement(memberName); !member.isNull();
+             member = member.nextSiblingElement(memberName)) {
+            requestMember(QUrl(member.text(), QUrl::TolerantMode), &group);
+        }
+    }
+}
+
+void TaskGetContacts::requestMember(const QUrl& member, QuendraContactGroup* group)
+{
+    QNetworkReply* reply = nam().get(request(resourceUrl(member)));
+    limitSize(reply);
+    connect(reply, &QNetworkReply::finished, this, &TaskGetContacts::slotFinishedGroup);
+    m_pendingGroups.insert(reply, group);
+}
+
+void TaskGetContacts::slotFinishedGroup()
+{
+    auto* reply = qobject_cast<QNetworkReply*>(sender());
+    QuendraContactGroup* group = m_pendingGroups.take(reply);
+    if (!group)
+        return;
+    const QByteArray body = reply->readAll();
+    const int error = reply->isFinished() ? int(reply->error()) : int(QNetworkReply::OperationCanceledError);
+    reply->deleteLater();
+
+    // after one failure the rest is only waited for
+    if (m_groupFailed || error != QNetworkReply::NoError) {
+        QD_LOG(ERROR, tr("TaskGetContacts: reply error! http code %1", "Logger").arg(error));
+        QD_LOG(DEBUG, tr("Reply:\r\n", "Logger") + QString::fromUtf8(body));
+        m_groupFailed = true;
+        if (m_pendingGroups.isEmpty())
+            fail(Task::Error);
+        return;
+    }
+
+    QD_LOG(DEBUG, tr("TaskGetContacts reply:\r\n", "Logger") + QString::fromUtf8(body));
+    QDomDocument document;
+    if (!parse(body, document)) {
+        m_groupFailed = true;
+        if (m_pendingGroups.isEmpty())
+            fail(Task::InvalidReply);
+        return;
+    }
+
+    const QDomElement element = document.documentElement().firstChildElement(QStringLiteral("contact"));
+    QuendraContact contact;
+    if (!element.isNull() && contact.readFax(element, protocolVersion()))
+        group->addContact(contact);
+    if (m_pendingGroups.isEmpty())
+        succeed();
+}
+
+void TaskGetContacts::succeed()
+{
+    const ContactList contacts = std::move(m_contacts);
+    const unsigned int serverTime = m_serverTime;
+    deleteLater();
+    if (m_lastTimeSync != 0)
+        Q_EMIT doneGetContactsAfterLastTimeSync(contacts, serverTime);
+    else
+        Q_EMIT doneGetContacts(contacts, serverTime);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "contactlist.h"
+#include "tasks/task.h"
+
+#include <QMap>
+
+class QuendraContactGroup;
+
+/**
+ * Reads a contact book, whole or what changed since a time of the server's.
+ *
+ * The entries of a group book name their members by URL only; the task fetches each of them, all at once
+ * through the access manager, and ends when the last is there. One member that cannot be fetched fails the
+ * whole book.
+ */
+class QDCORE_EXPORT TaskGetContacts : public Task
+{
+    Q_OBJECT
+public:
+    explicit TaskGetContacts(FaxServer& server);
+    ~TaskGetContacts() override;
+
+    /// The book, one of the four of a fax server. Set before execute().
+    void setContactsType(ContactList::Type type) { m_contactsType = type; }
+
+    /// The time stamp of an earlier reply, to get only what changed after it; 0, the value at first, gets
+    /// everything.
+    void setContactsLastTimeSync(unsigned int lastTimeSync) { m_lastTimeSync = lastTimeSync; }
+
+    void execute() override;
+
+protected:
+    void onFinished() override;
+
+public:
+    Task::Type type() override;
+
+Q_SIGNALS:
+    /// The whole book. @p timeStamp is the server's "query_time" of this reply, 0 when it has none.
+    void doneGetContacts(const ContactList& contacts, unsigned int timeStamp);
+    /// What changed, emitted instead when a last time was set.
+    void doneGetContactsAfterLastTimeSync(const ContactList& contacts, unsigned int timeStamp);
+
+private Q_SLOTS:
+    void slotFinishedGroup();
+
+private:
+    void readContacts(const QDomElement& root);
+    void readGroups(const QDomElement& root);
+    void requestMember(const QUrl& member, QuendraContactGroup* group);
+    void succeed();
+
+    ContactList::Type m_contactsType{ContactList::Unknown};
+    ContactList m_contacts;
+    unsigned int m_lastTimeSync{0};
+    unsigned int m_serverTime{0};
+    QMap<QNetworkReply*, QuendraContactGroup*> m_pendingGroups; ///< Requests for members, and whose members.
+    bool m_groupFailed{false};
+};

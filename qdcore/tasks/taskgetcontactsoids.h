@@ -1,0 +1,31 @@
+#pragma once
+
+#include "contactlist.h"
+#include "tasks/task.h"
+
+/// Reads the identifiers of a book's entries, without the entries: what is not among them has gone. Every
+/// network error is Error.
+class QDCORE_EXPORT TaskGetContactsOids : public Task
+{
+    Q_OBJECT
+public:
+    explicit TaskGetContactsOids(FaxServer& server);
+
+    /// The book, one of the four of a fax server. Set before execute().
+    void setContactsType(ContactList::Type type) { m_contactsType = type; }
+
+    void execute() override;
+
+protected:
+    void onFinished() override;
+
+public:
+    Task::Type type() override;
+
+Q_SIGNALS:
+    /// The identifiers in the server's order, as it wrote them: they are text from outside.
+    void doneGetContactsOids(const QList<QString>& contactsOids, ContactList::Type type);
+
+private:
+    ContactList::Type m_contactsType{ContactList::Unknown};
+};
