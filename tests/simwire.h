@@ -1,0 +1,106 @@
+#ifndef SIMWIRE_H
+#define SIMWIRE_H
+
+#include "simserver.h"
+
+#include <QtCore/QRegularExpression>
+#include <QtNetwork/QSslSocket>
+
+/// A request of which every byte is the test's own, and the answer as it came.
+struct Wire
+{
+    QByteArray method = QByteArrayLiteral("GET");
+    QByteArray target;
+    QByteArray body;
+    QByteArray credentials = QByteArrayLiteral("alice:secret"); ///< null: no header
+    QByteArray contentType = QByteArrayLiteral("application/xml");
+    QByteArray moreHeaders;
+    bool keepAlive = false; ///< read one answer and leave the connection open
+
+    struct Answer
+    {
+        int status = 0; ///< 0: the connection ended without an answer
+        QByteArray head;
+        QByteArray body;
+        bool isWhole = false; ///< as many bytes as announced
+
+        QString text(const char* element) const
+        {
+            const QString name = QLatin1String(element);
+            return QRegularExpression(QStringLiteral("<%1>([^<]*)</%1>").arg(name))
+                .match(QString::fromUtf8(body))
+                .captured(1);
+        }
+        int count(const char* element) const { return body.count(QByteArray("<") + element + '>'); }
+    };
+
+    Wire(const QByteArray& method_, const QByteArray& target_, const QByteArray& body_ = QByteArray())
+        : method(method_)
+        , target(target_)
+        , body(body_)
+    {}
+
+    QByteArray bytes(const SimServer& server) const
+    {
+        QByteArray out = method + ' ' + target + " HTTP/1.1\r\nHost: " + server.address().toLatin1() + "\r\n";
+        if (!credentials.isNull())
+            out += "Authorization: Basic " + credentials.toBase64() + "\r\n";
+        if (!contentType.isNull())
+            out += "Content-Type: " + contentType + "\r\n";
+        if (!body.isNull())
+            out += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
+        if (!keepAlive)
+            out += "Connection: close\r\n";
+        return out + moreHeaders + "\r\n" + body;
+    }
+
+    Answer send(const SimServer& server, QSslSocket* connection = nullptr) const
+    {
+        QSslSocket own;
+        QSslSocket& socket = connection ? *connection : own;
+        if (socket.state() == QAbstractSocket::UnconnectedState)
+            connectTo(server, &socket);
+        socket.write(bytes(server));
+        QByteArray received;
+        Answer answer;
+        while (!isComplete(received, &answer) &&
+               (socket.bytesAvailable() > 0 || socket.waitForReadyRead(20000)))
+            received += socket.readAll();
+        isComplete(received, &answer);
+        return answer;
+    }
+
+    static void connectTo(const SimServer& server, QSslSocket* socket)
+    {
+        socket->setPeerVerifyMode(QSslSocket::QueryPeer);
+        if (server.options().tls) {
+            socket->connectToHostEncrypted(server.options().bind, server.port());
+            socket->waitForEncrypted(20000);
+        } else {
+            socket->connectToHost(server.options().bind, server.port());
+            socket->waitForConnected(20000);
+        }
+    }
+
+private:
+    static bool isComplete(const QByteArray& received, Answer* answer)
+    {
+        const int end = received.indexOf("\r\n\r\n");
+        if (end < 0)
+            return false;
+        answer->head = received.left(end + 2);
+        answer->body = received.mid(end + 4);
+        answer->status = answer->head.mid(9, 3).toInt();
+        const int at = answer->head.indexOf("Content-Length: ");
+        const int size = answer->head.mid(at + 16, answer->head.indexOf('\r', at) - at - 16).toInt();
+        answer->isWhole = answer->body.size() == size;
+        return answer->isWhole;
+    }
+};
+
+inline QByteArray declared(const QByteArray& document)
+{
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>" + document;
+}
+
+#endif
