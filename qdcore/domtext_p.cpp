@@ -3,27 +3,57 @@
 #include <QDomDocument>
 
 DomChildren::DomChildren(const QDomElement& parent)
+    : m_parent(parent)
 {
-    for (QDomElement child = parent.firstChildElement(); !child.isNull(); child = child.nextSiblingElement())
-        m_children.append({child.tagName(), child});
+    for (QDomNode node = parent.firstChild(); !node.isNull(); node = node.nextSibling()) {
+        if (!node.isElement())
+            continue;
+        const QDomNode content = node.firstChild();
+        if (content.isNull()) {
+            m_children.append({node.nodeName(), QString(), -1});
+        } else if (content.isText() && content.nextSibling().isNull()) {
+            m_children.append({node.nodeName(), content.nodeValue(), -1});
+        } else {
+            m_children.append({node.nodeName(), QString(), m_nodes.size()});
+            m_nodes.append(node);
+        }
+    }
 }
 
 QDomElement DomChildren::element(const QString& name) const
 {
-    for (const Child& child : m_children) {
-        if (child.name == name)
-            return child.element;
-    }
-    return QDomElement();
+    const Child* child = find(name);
+    if (!child)
+        return QDomElement();
+    return child->node < 0 ? m_parent.firstChildElement(name) : m_nodes[child->node].toElement();
+}
+
+QString DomChildren::text(const QString& name) const
+{
+    const Child* child = find(name);
+    return child ? textOf(*child) : QString();
 }
 
 bool DomChildren::read(const QString& name, QString& field) const
 {
-    const QDomElement child = element(name);
-    if (child.isNull())
-        return false;
-    field = child.text();
-    return true;
+    const Child* child = find(name);
+    if (child)
+        field = textOf(*child);
+    return child;
+}
+
+QString DomChildren::textOf(const Child& child) const
+{
+    return child.node < 0 ? child.text : m_nodes[child.node].toElement().text();
+}
+
+const DomChildren::Child* DomChildren::find(const QString& name) const
+{
+    for (const Child& child : m_children) {
+        if (child.name.size() == name.size() && child.name == name)
+            return &child;
+    }
+    return nullptr;
 }
 
 QDomElement appendElement(QDomDocument& document, QDomNode& parent, const QString& name)

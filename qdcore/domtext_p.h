@@ -9,8 +9,9 @@
 /**
  * The direct child elements of an element, walked once.
  *
- * QDomElement::firstChildElement() walks the children from the start for every field; a log of 10,000 entries of 15
- * fields each pays for that. Of several children with one name the first counts.
+ * QDomElement::firstChildElement() walks the children from the start for every field, and QDomElement::text()
+ * copies the text; a log of 10,000 entries of 15 fields each pays for that. Of several children with one name
+ * the first counts.
  */
 class DomChildren
 {
@@ -20,10 +21,10 @@ public:
     /// The first child element of that name, null if there is none.
     QDomElement element(const QString& name) const;
 
-    bool has(const QString& name) const { return !element(name).isNull(); }
+    bool has(const QString& name) const { return find(name); }
 
     /// The text of the first child element of that name, empty if there is none.
-    QString text(const QString& name) const { return element(name).text(); }
+    QString text(const QString& name) const;
 
     /// Puts the child's text into @p field if there is such a child. Returns whether there is.
     bool read(const QString& name, QString& field) const;
@@ -32,9 +33,17 @@ private:
     struct Child
     {
         QString name;
-        QDomElement element;
+        QString text;
+        int node; ///< Index into m_nodes where the text does not say all, -1 elsewhere.
     };
-    QVarLengthArray<Child, 24> m_children;
+
+    const Child* find(const QString& name) const;
+    QString textOf(const Child& child) const;
+
+    QDomElement m_parent;
+    QVarLengthArray<Child, 20> m_children;
+    QVarLengthArray<QDomNode, 4>
+        m_nodes; ///< Apart, since a handle on every child would cost as much as the walk.
 };
 
 /// Appends `<name>text</name>` to @p parent and returns the new element. The one place that creates fields.
@@ -46,7 +55,8 @@ void appendTextIfSet(QDomDocument& document, QDomElement& parent, const QString&
 /// Appends an empty `<name/>` to @p parent and returns it, to be filled by the caller.
 QDomElement appendElement(QDomDocument& document, QDomNode& parent, const QString& name);
 
-/// Appends the declaration `<?xml version="1.0" encoding="utf-8"?>`, which opens every document of this system.
+/// Appends the declaration `<?xml version="1.0" encoding="utf-8"?>`, which opens every document of this
+/// system.
 void appendDeclaration(QDomDocument& document);
 
 /// "true" or "false".

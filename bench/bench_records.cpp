@@ -1,0 +1,108 @@
+// Reading a log of the server to records, beside the parsing of the same bytes alone.
+
+#include "bench.h"
+#include "faxentry.h"
+#include "inboundfaxentry.h"
+#include "outboundfaxentry.h"
+
+#include <QDomDocument>
+
+namespace {
+
+const int entries = 10000;
+
+QByteArray inboundEntry(int i)
+{
+    const QByteArray n = QByteArray::number(i);
+    const QByteArray minute = QByteArray::number(10 + i % 50);
+    return "<inbound_fax_entry><filename>fax" + n +
+           ".tif</filename><location>http://fax.example.org/qdws/v1/ifax/" + n +
+           "</location><status>complete</status><complete_time>2026-11-15T14:" + minute +
+           ":05</complete_time><pages>" + QByteArray::number(1 + i % 9) +
+           "</pages><recipient_name>Reception desk " + n + "</recipient_name><remote_id>+1 555 01" + minute +
+           "</remote_id><channel>2</channel><modem>m" + n + "</modem><extension>4" + minute +
+           "</extension><delivered_to><type>email</type><destination>desk" + n +
+           "@example.org</destination></delivered_to></inbound_fax_entry>\n";
+}
+
+QByteArray outboundEntry(int i)
+{
+    const QByteArray n = QByteArray::number(i);
+    const QByteArray minute = QByteArray::number(10 + i % 50);
+    return "<outbound_fax_entry><fax_entry_url>http://fax.example.org/qdws/v1/ofax/" + n +
+           "</fax_entry_url><status>sent</status><pages>2</pages><cover_page_used>1</"
+           "cover_page_used><start_time>"
+           "2026-11-15T14:" +
+           minute + ":05</start_time><end_time>2026-11-15T14:" + minute + ":45</end_time><subject>Offer " +
+           n + "</subject><recipient_name>Recipient " + n + "</recipient_name><recipient_fax>+1 555 02" +
+           minute +
+           "</recipient_fax><sender_name>Sender</sender_name><sender_email>s@example.org</"
+           "sender_email><username>user" +
+           n + "</username><agent>client</agent></outbound_fax_entry>\n";
+}
+
+QByteArray statusEntry(int i)
+{
+    const QByteArray n = QByteArray::number(i);
+    const QByteArray minute = QByteArray::number(10 + i % 50);
+    return "<fax_entry><fax_entry_url>http://fax.example.org/qdws/v1/ofax/" + n +
+           "</fax_entry_url><state>pending</state><created>2026-11-15T14:" + minute +
+           ":05</created><stime>2026-11-15T14:" + minute +
+           ":06</stime><agent>client</agent><priority>3</priority><try_number>1</try_number><max_tries>3</"
+           "max_tries>"
+           "<pages>2</pages><sender><name>Sender</name><username>user</username></"
+           "sender><recipient><name>Recipient " +
+           n + "</name><fax_number>+1 555 02" + minute +
+           "</fax_number></recipient><cover_page><enabled>true</enabled><subject>Offer " + n +
+           "</subject></cover_page></fax_entry>\n";
+}
+
+QByteArray log(int round, QByteArray (*entry)(int))
+{
+    QByteArray bytes = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<log><message>Success</message>\n";
+    for (int i = 0; i < entries; ++i)
+        bytes += entry(round * entries + i);
+    return bytes + "</log>\n";
+}
+
+template <typename Entry>
+void row(Bench& bench, const char* name, double limit, const char* tag, QByteArray (*entry)(int))
+{
+    const auto parsed = [entry](int round, auto read) {
+        const QByteArray bytes = log(round, entry);
+        QDomDocument document;
+        return milliseconds([&] {
+            document.setContent(bytes);
+            read(document.documentElement());
+        });
+    };
+    bench.ratio(
+        name, limit,
+        [&](int round) {
+            QVector<QSharedPointer<BaseFaxEntry>> records;
+            return parsed(round, [&](const QDomElement& root) {
+                const QString name = QLatin1String(tag);
+                records.reserve(root.childNodes().size());
+                for (QDomElement child = root.firstChildElement(name); !child.isNull();
+                     child = child.nextSiblingElement(name)) {
+                    const auto record = QSharedPointer<Entry>::create();
+                    if (record->readFax(child, 2))
+                        records.append(record);
+                }
+                if (records.size() != entries || records.last()->pages() == 0)
+                    std::abort();
+            });
+        },
+        [&](int round) { return parsed(round, [](const QDomElement&) {}); });
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Bench bench(argc, argv);
+    row<InboundFaxEntry>(bench, "inbound-log", 1.35, "inbound_fax_entry", inboundEntry);
+    row<OutboundFaxEntry>(bench, "outbound-log", 1.35, "outbound_fax_entry", outboundEntry);
+    row<FaxEntry>(bench, "status-log", 1.35, "fax_entry", statusEntry);
+    return bench.exitCode();
+}
