@@ -32,13 +32,13 @@ bool readPlain(const QString& text, QDate& date, QTime& time)
 
 } // namespace
 
-QDateTime dateTimeFromText(const QString& text, const QString& format, Qt::TimeSpec spec)
+QDateTime utcFromText(const QString& text, const QString& format)
 {
     if (text.isEmpty())
         return QDateTime();
 
-    // Every entry of a log has one or two dates, and Qt's parser takes longer over one than over all other
-    // fields of the entry together. It still has the word on whatever is not plain.
+    // Qt's parser takes longer over one date than over all other fields of a log entry together. It still has
+    // the word on whatever is not plain.
     QDate date;
     QTime time;
     if (!readPlain(text, date, time)) {
@@ -46,6 +46,5 @@ QDateTime dateTimeFromText(const QString& text, const QString& format, Qt::TimeS
         date = parsed.date();
         time = parsed.time();
     }
-    const QDateTime dateTime(date, time, spec);
-    return dateTime.isValid() ? dateTime : QDateTime(); // Summer time leaves local times out.
+    return date.isNull() ? QDateTime() : QDateTime(date, time, Qt::UTC);
 }

@@ -5,5 +5,5 @@
 #include <QDateTime>
 
 /// The date of a text in @p format, one of the two spellings of "yyyy-MM-ddThh:mm:ss" (capital HH or not),
-/// taken as local time or as UTC. Null when the text is no such date.
-QDateTime dateTimeFromText(const QString& text, const QString& format, Qt::TimeSpec spec);
+/// taken as UTC. Null when the text is no such date.
+QDateTime utcFromText(const QString& text, const QString& format);

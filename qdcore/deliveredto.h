@@ -26,6 +26,9 @@ public:
 
     virtual ~DeliveredTo();
 
+    /// Adds the delivery that a "delivered_to" element tells of; nothing when it is null.
+    void addDelivery(const QDomElement& element);
+
     /// In document order.
     const QVector<Delivery>& deliveries() const { return m_deliveries; }
     void setDeliveries(const QVector<Delivery>& deliveries) { m_deliveries = deliveries; }

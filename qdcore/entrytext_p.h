@@ -3,17 +3,10 @@
 // What the log entries have in common when they are read and shown. Internal: not installed, not exported.
 
 #include "contact.h"
-#include "datetext_p.h"
 
 #include <QStringList>
 
 #include <limits>
-
-/// A date of a log entry: local time as it stands.
-inline QDateTime entryDate(const QString& text)
-{
-    return dateTimeFromText(text, QStringLiteral("yyyy-MM-ddThh:mm:ss"), Qt::LocalTime);
-}
 
 /// A contact in one line: name, fax number and organization, as far as they are set.
 inline QString recipientLine(const Contact& contact)

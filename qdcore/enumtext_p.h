@@ -9,7 +9,7 @@ inline int indexOfText(const QString* table, int size, const QString& text,
                        Qt::CaseSensitivity caseSensitivity = Qt::CaseSensitive, int first = 0)
 {
     for (int i = first; i < size; ++i) {
-        if (table[i].compare(text, caseSensitivity) == 0)
+        if (table[i].size() == text.size() && table[i].compare(text, caseSensitivity) == 0)
             return i;
     }
     return -1;

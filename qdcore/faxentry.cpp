@@ -9,15 +9,15 @@ bool FaxEntry::readFax(const QDomElement& element, int protocolVersion)
 {
     const DomChildren children(element);
     setFaxEntryStatusFromString(children.text(QStringLiteral("state")));
-    m_createTime = entryDate(children.text(QStringLiteral("created")));
-    m_changeStateTime = entryDate(children.text(QStringLiteral("stime")));
-    m_url = QUrl(children.text(QStringLiteral("fax_entry_url")), QUrl::TolerantMode);
+    m_createTime = EntryDate::fromText(children.text(QStringLiteral("created")));
+    m_changeStateTime = EntryDate::fromText(children.text(QStringLiteral("stime")));
+    m_url = EntryUrl::fromText(children.text(QStringLiteral("fax_entry_url")));
     m_agent = children.text(QStringLiteral("agent"));
     m_schedule.readFax(element, protocolVersion);
     m_from.readFax(children.element(QStringLiteral("sender")), protocolVersion);
     m_coverPage.readFax(children.element(QStringLiteral("cover_page")), 1);
     m_pages = withCoverPage(children.text(QStringLiteral("pages")).toInt(), m_coverPage.enabled());
-    m_previewUrl = QUrl(children.text(QStringLiteral("preview")), QUrl::TolerantMode);
+    m_previewUrl = EntryUrl::fromText(children.text(QStringLiteral("preview")));
     m_to.readFax(children.element(QStringLiteral("recipient")), 1);
     return true;
 }
@@ -44,5 +44,5 @@ QString FaxEntry::recipient() const
 
 QUrl FaxEntry::entryUrl() const
 {
-    return m_url;
+    return m_url.url();
 }

@@ -3,6 +3,8 @@
 #include "basefaxentry.h"
 #include "contact.h"
 #include "coverpage.h"
+#include "entrydate.h"
+#include "entryurl.h"
 #include "faxscheduleoptions.h"
 #include "modementry.h"
 #include "quendracontact.h"
@@ -45,19 +47,19 @@ public:
     void setModemEntry(const ModemEntry& modemEntry) { m_modemEntry = modemEntry; }
 
     /// Element "fax_entry_url".
-    const QUrl& url() const { return m_url; }
+    QUrl url() const { return m_url.url(); }
     void setUrl(const QUrl& url) { m_url = url; }
 
     /// Element "preview".
-    const QUrl& previewUrl() const { return m_previewUrl; }
+    QUrl previewUrl() const { return m_previewUrl.url(); }
     void setPreviewUrl(const QUrl& url) { m_previewUrl = url; }
 
     /// Element "created".
-    const QDateTime& createTime() const { return m_createTime; }
+    QDateTime createTime() const { return m_createTime.dateTime(); }
     void setCreateTime(const QDateTime& dateTime) { m_createTime = dateTime; }
 
     /// When the state last changed. Element "stime".
-    const QDateTime& changeStateTime() const { return m_changeStateTime; }
+    QDateTime changeStateTime() const { return m_changeStateTime.dateTime(); }
     void setChangeStateTime(const QDateTime& dateTime) { m_changeStateTime = dateTime; }
 
     /// The program that submitted the fax. Element "agent".
@@ -75,21 +77,21 @@ public:
     /// Who decides about a fax that needs approval, and when; no element mirrors them.
     const QString& approver() const { return m_approver; }
     void setApprover(const QString& approver) { m_approver = approver; }
-    const QDateTime& approverTime() const { return m_approverTime; }
+    QDateTime approverTime() const { return m_approverTime.dateTime(); }
     void setApproverTime(const QDateTime& dateTime) { m_approverTime = dateTime; }
 
 private:
     QuendraContact m_from;
     Contact m_to;
     ModemEntry m_modemEntry;
-    QUrl m_url;
-    QUrl m_previewUrl;
-    QDateTime m_createTime;
-    QDateTime m_changeStateTime;
+    EntryUrl m_url;
+    EntryUrl m_previewUrl;
+    EntryDate m_createTime;
+    EntryDate m_changeStateTime;
     QString m_agent;
     CoverPage m_coverPage;
     int m_pages{0};
     FaxScheduleOptions m_schedule;
     QString m_approver;
-    QDateTime m_approverTime;
+    EntryDate m_approverTime;
 };

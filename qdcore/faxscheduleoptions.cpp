@@ -25,7 +25,7 @@ bool FaxScheduleOptions::readFax(const QDomElement& element, int)
     const DomChildren children(element);
     QString text = children.text(QStringLiteral("schedule_all_at"));
     if (!text.isEmpty())
-        m_dateToSend = dateTimeFromText(text, QStringLiteral("yyyy-MM-ddTHH:mm:ss"), Qt::UTC).toLocalTime();
+        m_dateToSend = utcFromText(text, QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLocalTime();
     text = children.text(QStringLiteral("priority"));
     if (!text.isEmpty())
         setPriority(static_cast<Priority>(text.toInt()));

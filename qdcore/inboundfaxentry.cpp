@@ -8,12 +8,13 @@ InboundFaxEntry::~InboundFaxEntry() = default;
 bool InboundFaxEntry::readFax(const QDomElement& element, int)
 {
     const DomChildren children(element);
-    m_deliveredTo.readFax(element, 1);
+    m_deliveredTo = DeliveredTo();
+    m_deliveredTo.addDelivery(children.element(QStringLiteral("delivered_to")));
     m_status = children.text(QStringLiteral("status"));
     setFaxEntryStatusFromString(m_status);
     m_filename = children.text(QStringLiteral("filename"));
-    m_location = QUrl(children.text(QStringLiteral("location")), QUrl::TolerantMode);
-    m_completeTime = entryDate(children.text(QStringLiteral("complete_time")));
+    m_location = EntryUrl::fromText(children.text(QStringLiteral("location")));
+    m_completeTime = EntryDate::fromText(children.text(QStringLiteral("complete_time")));
     m_pages = children.text(QStringLiteral("pages")).toInt();
     m_toName = children.text(QStringLiteral("recipient_name"));
     m_error =

@@ -2,6 +2,8 @@
 
 #include "basefaxentry.h"
 #include "deliveredto.h"
+#include "entrydate.h"
+#include "entryurl.h"
 
 /**
  * An entry of the inbound log: a fax that was received. A value.
@@ -29,11 +31,11 @@ public:
     void setFilename(const QString& filename) { m_filename = filename; }
 
     /// Where the received document can be downloaded. Element "location".
-    const QUrl& location() const { return m_location; }
+    QUrl location() const { return m_location.url(); }
     void setLocation(const QUrl& location) { m_location = location; }
 
     /// Element "complete_time".
-    const QDateTime& completeTime() const { return m_completeTime; }
+    QDateTime completeTime() const { return m_completeTime.dateTime(); }
     void setCompleteTime(const QDateTime& dateTime) { m_completeTime = dateTime; }
 
     /// Element "recipient_name".
@@ -69,8 +71,8 @@ public:
 
 private:
     QString m_filename;
-    QUrl m_location;
-    QDateTime m_completeTime;
+    EntryUrl m_location;
+    EntryDate m_completeTime;
     int m_pages{0};
     QString m_toName;
     QString m_error;

@@ -11,12 +11,12 @@ bool OutboundFaxEntry::readFax(const QDomElement& element, int protocolVersion)
     m_recipient.readFax(element, protocolVersion);
     m_sender.readFax(element, protocolVersion);
     setFaxEntryStatusFromString(children.text(QStringLiteral("status")));
-    m_entryUrl = QUrl(children.text(QStringLiteral("fax_entry_url")), QUrl::TolerantMode);
-    m_previewUrl = QUrl(children.text(QStringLiteral("preview")), QUrl::TolerantMode);
+    m_entryUrl = EntryUrl::fromText(children.text(QStringLiteral("fax_entry_url")));
+    m_previewUrl = EntryUrl::fromText(children.text(QStringLiteral("preview")));
     const bool coverPageUsed = children.text(QStringLiteral("cover_page_used")).toInt() > 0;
     m_pages = withCoverPage(children.text(QStringLiteral("pages")).toInt(), coverPageUsed);
-    m_startTime = entryDate(children.text(QStringLiteral("start_time")));
-    m_sentAt = entryDate(children.text(QStringLiteral("end_time")));
+    m_startTime = EntryDate::fromText(children.text(QStringLiteral("start_time")));
+    m_sentAt = EntryDate::fromText(children.text(QStringLiteral("end_time")));
     m_subject = children.text(QStringLiteral("subject"));
     m_agent = children.text(QStringLiteral("agent"));
     m_username = children.text(QStringLiteral("username"));
@@ -34,7 +34,7 @@ bool OutboundFaxEntry::writeFax(QDomDocument&, QDomElement&, int) const
 
 QDateTime OutboundFaxEntry::sentAt() const
 {
-    return m_sentAt;
+    return m_sentAt.dateTime();
 }
 
 int OutboundFaxEntry::pages() const
@@ -54,5 +54,5 @@ QString OutboundFaxEntry::recipient() const
 
 QUrl OutboundFaxEntry::entryUrl() const
 {
-    return m_entryUrl;
+    return m_entryUrl.url();
 }

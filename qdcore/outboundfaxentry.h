@@ -2,6 +2,8 @@
 
 #include "basefaxentry.h"
 #include "coverpage.h"
+#include "entrydate.h"
+#include "entryurl.h"
 #include "recepient.h"
 #include "sender.h"
 
@@ -34,9 +36,9 @@ public:
     QUrl entryUrl() const override;
 
     /// Element "preview".
-    const QUrl& previewUrl() const { return m_previewUrl; }
+    QUrl previewUrl() const { return m_previewUrl.url(); }
     /// Element "start_time".
-    const QDateTime& startTime() const { return m_startTime; }
+    QDateTime startTime() const { return m_startTime.dateTime(); }
     /// The program that submitted the fax. Element "agent".
     const QString& agent() const { return m_agent; }
     /// Enabled when one was sent; name and comments from "cover_page_name" and "comments", the subject is the
@@ -57,11 +59,11 @@ public:
     const QString& senderOrganization() const { return m_sender.organization(); }
 
 private:
-    QUrl m_entryUrl;
-    QUrl m_previewUrl;
+    EntryUrl m_entryUrl;
+    EntryUrl m_previewUrl;
     int m_pages{0};
-    QDateTime m_startTime;
-    QDateTime m_sentAt;
+    EntryDate m_startTime;
+    EntryDate m_sentAt;
     QString m_subject;
     Recepient m_recipient;
     Sender m_sender;

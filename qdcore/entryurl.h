@@ -1,0 +1,31 @@
+#pragma once
+
+#include "qdcore_global.h"
+
+#include <QString>
+#include <QUrl>
+
+/**
+ * An address in a log entry. A value.
+ *
+ * Kept as the server wrote it and parsed each time it is asked for, for the same reason as EntryDate: of ten
+ * thousand entries few are ever opened.
+ */
+class QDCORE_EXPORT EntryUrl
+{
+public:
+    /// Empty.
+    EntryUrl() = default;
+    EntryUrl(const QUrl& url)
+        : m_url(url)
+    {}
+
+    /// The address that a text means, read tolerantly.
+    static EntryUrl fromText(const QString& text);
+
+    QUrl url() const;
+
+private:
+    QUrl m_url;
+    QString m_text; ///< Empty when the address was given and not read.
+};
