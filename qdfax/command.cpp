@@ -97,7 +97,7 @@ int runCommand(const QStringList& arguments)
     for (int i = 0; i < wordCount; ++i)
         line.removeAt(arguments.size() - words.size());
     QCommandLineParser parser;
-    parser.addOptions(globalOptions());
+    parser.addOptions(globalOptions(*command));
     parser.addOptions(command->options);
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QString()});
     const QString hint = QStringLiteral(" See \"qdfax help %1\".").arg(command->name);
@@ -122,7 +122,7 @@ int runCommand(const QStringList& arguments)
     Invocation invocation(*command, parser, positional);
     QString error;
     int timeout = defaultTimeout;
-    if (invocation.isSet("timeout")) {
+    if (!command->hasOption(QStringLiteral("timeout")) && invocation.isSet("timeout")) {
         const std::optional<int> seconds =
             parseInteger(invocation.value("timeout"), 0, longestTimeout, &error);
         if (!seconds)
@@ -143,8 +143,8 @@ int runCommand(const QStringList& arguments)
 
 const QVector<Command>& commands()
 {
-    static const QVector<Command> all =
-        serverCommands() + profileCommands() + sendCommands() + helpCommands();
+    static const QVector<Command> all = serverCommands() + profileCommands() + sendCommands() +
+                                        logCommands() + downloadCommands() + helpCommands();
     return all;
 }
 
@@ -160,6 +160,22 @@ QList<QCommandLineOption> globalOptions()
         {QStringLiteral("log-level"),
          QStringLiteral("What goes to the log file: 0 nothing to 4 everything (1)."), QStringLiteral("0..4")},
     };
+}
+
+bool Command::hasOption(const QString& option) const
+{
+    return std::any_of(options.cbegin(), options.cend(),
+                       [&option](const QCommandLineOption& own) { return own.names().contains(option); });
+}
+
+QList<QCommandLineOption> globalOptions(const Command& command)
+{
+    QList<QCommandLineOption> options;
+    for (const QCommandLineOption& option : globalOptions()) {
+        if (!command.hasOption(option.names().first()))
+            options.append(option);
+    }
+    return options;
 }
 
 int runCommandLine(const QStringList& arguments)

@@ -29,6 +29,8 @@ struct Command
     int leastArguments{0};
     int mostArguments{0};                  ///< -1: any number.
     std::function<int(Invocation&)> run{}; ///< Returns an exit status; has said why when it is not Ok.
+
+    bool hasOption(const QString& option) const;
 };
 
 /// Every command, in the order of the help.
@@ -38,10 +40,14 @@ const QVector<Command>& commands();
 QVector<Command> serverCommands();
 QVector<Command> profileCommands();
 QVector<Command> sendCommands();
+QVector<Command> logCommands();
+QVector<Command> downloadCommands();
 QVector<Command> helpCommands();
 
 /// The options that every command takes.
 QList<QCommandLineOption> globalOptions();
+/// Those that mean the same for this command: one of its own may have the name of a global one.
+QList<QCommandLineOption> globalOptions(const Command& command);
 
 /// Help for all, or for one command.
 QString generalHelp();

@@ -103,7 +103,7 @@ QString commandHelp(const Command& command)
         text += command.description + QLatin1Char('\n');
     if (!command.options.isEmpty())
         text += QStringLiteral("\nOptions:\n") + optionsText(command.options);
-    text += QStringLiteral("\nOptions of every command:\n") + optionsText(globalOptions());
+    text += QStringLiteral("\nOptions of every command:\n") + optionsText(globalOptions(command));
     if (!command.examples.isEmpty()) {
         text += QStringLiteral("\nExamples:\n");
         for (const QString& example : command.examples)

@@ -32,6 +32,12 @@ QStringList splitAtCommas(const QString& text, int count)
     return parts;
 }
 
+/// Several colons: an address without a port.
+bool isBareIPv6(const QString& address)
+{
+    return address.count(QLatin1Char(':')) > 1 && !address.startsWith(QLatin1Char('['));
+}
+
 } // namespace
 
 bool checkText(const QString& text, bool lines, QString* error)
@@ -119,6 +125,21 @@ std::optional<int> parseChoice(const QString& text, const QStringList& choices, 
         error, QStringLiteral("takes one of %1, not \"%2\"").arg(choices.join(QStringLiteral(", ")), text));
 }
 
+QUrl serverUrl(const QString& address, bool useSSL)
+{
+    const QString host = isBareIPv6(address) ? QLatin1Char('[') + address + QLatin1Char(']') : address;
+    return QUrl((useSSL ? QStringLiteral("https://") : QStringLiteral("http://")) + host + QLatin1Char('/'),
+                QUrl::StrictMode);
+}
+
+bool namesServer(const QUrl& url, const QString& address, bool useSSL)
+{
+    const auto port = [](const QUrl& u) { return u.port(u.scheme() == QLatin1String("https") ? 443 : 80); };
+    const QUrl server = serverUrl(address, useSSL);
+    return !url.host().isEmpty() && url.host() == server.host() &&
+           (url.port() == server.port() || port(url) == port(server));
+}
+
 bool checkAddress(const QString& text, QString* error)
 {
     if (text.contains(QLatin1String("://"))) {
@@ -130,14 +151,11 @@ bool checkAddress(const QString& text, QString* error)
         *error = QStringLiteral("takes a host name or HOST:PORT without a login in it; that goes to --login");
         return false;
     }
-    // a bare IPv6 address has several colons and no port
-    const bool bareIPv6 = text.count(QLatin1Char(':')) > 1 && !text.startsWith(QLatin1Char('['));
-    const QUrl url(QStringLiteral("http://") + (bareIPv6 ? QLatin1Char('[') + text + QLatin1Char(']') : text),
-                   QUrl::StrictMode);
+    const QUrl url = serverUrl(text, false);
     static const QRegularExpression forbidden(QStringLiteral("[\\s/?#%\\\\]"));
     static const QRegularExpression emptyPort(QStringLiteral(":0*$"));
     if (!url.isValid() || url.host().isEmpty() || text.contains(forbidden) ||
-        (!bareIPv6 && text.contains(emptyPort))) {
+        (!isBareIPv6(text) && text.contains(emptyPort))) {
         *error = QStringLiteral("\"%1\" is not a server address; write a host name or HOST:PORT, such as "
                                 "fax.example.org or [::1]:8080")
                      .arg(text);

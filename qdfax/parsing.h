@@ -30,6 +30,13 @@ std::optional<int> parseChoice(const QString& text, const QStringList& choices, 
 /// a password.
 bool checkAddress(const QString& text, QString* error);
 
+/// The root of a server's URLs. The address has passed checkAddress().
+QUrl serverUrl(const QString& address, bool useSSL);
+
+/// Whether a URL leads to the configured server itself: the same host and port. Without a
+/// port in either, http and https are the same: which of them is used is the configuration's affair.
+bool namesServer(const QUrl& url, const QString& address, bool useSSL);
+
 /// The URL of a fax as the server gave it, or just its path.
 std::optional<QUrl> parseEntryUrl(const QString& text, QString* error);
 

@@ -4,6 +4,7 @@
 #include "faxdocument.h"
 #include "faxentry.h"
 #include "faxfile.h"
+#include "faxfollower.h"
 #include "faxoptions.h"
 #include "faxserver.h"
 #include "parsing.h"
@@ -22,6 +23,8 @@
 
 namespace {
 
+const int defaultInterval = 2;
+
 /// What the command line says about a fax, checked as far as it can be without the server.
 struct FaxRequest
 {
@@ -29,7 +32,8 @@ struct FaxRequest
     QStringList files;
     QList<Attach> attachments;
     ScheduleChoices schedule;
-    QDateTime at; ///< Null: now.
+    QDateTime at;                  ///< Null: now.
+    int interval{defaultInterval}; ///< Seconds between two looks, when waiting for the end.
 };
 
 int readRequest(const Invocation& call, FaxRequest& request)
@@ -58,6 +62,12 @@ int readRequest(const Invocation& call, FaxRequest& request)
         if (!at)
             return call.failOption("at", error);
         request.at = *at;
+    }
+    if (call.isSet("interval")) {
+        const auto interval = parseInteger(call.value("interval"), 1, 3600, &error);
+        if (!interval)
+            return call.failOption("interval", error);
+        request.interval = *interval;
     }
     const auto schedule = ScheduleChoices::read(call);
     if (!schedule)
@@ -203,8 +213,26 @@ int send(Invocation& call)
             return session.status();
         Terminal::setLastWords(QString());
     }
-    printEntries(call, *entries);
-    return ExitStatus::Ok;
+    if (!call.isSet("wait")) {
+        printEntries(call, *entries);
+        return ExitStatus::Ok;
+    }
+    FaxFollower follower(call, session, *entries);
+    status = follower.follow(request.interval);
+    if (!call.isJson()) {
+        call.table(follower.table());
+        return status;
+    }
+    QJsonArray array;
+    for (const FaxFollower::Fax& fax : follower.faxes()) {
+        array.append(QJsonObject{{QStringLiteral("state"), stateText(fax.state)},
+                                 {QStringLiteral("sent"), fax.isSent()},
+                                 {QStringLiteral("recipient"), fax.recipient},
+                                 {QStringLiteral("pages"), fax.pages},
+                                 {QStringLiteral("url"), fax.url}});
+    }
+    call.json(array);
+    return status;
 }
 
 /// Runs a request about one queued fax, which the server only confirms.
@@ -288,6 +316,11 @@ QVector<Command> sendCommands()
         {QStringLiteral("comments"), QStringLiteral("Text for the cover page."), QStringLiteral("TEXT")},
         {QStringLiteral("at"), QStringLiteral("Send at this local time, like 2026-11-15T14:30, and not now."),
          QStringLiteral("TIME")},
+        {QStringLiteral("wait"),
+         QStringLiteral("Wait until it is sent to, or has failed for, every recipient.")},
+        {QStringLiteral("interval"),
+         QStringLiteral("Seconds between two looks while waiting (%1).").arg(defaultInterval),
+         QStringLiteral("SECONDS")},
     };
     sendCommand.options += ScheduleChoices::options();
     sendCommand.mostArguments = -1;

@@ -98,29 +98,41 @@ void Session::begin()
     });
 }
 
+void Session::fail(int status, const QString& sentence)
+{
+    m_status = status;
+    m_error = sentence;
+    if (!m_quiet)
+        m_invocation.fail(status, sentence);
+}
+
 bool Session::open()
+{
+    return attach() && waitForLogin();
+}
+
+bool Session::attach()
 {
     m_settings.load();
     if (!m_settings.problem().isEmpty()) {
-        m_status = m_invocation.fail(ExitStatus::Settings, m_settings.problem());
+        fail(ExitStatus::Settings, m_settings.problem());
         return false;
     }
     const QString wanted = m_invocation.serverName();
     const QVector<StoredServer> servers = m_settings.servers();
     const int index = m_settings.find(wanted);
     if (index < 0) {
-        m_status = m_invocation.fail(
-            ExitStatus::Settings,
-            servers.isEmpty()
-                ? QStringLiteral(
-                      "No fax server is configured. Add one: qdfax server add ADDRESS --login LOGIN")
-                : QStringLiteral("No configured server is called \"%1\". \"qdfax server list\" shows them.")
-                      .arg(wanted));
+        fail(ExitStatus::Settings,
+             servers.isEmpty()
+                 ? QStringLiteral(
+                       "No fax server is configured. Add one: qdfax server add ADDRESS --login LOGIN")
+                 : QStringLiteral("No configured server is called \"%1\". \"qdfax server list\" shows them.")
+                       .arg(wanted));
         return false;
     }
     begin();
     m_server = m_settings.open(servers.at(index), *m_manager);
-    return m_server && waitForLogin();
+    return m_server;
 }
 
 bool Session::openNew(const QString& address, bool useSSL, const QString& login, const QString& password)
@@ -198,18 +210,22 @@ bool Session::wait(const QString& doing)
     m_silence.stop();
     if (!m_timedOut)
         return true;
-    m_status = m_invocation.fail(
-        ExitStatus::TimeOut,
-        QStringLiteral("%1 at %2: nothing was heard for %3. Try again later, or allow more with --timeout.")
-            .arg(doing, m_server->address(), durationText(m_invocation.timeout() / 1000)));
+    fail(ExitStatus::TimeOut,
+         QStringLiteral("%1 at %2: nothing was heard for %3. Try again later, or allow more with --timeout.")
+             .arg(doing, m_server->address(), durationText(m_invocation.timeout() / 1000)));
     return false;
 }
 
 int Session::explain(Task::Status status, const QString& doing)
 {
-    m_status = m_invocation.fail(
-        status, QStringLiteral("%1 at %2 failed: %3").arg(doing, m_server->address(), reason(status)));
+    fail(status, QStringLiteral("%1 at %2 failed: %3").arg(doing, m_server->address(), reason(status)));
     return m_status;
+}
+
+void Session::pause(int ms)
+{
+    QTimer::singleShot(ms, &m_loop, &QEventLoop::quit);
+    m_loop.exec();
 }
 
 QString Session::reason(Task::Status status) const
@@ -226,7 +242,20 @@ QString Session::reason(Task::Status status) const
                    "\"qdfax server add\".")
             .arg(m_server->login());
     }
-    if (last.httpStatus == 400 && !m_server->useSSL()) {
+    const QString network = networkReason(last, m_server->useSSL());
+    if (!network.isEmpty())
+        return network;
+    if (status == Task::InvalidReply) {
+        return QStringLiteral(
+            "the answer cannot be understood. Check that a fax server listens at this address; "
+            "--log-level 4 writes the answer to the log.");
+    }
+    return QStringLiteral("the server did not confirm it. Its answer goes to the log with --log-level 4.");
+}
+
+QString Session::networkReason(const ReplyWatch::Outcome& last, bool useSSL)
+{
+    if (last.httpStatus == 400 && !useSSL) {
         return QStringLiteral("the server answered \"400 %1\". If it expects HTTPS there, add it with --ssl.")
             .arg(last.reason);
     }
@@ -261,11 +290,10 @@ QString Session::reason(Task::Status status) const
     case QNetworkReply::ConnectionRefusedError:
         return QStringLiteral("the connection is refused. Check that the server runs, and its port.");
     case QNetworkReply::RemoteHostClosedError:
-        return m_server->useSSL()
-                   ? QStringLiteral("the server closed the connection. If it does not speak HTTPS "
-                                    "there, add it without --ssl.")
-                   : QStringLiteral("the server closed the connection without an answer. If it "
-                                    "expects HTTPS there, add it with --ssl.");
+        return useSSL ? QStringLiteral("the server closed the connection. If it does not speak HTTPS "
+                                       "there, add it without --ssl.")
+                      : QStringLiteral("the server closed the connection without an answer. If it "
+                                       "expects HTTPS there, add it with --ssl.");
     case QNetworkReply::SslHandshakeFailedError:
         return QStringLiteral(
                    "no secure connection comes about (%1). If the server does not speak HTTPS there, add "
@@ -274,10 +302,9 @@ QString Session::reason(Task::Status status) const
     case QNetworkReply::ProtocolUnknownError:
     case QNetworkReply::ProtocolFailure:
     case QNetworkReply::ProtocolInvalidOperationError:
-        return m_server->useSSL()
-                   ? QStringLiteral("the answer is not HTTP. Check address and port.")
-                   : QStringLiteral("the answer is not HTTP. Check address and port; if the server "
-                                    "expects HTTPS there, add it with --ssl.");
+        return useSSL ? QStringLiteral("the answer is not HTTP. Check address and port.")
+                      : QStringLiteral("the answer is not HTTP. Check address and port; if the server "
+                                       "expects HTTPS there, add it with --ssl.");
     case QNetworkReply::OperationCanceledError:
         return QStringLiteral("the answer is larger than any real one, and was cut off.");
     default:
@@ -285,10 +312,5 @@ QString Session::reason(Task::Status status) const
             .arg(last.socketError.isEmpty() ? QStringLiteral("the connection failed (%1)").arg(last.error)
                                             : last.socketError);
     }
-    if (status == Task::InvalidReply) {
-        return QStringLiteral(
-            "the answer cannot be understood. Check that a fax server listens at this address; "
-            "--log-level 4 writes the answer to the log.");
-    }
-    return QStringLiteral("the server did not confirm it. Its answer goes to the log with --log-level 4.");
+    return QString();
 }

@@ -70,6 +70,8 @@ public:
 
     /// Opens the server that --server names, else the default one, and waits for the end of its login.
     bool open();
+    /// The same without waiting: the login goes its way. For who needs the server's address and credentials.
+    bool attach();
     /// Opens a server that is not in the settings yet.
     bool openNew(const QString& address, bool useSSL, const QString& login, const QString& password);
 
@@ -80,6 +82,13 @@ public:
 
     /// The exit status of the last failure.
     int status() const { return m_status; }
+
+    /// Keeps the sentences of failures in error() instead of saying them: for who tries again.
+    void setQuiet(bool quiet) { m_quiet = quiet; }
+    const QString& error() const { return m_error; }
+
+    /// Lets time pass without leaving the event loop.
+    void pause(int ms);
 
     /// Creates a task of the server. The type has to be the one of its class.
     template <typename T>
@@ -104,6 +113,8 @@ public:
 
     /// Says why a request failed, in a sentence that names the server and what to do.
     int explain(Task::Status status, const QString& doing);
+    /// The reason alone, from what the watch saw.
+    static QString networkReason(const ReplyWatch::Outcome& last, bool useSSL);
 
 private:
     Task* addTask(Task::Type type);
@@ -113,6 +124,7 @@ private:
     /// Runs the event loop until somebody quits it. False, with the sentence said, when the time is up.
     bool wait(const QString& doing);
     QString reason(Task::Status status) const;
+    void fail(int status, const QString& sentence);
 
     const Invocation& m_invocation;
     SettingsFile m_settings;
@@ -122,5 +134,7 @@ private:
     QEventLoop m_loop;
     QTimer m_silence;
     bool m_timedOut{false};
+    bool m_quiet{false};
+    QString m_error;
     int m_status{0};
 };

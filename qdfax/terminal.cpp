@@ -22,6 +22,12 @@
 
 namespace {
 
+struct Size
+{
+    int columns{0};
+    int lines{0};
+};
+
 bool outputLost = false;
 std::atomic<int> progressWidth{0}; ///< Columns of the progress line that stands on the terminal.
 
@@ -38,22 +44,22 @@ std::atomic<int> lastWordsIndex{0};
 
 namespace {
 
-int columnsOf(DWORD handle)
+Size sizeOf(DWORD handle)
 {
     CONSOLE_SCREEN_BUFFER_INFO info;
     if (!GetConsoleScreenBufferInfo(GetStdHandle(handle), &info))
-        return 0;
-    return info.srWindow.Right - info.srWindow.Left + 1;
+        return {};
+    return {info.srWindow.Right - info.srWindow.Left + 1, info.srWindow.Bottom - info.srWindow.Top + 1};
 }
 
-int outputColumns()
+Size outputSize()
 {
-    return columnsOf(STD_OUTPUT_HANDLE);
+    return sizeOf(STD_OUTPUT_HANDLE);
 }
 
-int errorColumns()
+Size errorSize()
 {
-    return columnsOf(STD_ERROR_HANDLE);
+    return sizeOf(STD_ERROR_HANDLE);
 }
 
 DWORD consoleMode = 0;
@@ -107,6 +113,12 @@ std::optional<QString> Terminal::askHidden(const QString& prompt)
 void Terminal::installInterrupt()
 {
     SetConsoleCtrlHandler(onInterrupt, TRUE);
+    // escape sequences, which showScreen() and LiveBlock write
+    for (DWORD handle : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
+        DWORD mode = 0;
+        if (GetConsoleMode(GetStdHandle(handle), &mode))
+            SetConsoleMode(GetStdHandle(handle), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    }
 }
 
 Terminal::InterruptBlocker::InterruptBlocker() = default;
@@ -116,20 +128,22 @@ Terminal::InterruptBlocker::~InterruptBlocker() = default;
 
 namespace {
 
-int columnsOf(int descriptor)
+Size sizeOf(int descriptor)
 {
     winsize size{};
-    return ioctl(descriptor, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+    if (ioctl(descriptor, TIOCGWINSZ, &size) != 0)
+        return {};
+    return {size.ws_col, size.ws_row};
 }
 
-int outputColumns()
+Size outputSize()
 {
-    return columnsOf(STDOUT_FILENO);
+    return sizeOf(STDOUT_FILENO);
 }
 
-int errorColumns()
+Size errorSize()
 {
-    return columnsOf(STDERR_FILENO);
+    return sizeOf(STDERR_FILENO);
 }
 
 const int handledSignals[] = {SIGINT, SIGTERM, SIGHUP};
@@ -248,13 +262,18 @@ Terminal::InterruptBlocker::~InterruptBlocker()
 int Terminal::width()
 {
     if (isOutput()) {
-        const int columns = outputColumns();
+        const int columns = outputSize().columns;
         if (columns > 0)
             return columns;
     }
     bool ok = false;
     const int columns = qEnvironmentVariableIntValue("COLUMNS", &ok);
     return ok && columns > 0 ? columns : 0;
+}
+
+int Terminal::height()
+{
+    return isOutput() ? outputSize().lines : 0;
 }
 
 void Terminal::write(const QByteArray& text)
@@ -288,7 +307,7 @@ void Terminal::ProgressLine::show(const QString& text)
 {
     if (!isError())
         return;
-    const int columns = errorColumns();
+    const int columns = errorSize().columns;
     const QString line = cutToWidth(printable(text), columns > 1 ? columns - 1 : 79);
     const int used = displayWidth(line);
     // blanks instead of an escape sequence: they wipe on any terminal
@@ -306,4 +325,38 @@ void Terminal::ProgressLine::clear()
     std::fputs(("\r" + blanks + "\r").constData(), stderr);
     std::fflush(stderr);
     progressWidth = 0;
+}
+
+void Terminal::LiveBlock::show(const QStringList& lines)
+{
+    if (!isError())
+        return;
+    const Size size = errorSize();
+    const int columns = size.columns > 1 ? size.columns - 1 : 79;
+    // one that scrolled out of sight could not be written over
+    const QStringList fitting = lines.mid(0, size.lines > 1 ? size.lines - 1 : -1);
+    if (m_shown == 0 && fitting.isEmpty())
+        return;
+    QByteArray text;
+    if (m_shown > 0)
+        text += "\x1b[" + QByteArray::number(m_shown) + "A\r";
+    for (const QString& line : fitting)
+        text += cutToWidth(line, columns).toUtf8() + "\x1b[K\n";
+    std::fputs((text + "\x1b[J").constData(), stderr);
+    std::fflush(stderr);
+    m_shown = fitting.size();
+}
+
+void Terminal::showScreen(const QStringList& lines)
+{
+    if (!isOutput()) {
+        write(lines.join(QLatin1Char('\n')).toUtf8() + "\n\n");
+        std::fflush(stdout);
+        return;
+    }
+    QByteArray text = "\x1b[H";
+    for (const QString& line : lines.mid(0, height() > 1 ? height() - 1 : lines.size()))
+        text += line.toUtf8() + "\x1b[K\n";
+    write(text + "\x1b[J");
+    std::fflush(stdout);
 }

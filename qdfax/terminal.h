@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -15,6 +16,8 @@ bool isError();
 
 /// The columns of the terminal, or what the variable COLUMNS says; 0 when nobody knows, as for a pipe.
 int width();
+/// The lines of the terminal; 0 when nobody knows.
+int height();
 
 /// UTF-8 to standard output. After a failure, such as a full disk, outputFailed() says so.
 void write(const QByteArray& text);
@@ -55,5 +58,23 @@ public:
     void show(const QString& text);
     static void clear();
 };
+
+/// A few lines on standard error that are written over and over, and wiped at the end. Shows nothing where
+/// standard error is no terminal.
+class LiveBlock
+{
+public:
+    LiveBlock() = default;
+    ~LiveBlock() { show(QStringList()); }
+    Q_DISABLE_COPY(LiveBlock)
+
+    void show(const QStringList& lines);
+
+private:
+    int m_shown{0};
+};
+
+/// Replaces what standard output shows, where it is a terminal; else appends the lines and a blank one.
+void showScreen(const QStringList& lines);
 
 } // namespace Terminal

@@ -1,0 +1,185 @@
+#include "faxlog.h"
+
+#include "recordjson.h"
+#include "session.h"
+#include "tasks/taskgetfaxentry.h"
+#include "tasks/taskgetinboundfaxentry.h"
+#include "tasks/taskgetoutboundfaxentry.h"
+
+#include <algorithm>
+
+namespace {
+
+using EntriesPtr = BaseFaxEntry::FaxEntriesPtrListPtr;
+
+QDateTime timeOf(const FaxEntry& entry)
+{
+    return entry.createTime();
+}
+
+QDateTime timeOf(const OutboundFaxEntry& entry)
+{
+    return entry.sentAt().isValid() ? entry.sentAt() : entry.startTime();
+}
+
+QDateTime timeOf(const InboundFaxEntry& entry)
+{
+    return entry.completeTime();
+}
+
+template <typename T>
+QVector<QSharedPointer<T>> ofClass(const EntriesPtr& entries)
+{
+    QVector<QSharedPointer<T>> result;
+    result.reserve(entries->size());
+    for (const QSharedPointer<BaseFaxEntry>& entry : *entries) {
+        if (const auto typed = entry.dynamicCast<T>())
+            result.append(typed);
+    }
+    return result;
+}
+
+template <typename T>
+void sortNewestFirst(QVector<QSharedPointer<T>>& entries, int limit)
+{
+    // comparing numbers: a date-time looks its time zone up at each comparison
+    QVector<QPair<qint64, QSharedPointer<T>>> keyed;
+    keyed.reserve(entries.size());
+    for (const QSharedPointer<T>& entry : qAsConst(entries)) {
+        const QDateTime time = timeOf(*entry);
+        keyed.append({time.isValid() ? time.toMSecsSinceEpoch() : std::numeric_limits<qint64>::min(), entry});
+    }
+    std::stable_sort(keyed.begin(), keyed.end(),
+                     [](const auto& a, const auto& b) { return a.first > b.first; });
+    entries.clear();
+    for (const auto& entry : qAsConst(keyed)) {
+        if (limit <= 0 || entries.size() < limit)
+            entries.append(entry.second);
+    }
+}
+
+template <typename T>
+void addObjects(QJsonArray& array, const QVector<QSharedPointer<T>>& entries)
+{
+    for (const QSharedPointer<T>& entry : entries)
+        array.append(toJson(*entry));
+}
+
+} // namespace
+
+QStringList FaxLog::names()
+{
+    return {QStringLiteral("queue"), QStringLiteral("status"), QStringLiteral("sent"),
+            QStringLiteral("inbox")};
+}
+
+bool FaxLog::fetch(Session& session, int limit, int finished)
+{
+    bool ok = false;
+    switch (m_kind) {
+    case Queue:
+    case Status: {
+        auto* task = session.task<TaskGetFaxEntry>(Task::GetFaxEntry);
+        task->setTaskEntryType(m_kind == Queue ? TaskGetFaxEntry::EntryQueue
+                                               : TaskGetFaxEntry::EntryOutboundStatus);
+        task->setCompleteLimit(m_kind == Queue ? finished : limit);
+        ok = session.run(
+            task, &TaskGetFaxEntry::doneGetFaxEntry,
+            [this](const EntriesPtr& entries) { m_faxes = ofClass<FaxEntry>(entries); },
+            m_kind == Queue ? QStringLiteral("Reading the queue") : QStringLiteral("Reading the status"));
+        sortNewestFirst(m_faxes, m_kind == Queue ? limit : 0);
+        break;
+    }
+    case Sent: {
+        auto* task = session.task<TaskGetOutboundFaxEntry>(Task::GetOutboundFaxEntry);
+        task->setCompleteLimit(limit);
+        ok = session.run(
+            task, &TaskGetOutboundFaxEntry::doneGetFaxEntry,
+            [this](const EntriesPtr& entries) { m_sent = ofClass<OutboundFaxEntry>(entries); },
+            QStringLiteral("Reading the log of sent faxes"));
+        sortNewestFirst(m_sent, limit);
+        break;
+    }
+    case Inbox: {
+        auto* task = session.task<TaskGetInboundFaxEntry>(Task::GetInboundFaxEntry);
+        task->setCompleteLimit(limit);
+        ok = session.run(
+            task, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry,
+            [this](const InboundFaxEntriesPtrListPtr& entries) { m_received = *entries; },
+            QStringLiteral("Reading the log of received faxes"));
+        sortNewestFirst(m_received, limit);
+        break;
+    }
+    }
+    return ok;
+}
+
+int FaxLog::size() const
+{
+    return m_faxes.size() + m_sent.size() + m_received.size();
+}
+
+Table FaxLog::table() const
+{
+    switch (m_kind) {
+    case Queue:
+    case Status: {
+        Table table({{QStringLiteral("STATE")},
+                     {QStringLiteral("TO"), Table::Left, 12},
+                     {QStringLiteral("PAGES"), Table::Right, 0, 2},
+                     {QStringLiteral("TRY"), Table::Right, 0, 4},
+                     {QStringLiteral("CREATED"), Table::Left, 0, 1},
+                     {QStringLiteral("SEND AT"), Table::Left, 0, 3},
+                     {QStringLiteral("SUBJECT"), Table::Left, 8, 5},
+                     {QStringLiteral("URL")}});
+        for (const auto& entry : m_faxes) {
+            const FaxScheduleOptions& schedule = entry->schedule();
+            table.addRow({stateText(entry->state()), entry->recipient(), QString::number(entry->pages()),
+                          QStringLiteral("%1/%2").arg(schedule.tryNumber()).arg(schedule.maxTries()),
+                          timeText(entry->createTime()), timeText(schedule.dateToSend()), entry->subject(),
+                          urlText(entry->url())});
+        }
+        return table;
+    }
+    case Sent: {
+        Table table({{QStringLiteral("STATE")},
+                     {QStringLiteral("ENDED"), Table::Left, 0, 1},
+                     {QStringLiteral("TO"), Table::Left, 12},
+                     {QStringLiteral("PAGES"), Table::Right, 0, 2},
+                     {QStringLiteral("SUBJECT"), Table::Left, 8, 3},
+                     {QStringLiteral("USER"), Table::Left, 6, 4}});
+        for (const auto& entry : m_sent) {
+            table.addRow({stateText(entry->state()), timeText(timeOf(*entry)), entry->recipient(),
+                          QString::number(entry->pages()), entry->subject(), entry->username()});
+        }
+        return table;
+    }
+    case Inbox:
+        break;
+    }
+    Table table({{QStringLiteral("N"), Table::Right},
+                 {QStringLiteral("RECEIVED"), Table::Left, 0, 1},
+                 {QStringLiteral("FROM"), Table::Left, 10},
+                 {QStringLiteral("TO"), Table::Left, 8, 4},
+                 {QStringLiteral("PAGES"), Table::Right, 0, 2},
+                 {QStringLiteral("STATUS"), Table::Left, 8, 3},
+                 {QStringLiteral("FILE"), Table::Left, 10, 5},
+                 {QStringLiteral("DELIVERED TO"), Table::Left, 12, 6},
+                 {QStringLiteral("ERROR"), Table::Left, 8, 7}});
+    int number = 0;
+    for (const auto& entry : m_received) {
+        table.addRow({QString::number(++number), timeText(entry->completeTime()), entry->remoteId(),
+                      entry->toName(), QString::number(entry->pages()), entry->status(), entry->filename(),
+                      entry->deliveredTo(), entry->error()});
+    }
+    return table;
+}
+
+QJsonArray FaxLog::json() const
+{
+    QJsonArray array;
+    addObjects(array, m_faxes);
+    addObjects(array, m_sent);
+    addObjects(array, m_received);
+    return array;
+}
