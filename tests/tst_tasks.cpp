@@ -18,6 +18,7 @@
 #include "tasks/taskreschedule.h"
 #include "tasks/taskschedule.h"
 #include "tasks/taskverifylogin.h"
+#include "taskkit.h"
 #include "testkit.h"
 
 #include <QDomDocument>
@@ -28,27 +29,6 @@
 #include <QTest>
 
 namespace {
-
-const QPointer<ContactManager> noContacts;
-
-/// A server without the login that a manager would start.
-class BareServer : public FaxServer
-{
-public:
-    explicit BareServer(FaxManager& manager, const QString& address, bool useSSL = false)
-        : FaxServer(manager)
-    {
-        setAddress(address);
-        setUseSSL(useSSL);
-        setLogin(QStringLiteral("anna"));
-        setPassword(QStringLiteral("se:cret"));
-    }
-};
-
-QByteArray okReply(const QByteArray& content)
-{
-    return ScriptedServer::reply("<?xml version=\"1.0\" encoding=\"utf-8\"?><reply>" + content + "</reply>");
-}
 
 const QByteArray userXml = "<user><user_url>https://elsewhere/qdws/v1/users/7</user_url><name>Anna</name>"
                            "<default_cover_page_enabled>true</default_cover_page_enabled>"
@@ -64,29 +44,6 @@ FaxUser anna()
 }
 
 } // namespace
-
-/// What a task said at its end.
-class Outcome : public QObject
-{
-    Q_OBJECT
-public:
-    Outcome(Task* task, const QByteArray& doneSignal)
-        : task(task)
-    {
-        connect(task, &Task::errorExecute, this, [this](Task::Status status) { errors.append(status); });
-        if (!connect(task, doneSignal.constData(), this, SLOT(slotDone())))
-            qFatal("no signal %s", doneSignal.constData());
-    }
-
-    bool isOver() const { return done + errors.size() > 0; }
-
-    QPointer<Task> task;
-    int done{0};
-    QList<Task::Status> errors;
-
-public Q_SLOTS:
-    void slotDone() { ++done; }
-};
 
 class TestTasks : public QObject
 {
