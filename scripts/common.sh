@@ -9,7 +9,7 @@ packages=(
   g++ cmake ninja-build ccache pkg-config
   qtbase5-dev qttools5-dev qttools5-dev-tools libqt5sql5-sqlite libqt5svg5-dev
   libcpp-httplib-dev libssl-dev libsqlite3-dev
-  openssl ca-certificates iproute2 util-linux
+  openssl ca-certificates wget iproute2 util-linux
 )
 
 # Installs what is missing of the packages; asks for nothing when all is there.

@@ -1,0 +1,113 @@
+#!/usr/bin/env bash
+# The whole story in one run: builds, starts qdsim (a simulated fax server) on this machine, sends a fax through it with
+# qdfax and shows it arriving byte for byte. Exit status 0 only if every step worked.
+#
+# Usage: scripts/demo.sh          Installs what the build needs (Debian packages) where it is missing.
+# Nothing but 127.0.0.1 is spoken to, and nothing outside a temporary folder is written.
+set -euo pipefail
+. "$(dirname "$0")/common.sh"
+
+install_packages jq
+build release qdfax qdsim
+
+work=$(mktemp -d)
+sim=
+finish() {
+  local status=$?
+  [ -z "$sim" ] || { kill "$sim" 2>/dev/null && wait "$sim" 2>/dev/null || true; }
+  [ $status -eq 0 ] || { echo; echo "The demonstration FAILED (exit status $status)." >&2; sed 's/^/qdsim: /' "$work/qdsim.log" >&2 || true; }
+  rm -rf "$work"
+  exit $status
+}
+trap finish EXIT
+
+export APPDATA=$work/appdata QDFAX_PASSWORD='s3cret & "quoted"'
+mkdir "$work/appdata" "$work/spool" "$work/outbox" "$work/downloads"
+bin=$root/build/release/bin
+
+run() { printf '\n$ qdfax %s\n' "$*"; "$bin/qdfax" "$@"; }
+
+# A small valid PDF of so many pages, written by hand: objects, their offsets, the trailer.
+make_pdf() { # FILE PAGES
+  local file=$1 pages=$2 kids='' offsets=() number=2
+  object() { offsets+=("$(wc -c <"$file")"); printf '%s\n' "$@" >>"$file"; }
+  printf '%%PDF-1.4\n' >"$file"
+  for ((page = 1; page <= pages; page++)); do kids+="$((2 + 2 * page)) 0 R "; done
+  object '1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj'
+  object "2 0 obj << /Type /Pages /Count $pages /Kids [ $kids] >> endobj"
+  object '3 0 obj << /Type /Font /Subtype /Type1 /BaseFont /Helvetica >> endobj'
+  number=4
+  for ((page = 1; page <= pages; page++)); do
+    local text="BT /F1 32 Tf 72 700 Td (Page $page of $pages) Tj ET"
+    object "$number 0 obj << /Type /Page /Parent 2 0 R /MediaBox [0 0 595 842] /Resources << /Font << /F1 3 0 R >> >> /Contents $((number + 1)) 0 R >> endobj"
+    object "$((number + 1)) 0 obj << /Length ${#text} >>" stream "$text" 'endstream endobj'
+    number=$((number + 2))
+  done
+  local start; start=$(wc -c <"$file")
+  { printf 'xref\n0 %d\n0000000000 65535 f \n' "$number"
+    printf '%010d 00000 n \n' "${offsets[@]}"
+    printf 'trailer << /Size %d /Root 1 0 R >>\nstartxref\n%d\n%%%%EOF\n' "$number" "$start"; } >>"$file"
+}
+
+say "Starting qdsim"
+"$bin/qdsim" --user "anna:$QDFAX_PASSWORD:global" --spool "$work/spool" --speed 20 --inbound 5 \
+  >"$work/qdsim.out" 2>"$work/qdsim.log" &
+sim=$!
+for _ in $(seq 100); do
+  address=$(sed -n 's|.*http://\([0-9.:]*\).*|\1|p' "$work/qdsim.out" | head -n 1)
+  [ -n "$address" ] && break
+  sleep 0.1
+done
+[ -n "$address" ] || { echo "qdsim did not start" >&2; exit 1; }
+cat "$work/qdsim.out"
+
+say "Adding the server and looking around"
+run server add "$address" --login anna --default
+run server list
+run whoami
+run covers
+run sent
+run queue
+
+say "Sending a PDF of 3 pages and a text to two recipients, with a cover page, tomorrow"
+make_pdf "$work/outbox/offer.pdf" 3
+printf 'Terms and conditions\n\nPay within 30 days.\n' >"$work/outbox/terms.txt"
+cover=$("$bin/qdfax" covers --json | jq -r 'map(select(.enabled)) | .[0].name')
+tomorrow=$(date -d tomorrow +%Y-%m-%dT%H:%M)
+run send "$work/outbox/offer.pdf" "$work/outbox/terms.txt" --to '+49 30 5550100,Mary Poe,Poe & Sons' --to 5550123,Bob \
+  --cover "$cover" --subject 'Our offer' --comments 'As agreed on the phone' --at "$tomorrow"
+run queue
+mapfile -t urls < <("$bin/qdfax" queue --json | jq -r 'sort_by(.url)[].url')
+[ ${#urls[@]} -eq 2 ]
+
+say "Aborting the first and sending the second at once"
+run abort "${urls[0]}"
+run reschedule "${urls[1]}"
+
+say "Waiting for it to arrive"
+for _ in $(seq 60); do
+  "$bin/qdfax" sent --json >"$work/sent.json"
+  jq -e 'any(.[]; .state == "sent")' "$work/sent.json" >/dev/null && break
+  sleep 0.5
+done
+run sent
+jq -e 'any(.[]; .state == "sent")' "$work/sent.json" >/dev/null
+
+say "Comparing what was sent with what the server's spool holds"
+for file in offer.pdf terms.txt; do
+  stored=$(find "$work/spool" -name "$file" | head -n 1)
+  [ -n "$stored" ] || { echo "$file did not arrive" >&2; exit 1; }
+  sent_sum=$(sha256sum <"$work/outbox/$file")
+  held_sum=$(sha256sum <"$stored")
+  printf 'sent    %s %s\narrived %s %s\n' "${sent_sum%% *}" "$file" "${held_sum%% *}" "$file"
+  [ "$sent_sum" = "$held_sum" ]
+done
+
+say "Downloading a received fax"
+run inbox
+run download --inbox 1 --to "$work/downloads"
+location=$("$bin/qdfax" inbox --json | jq -r '.[0].location')
+wget -q -O "$work/direct" --user anna --password "$QDFAX_PASSWORD" --header 'Content-Type: application/xml' "$location"
+cmp "$work/direct" "$(find "$work/downloads" -type f)" && echo "The document is the server's, byte for byte."
+
+say "Everything worked"
