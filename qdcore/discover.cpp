@@ -42,7 +42,10 @@ bool readReply(const QByteArray& datagram, DiscoverEntry& entry)
 
 Discover::Discover(QObject* parent)
     : QObject(parent)
-{}
+{
+    // For receivers that take entries through a queued connection.
+    qRegisterMetaType<DiscoverEntry>();
+}
 
 void Discover::startDiscover(int timeout)
 {

@@ -59,7 +59,10 @@ bool isTaken(const QFileInfo& info)
 Downloader::Downloader(QObject* parent, QNetworkAccessManager& manager)
     : QObject(parent)
     , m_manager(manager)
-{}
+{
+    // For receivers that take the error through a queued connection.
+    qRegisterMetaType<Downloader::Error>();
+}
 
 Downloader::~Downloader()
 {

@@ -58,7 +58,7 @@ QStringList names(const QString& folder)
 
 } // namespace
 
-class TestLog : public QObject
+class LoggerTest : public QObject
 {
     Q_OBJECT
 
@@ -311,5 +311,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLog)
+QTEST_GUILESS_MAIN(LoggerTest)
 #include "tst_logger.moc"

@@ -1,0 +1,208 @@
+#include "discover.h"
+
+#include <QNetworkDatagram>
+#include <QNetworkInterface>
+#include <QUdpSocket>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+const QByteArray sentinel = "200 OK\ninet_addr:sentinel\n";
+
+/// The most that fits into a datagram, in bytes.
+const int largestDatagram = 65507;
+
+} // namespace
+
+/// Runs in a network of its own (own-network.sh); elsewhere nothing is ever sent.
+class TestDiscover : public QObject
+{
+    Q_OBJECT
+
+    QUdpSocket m_server;
+    QList<QNetworkDatagram> m_queries;
+    std::unique_ptr<Discover> m_discover;
+    std::unique_ptr<QSignalSpy> m_timeOut;
+    QStringList m_found; ///< "address|model|version" of each entry.
+
+    void answer(const QByteArray& reply)
+    {
+        QVERIFY(!m_queries.isEmpty());
+        const QNetworkDatagram query = m_queries.first();
+        QCOMPARE(m_server.writeDatagram(reply, query.senderAddress(), quint16(query.senderPort())),
+                 reply.size());
+    }
+
+    int sockets() const { return m_discover->findChildren<QUdpSocket*>().size(); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        int broadcasts = 0;
+        const QList<QNetworkInterface> interfaces = QNetworkInterface::allInterfaces();
+        for (const QNetworkInterface& networkInterface : interfaces) {
+            const QList<QNetworkAddressEntry> addresses = networkInterface.addressEntries();
+            if (!addresses.isEmpty() && !networkInterface.flags().testFlag(QNetworkInterface::IsLoopBack))
+                QSKIP(
+                    "Would broadcast on a real network; runs only in a network of its own (unshare --net).");
+            for (const QNetworkAddressEntry& address : addresses)
+                broadcasts += address.broadcast().isNull() ? 0 : 1;
+        }
+        if (broadcasts != 3)
+            QSKIP("Needs three broadcast addresses on the loopback interface (ip address add).");
+        QVERIFY(m_server.bind(QHostAddress::AnyIPv4, 7070));
+        connect(&m_server, &QUdpSocket::readyRead, this, [this] {
+            while (m_server.hasPendingDatagrams())
+                m_queries.append(m_server.receiveDatagram());
+        });
+    }
+
+    void init()
+    {
+        m_queries.clear();
+        m_found.clear();
+        m_discover.reset(new Discover);
+        m_timeOut.reset(new QSignalSpy(m_discover.get(), &Discover::timeOutDiscover));
+        connect(m_discover.get(), &Discover::discoveredEntry, this, [this](const DiscoverEntry& entry) {
+            m_found.append(QStringList{entry.inetAddr, entry.model, entry.version}.join(QLatin1Char('|')));
+        });
+    }
+
+    void threeQueriesPerBroadcastAddress()
+    {
+        m_discover->startDiscover(0);
+        QTRY_COMPARE(m_queries.size(), 9);
+        QCoreApplication::processEvents();
+        QCOMPARE(m_queries.size(), 9);
+        QMap<QString, int> destinations;
+        for (const QNetworkDatagram& query : qAsConst(m_queries)) {
+            QCOMPARE(query.data(), QByteArray("DISCOVER\n"));
+            ++destinations[query.destinationAddress().toString()];
+        }
+        const QMap<QString, int> expected{{QStringLiteral("127.255.255.255"), 3},
+                                          {QStringLiteral("127.77.255.255"), 3},
+                                          {QStringLiteral("127.78.255.255"), 3}};
+        QCOMPARE(destinations, expected);
+    }
+
+    void replies_data()
+    {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<QString>("entry");
+        const QString ignored;
+        QTest::newRow("full") << QByteArray("200 ok\ninet_addr: 192.168.1.20\nmodel: X\nversion: 1.4")
+                              << "192.168.1.20|X|1.4";
+        QTest::newRow("CR LF, upper case, more colons, white space")
+            << QByteArray("200 OK\r\nINET_ADDR:10.0.0.5\r\nModel:a:b \t\r\nserial:7\r\n") << "10.0.0.5|a:b|";
+        QTest::newRow("last value wins, lines without a colon")
+            << QByteArray("200 OK\n\nmodel:1\nmodel\n:x\nmodel:2\nversion:") << "|2|";
+        QTest::newRow("key with a blank is another") << QByteArray("200 OK\nmodel :1\n") << "||";
+        QTest::newRow("status alone") << QByteArray("200 OK") << "||";
+        QTest::newRow("not UTF-8") << QByteArray("200 OK\nmodel:\xff\nversion:\xc3\xa9")
+                                   << QStringLiteral("|\ufffd|\u00e9");
+        QTest::newRow("other status") << QByteArray("500 Error\ninet_addr:1") << ignored;
+        QTest::newRow("more than the status") << QByteArray("200 OKAY\ninet_addr:1") << ignored;
+        QTest::newRow("status is not first") << QByteArray("\n200 OK\ninet_addr:1") << ignored;
+        QTest::newRow("empty") << QByteArray() << ignored;
+        QTest::newRow("nulls") << QByteArray(1000, '\0') << ignored;
+        QTest::newRow("a line without end") << QByteArray(largestDatagram, 'x') << ignored;
+        QTest::newRow("line ends") << QByteArray("200 OK") + QByteArray(65000, '\n') << "||";
+        QTest::newRow("colons") << QByteArray("200 OK\n") + QByteArray(65000, ':') << "||";
+        QTest::newRow("thousands of keys") << QByteArray("200 OK\n") + [] {
+            QByteArray lines;
+            for (int i = 0; lines.size() < 65000; ++i)
+                lines += QByteArray::number(i, 36) + ":\n";
+            return lines;
+        }() << "||";
+    }
+
+    void replies()
+    {
+        QFETCH(QByteArray, reply);
+        QFETCH(QString, entry);
+        m_discover->startDiscover(0);
+        QTRY_VERIFY(!m_queries.isEmpty());
+        answer(reply);
+        answer(sentinel);
+        QTRY_VERIFY(m_found.contains(QStringLiteral("sentinel||")));
+        m_found.removeLast();
+        QCOMPARE(m_found, entry.isNull() ? QStringList() : QStringList(entry));
+    }
+
+    void manyRepliesAreAllReported()
+    {
+        m_discover->startDiscover(0);
+        QTRY_VERIFY(!m_queries.isEmpty());
+        for (int i = 0; i < 150; ++i)
+            answer(sentinel);
+        QTRY_COMPARE(m_found.size(), 150);
+    }
+
+    void timeOutComesOnce()
+    {
+        m_discover->startDiscover(20);
+        QVERIFY(m_timeOut->wait());
+        QTRY_COMPARE(sockets(), 0);
+        QVERIFY(!m_timeOut->wait(100));
+        QCOMPARE(m_timeOut->size(), 1);
+    }
+
+    void restartLeavesTheSecondSearch()
+    {
+        m_discover->startDiscover(20);
+        m_discover->startDiscover(0);
+        QTRY_COMPARE(sockets(), 1);
+        QVERIFY(!m_timeOut->wait(100));
+        QTRY_COMPARE(m_queries.size(), 18);
+        // The answer to the first search's query finds nobody; the last query came from the second.
+        answer(sentinel);
+        m_queries = {m_queries.last()};
+        answer(sentinel);
+        QTRY_COMPARE(m_found.size(), 1);
+    }
+
+    void stopEndsTheSearch()
+    {
+        m_discover->startDiscover(20);
+        QTRY_VERIFY(!m_queries.isEmpty());
+        m_discover->stopDiscover();
+        m_discover->stopDiscover();
+        QTRY_COMPARE(sockets(), 0);
+        answer(sentinel);
+        QVERIFY(!m_timeOut->wait(100));
+        QVERIFY(m_found.isEmpty());
+    }
+
+    void receiversMayStopOrDestroyIt()
+    {
+        for (const bool destroy : {false, true}) {
+            init();
+            int calls = 0;
+            connect(m_discover.get(), &Discover::discoveredEntry, this, [this, destroy, &calls] {
+                ++calls;
+                if (destroy)
+                    m_discover.reset();
+                else
+                    m_discover->stopDiscover();
+                // A dialog would run the event loop here.
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            });
+            m_discover->startDiscover(0);
+            QTRY_VERIFY(!m_queries.isEmpty());
+            answer(sentinel);
+            answer(sentinel);
+            QTRY_COMPARE(calls, 1);
+            QTRY_VERIFY(!m_discover || sockets() == 0);
+            QCOMPARE(calls, 1);
+        }
+        init();
+        connect(m_discover.get(), &Discover::timeOutDiscover, this, [this] { m_discover.reset(); });
+        m_discover->startDiscover(1);
+        QTRY_VERIFY(!m_discover);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDiscover)
+#include "tst_discover.moc"

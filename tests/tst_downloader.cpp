@@ -1,0 +1,419 @@
+#include "downloader.h"
+#include "scriptedserver.h"
+#include "testkit.h"
+
+#include <QNetworkAccessManager>
+#include <QtTest>
+
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
+
+Q_DECLARE_METATYPE(ScriptedServer::HangUp)
+
+namespace {
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot be opened");
+}
+
+void makeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
+    QCOMPARE(file.write(content), content.size());
+}
+
+QStringList names(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+} // namespace
+
+class TestDownloader : public QObject
+{
+    Q_OBJECT
+
+    QNetworkAccessManager m_manager;
+    QScopedPointer<QTemporaryDir> m_outside; ///< Holds the download folder and what must not change.
+    QScopedPointer<ScriptedServer> m_server;
+    QScopedPointer<Downloader> m_downloader;
+    QScopedPointer<QSignalSpy> m_finished;
+    QScopedPointer<QSignalSpy> m_failed;
+
+    QString folder() const { return m_outside->filePath(QStringLiteral("downloads")); }
+    QString target(const char* name) const { return folder() + QDir::separator() + QString::fromUtf8(name); }
+
+    /// @p path as it stands in a URL.
+    QUrl url(const QByteArray& path) const
+    {
+        return QUrl::fromEncoded("http://" + m_server->address().toLatin1() + path);
+    }
+
+    bool ends()
+    {
+        return QTest::qWaitFor([this] { return !m_finished->isEmpty() || !m_failed->isEmpty(); }, 20000);
+    }
+
+    int firstError() const { return m_failed->isEmpty() ? 0 : m_failed->first().first().toInt(); }
+
+    void useServer(ScriptedServer* server)
+    {
+        m_server.reset(server);
+        m_server->setAnswer(ScriptedServer::reply("content"));
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_outside.reset(new QTemporaryDir);
+        QVERIFY(QDir().mkpath(folder()));
+        useServer(new ScriptedServer);
+        m_downloader.reset(new Downloader(nullptr, m_manager));
+        m_downloader->setDownloadPath(folder());
+        m_finished.reset(new QSignalSpy(m_downloader.data(), &Downloader::downloadFinished));
+        m_failed.reset(new QSignalSpy(m_downloader.data(), &Downloader::downloadError));
+    }
+
+    void bytesArrive_data()
+    {
+        QTest::addColumn<bool>("secure");
+        QTest::addColumn<int>("size");
+        for (const bool secure : {false, true}) {
+            for (const int size : {0, 1, 3000000})
+                QTest::addRow("%s, %d bytes", secure ? "HTTPS" : "HTTP", size) << secure << size;
+        }
+    }
+
+    void bytesArrive()
+    {
+        QFETCH(bool, secure);
+        QFETCH(int, size);
+        QByteArray content(size, '\0');
+        for (int i = 0; i < size; ++i)
+            content[i] = static_cast<char>(i ^ (i >> 8) ^ (i >> 16));
+        useServer(new ScriptedServer(secure));
+        m_server->setAnswer(ScriptedServer::reply(content));
+        makeFile(target("fax123.tif"), "longer than nothing");
+
+        QUrl source = url("/some/where/fax123.tif?page=1");
+        source.setScheme(secure ? QStringLiteral("http") : QStringLiteral("https"));
+        m_downloader->download(source, secure);
+
+        QVERIFY(ends());
+        QVERIFY(m_failed->isEmpty());
+        QCOMPARE(m_finished->first().first().toString(), target("fax123.tif"));
+        QVERIFY(contents(target("fax123.tif")) == content);
+        QCOMPARE(names(folder()), QStringList(QStringLiteral("fax123.tif")));
+        QCOMPARE(m_server->requests().size(), 1);
+        QCOMPARE(m_server->requests().first().method, QByteArray("GET"));
+        QCOMPARE(m_server->requests().first().target, QByteArray("/some/where/fax123.tif?page=1"));
+        QVERIFY(m_server->requests().first().header("Authorization").isNull());
+    }
+
+    void credentialsGoIntoTheHeaderAlone()
+    {
+        const TestLog log;
+        QUrl source = url("/a.tif");
+        source.setUserName(QStringLiteral("j\u00f6rg"));
+        source.setPassword(QStringLiteral("p:@ss w\u00f6rd"));
+        m_downloader->download(source, false);
+        QVERIFY(ends());
+        QCOMPARE(m_server->requests().first().header("Authorization"),
+                 "Basic " + QByteArray("j\xf6rg:p:@ss w\xf6rd").toBase64());
+        const QString shown = QStringLiteral("http://j\u00f6rg@%1/a.tif").arg(m_server->address());
+        QCOMPARE(log.messages(QStringLiteral("DEBUG")),
+                 (QStringList{QStringLiteral("downloader.cpp Start Downloading a.tif from ") + shown,
+                              QStringLiteral("downloader.cpp Downloader: next data chunk was obtained."),
+                              QStringLiteral("downloader.cpp Downloader: file %1 was obtained successfully.")
+                                  .arg(target("a.tif"))}));
+        QVERIFY(!log.text().contains(QStringLiteral("ss w")));
+    }
+
+    void namesStayInTheFolder_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QString>("name");
+        const QString refused;
+        QTest::newRow("encoded slashes") << QByteArray("/x%2F..%2F..%2Fcanary") << "canary";
+        QTest::newRow("parent") << QByteArray("/x/%2e%2e") << refused;
+        QTest::newRow("encoded to the parent") << QByteArray("/x/%2e%2e%2f") << refused;
+        QTest::newRow("folder itself") << QByteArray("/x%2F.") << refused;
+        QTest::newRow("no name") << QByteArray("/x/") << refused;
+        QTest::newRow("no path") << QByteArray() << refused;
+        QTest::newRow("line end") << QByteArray("/a%0D%0Ab.tif") << refused;
+        QTest::newRow("null") << QByteArray("/canary%00.tif") << refused;
+        QTest::newRow("too long") << QByteArray("/" + QByteArray(300, 'n')) << refused;
+        QTest::newRow("not UTF-8") << QByteArray("/a%FFb.tif") << QStringLiteral("a\ufffdb.tif");
+        QTest::newRow("dots and percent") << QByteArray("/...%2525") << "...%25";
+#ifdef Q_OS_WIN
+        QTest::newRow("backslashes") << QByteArray("/..%5C..%5Ccanary") << "canary";
+        QTest::newRow("drive") << QByteArray("/C:canary") << refused;
+        QTest::newRow("device") << QByteArray("/nul.tif") << refused;
+#else
+        QTest::newRow("backslashes") << QByteArray("/..%5Ccanary") << "..\\canary";
+        QTest::newRow("drive") << QByteArray("/C:canary") << "C:canary";
+#endif
+    }
+
+    void namesStayInTheFolder()
+    {
+        QFETCH(QByteArray, path);
+        QFETCH(QString, name);
+        makeFile(m_outside->filePath(QStringLiteral("canary")), "alive");
+
+        m_downloader->download(url(path), false);
+
+        QVERIFY(ends());
+        QCOMPARE(firstError(), name.isNull() ? int(Downloader::FileError) : 0);
+        QCOMPARE(names(folder()), name.isNull() ? QStringList() : QStringList(name));
+        QCOMPARE(names(m_outside->path()),
+                 (QStringList{QStringLiteral("canary"), QStringLiteral("downloads")}));
+        QCOMPARE(contents(m_outside->filePath(QStringLiteral("canary"))), QByteArray("alive"));
+        QCOMPARE(m_server->requests().size(), name.isNull() ? 0 : 1);
+    }
+
+    void emptyPathIsTheCurrentFolder()
+    {
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(folder()));
+        QDir::setSearchPaths(QStringLiteral("elsewhere"), {m_outside->path()});
+        m_downloader->setDownloadPath(QString());
+
+        m_downloader->download(url("/elsewhere:canary"), false);
+        QCOMPARE(firstError(), int(Downloader::FileError));
+        // No number fits in front of four characters of these two.
+        QVERIFY(QDir(folder()).mkdir(QStringLiteral("ab")));
+        m_downloader->download(url("/ab"), false);
+        QCOMPARE(m_failed->size(), 2);
+        m_failed->clear();
+        m_downloader->download(url("/a.tif"), false);
+        QVERIFY(ends());
+        QVERIFY(QDir::setCurrent(before));
+
+        QCOMPARE(m_finished->first().first().toString(), QStringLiteral("a.tif"));
+        QCOMPARE(contents(target("a.tif")), QByteArray("content"));
+        QCOMPARE(names(m_outside->path()), QStringList(QStringLiteral("downloads")));
+    }
+
+    void whatCannotBeDeletedIsNumbered_data()
+    {
+        QTest::addColumn<QString>("taken");
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("once") << "a.tif" << QByteArray("/a.tif") << "a(1).tif";
+        QTest::newRow("twice") << "a.tif a(1).tif" << QByteArray("/a.tif") << "a(1)(2).tif";
+        QTest::newRow("other extension") << "a.jpeg" << QByteArray("/a.jpeg") << "a.(1)jpeg";
+        QTest::newRow("four letters") << "abcd" << QByteArray("/abcd") << "(1)abcd";
+        QTest::newRow("three letters") << "abc" << QByteArray("/abc") << QString();
+    }
+
+    void whatCannotBeDeletedIsNumbered()
+    {
+        QFETCH(QString, taken);
+        QFETCH(QByteArray, path);
+        QFETCH(QString, name);
+        const QStringList folders = taken.split(QLatin1Char(' '));
+        for (const QString& taken : folders)
+            QVERIFY(QDir(folder()).mkdir(taken));
+        m_downloader->download(url(path), false);
+        QVERIFY(ends());
+        QCOMPARE(firstError(), name.isNull() ? int(Downloader::FileError) : 0);
+        if (!name.isNull())
+            QCOMPARE(contents(folder() + QLatin1Char('/') + name), QByteArray("content"));
+        QCOMPARE(names(folder()).size(), folders.size() + (name.isNull() ? 0 : 1));
+        for (const QString& taken : folders)
+            QVERIFY(QFileInfo(folder() + QLatin1Char('/') + taken).isDir());
+    }
+
+    void linksAreReplacedNotFollowed()
+    {
+#ifdef Q_OS_WIN
+        QSKIP("Needs symbolic links.");
+#endif
+        const QString precious = m_outside->filePath(QStringLiteral("precious"));
+        makeFile(precious, "kept");
+        QVERIFY(QFile::link(precious, target("file.tif")));
+        QVERIFY(QFile::link(m_outside->filePath(QStringLiteral("new")), target("dangling.tif")));
+        QVERIFY(QFile::link(m_outside->path(), target("folder.tif")));
+        for (const char* name : {"file.tif", "dangling.tif", "folder.tif"}) {
+            m_finished->clear();
+            m_downloader.reset(new Downloader(nullptr, m_manager));
+            m_downloader->setDownloadPath(folder());
+            m_finished.reset(new QSignalSpy(m_downloader.data(), &Downloader::downloadFinished));
+            m_downloader->download(url(QByteArray("/") + name), false);
+            QVERIFY(ends());
+            QVERIFY(!QFileInfo(target(name)).isSymLink());
+            QCOMPARE(contents(target(name)), QByteArray("content"));
+        }
+        QCOMPARE(contents(precious), QByteArray("kept"));
+        QCOMPARE(names(m_outside->path()),
+                 (QStringList{QStringLiteral("downloads"), QStringLiteral("precious")}));
+    }
+
+    void missingFolderSendsNothing()
+    {
+        m_downloader->setDownloadPath(m_outside->filePath(QStringLiteral("none")));
+        m_downloader->download(url("/a.tif"), false);
+        QCOMPARE(firstError(), int(Downloader::FileError));
+        QVERIFY(!QFile::exists(m_downloader->downloadPath()));
+        QVERIFY(m_server->requests().isEmpty());
+    }
+
+    void failures_data()
+    {
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<ScriptedServer::HangUp>("hangUp");
+        QTest::addColumn<QByteArray>("written");
+        QTest::newRow("404, its body is written before it fails")
+            << QByteArray("404 Not Found") << ScriptedServer::HangUp::Never << QByteArray("no such file");
+        QTest::newRow("401") << QByteArray("401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"x\"")
+                             << ScriptedServer::HangUp::Never << QByteArray();
+        QTest::newRow("cut off") << QByteArray("200 OK") << ScriptedServer::HangUp::InsideReply
+                                 << QByteArray();
+        QTest::newRow("no answer") << QByteArray("200 OK") << ScriptedServer::HangUp::AfterBody
+                                   << QByteArray();
+    }
+
+    void failures()
+    {
+        QFETCH(QByteArray, status);
+        QFETCH(ScriptedServer::HangUp, hangUp);
+        QFETCH(QByteArray, written);
+        const TestLog log;
+        m_server->setAnswer(ScriptedServer::reply("no such file", status));
+        m_server->setHangUp(hangUp);
+        m_downloader->download(url("/a.tif"), false);
+        QVERIFY(ends());
+        QCOMPARE(firstError(), int(Downloader::NetworkError));
+        QTRY_VERIFY(log.messages(QStringLiteral("ERROR"))
+                        .contains(QStringLiteral(
+                            "downloader.cpp Downloader: network error! File has not downloaded!")));
+        QVERIFY(m_finished->isEmpty());
+        QCOMPARE(m_downloader->getLastError(), Downloader::NoError);
+        QVERIFY(QFile::exists(target("a.tif")));
+        if (!written.isNull())
+            QCOMPARE(contents(target("a.tif")), written);
+
+        // The object is ready for the next one.
+        m_failed->clear();
+        m_server->setHangUp(ScriptedServer::HangUp::Never);
+        m_server->setAnswer(ScriptedServer::reply("content"));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        m_downloader->download(url("/a.tif"), false);
+        QVERIFY(ends());
+        QCOMPARE(contents(target("a.tif")), QByteArray("content"));
+    }
+
+    void refusedConnectionFails()
+    {
+        const QUrl source = url("/a.tif");
+        m_server->close();
+        m_downloader->download(source, false);
+        QVERIFY(ends());
+        QCOMPARE(firstError(), int(Downloader::NetworkError));
+    }
+
+    void redirectIsNotFollowed()
+    {
+        m_server->setAnswer(ScriptedServer::reply("moved", "302 Found", "Location: /other.tif\r\n"));
+        m_downloader->download(url("/a.tif"), false);
+        QVERIFY(ends());
+        QCOMPARE(m_finished->size(), 1);
+        QCOMPARE(contents(target("a.tif")), QByteArray("moved"));
+        QCOMPARE(m_server->requests().size(), 1);
+    }
+
+    void fullDiskIsNoSuccess()
+    {
+#ifdef Q_OS_UNIX
+        // A limit on the size of files makes writing fail as a full disk does, and needs no rights.
+        rlimit before{};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+        rlimit limit = before;
+        limit.rlim_cur = 100000;
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        m_server->setAnswer(ScriptedServer::reply(QByteArray(1000000, 'x')));
+        m_downloader->download(url("/a.tif"), false);
+        const bool ended = ends();
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+
+        QVERIFY(ended);
+        QCOMPARE(m_failed->size(), 1);
+        QCOMPARE(firstError(), int(Downloader::FileError));
+        QVERIFY(m_finished->isEmpty());
+        QCOMPARE(QFileInfo(target("a.tif")).size(), 100000);
+#else
+        QSKIP("Needs a limit on the size of files.");
+#endif
+    }
+
+    void secondCallOnlyPreparesTheFile()
+    {
+        m_server->setHangUp(ScriptedServer::HangUp::NoAnswer);
+        makeFile(target("b.tif"), "old");
+        m_downloader->download(url("/a.tif"), false);
+        QTRY_COMPARE(m_server->requests().size(), 1);
+        m_downloader->download(url("/b.tif"), false);
+        QCOMPARE(contents(target("b.tif")), QByteArray());
+        // A name that is none leaves the running one alone.
+        m_downloader->download(url("/.."), false);
+        QCOMPARE(m_failed->size(), 1);
+        // A fresh connection would be needed for a second request, and would come while this one is taken
+        // down.
+        m_server->close();
+        m_downloader.reset();
+        QVERIFY(m_finished->isEmpty());
+        QCOMPARE(m_server->requests().size(), 1);
+    }
+
+    void requestIsStillRunningInItsSlots()
+    {
+        bool again = true;
+        connect(m_downloader.data(), &Downloader::downloadFinished, this, [this, &again] {
+            if (again)
+                m_downloader->download(url("/b.tif"), false);
+            again = false;
+        });
+        m_downloader->download(url("/a.tif"), false);
+        QVERIFY(ends());
+        QCOMPARE(contents(target("b.tif")), QByteArray());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        m_downloader->download(url("/c.tif"), false);
+        QTRY_COMPARE(m_finished->size(), 2);
+        QCOMPARE(m_server->requests().size(), 2);
+        QCOMPARE(m_server->requests().last().target, QByteArray("/c.tif"));
+    }
+
+    void receiversMayDestroyIt_data()
+    {
+        QTest::addColumn<QByteArray>("status");
+        QTest::addColumn<QByteArray>("path");
+        QTest::newRow("finished") << QByteArray("200 OK") << QByteArray("/a.tif");
+        QTest::newRow("network error") << QByteArray("500 Broken") << QByteArray("/a.tif");
+        QTest::newRow("file error") << QByteArray("200 OK") << QByteArray("/..");
+    }
+
+    void receiversMayDestroyIt()
+    {
+        QFETCH(QByteArray, status);
+        QFETCH(QByteArray, path);
+        m_server->setAnswer(ScriptedServer::reply("x", status));
+        const auto destroy = [this] { m_downloader.reset(); };
+        connect(m_downloader.data(), &Downloader::downloadFinished, this, destroy);
+        connect(m_downloader.data(), &Downloader::downloadError, this, destroy);
+        m_downloader->download(url(path), false);
+        QTRY_VERIFY(!m_downloader);
+        // The reply goes with it: what is left of it must not call back.
+        QTRY_VERIFY(m_manager.findChildren<QNetworkReply*>().isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDownloader)
+#include "tst_downloader.moc"
