@@ -64,7 +64,7 @@ private Q_SLOTS:
                 QVERIFY2(withRandomByteOf(result, expected) == expected, line.constData());
             ++count;
         }
-        QCOMPARE(count, 54);
+        QCOMPARE(count, 63);
     }
 
     void textForm()

@@ -25,7 +25,8 @@ class TestDiscover : public QObject
     QList<QNetworkDatagram> m_queries;
     std::unique_ptr<Discover> m_discover;
     std::unique_ptr<QSignalSpy> m_timeOut;
-    QStringList m_found; ///< "address|model|version" of each entry.
+    int m_timerEvents{0}; ///< That the object installed on has received.
+    QStringList m_found;  ///< "address|model|version" of each entry.
 
     void answer(const QByteArray& reply)
     {
@@ -33,6 +34,12 @@ class TestDiscover : public QObject
         const QNetworkDatagram query = m_queries.first();
         QCOMPARE(m_server.writeDatagram(reply, query.senderAddress(), quint16(query.senderPort())),
                  reply.size());
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        m_timerEvents += event->type() == QEvent::Timer ? 1 : 0;
+        return QObject::eventFilter(watched, event);
     }
 
     int sockets() const { return m_discover->findChildren<QUdpSocket*>().size(); }
@@ -137,16 +144,26 @@ private Q_SLOTS:
         QTRY_VERIFY(!m_queries.isEmpty());
         for (int i = 0; i < 150; ++i)
             answer(sentinel);
+        // Other events have their turn in between.
+        int foundBefore = 0;
+        connect(m_discover.get(), &Discover::discoveredEntry, this, [this, &foundBefore] {
+            if (m_found.size() == 1)
+                QTimer::singleShot(0, this, [this, &foundBefore] { foundBefore = m_found.size(); });
+        });
         QTRY_COMPARE(m_found.size(), 150);
+        QVERIFY(foundBefore > 0 && foundBefore < 150);
     }
 
     void timeOutComesOnce()
     {
+        m_timerEvents = 0;
+        m_discover->installEventFilter(this);
         m_discover->startDiscover(20);
         QVERIFY(m_timeOut->wait());
         QTRY_COMPARE(sockets(), 0);
         QVERIFY(!m_timeOut->wait(100));
         QCOMPARE(m_timeOut->size(), 1);
+        QCOMPARE(m_timerEvents, 1);
     }
 
     void restartLeavesTheSecondSearch()

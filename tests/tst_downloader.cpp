@@ -321,24 +321,34 @@ private Q_SLOTS:
     void redirectIsNotFollowed()
     {
         m_server->setAnswer(ScriptedServer::reply("moved", "302 Found", "Location: /other.tif\r\n"));
+        m_manager.setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
         m_downloader->download(url("/a.tif"), false);
+        m_manager.setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
         QVERIFY(ends());
         QCOMPARE(m_finished->size(), 1);
         QCOMPARE(contents(target("a.tif")), QByteArray("moved"));
         QCOMPARE(m_server->requests().size(), 1);
     }
 
+    void fullDiskIsNoSuccess_data()
+    {
+        QTest::addColumn<int>("room");
+        QTest::newRow("within a chunk") << 100000;
+        QTest::newRow("at the end of a small file") << 5;
+    }
+
     void fullDiskIsNoSuccess()
     {
+        QFETCH(int, room);
 #ifdef Q_OS_UNIX
         // A limit on the size of files makes writing fail as a full disk does, and needs no rights.
         rlimit before{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
         rlimit limit = before;
-        limit.rlim_cur = 100000;
+        limit.rlim_cur = static_cast<rlim_t>(room);
         const auto handler = std::signal(SIGXFSZ, SIG_IGN);
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &limit), 0);
-        m_server->setAnswer(ScriptedServer::reply(QByteArray(1000000, 'x')));
+        m_server->setAnswer(ScriptedServer::reply(QByteArray(room < 10 ? room + 1 : 1000000, 'x')));
         m_downloader->download(url("/a.tif"), false);
         const bool ended = ends();
         setrlimit(RLIMIT_FSIZE, &before);
@@ -348,7 +358,7 @@ private Q_SLOTS:
         QCOMPARE(m_failed->size(), 1);
         QCOMPARE(firstError(), int(Downloader::FileError));
         QVERIFY(m_finished->isEmpty());
-        QCOMPARE(QFileInfo(target("a.tif")).size(), 100000);
+        QCOMPARE(QFileInfo(target("a.tif")).size(), room);
 #else
         QSKIP("Needs a limit on the size of files.");
 #endif

@@ -41,9 +41,15 @@ def encipher(key, compression, protection, random, plain):
     return bytes([3, flags]) + bytes(out)
 
 
+def packed_size(plain):
+    return 4 + len(zlib.compress(plain, 9))
+
+
 assert crc16(b"123456789") == 0x906E
 
 plains = [b"", b"x", b"secret", "P\u00e4ssw\u00f6rt \u20ac".encode(), b"a" * 300, bytes(range(256))]
+# As long compressed as plain: automatic compression leaves it alone.
+plains.append(next(b"a" * n for n in range(1, 100) if packed_size(b"a" * n) == n))
 here = os.path.dirname(os.path.abspath(__file__))
 with open(os.path.join(here, "cipher_vectors.txt"), "w", encoding="ascii") as out:
     for number, plain in enumerate(plains):
