@@ -28,8 +28,8 @@ public:
     bool Save(const IQuendraStorage& object);
 
     /// Lets the object read the file's root element. False when the file cannot be opened (the object is not
-    /// called then), else what the object returns. A file that is not well-formed reads as empty: the object
-    /// is handed a null element.
+    /// called then), else what the object returns. A file that is not well-formed, or nested more than 256
+    /// deep, reads as empty: the object is handed a null element.
     bool Load(IQuendraStorage& object);
 
     /// The user's folder for settings files, without a slash at its end. Created on the first call; a failure

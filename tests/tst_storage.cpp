@@ -96,6 +96,8 @@ private Q_SLOTS:
         QTest::newRow("empty") << QByteArray();
         QTest::newRow("no XML") << QByteArray("\0\xff no markup", 12);
         QTest::newRow("cut off") << QByteArray("<settings><note>half</note><server>");
+        QTest::newRow("deep as no stack") << "<settings><note>n</note>" + QByteArray("<a>").repeated(100000) +
+                                                 QByteArray("</a>").repeated(100000) + "</settings>";
         QTest::newRow("something after the end") << QByteArray("<settings><note>n</note></settings><more/>");
     }
 
