@@ -201,6 +201,8 @@ int main(int argc, char** argv)
     QString error;
     if (!commandLine.read(&options, &faults, &error))
         return fail(error);
+    options.keepRequests = false; // nobody asks for them, and the program may run for days
+    options.keepBodyLimit = 0;
     SimServer server(options);
     for (const QString& fault : qAsConst(faults)) {
         if (!server.addFault(fault, &error))

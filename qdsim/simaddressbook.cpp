@@ -58,9 +58,13 @@ QString addressOf(const SimCall& call, const QString& path)
     return QString::fromUtf8(call.server + QUrl::toPercentEncoding(path, "/@:!$&'()*+,;="));
 }
 
-void writeEntry(SimXmlWriter& xml, const SimCall& call, const SimBookId& book, const SimEntry& entry)
+/// @p bookAddress is addressOf() the book, which is the same for all of its entries and costs more than the
+/// rest.
+void writeEntry(SimXmlWriter& xml, const SimCall& call, const QString& bookAddress, const SimBookId& book,
+                const SimEntry& entry)
 {
-    const QString address = addressOf(call, book.path(entry.uid));
+    const QString address = bookAddress + QLatin1Char('/') +
+                            QString::fromLatin1(QUrl::toPercentEncoding(entry.uid, "@:!$&'()*+,;="));
     if (!book.groups) {
         SimPerson person = entry.person;
         person.url = address;
@@ -81,7 +85,7 @@ SimReply entryReply(const SimCall& call, const char* message, const SimBookId& b
 {
     SimXmlWriter xml;
     xml.open("reply").text("message", message);
-    writeEntry(xml, call, book, entry);
+    writeEntry(xml, call, addressOf(call, book.path()), book, entry);
     SimReply reply;
     reply.body = xml.close("reply").bytes();
     return reply;
@@ -128,14 +132,19 @@ SimReply getBook(SimCall& call, bool groups)
             return SimReply::refuse(400, QStringLiteral("a query where there is none"));
         return entryReply(call, "Success", place.book, *book.find(place.uid));
     }
-    const quint32 since = call.request.query.mid(qstrlen("query_time=")).toUInt();
+    bool isNumber = true;
+    const quint32 since =
+        call.request.query.isNull() ? 0 : call.request.query.mid(qstrlen("query_time=")).toUInt(&isNumber);
+    if (!isNumber)
+        return SimReply::refuse(400, QStringLiteral("the query time has more than 32 bits"));
     SimXmlWriter xml(since == 0 ? 400 * (book.size() + 1) : 4096);
     xml.open("reply")
         .text("message", "Success")
         .number("query_time", books.readingTime(call.state.clock().now()));
+    const QString address = addressOf(call, place.book.path());
     for (const auto& entry : book.entries()) {
         if (entry.second.changed > since)
-            writeEntry(xml, call, place.book, entry.second);
+            writeEntry(xml, call, address, place.book, entry.second);
     }
     SimReply reply;
     reply.body = xml.close("reply").bytes();

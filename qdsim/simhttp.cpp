@@ -19,6 +19,7 @@ namespace {
 
 const qint64 largestBody = qint64(1) << 30; // bytes; QByteArray ends at 2 GiB
 const int largestChunk = 1 << 18;
+const char tlsHandshake = 0x16; // the first byte of every TLS connection
 
 /// A thread for every connection: a client that keeps its connections open must not keep others out.
 class ThreadPerJob : public httplib::TaskQueue
@@ -267,8 +268,15 @@ private:
             ssl = SSL_new(m_tls->context());
             SSL_set_fd(ssl, socket);
         }
-        if (!ssl || SSL_accept(ssl) == 1)
+        char first = 0;
+        const bool isTls = ::recv(socket, &first, 1, MSG_PEEK) == 1 && first == tlsHandshake;
+        if (ssl ? SSL_accept(ssl) == 1 : !isTls)
             serve(socket, ssl);
+        else if (!isTls)
+            m_handlers.broken(QStringLiteral("no TLS on a TLS port"));
+        else // without TLS a reader would wait for the end of a line, and the client for an answer
+            m_handlers.broken(ssl ? QStringLiteral("TLS handshake failed")
+                                  : QStringLiteral("TLS on a plain port"));
         SSL_free(ssl);
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
@@ -289,9 +297,13 @@ private:
             current() = &exchange;
             connection.beginRequest();
             more = process_request(connection, false, closed, [](httplib::Request& request) {
-                request.headers.erase(
-                    "Accept-Encoding"); // or the library would compress every reply by itself
+                request.headers.erase("Accept-Encoding"); // the library would compress on its own
             });
+            if (exchange.request.method.isEmpty() && !connection.head().isEmpty()) {
+                const QString begin = QString::fromLatin1(connection.head().left(80)).simplified();
+                m_handlers.broken(QStringLiteral("malformed or too long: ") + begin);
+                more = false; // where the next request would begin nobody knows
+            }
         }
         current() = nullptr;
         if (ssl && !connection.isCut())

@@ -24,6 +24,8 @@ public:
         std::function<bool(const SimRequest&)> head;
         /// Called with the whole request, returns the answer.
         std::function<SimReply(SimRequest&)> request;
+        /// Called with a reason when what arrived is no HTTP request at all.
+        std::function<void(const QString&)> broken;
     };
 
     /// @p tls null: plain HTTP.

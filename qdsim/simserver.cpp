@@ -65,11 +65,11 @@ SimReply SimServer::Private::answer(SimRequest& request)
 
 void SimServer::Private::record(const SimRequest& request)
 {
-    SimRequest kept = request;
-    const qint64 limit = state.options().keepBodyLimit;
-    if (limit >= 0 && kept.body.size() > limit)
-        kept.body = kept.body.left(static_cast<int>(limit));
-    {
+    if (state.options().keepRequests) {
+        SimRequest kept = request;
+        const qint64 limit = state.options().keepBodyLimit;
+        if (limit >= 0 && kept.body.size() > limit)
+            kept.body = kept.body.left(static_cast<int>(limit));
         const std::lock_guard<std::mutex> lock(mutex);
         requests.append(kept);
     }
@@ -174,6 +174,10 @@ bool SimServer::start(QString* error)
         return false;
     };
     handlers.request = [this](SimRequest& request) { return d->answer(request); };
+    handlers.broken = [this](const QString& what) {
+        if (d->log)
+            d->log(QStringLiteral("- no request: ") + what);
+    };
     quint16 port = options().port;
     QStringList addresses{options().bind};
     if (options().bindIpv6)

@@ -39,6 +39,10 @@ bool SimUser::parse(const QString& text, SimUser* user, QString* error)
         *error = QStringLiteral("a user is NAME:PASSWORD[:RIGHTS]");
         return false;
     }
+    if (parts[0] == QLatin1String("global_contact_list")) {
+        *error = QStringLiteral("\"%1\" is the name of the global book").arg(parts[0]);
+        return false;
+    }
     user->name = parts[0];
     user->password = parts[1];
     const QStringList rights = parts.value(2).split(QLatin1Char(','), Qt::SkipEmptyParts);

@@ -157,6 +157,8 @@ struct SimOptions
 
     qint64 keepBodyLimit = 1 << 20; ///< bytes kept of each request body and attachment; -1: all
 
+    bool keepRequests = true; ///< for SimServer::requests(); false for a server that runs for days
+
     int inbound = 0;             ///< entries the inbound log starts with
     qint64 hugeDocument = 0;     ///< size in bytes of one generated document in the inbound log; 0: none
     int contacts = 0;            ///< generated people in every book

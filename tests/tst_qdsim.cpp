@@ -8,6 +8,7 @@
 #include <QtTest/QtTest>
 
 #include <csignal>
+#include <mutex>
 
 namespace {
 
@@ -137,6 +138,8 @@ private Q_SLOTS:
     void refusesUnknownFaults_data();
     void refusesUnknownFaults();
     void speaksTls();
+    void logsWhatIsNoRequest_data();
+    void logsWhatIsNoRequest();
     void servesManyConnections();
     void stopsAtOnce();
     void listensOnIpv6();
@@ -719,11 +722,49 @@ void TestQdsim::speaksTls()
     QCOMPARE(wire.send(server, &socket).status, 200); // same connection
     QVERIFY(server.requests().first().secure);
 
+    SimServer plainServer; // and the other way round
+    QVERIFY(plainServer.start());
+    QSslSocket encrypted;
+    encrypted.connectToHostEncrypted(options.bind, plainServer.port());
+    QVERIFY(!encrypted.waitForEncrypted(20000));
+    QVERIFY(encrypted.state() == QAbstractSocket::UnconnectedState || encrypted.waitForDisconnected(20000));
+
     QTcpSocket plain; // and who speaks plain HTTP to it gets no answer
     plain.connectToHost(options.bind, server.port());
     plain.write(wire.bytes(server));
     QVERIFY(plain.waitForDisconnected(20000));
     QCOMPARE(server.requestCount(), 2);
+}
+
+void TestQdsim::logsWhatIsNoRequest_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("not HTTP") << QByteArray("HELO there\r\n\r\n") << QStringLiteral("malformed");
+    QTest::newRow("long target") << "GET /" + QByteArray(9000, 'a') + " HTTP/1.1\r\n\r\n"
+                                 << QStringLiteral("too long");
+    QTest::newRow("TLS") << QByteArray("\x16\x03\x01\x02\x00", 5) << QStringLiteral("TLS on a plain port");
+}
+
+void TestQdsim::logsWhatIsNoRequest()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, line);
+    SimServer server;
+    QStringList lines;
+    std::mutex mutex;
+    server.setLog([&](const QString& text) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        lines.append(text);
+    });
+    QVERIFY(server.start());
+    QTcpSocket socket;
+    socket.connectToHost(server.options().bind, server.port());
+    socket.write(bytes);
+    QVERIFY(socket.waitForReadyRead(20000) || socket.state() == QAbstractSocket::UnconnectedState);
+    server.stop();
+    QCOMPARE(lines.size(), 1);
+    QVERIFY2(lines.first().contains(line), qPrintable(lines.first()));
 }
 
 void TestQdsim::servesManyConnections()

@@ -358,6 +358,7 @@ void TestQdsimData::refusesBookRequests_data()
     row("delete of a book", "DELETE", "contacts/alice", {}, 405, "a book");
     row("post to an entry", "POST", "contacts/alice/1", contactDocument("<name>A</name>"), 405, "an entry");
     row("query_time 0", "GET", "contacts/alice?query_time=0", {}, 400, "query");
+    row("query_time of 33 bits", "GET", "contacts/alice?query_time=4294967296", {}, 400, "32 bits");
     row("query of an entry", "GET", "contacts/alice/1?query_time=1", {}, 400, "query");
     row("query of oids", "GET", "contact_oids/alice?query_time=1", {}, 400, "query");
     row("oids of an entry", "GET", "contact_oids/alice/1", {}, 404, "no book");
