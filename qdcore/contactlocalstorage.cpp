@@ -1,0 +1,548 @@
+#include "contactlocalstorage.h"
+
+#include "appfolder_p.h"
+#include "log_p.h"
+#include "storebracket_p.h"
+
+#include <QDir>
+#include <QTextStream>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+/// As many contacts the row trigger may take one by one; for more, dropping and making it anew is cheaper.
+const uint fewContacts = 32;
+
+using Lock = std::lock_guard<std::recursive_mutex>;
+
+/// What a filter leaves open, and its values in the order in which they are bound.
+StoreFilter filterOf(quint32 source, quint32 type, quint32 location, QVector<QVariant>& values)
+{
+    values = {source};
+    if (location)
+        values.append(location);
+    if (type)
+        values.append(type);
+    if (location)
+        return type ? StoreFilter::LocationAndType : StoreFilter::Location;
+    return type ? StoreFilter::Type : StoreFilter::None;
+}
+
+/// Whether a text from a server may become part of a statement as the number it is.
+bool isObjectId(const QString& text)
+{
+    return !text.isEmpty() && text.size() <= 18 && std::all_of(text.cbegin(), text.cend(), [](QChar c) {
+        return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+    });
+}
+
+/// The condition of a statement that deletes contacts.
+QString conditionOf(QString deletion)
+{
+    deletion.remove(0, int(qstrlen("DELETE FROM contacts ")));
+    deletion.chop(1);
+    return deletion;
+}
+
+} // namespace
+
+/// What a thread has: a connection and, while one is open, a bracket on it.
+struct ContactLocalStorage::Thread
+{
+    Thread(const QString& name, const QString& file)
+        : connection(name, file)
+    {}
+
+    StoreConnection connection;
+    std::unique_ptr<StoreBracket> bracket;
+};
+
+ContactLocalStorage::ContactLocalStorage(QObject* parent)
+    : QObject(parent)
+    , m_file(folder() + QStringLiteral("/contacts.sqlite"))
+{
+    const QString path = folder();
+    if (!QDir(path).exists() && !QDir().mkpath(path))
+        QD_LOG(ERROR, tr("Error creating path %1", "Logger").arg(path));
+    if (!checkDB() && !makeDB())
+        QD_LOG(ERROR, tr("Error creating database", "Logger"));
+}
+
+ContactLocalStorage::~ContactLocalStorage()
+{
+    const Lock lock(m_threadsMutex);
+    QD_LOG(INFO, tr("Closing database", "Logger"));
+    freeStorageForThread();
+    QD_LOG(INFO, tr("Database closed", "Logger"));
+}
+
+QString ContactLocalStorage::folder()
+{
+    return appFolder(QStringLiteral("/Contacts"));
+}
+
+bool ContactLocalStorage::checkDB()
+{
+    const QStringList tables = getDbForThread().connection.tables();
+    for (const char* table : {"contacts", "sources", "properties", "groups"}) {
+        if (!tables.contains(QLatin1String(table)))
+            return false;
+    }
+    return true;
+}
+
+bool ContactLocalStorage::makeDB()
+{
+    StoreConnection& connection = getDbForThread().connection;
+    for (int i = 0; i < static_cast<int>(StoreStatement::SchemaEnd); ++i) {
+        if (!connection.execute(storeStatement(static_cast<StoreStatement>(i))))
+            return false;
+    }
+    return true;
+}
+
+ContactLocalStorage::Thread& ContactLocalStorage::getDbForThread()
+{
+    const Lock lock(m_threadsMutex);
+    QThread* const current = QThread::currentThread();
+    QSharedPointer<Thread>& thread = m_threads[current];
+    if (thread && thread->connection.isUsable())
+        return *thread;
+
+    QString name;
+    QTextStream(&name) << "contacts.sqlite:" << static_cast<const void*>(current);
+    thread.reset();
+    thread = QSharedPointer<Thread>::create(name, m_file);
+    if (!thread->connection.isOpen())
+        QD_LOG(ERROR, tr("Error opening database", "Logger"));
+    return *thread;
+}
+
+StoreConnection& ContactLocalStorage::settled()
+{
+    Thread& thread = getDbForThread();
+    if (thread.bracket && !thread.bracket->settle())
+        QD_LOG(ERROR, tr("Error to add contact (db insert)", "Logger"));
+    return thread.connection;
+}
+
+quint32 ContactLocalStorage::getSource(const QString& name, SourceType type)
+{
+    StoreRows rows = settled().run(StoreStatement::FindSource, name, type);
+    return rows.next() ? rows.number(0) : 0;
+}
+
+quint32 ContactLocalStorage::addSource(const QString& name, SourceType type)
+{
+    const Lock lock(m_transactionMutex);
+    quint32 id = getSource(name, type);
+    if (id)
+        return id;
+    if (settled().run(StoreStatement::InsertSource, name, type).ok())
+        id = getSource(name, type);
+    if (!id)
+        QD_LOG(ERROR, tr("Error to add source (db insert)", "Logger"));
+    return id;
+}
+
+void ContactLocalStorage::deleteSource(quint32 id)
+{
+    deleteMany(conditionOf(storeStatement(StoreStatement::DeleteContacts)),
+               storeStatement(StoreStatement::DeleteSource), {id}, true);
+}
+
+void ContactLocalStorage::deleteSource(const QString& name, SourceType type)
+{
+    const Lock lock(m_transactionMutex);
+    if (const quint32 id = getSource(name, type))
+        deleteSource(id);
+}
+
+QList<quint32> ContactLocalStorage::getSourceList(SourceType type, uint, uint)
+{
+    QVector<QVariant> values;
+    if (type)
+        values.append(static_cast<quint32>(type));
+    StoreRows rows =
+        settled().run(type ? StoreStatement::ListSourcesOfType : StoreStatement::ListSources, values);
+    QList<quint32> ids;
+    while (rows.next())
+        ids.append(rows.number(0));
+    return ids;
+}
+
+bool ContactLocalStorage::getSourceInfo(quint32 id, QString& name, SourceType& type)
+{
+    StoreRows rows = settled().run(StoreStatement::SourceInfo, id);
+    if (!rows.next())
+        return false;
+    name = rows.text(0);
+    type = static_cast<SourceType>(rows.number(1));
+    return true;
+}
+
+quint32 ContactLocalStorage::getContact(quint32 source, ContactType type, ContactLocation location,
+                                        const QString& uid)
+{
+    Thread& thread = getDbForThread();
+    if (thread.bracket)
+        return thread.bracket->contactId(source, type, location, uid);
+    StoreRows rows = thread.connection.run(StoreStatement::FindContact, source, type, location, uid);
+    return rows.next() ? rows.number(0) : 0;
+}
+
+quint32 ContactLocalStorage::addContact(quint32 source, ContactType type, ContactLocation location,
+                                        const QString& uid, quint32 timestamp, const QString& name,
+                                        const QString& description, const QString& phone, const QString& fax,
+                                        const QString& email, const QString& organization)
+{
+    const Lock lock(m_transactionMutex);
+    quint32 id = getContact(source, type, location, uid);
+    if (id) {
+        updateContactInfo(id, timestamp, name, description, phone, fax, email, organization);
+        return id;
+    }
+
+    Thread& thread = getDbForThread();
+    if (thread.bracket) {
+        id = thread.bracket->addContact(
+            {source, type, location, uid, timestamp, name, description, phone, fax, email, organization});
+    } else if (thread.connection
+                   .run(StoreStatement::InsertContact, uid, type, location, source, timestamp, name,
+                        description, phone, fax, email, organization)
+                   .ok()) {
+        id = getContact(source, type, location, uid);
+    }
+    if (!id)
+        QD_LOG(ERROR, tr("Error to add contact (db insert)", "Logger"));
+    return id;
+}
+
+void ContactLocalStorage::updateContactInfo(quint32 id, quint32 timestamp, const QString& name,
+                                            const QString& description, const QString& phone,
+                                            const QString& fax, const QString& email,
+                                            const QString& organization)
+{
+    const Lock lock(m_transactionMutex);
+    Thread& thread = getDbForThread();
+    if (thread.bracket && thread.bracket->isPending(id))
+        settled();
+    if (timestamp) {
+        thread.connection.run(StoreStatement::UpdateContact, timestamp, name, description, phone, fax, email,
+                              organization, id);
+    } else {
+        thread.connection.run(StoreStatement::UpdateContactKeepTimestamp, name, description, phone, fax,
+                              email, organization, id);
+    }
+}
+
+void ContactLocalStorage::deleteContact(quint32 id)
+{
+    const Lock lock(m_transactionMutex);
+    Thread& thread = getDbForThread();
+    if (thread.bracket)
+        thread.bracket->forget();
+    thread.connection.run(StoreStatement::DeleteContact, id);
+}
+
+void ContactLocalStorage::deleteContact(quint32 source, ContactType type, ContactLocation location,
+                                        const QString& uid)
+{
+    const Lock lock(m_transactionMutex);
+    if (const quint32 id = getContact(source, type, location, uid))
+        deleteContact(id);
+}
+
+void ContactLocalStorage::deleteContactList(quint32 source, ContactType type, ContactLocation location)
+{
+    QVector<QVariant> values;
+    const StoreFilter filter = filterOf(source, type, location, values);
+    const QString statement = storeStatement(StoreStatement::DeleteContacts + filter);
+    deleteMany(conditionOf(statement), statement, values);
+}
+
+void ContactLocalStorage::deleteContactsIfNotInUIDS(quint32 source, ContactType type,
+                                                    ContactLocation location, const QList<QString>& uids)
+{
+    if (uids.isEmpty())
+        return;
+    const bool isEmptyBook = uids.size() == 1 && uids.first().isEmpty();
+    if (!isEmptyBook && !std::all_of(uids.cbegin(), uids.cend(), isObjectId))
+        return;
+    QVector<QVariant> values;
+    const StoreFilter filter = filterOf(source, type, location, values);
+    const QString statement = storeStatement(StoreStatement::DeleteContactsNotIn + filter) +
+                              QStringList(uids).join(QStringLiteral(", ")) + QStringLiteral(");");
+    deleteMany(conditionOf(statement), statement, values);
+}
+
+void ContactLocalStorage::deleteMany(const QString& condition, const QString& statement,
+                                     const QVector<QVariant>& values, bool cascades)
+{
+    const Lock lock(m_transactionMutex);
+    Thread& thread = getDbForThread();
+    StoreConnection& db = thread.connection;
+    if (thread.bracket)
+        thread.bracket->forget();
+
+    const auto completed = [&condition](StoreStatement text) { return storeStatement(text).arg(condition); };
+    const QVector<QVariant> counted = QVector<QVariant>(values) << fewContacts + 1;
+    if (db.first(completed(StoreStatement::CountContacts), counted).toUInt() <= fewContacts) {
+        db.execute(statement, values);
+        return;
+    }
+
+    // The row trigger scans two tables for each contact that goes. Its work is done here for all of them at
+    // once, and the trigger is away only inside a transaction, where nobody else can miss it.
+    const auto run = [&db](StoreStatement text) { return db.execute(storeStatement(text)); };
+    const bool own = !thread.bracket;
+    if (own && !run(StoreStatement::Begin))
+        return;
+    bool ok = run(StoreStatement::Savepoint);
+    const QString trigger = db.first(storeStatement(StoreStatement::DeleteTriggerText)).toString();
+    if (!cascades) {
+        ok = ok && db.execute(completed(StoreStatement::DeletePropertiesOfContacts), values) &&
+             db.execute(completed(StoreStatement::DeleteLinksOfContacts), values);
+    }
+    ok = ok && (trigger.isEmpty() || run(StoreStatement::DropDeleteTrigger)) &&
+         db.execute(statement, values) && (trigger.isEmpty() || db.execute(trigger));
+    if (!ok)
+        run(StoreStatement::RollbackToSavepoint);
+    run(StoreStatement::ReleaseSavepoint);
+    if (own && !run(StoreStatement::Commit))
+        run(StoreStatement::Rollback);
+}
+
+quint32 ContactLocalStorage::getContactLastTimeStamp(quint32 source, ContactType type,
+                                                     ContactLocation location)
+{
+    QVector<QVariant> values;
+    const StoreFilter filter = filterOf(source, type, location, values);
+    StoreRows rows = settled().run(StoreStatement::LastTimestamp + filter, values);
+    return rows.next() ? rows.number(0) : 0;
+}
+
+bool ContactLocalStorage::getContactInfo(quint32 id, quint32& source, ContactType& type,
+                                         ContactLocation& location, QString& uid, quint32& timestamp,
+                                         QString& name, QString& description, QString& phone, QString& fax,
+                                         QString& email, QString& organization)
+{
+    StoreRows rows = settled().run(StoreStatement::ContactInfo, id);
+    if (!rows.next())
+        return false;
+    uid = rows.text(0);
+    type = static_cast<ContactType>(rows.number(1));
+    location = static_cast<ContactLocation>(rows.number(2));
+    source = rows.number(3);
+    timestamp = rows.number(4);
+    name = rows.text(5);
+    description = rows.text(6);
+    phone = rows.text(7);
+    fax = rows.text(8);
+    email = rows.text(9);
+    organization = rows.text(10);
+    return true;
+}
+
+namespace {
+
+/// The list statement for a filter, and its values without limit and offset.
+StoreStatement listOf(quint32 source, quint32 type, quint32 location, quint32 group, uint offset, uint limit,
+                      QVector<QVariant>& values)
+{
+    const StoreFilter filter = filterOf(source, type, location, values);
+    const bool ofGroup = group && filter != StoreFilter::LocationAndType;
+    if (ofGroup)
+        values.append(group);
+    if (limit)
+        values << limit << offset;
+    return (ofGroup ? StoreStatement::ListContactsOfGroup : StoreStatement::ListContacts) + filter;
+}
+
+} // namespace
+
+QList<quint32> ContactLocalStorage::getContactList(quint32 source, ContactType type, ContactLocation location,
+                                                   quint32 group, uint offset, uint limit)
+{
+    QVector<QVariant> values;
+    const StoreStatement list = listOf(source, type, location, group, offset, limit, values);
+    StoreRows rows = settled().runList(list, false, limit != 0, values);
+    QList<quint32> ids;
+    while (rows.next())
+        ids.append(rows.number(0));
+    return ids;
+}
+
+ContactList ContactLocalStorage::getContactList(ContactFactory factory, quint32 source, ContactType type,
+                                                ContactLocation location, quint32 group, uint offset,
+                                                uint limit, void* userData)
+{
+    QVector<quint32> path;
+    return units(factory, source, type, location, group, offset, limit, userData, path);
+}
+
+ContactList ContactLocalStorage::units(ContactFactory factory, quint32 source, ContactType type,
+                                       ContactLocation location, quint32 group, uint offset, uint limit,
+                                       void* userData, QVector<quint32>& path)
+{
+    struct Row
+    {
+        quint32 id, type, location;
+        QString uid, name, description, phone, fax, email, organization;
+    };
+    QVector<Row> found;
+    {
+        // All rows before any members: those are read by the same statement.
+        QVector<QVariant> values;
+        const StoreStatement list = listOf(source, type, location, group, offset, limit, values);
+        StoreRows rows = settled().runList(list, true, limit != 0, values);
+        while (rows.next()) {
+            found.append({rows.number(0), rows.number(2), rows.number(3), rows.text(1), rows.text(4),
+                          rows.text(5), rows.text(6), rows.text(7), rows.text(8), rows.text(9)});
+        }
+    }
+
+    ContactList result;
+    result.contacts().reserve(found.size());
+    for (const Row& row : qAsConst(found)) {
+        ContactList members;
+        if (row.type == TypeGroup && !path.contains(row.id)) {
+            path.append(row.id);
+            members = units(factory, source, AnyType, AnyLocation, row.id, 0, 0, userData, path);
+            path.removeLast();
+        }
+        result.contacts().append(factory(
+            static_cast<ContactType>(row.type), static_cast<ContactLocation>(row.location), row.uid, row.name,
+            row.description, row.phone, row.fax, row.email, row.organization, members, userData));
+    }
+    return result;
+}
+
+void ContactLocalStorage::linkContactAndGroup(quint32 contact, quint32 group)
+{
+    const Lock lock(m_transactionMutex);
+    Thread& thread = getDbForThread();
+    if (thread.bracket) {
+        if (!thread.bracket->hasLink(contact, group))
+            thread.bracket->addLink(contact, group);
+        return;
+    }
+    bool isMissing = false;
+    {
+        StoreRows rows = thread.connection.run(StoreStatement::FindLink, contact, group);
+        isMissing = rows.ok() && !rows.next();
+    }
+    if (isMissing)
+        thread.connection.run(StoreStatement::InsertLink, contact, group);
+}
+
+void ContactLocalStorage::unlinkContactAndGroup(quint32 contact, quint32 group)
+{
+    if (!contact && !group)
+        return;
+    const Lock lock(m_transactionMutex);
+    Thread& thread = getDbForThread();
+    if (thread.bracket && !thread.bracket->removeLinks(contact, group))
+        return;
+    if (contact && group)
+        thread.connection.run(StoreStatement::DeleteLink, contact, group);
+    else if (contact)
+        thread.connection.run(StoreStatement::DeleteLinksOfContact, contact);
+    else
+        thread.connection.run(StoreStatement::DeleteLinksOfGroup, group);
+}
+
+void ContactLocalStorage::addProperty(quint32 contact, PropertyType type, const QString& value)
+{
+    const Lock lock(m_transactionMutex);
+    StoreConnection& connection = settled();
+    const bool exists = connection.run(StoreStatement::FindProperty, contact, type).next();
+    if (exists)
+        connection.run(StoreStatement::UpdateProperty, value, contact, type);
+    else
+        connection.run(StoreStatement::InsertProperty, contact, type, value);
+}
+
+void ContactLocalStorage::deleteProperty(quint32 contact, PropertyType type)
+{
+    const Lock lock(m_transactionMutex);
+    settled().run(StoreStatement::DeleteProperty, contact, type);
+}
+
+bool ContactLocalStorage::getPropertyInfo(quint32 contact, PropertyType type, QString& value)
+{
+    StoreRows rows = settled().run(StoreStatement::PropertyInfo, contact, type);
+    if (!rows.next())
+        return false;
+    value = rows.text(0);
+    return true;
+}
+
+QMap<quint32, QString> ContactLocalStorage::quickSearch(const QString& text, uint limit, quint32 source1,
+                                                        quint32 source2)
+{
+    StoreStatement statement = StoreStatement::Search;
+    QVector<QVariant> values{QLatin1Char('%') + text + QLatin1Char('%')};
+    if (source1 && source2) {
+        statement = StoreStatement::SearchSources;
+        values << source1 << source2;
+    } else if (source1) {
+        statement = StoreStatement::SearchSource;
+        values << source1;
+    } else if (source2 && limit) {
+        values << source2;
+    }
+    if (limit) {
+        statement = source2 && !source1 ? StoreStatement::SearchSecondSourceLimited : statement + 1;
+        values << limit;
+    }
+
+    QMap<quint32, QString> result;
+    StoreRows rows = settled().run(statement, values);
+    while (rows.next())
+        result.insert(rows.number(0), rows.text(1));
+    return result;
+}
+
+bool ContactLocalStorage::scopeBegin()
+{
+    m_transactionMutex.lock();
+    QD_LOG(DEBUG, tr("Transaction mutex locked", "Logger"));
+    Thread& thread = getDbForThread();
+    if (m_depth++)
+        return thread.bracket != nullptr;
+
+    thread.connection.execute(storeStatement(StoreStatement::SpillOff));
+    if (!thread.connection.execute(storeStatement(StoreStatement::Begin)))
+        return false;
+    thread.bracket = std::make_unique<StoreBracket>(thread.connection);
+    return true;
+}
+
+void ContactLocalStorage::scopeEnd()
+{
+    std::unique_lock<std::recursive_mutex> lock(m_transactionMutex);
+    if (!m_depth) // No bracket is open, so there is none to unlock.
+        return;
+    QD_LOG(DEBUG, tr("Transaction commit started", "Logger"));
+    if (--m_depth == 0) {
+        StoreConnection& connection = settled();
+        Thread& thread = getDbForThread();
+        if (thread.bracket && !connection.execute(storeStatement(StoreStatement::Commit)))
+            connection.execute(storeStatement(StoreStatement::Rollback));
+        thread.bracket.reset();
+        connection.execute(storeStatement(StoreStatement::SpillOn));
+    }
+    QD_LOG(DEBUG, tr("Transaction commit finished", "Logger"));
+    m_transactionMutex.unlock();
+    lock.unlock();
+    QD_LOG(DEBUG, tr("Transaction mutex unlocked", "Logger"));
+}
+
+void ContactLocalStorage::freeStorageForThread()
+{
+    const Lock lock(m_threadsMutex);
+    m_threads.remove(QThread::currentThread());
+}
