@@ -21,7 +21,8 @@ const char examples[] =
     "  qdsim --port 8080\n"
     "  qdsim --tls --user alice:secret:global --user bob:word --spool /tmp/faxes --speed 20\n"
     "  qdsim --fail-pattern '000$' --fault status=503,path=/qdws/v1/ofax,method=POST,times=1\n"
-    "  qdsim --inbound 10000 --contacts 20000 --groups 100 --changes 5";
+    "  qdsim --inbound 10000 --contacts 20000 --groups 100 --changes 5\n\n"
+    "Trouble is caused by --fault KIND[=ARGUMENT][,method=M][,path=PREFIX][,skip=N][,times=N]. Kinds:\n";
 
 int fail(const QString& text)
 {
@@ -57,7 +58,7 @@ class CommandLine
 public:
     CommandLine()
     {
-        m_parser.setApplicationDescription(QString::fromLatin1(examples));
+        m_parser.setApplicationDescription(QString::fromLatin1(examples) + SimFault::help());
         m_parser.addHelpOption();
         m_parser.addVersionOption();
         add("port", "Listen on this port; 0, the default, takes a free one.", "PORT");
@@ -73,7 +74,7 @@ public:
         add("users", "Read users from a file, one a line.", "FILE");
         add("model", "Model of the server (default QDF40X).", "MODEL");
         add("firmware", "Firmware version of the server (default 3.6.1).", "VERSION");
-        add("speed", "How much faster than real faxes move; 0: not at all.", "FACTOR");
+        add("speed", "How much faster faxes move than a second a page; 0: not at all.", "FACTOR");
         add("fail-pattern", "Faxes to numbers that match this regular expression fail.", "REGEX");
         add("spool", "Store received attachments here, one folder a submission.", "DIR");
         add("state", "Keep the server's state here from run to run.", "DIR");
@@ -89,11 +90,7 @@ public:
             "ADDRESS");
         add("discovery-port", "UDP port of discovery (default 7070).", "PORT");
         add("announce", "The address that discovery replies name (default: the one listened on).", "ADDRESS");
-        add("fault",
-            QByteArray("Cause trouble: KIND[=ARGUMENT][,method=M][,path=PREFIX][,skip=N][,times=N]. May be "
-                       "repeated. Kinds:\n") +
-                SimFault::help().toUtf8(),
-            "SPEC");
+        add("fault", "Cause trouble, see above. May be repeated.", "SPEC");
     }
 
     void add(const char* name, const QByteArray& help, const char* value = "")

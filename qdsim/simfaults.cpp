@@ -131,7 +131,9 @@ QString SimFault::help()
     QString text;
     for (const KindName& kind : kinds) {
         QString name = QLatin1String(kind.name);
-        if (kind.argument[0])
+        if (kind.argument[0] == '[')
+            name += QStringLiteral("[=") + QString::fromLatin1(kind.argument).mid(1);
+        else if (kind.argument[0])
             name += QLatin1Char('=') + QLatin1String(kind.argument);
         text += QStringLiteral("  %1 %2\n").arg(name, -16).arg(QLatin1String(kind.help));
     }
@@ -183,7 +185,8 @@ bool SimFaults::take(const SimRequest& request, bool early, SimFault* fault)
 
 SimReply SimFaults::instead(const SimFault& fault)
 {
-    SimReply reply = SimReply::refuse(static_cast<int>(fault.number), QStringLiteral("fault on request"));
+    SimReply reply = SimReply::message(QStringLiteral("trouble on request"));
+    reply.status = static_cast<int>(fault.number);
     if (fault.number == 401)
         reply.headers.append(
             qMakePair(QByteArrayLiteral("WWW-Authenticate"), QByteArrayLiteral("Basic realm=\"qdws\"")));

@@ -54,6 +54,7 @@ SimReply SimServer::Private::answer(SimRequest& request)
     reply.compressed = state.options().compress;
     request.status = reply.status;
     request.refusal = reply.refusal;
+    request.faulty = isFaulty;
     if (isFaulty) {
         SimFaults::apply(fault, &reply);
         if (reply.hangUp)
@@ -85,6 +86,8 @@ void SimServer::Private::record(const SimRequest& request)
                            .join(QLatin1Char(' '));
         if (request.status == 0)
             line += QLatin1String(" connection closed");
+        if (request.faulty)
+            line += QLatin1String(" trouble on request");
         if (!request.refusal.isEmpty())
             line += QLatin1String(" refused: ") + request.refusal;
         log(line);
@@ -170,7 +173,9 @@ bool SimServer::start(QString* error)
     handlers.head = [this](const SimRequest& request) {
         if (!d->faults.hangUpEarly(request))
             return true;
-        d->record(request);
+        SimRequest cut = request;
+        cut.faulty = true;
+        d->record(cut);
         return false;
     };
     handlers.request = [this](SimRequest& request) { return d->answer(request); };

@@ -25,8 +25,9 @@ struct SimRequest
     qint64 bodySize = 0;                            ///< length of the whole body in bytes
     bool secure = false;                            ///< came through TLS
     QString user;                                   ///< name of the authenticated user, empty if none
-    int status = 0;  ///< HTTP status of the answer; 0: connection cut, or not answered yet
-    QString refusal; ///< why the request was refused; empty if it was accepted
+    int status = 0;      ///< HTTP status of the answer; 0: connection cut, or not answered yet
+    bool faulty = false; ///< trouble was caused on request
+    QString refusal;     ///< why the request was refused; empty if it was accepted
 
     /// The value of the first header of that name (case does not matter), null if there is none.
     QByteArray header(const char* name) const;

@@ -143,6 +143,7 @@ private Q_SLOTS:
     void servesManyConnections();
     void stopsAtOnce();
     void listensOnIpv6();
+    void refusesAPortInUse();
     void remembersItsState();
     void refusesADamagedState();
     void runsAsAProgram();
@@ -666,6 +667,8 @@ void TestQdsim::causesTrouble()
         QVERIFY(answer.body.count("<a>") == 100000 && answer.body.endsWith("</a></a>"));
     QCOMPARE(server.faxes().size(), faxes);
     QCOMPARE(server.requestCount(), 1);
+    QVERIFY(server.requests().first().faulty);
+    QCOMPARE(server.refusals(), QStringList());
     server.clearFaults();
     QCOMPARE(Wire("GET", "/qdws/v1/verify").send(server).text("message"), QStringLiteral("VERIFIED"));
 }
@@ -823,6 +826,18 @@ void TestQdsim::listensOnIpv6()
     SimServer other(options);
     QVERIFY(other.start());
     QCOMPARE(other.address(), QStringLiteral("[::1]:%1").arg(other.port()));
+}
+
+void TestQdsim::refusesAPortInUse()
+{
+    SimServer server;
+    QVERIFY(server.start());
+    SimOptions options;
+    options.port = server.port();
+    SimServer other(options);
+    QString error;
+    QVERIFY(!other.start(&error));
+    QVERIFY(error.contains(QString::number(options.port)));
 }
 
 void TestQdsim::remembersItsState()

@@ -2,6 +2,8 @@
 #include "simwire.h"
 
 #include <QtCore/QSet>
+#include <QtNetwork/QNetworkAccessManager>
+#include <QtNetwork/QNetworkReply>
 #include <QtNetwork/QUdpSocket>
 #include <QtTest/QtTest>
 
@@ -74,6 +76,7 @@ private Q_SLOTS:
     void escapesWhatXmlCannotHold();
     void fillsBooksAlikeForTheSameSeed();
     void changesWhileItRuns();
+    void compressesForWhoeverWantsIt();
 };
 
 void TestQdsimData::offersCoverPagesAndPrinters()
@@ -573,6 +576,35 @@ void TestQdsimData::changesWhileItRuns()
         QTRY_VERIFY((now = Wire("GET", "/qdws/v1/contact_oids/alice").send(server).body) != before);
         before = now;
     }
+}
+
+void TestQdsimData::compressesForWhoeverWantsIt()
+{
+    SimOptions options;
+    options.compress = true;
+    options.contacts = 1000;
+    SimServer server(options);
+    QVERIFY(server.start());
+    const Wire wire("GET", "/qdws/v1/contacts/alice");
+    const Wire::Answer plain = wire.send(server);
+    QVERIFY(!plain.head.contains("Content-Encoding"));
+    QNetworkAccessManager nam; // asks for gzip and unpacks it
+    QNetworkRequest request(server.url(QStringLiteral("/qdws/v1/contacts/alice")));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, wire.contentType);
+    request.setRawHeader("Authorization", "Basic " + wire.credentials.toBase64());
+    const std::unique_ptr<QNetworkReply> reply(nam.get(request));
+    QTRY_VERIFY_WITH_TIMEOUT(reply->isFinished(), 20000);
+    const auto withoutTime = [](QByteArray body) {
+        const int begin = body.indexOf("<query_time>");
+        return body.remove(begin, body.indexOf("</query_time>") - begin);
+    };
+    QVERIFY(reply->error() == QNetworkReply::NoError);
+    QVERIFY(withoutTime(reply->readAll()) == withoutTime(plain.body));
+    Wire packed = wire;
+    packed.moreHeaders = "Accept-Encoding: gzip, deflate\r\n";
+    const Wire::Answer answer = packed.send(server);
+    QVERIFY(answer.head.contains("Content-Encoding: gzip\r\n"));
+    QVERIFY(answer.isWhole && answer.body.size() < plain.body.size() / 2);
 }
 
 QTEST_GUILESS_MAIN(TestQdsimData)
