@@ -70,9 +70,9 @@ public:
             return;
         m_shown = now;
         const qint64 rate = now > 0 ? received * 1000 / now : 0;
-        QString text = m_name + QLatin1Char(' ');
+        QString text = cutToWidth(printable(m_name), 20) + QLatin1Char(' ');
         if (total > 0) {
-            const int width = 20;
+            const int width = 12;
             const int full = int(std::min(received, total) * width / total);
             text += QStringLiteral("[%1%2] %3 %, %4 of %5")
                         .arg(QString(full, QLatin1Char('#')), QString(width - full, QLatin1Char('.')),
@@ -121,10 +121,10 @@ QString leftover(const QString& path, int httpStatus)
         QFile::remove(path);
         return QString();
     }
-    return (httpStatus >= 300
-                ? QStringLiteral(" The file %1 holds what the server said, and not the document.")
-                : QStringLiteral(" The partial file %1 (%2) is left."))
-        .arg(QDir::toNativeSeparators(path), sizeText(info.size()));
+    const QString shown = QDir::toNativeSeparators(path);
+    if (httpStatus >= 300)
+        return QStringLiteral(" The file %1 holds what the server said, and not the document.").arg(shown);
+    return QStringLiteral(" The partial file %1 (%2) is left.").arg(shown, sizeText(info.size()));
 }
 
 /// Fetches one file. The library counts a redirect as the file and tells no lengths, so status and lengths
@@ -187,7 +187,7 @@ int fetch(Invocation& call, const QUrl& url, bool secure, const QString& folder,
     Terminal::setLastWords(QString());
 
     const ReplyWatch::Outcome last = watch.last();
-    const QString source = url.host();
+    const QString source = url.authority().section(QLatin1Char('@'), -1);
     if (timedOut) {
         return call.fail(
             ExitStatus::TimeOut,
@@ -337,8 +337,8 @@ int discover(Invocation& call)
                                      {QStringLiteral("version"), entry.version}});
             return;
         }
-        call.line(
-            QStringLiteral("%1 %2 %3").arg(entry.inetAddr, -24).arg(entry.model, -12).arg(entry.version));
+        call.line(entry.inetAddr.leftJustified(24) + QLatin1Char(' ') + entry.model.leftJustified(12) +
+                  QLatin1Char(' ') + entry.version);
         Terminal::outputFailed(); // flushes: each line when the server is found
     });
     QObject::connect(&search, &Discover::timeOutDiscover, &loop, &QEventLoop::quit);

@@ -209,8 +209,14 @@ int send(Invocation& call)
         if (!session.run(
                 task, &TaskSchedule::doneFaxSchedule,
                 [&entries](const BaseFaxEntry::FaxEntriesPtrListPtr& received) { entries = received; },
-                QStringLiteral("Sending the fax")))
+                QStringLiteral("Sending the fax"))) {
+            const ReplyWatch::Outcome& last = session.replies().last();
+            const bool answered = last.httpStatus != 0 || last.error == QNetworkReply::ConnectionRefusedError;
+            if (!answered)
+                call.note(QStringLiteral(
+                    "Whether the server took the fax is not known; \"qdfax queue\" shows it."));
             return session.status();
+        }
         Terminal::setLastWords(QString());
     }
     if (!call.isSet("wait")) {

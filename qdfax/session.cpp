@@ -18,7 +18,8 @@ bool looksLikeWebPage(QNetworkReply& reply)
 {
     if (reply.header(QNetworkRequest::ContentTypeHeader).toString().contains(QLatin1String("html")))
         return true;
-    const QByteArray head = reply.peek(bodyHead).trimmed().toLower();
+    // an aborted one is closed
+    const QByteArray head = (reply.isOpen() ? reply.peek(bodyHead) : QByteArray()).trimmed().toLower();
     return head.startsWith("<!doctype html") || head.startsWith("<html");
 }
 
@@ -51,10 +52,12 @@ bool ReplyWatch::eventFilter(QObject* watched, QEvent* event)
 void ReplyWatch::watch(QNetworkReply* reply)
 {
     connect(reply, &QNetworkReply::metaDataChanged, this, &ReplyWatch::activity);
-    connect(reply, &QNetworkReply::uploadProgress, this, [this](qint64 sent, qint64 total) {
+    // the reply itself does not know how long a body is that can be read only once
+    const qint64 length = reply->request().header(QNetworkRequest::ContentLengthHeader).toLongLong();
+    connect(reply, &QNetworkReply::uploadProgress, this, [this, length](qint64 sent) {
         Q_EMIT activity();
-        if (total > 0)
-            Q_EMIT uploading(sent, total);
+        if (length > 0 && sent > 0) // 0 is said at the end
+            Q_EMIT uploading(sent, length);
     });
     connect(reply, &QNetworkReply::downloadProgress, this, [this](qint64 received, qint64 total) {
         Q_EMIT activity();
