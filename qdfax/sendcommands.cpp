@@ -211,8 +211,11 @@ int send(Invocation& call)
                 [&entries](const BaseFaxEntry::FaxEntriesPtrListPtr& received) { entries = received; },
                 QStringLiteral("Sending the fax"))) {
             const ReplyWatch::Outcome& last = session.replies().last();
-            const bool answered = last.httpStatus != 0 || last.error == QNetworkReply::ConnectionRefusedError;
-            if (!answered)
+            const bool neverWent = last.error == QNetworkReply::NoError ||
+                                   last.error == QNetworkReply::ConnectionRefusedError ||
+                                   last.error == QNetworkReply::HostNotFoundError ||
+                                   last.error == QNetworkReply::SslHandshakeFailedError;
+            if (session.status() == ExitStatus::TimeOut || (last.httpStatus == 0 && !neverWent))
                 call.note(QStringLiteral(
                     "Whether the server took the fax is not known; \"qdfax queue\" shows it."));
             return session.status();
