@@ -339,6 +339,11 @@ private:
             compress(response, reply);
             return;
         }
+        if (reply.length() == 0) {
+            // a provider of nothing gets no length, and the client waits for the end of the connection
+            response.set_content(std::string(), reply.contentType.toStdString());
+            return;
+        }
         response.set_content_provider(
             static_cast<size_t>(reply.length()), reply.contentType.toStdString(),
             [this, &exchange](size_t offset, size_t length, httplib::DataSink& sink) {
