@@ -137,7 +137,6 @@ int fetch(Invocation& call, const QUrl& url, bool secure, const QString& folder,
     QTimer silence;
     bool timedOut = false;
     bool finished = false;
-    bool started = false;
     Downloader::Error error = Downloader::NoError;
     QString written = path;
 
@@ -169,16 +168,12 @@ int fetch(Invocation& call, const QUrl& url, bool secure, const QString& folder,
     clock.start();
     {
         DownloadProgress progress(QFileInfo(path).fileName());
-        QObject::connect(&watch, &ReplyWatch::downloading, &loop, [&](qint64 received, qint64 total) {
-            // the file is there since the request went out; before that there was nothing to leave
-            if (!started)
-                Terminal::setLastWords(QStringLiteral("qdfax: Interrupted. The partial file %1 is left.")
-                                           .arg(printable(QDir::toNativeSeparators(path))));
-            started = true;
-            progress.show(received, total);
-        });
+        QObject::connect(&watch, &ReplyWatch::downloading, &loop,
+                         [&](qint64 received, qint64 total) { progress.show(received, total); });
         downloader.download(url, secure);
         if (error == Downloader::NoError) {
+            Terminal::setLastWords(QStringLiteral("qdfax: Interrupted. The partial file %1 is left.")
+                                       .arg(printable(QDir::toNativeSeparators(path))));
             if (call.timeout() > 0)
                 silence.start(call.timeout());
             loop.exec();
@@ -213,11 +208,17 @@ int fetch(Invocation& call, const QUrl& url, bool secure, const QString& folder,
                                              .arg(source, why, leftover(written, last.httpStatus)));
     }
     const qint64 size = QFileInfo(written).size();
-    if (size != manager.received() || (manager.expected() >= 0 && size != manager.expected())) {
+    if (size != manager.received()) {
         return call.fail(ExitStatus::File,
-                         QStringLiteral("%1 arrived, but %2 are in the file. Is the disk full?%3")
-                             .arg(sizeText(std::max(manager.received(), manager.expected())), sizeText(size),
-                                  leftover(written, 0)));
+                         QStringLiteral("%1 arrived, but the file holds %2. Is the disk full?%3")
+                             .arg(sizeText(manager.received()), sizeText(size), leftover(written, 0)));
+    }
+    // a connection that ends too early is no error to the access manager
+    if (manager.expected() >= 0 && size != manager.expected()) {
+        return call.fail(
+            ExitStatus::Error,
+            QStringLiteral("Downloading from %1 failed: only %2 of %3 arrived. Try again.%4")
+                .arg(source, sizeText(size), sizeText(manager.expected()), leftover(written, 0)));
     }
 
     if (call.isJson()) {

@@ -1,9 +1,30 @@
 #include "command.h"
+#include "logger.h"
 #include "terminal.h"
 
 #include <QCoreApplication>
 #include <QStandardPaths>
 #include <QTextCodec>
+
+namespace {
+
+/// What Qt and the library have to remark goes to the log: standard error is for sentences that say what to
+/// do.
+void logMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    // the logger itself may give rise to a remark
+    static thread_local bool busy = false;
+    if (busy)
+        return;
+    busy = true;
+    const Logger::LEVEL level = type == QtDebugMsg || type == QtInfoMsg ? Logger::DEBUG
+                                : type == QtWarningMsg                  ? Logger::WARNING
+                                                                        : Logger::ERROR;
+    Logger::inst().log(level, text, context.file ? context.file : "qt", context.line);
+    busy = false;
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
@@ -19,5 +40,6 @@ int main(int argc, char** argv)
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
         qputenv("APPDATA", folder.toLocal8Bit());
     }
+    qInstallMessageHandler(logMessage);
     return runCommandLine(QCoreApplication::arguments());
 }

@@ -101,7 +101,9 @@ int serverAdd(Invocation& call)
     FaxManager unheard{QPointer<ContactManager>()};
     QPointer<FaxServer> server;
     if (call.isSet("no-check")) {
-        server = unheard.addServer(address, call.isSet("ssl"), login, *password);
+        // The login starts with the server. Without an address it goes nowhere.
+        server = unheard.addServer(QString(), call.isSet("ssl"), login, *password);
+        server->setAddress(address);
     } else {
         if (!session.openNew(address, call.isSet("ssl"), login, *password))
             return session.status();

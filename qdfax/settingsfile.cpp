@@ -65,21 +65,23 @@ QDomElement alone(QDomDocument& document, const QDomElement& entry)
     return root;
 }
 
-/// Reads one entry by the library's own rules. The login that the manager starts needs the event loop to go
-/// out, and dies with the manager before that.
+/// Reads what is to be shown of an entry; false when FaxServer::readStorage() would not take it. It is not
+/// asked itself: only a manager makes servers, and one that has read a server logs in to it.
 bool readEntry(const QDomElement& entry, StoredServer& stored)
 {
-    QDomDocument document;
-    FaxManager manager{QPointer<ContactManager>()};
-    manager.readStorage(alone(document, entry), 1);
-    const QPointer<FaxServer> server = manager.servers().value(0);
-    if (!server)
+    const QDomElement connection = entry.firstChildElement(QStringLiteral("connection"));
+    const QDomElement address = connection.firstChildElement(QStringLiteral("address"));
+    const QDomElement login = connection.firstChildElement(QStringLiteral("login"));
+    const QDomElement password = connection.firstChildElement(QStringLiteral("password"));
+    const QDomElement about = entry.firstChildElement(QStringLiteral("about"));
+    const QDomElement user = entry.firstChildElement(QStringLiteral("user"));
+    if (address.isNull() || login.isNull() || password.isNull() || about.isNull() || user.isNull())
         return false;
-    stored.uid = server->genUID();
-    stored.address = server->address();
-    stored.login = server->login();
-    stored.useSSL = server->useSSL();
-    stored.info = server->info();
+    stored.address = address.text();
+    stored.login = login.text();
+    stored.uid = stored.login.toLower() + QLatin1Char('@') + stored.address.toLower();
+    stored.useSSL = connection.attribute(QStringLiteral("ssl")) == QLatin1String("true");
+    stored.info.readStorage(about, 1);
     stored.isDefault = entry.attribute(defaultAttribute) == QLatin1String("true");
     return true;
 }

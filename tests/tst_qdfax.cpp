@@ -1,0 +1,789 @@
+// The program qdfax as users start it, against a simulated server and against servers that misbehave.
+
+#include "scriptedserver.h"
+#include "simserver.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkInterface>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+const int longest = 60000; // ms, of one run
+
+QString s(const QByteArray& utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), qint64(content.size()));
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+struct Result
+{
+    int status{-1};
+    QByteArray out;
+    QByteArray err;
+    QJsonArray array() const { return QJsonDocument::fromJson(out).array(); }
+    QJsonObject object() const { return QJsonDocument::fromJson(out).object(); }
+};
+
+/// A run of qdfax. In a terminal of its own, if told so, or with a limit to the size of files.
+class Program : public QProcess
+{
+public:
+    QString terminal;
+    rlim_t largestFile{0};
+
+protected:
+    void setupChildProcess() override
+    {
+        setsid();
+        if (!terminal.isEmpty()) {
+            const int slave = ::open(terminal.toLocal8Bit().constData(), O_RDWR);
+            ioctl(slave, TIOCSCTTY, 0);
+            for (int descriptor = 0; descriptor < 3; ++descriptor)
+                dup2(slave, descriptor);
+        }
+        if (largestFile > 0) {
+            const rlimit limit = {largestFile, largestFile};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            ::signal(SIGXFSZ, SIG_IGN); // writing fails, as on a full disk
+        }
+    }
+};
+
+SimUser user(const char* text)
+{
+    SimUser result;
+    QString error;
+    if (!SimUser::parse(s(text), &result, &error))
+        qFatal("%s", qPrintable(error));
+    return result;
+}
+
+} // namespace
+
+#define CHECK_RUN(run, expected)                                                                             \
+    do {                                                                                                     \
+        const Result result_ = (run);                                                                        \
+        QVERIFY2(result_.status == (expected),                                                               \
+                 (QByteArray::number(result_.status) + ": " + result_.out + result_.err).constData());       \
+    } while (false)
+
+class TestQdfax : public QObject
+{
+    Q_OBJECT
+
+    const QString m_password = QStringLiteral("s3cret & \"quoted\"");
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<SimServer> m_sim;
+    QProcessEnvironment m_environment;
+
+    QString path(const char* name) const { return m_folder->filePath(QLatin1String(name)); }
+    QString settings() const { return path("appdata/Quendra Client Software/Settings/qdfax.xml"); }
+
+    void start(Program& program, const QStringList& arguments)
+    {
+        program.setProgram(QStringLiteral(QDFAX_PROGRAM));
+        program.setArguments(arguments);
+        program.setWorkingDirectory(m_folder->path());
+        program.setProcessEnvironment(m_environment);
+        program.start();
+    }
+
+    static Result finish(Program& program)
+    {
+        // this thread's event loop goes on: servers of the test live on it
+        const auto ended = [&program] { return program.state() == QProcess::NotRunning; };
+        if (!QTest::qWaitFor(ended, longest))
+            program.kill();
+        Result result;
+        result.status = program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
+        result.out = program.readAllStandardOutput();
+        result.err = program.readAllStandardError();
+        return result;
+    }
+
+    Result run(const QStringList& arguments, const QByteArray& input = QByteArray())
+    {
+        Program program;
+        start(program, arguments);
+        program.write(input);
+        program.closeWriteChannel();
+        return finish(program);
+    }
+
+    /// One line as a shell would split it; quotes keep blanks.
+    Result run(const char* line) { return run(QProcess::splitCommand(s(line))); }
+
+    void addServer()
+    {
+        const Result added = run({QStringLiteral("server"), QStringLiteral("add"), m_sim->address(),
+                                  QStringLiteral("--login"), QStringLiteral("mary")});
+        CHECK_RUN(added, 0);
+        m_sim->clearRequests();
+    }
+
+    void startSim(SimOptions options)
+    {
+        options.users = {user("mary:s3cret & \"quoted\":global"), user("tom:other:nosend")};
+        m_sim = std::make_unique<SimServer>(options);
+        QString error;
+        QVERIFY2(m_sim->start(&error), qPrintable(error));
+    }
+
+    /// Every file below a folder that holds the text.
+    static QStringList filesWith(const QString& folder, const QByteArray& text)
+    {
+        QStringList found;
+        for (const QFileInfo& info :
+             QDir(folder).entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)) {
+            if (info.isDir())
+                found += filesWith(info.filePath(), text);
+            else if (readFile(info.filePath()).contains(text))
+                found.append(info.filePath());
+        }
+        return found;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_environment = QProcessEnvironment::systemEnvironment();
+        m_environment.insert(QStringLiteral("APPDATA"), path("appdata"));
+        m_environment.insert(QStringLiteral("QDFAX_PASSWORD"), m_password);
+        m_environment.remove(QStringLiteral("COLUMNS"));
+        SimOptions options;
+        options.speed = 0;
+        options.spoolDir = path("spool");
+        startSim(options);
+        writeFile(path("text.txt"), "Hello\nworld\n");
+        writeFile(path("empty.pdf"), "");
+        writeFile(path("page.html"), "<!DOCTYPE html><html></html>");
+    }
+    void cleanup() { m_sim.reset(); }
+
+    void sendAndControl()
+    {
+        addServer();
+        const QJsonObject me = run("whoami --json").object();
+        QCOMPARE(me.value(QLatin1String("login")).toString(), QStringLiteral("mary"));
+        QVERIFY(me.value(QLatin1String("permissions"))
+                    .toObject()
+                    .value(QLatin1String("editGlobalContacts"))
+                    .toBool());
+
+        const QByteArray pdf = "%PDF-1.4\n" + QByteArray(100000, '\xe4');
+        writeFile(path("offer.pdf"), pdf);
+        const Result sent =
+            run("send offer.pdf text.txt --to \"+49 30 1,Mary,Poe, Inc\" --to 555 --cover standard "
+                "--subject Subject --comments Comments --at 2099-01-01T12:00 --priority 5 --json");
+        CHECK_RUN(sent, 0);
+        QCOMPARE(sent.array().size(), 2);
+        QCOMPARE(m_sim->refusals(), QStringList());
+        const QVector<SimFax> faxes = m_sim->faxes();
+        QCOMPARE(faxes.size(), 2);
+        QCOMPARE(faxes.at(0).recipient.fax, QStringLiteral("+49 30 1"));
+        QCOMPARE(faxes.at(0).recipient.organization, QStringLiteral("Poe, Inc"));
+        QCOMPARE(faxes.at(0).cover.name, QStringLiteral("Standard"));
+        QCOMPARE(faxes.at(0).cover.comments, QStringLiteral("Comments"));
+        QCOMPARE(faxes.at(0).schedule.priority, 5);
+        QCOMPARE(faxes.at(0).schedule.sendAt, QDateTime(QDate(2099, 1, 1), QTime(12, 0)).toMSecsSinceEpoch());
+        const QVector<SimAttachment> attachments = m_sim->attachments(faxes.at(0).id);
+        QCOMPARE(attachments.size(), 2);
+        QCOMPARE(attachments.at(0).contentType, QStringLiteral("application/pdf"));
+        QCOMPARE(readFile(attachments.at(0).path), pdf);
+        QCOMPARE(readFile(attachments.at(1).path), QByteArray("Hello\nworld\n"));
+
+        const QString first = sent.array().at(0).toObject().value(QLatin1String("url")).toString();
+        const QString second = sent.array().at(1).toObject().value(QLatin1String("url")).toString();
+        CHECK_RUN(run({QStringLiteral("abort"), first}), 0);
+        CHECK_RUN(run({QStringLiteral("reschedule"), second, QStringLiteral("--at"),
+                       QStringLiteral("2098-01-01T12:00")}),
+                  0);
+        QCOMPARE(m_sim->faxes().at(0).state, QStringLiteral("aborted"));
+        QCOMPARE(m_sim->faxes().at(1).schedule.sendAt,
+                 QDateTime(QDate(2098, 1, 1), QTime(12, 0)).toMSecsSinceEpoch());
+        CHECK_RUN(run({QStringLiteral("abort"), first + QStringLiteral("99")}), 2);
+
+        CHECK_RUN(run("profile set --name Anna --priority 4 --page-size a4 --cover Urgent"), 0);
+        QCOMPARE(m_sim->user(s("mary")).person.name, QStringLiteral("Anna"));
+        QCOMPARE(m_sim->user(s("mary")).defaults.pageSize, QStringLiteral("a4"));
+        const QJsonObject profile = run("profile show --json").object();
+        QCOMPARE(profile.value(QLatin1String("defaultCoverPage")).toString(), QStringLiteral("Urgent"));
+        // the profile decides where the command line does not
+        CHECK_RUN(run("send text.txt --to 5"), 0);
+        QCOMPARE(m_sim->faxes().at(2).cover.name, QStringLiteral("Urgent"));
+        QCOMPARE(m_sim->faxes().at(2).schedule.priority, 4);
+        CHECK_RUN(run("send text.txt --to 5 --no-cover --priority 1"), 0);
+        QVERIFY(!m_sim->faxes().at(3).cover.enabled);
+        QCOMPARE(m_sim->faxes().at(3).schedule.priority, 1);
+        CHECK_RUN(run("send text.txt --to 5 --cover Nosuch"), 9);
+        QCOMPARE(m_sim->refusals().filter(QStringLiteral("POST")), QStringList());
+    }
+
+    void passwordStaysSecret()
+    {
+        addServer();
+        for (const char* line : {"whoami --log-level 4", "send text.txt --to 1 --log-level 4", "server list",
+                                 "inbox --log-level 4", "abort /qdws/v1/ofax/77 --log-level 4"}) {
+            const Result result = run(line);
+            QVERIFY2(!(result.out + result.err).contains("s3cret"), line);
+        }
+        QCOMPARE(filesWith(path("appdata"), "TaskVerifyLogin request").size(), 1); // there is a log
+        QCOMPARE(filesWith(path("appdata"), "s3cret"), QStringList());
+        QCOMPARE(filesWith(path("appdata"), QByteArray("s3cret").toBase64().left(6)), QStringList());
+        const QFile::Permissions others =
+            QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther;
+        QCOMPARE(QFile::permissions(settings()) & others, QFile::Permissions());
+    }
+
+    void passwordFromFileAndInput()
+    {
+        m_environment.remove(QStringLiteral("QDFAX_PASSWORD"));
+        writeFile(path("pw"), m_password.toUtf8() + "\nsecond line\n");
+        const QStringList add = {s("server"),  s("add"),  m_sim->address(),
+                                 s("--login"), s("mary"), s("--password-file")};
+        CHECK_RUN(run(add + QStringList(s("pw"))), 0);
+        CHECK_RUN(run(add + QStringList(s("-")), m_password.toUtf8() + "\r\n"), 0);
+        CHECK_RUN(run(add + QStringList(s("missing"))), 11);
+        const Result none = run(add.mid(0, 5));
+        CHECK_RUN(none, 1); // no terminal to ask on
+        QVERIFY(none.err.contains("--password-file"));
+    }
+
+    void passwordFromTerminal()
+    {
+        m_environment.remove(QStringLiteral("QDFAX_PASSWORD"));
+        for (const QByteArray& typed : {m_password.toUtf8() + '\n', QByteArray("s3c\x03")}) {
+            const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+            QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+            Program program;
+            program.terminal = s(ptsname(terminal));
+            const int slave = ::open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC); // keeps its settings
+            start(program, {s("server"), s("add"), m_sim->address(), s("--login"), s("mary")});
+            QByteArray shown;
+            const auto read = [&] {
+                char buffer[4096];
+                const ssize_t count = ::read(terminal, buffer, sizeof buffer);
+                shown += QByteArray(buffer, int(qMax<ssize_t>(0, count)));
+            };
+            const auto hasEcho = [&] {
+                termios state;
+                return tcgetattr(slave, &state) == 0 && (state.c_lflag & ECHO) != 0;
+            };
+            QVERIFY(hasEcho());
+            QTRY_VERIFY_WITH_TIMEOUT((read(), shown.contains("Password of mary@")), longest);
+            QVERIFY(!hasEcho());
+            QCOMPARE(::write(terminal, typed.constData(), size_t(typed.size())), ssize_t(typed.size()));
+            const Result result = finish(program);
+            read();
+            CHECK_RUN(result, typed.endsWith('\n') ? 0 : 130);
+            QVERIFY2(!shown.contains("s3c"), shown);
+            QVERIFY(hasEcho());
+            ::close(slave);
+            ::close(terminal);
+        }
+    }
+
+    void wrongCommandLines_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("says");
+        const auto row = [](const char* line, int status, const char* says) {
+            QTest::newRow(line) << s(line) << status << s(says);
+        };
+        row("", 1, "Usage:");
+        row("nosuch", 1, "no command \"nosuch\"");
+        row("server", 1, "server list");
+        row("help nosuch", 1, "no command");
+        row("whoami extra", 1, "one argument too many");
+        row("whoami --bogus", 1, "bogus");
+        row("whoami --timeout x", 1, "--timeout");
+        row("whoami --log-level 5", 1, "--log-level");
+        row("whoami --server nosuch@x", 12, "nosuch@x");
+        row("server add", 1, "ADDRESS");
+        row("server add x", 1, "--login");
+        row("server add http://x --login a", 1, "without http://");
+        row("server add x --login a:b", 1, "colon");
+        row("server remove nosuch", 12, "nosuch");
+        row("server default nosuch", 12, "nosuch");
+        row("send", 1, "--to");
+        row("send --to 5", 1, "nothing to send");
+        row("send text.txt --to Mary", 1, "no fax number");
+        row("send text.txt --to 5 --at 2020-01-01T00:00", 1, "in the past");
+        row("send text.txt --to 5 --at soon", 1, "2026-11-15T14:30");
+        row("send text.txt --to 5 --priority 6", 1, "0 to 5");
+        row("send text.txt --to 5 --receipt perhaps", 1, "always");
+        row("send text.txt --to 5 --cover a --no-cover", 1, "--no-cover");
+        row("send text.txt missing.pdf --to 5", 11, "missing.pdf");
+        row("send text.txt empty.pdf --to 5", 11, "empty.pdf");
+        row("send text.txt page.html --to 5", 11, "page.html");
+        row("send text.txt . --to 5", 11, "not a file");
+        row("abort nonsense", 1, "URL");
+        row("reschedule /qdws/v1/ofax/1 --at 2020-01-01T00:00", 1, "in the past");
+        row("profile set", 1, "nothing to set");
+        row("inbox --limit 0", 1, "--limit");
+        row("watch nosuch", 1, "inbox");
+        row("download", 1, "--inbox");
+        row("download http://x/y --inbox 1", 1, "--inbox");
+        row("download ftp://x/y", 1, "http://");
+        row("download --inbox 1 --to nosuch", 11, "nosuch");
+        row("discover --timeout 0", 1, "--timeout");
+    }
+    void wrongCommandLines()
+    {
+        QFETCH(QString, line);
+        QFETCH(int, status);
+        QFETCH(QString, says);
+        addServer();
+        const Result result = run(QProcess::splitCommand(line));
+        CHECK_RUN(result, status);
+        QVERIFY2(result.err.contains(says.toUtf8()), result.err);
+        QCOMPARE(result.out, QByteArray());
+        // nothing that changes anything was sent
+        QCOMPARE(m_sim->requestCount() - m_sim->requestCount(QStringLiteral("GET")), 0);
+    }
+
+    void helpOfEveryCommand()
+    {
+        const Result all = run("help");
+        CHECK_RUN(all, 0);
+        CHECK_RUN(run("--version"), 0);
+        const QList<QByteArray> lines = all.out.mid(all.out.indexOf("Commands:\n")).split('\n');
+        int count = 0;
+        for (int i = 1; i < lines.size() && !lines.at(i).isEmpty(); ++i) {
+            const QByteArray name = lines.at(i).mid(2).left(lines.at(i).mid(2).indexOf("  "));
+            if (name.startsWith(' ') || name.isEmpty())
+                continue; // goes on from the line before
+            const Result one = run(("help " + name).constData());
+            QVERIFY2(one.status == 0 && one.out.contains("Examples:\n  qdfax"), name);
+            QCOMPARE(run((name + " --help").constData()).out, one.out);
+            ++count;
+        }
+        QVERIFY(count >= 20);
+    }
+
+    void badServers_data()
+    {
+        QTest::addColumn<QString>("fault"); // of the server, or a word of this test's
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("says");
+        const auto row = [](const char* fault, int status, const char* says) {
+            QTest::newRow(fault) << s(fault) << status << s(says);
+        };
+        row("wrong password", 3, "does not accept login \"mary\"");
+        row("unknown host", 2, "no host has this name");
+        row("refused port", 2, "refused");
+        row("TLS on a plain port", 2, "without --ssl");
+        row("plain on a TLS port", 2, "with --ssl");
+        row("html", 7, "web page");
+        row("body=<html><body>Login</body></html>", 3,
+            "web page"); // well-formed, without the word that verifies
+        row("notxml", 7, "cannot be understood");
+        row("truncated", 7, "cannot be understood");
+        row("empty", 7, "cannot be understood");
+        row("deep", 7, "cannot be understood");
+        row("message=Nobody", 3, "does not accept");
+        row("status=500", 2, "500");
+        row("status=404", 2, "404");
+        row("hangup", 2, "closed the connection");
+        row("cut,path=/qdws/v1/about", 2, "Reading the server's identity");
+        row("notxml,path=/qdws/v1/users", 7, "Reading the user's profile");
+        row("delay=20000", 10, "nothing was heard for 1 s");
+    }
+    void badServers()
+    {
+        QFETCH(QString, fault);
+        QFETCH(int, status);
+        QFETCH(QString, says);
+        QString address = m_sim->address();
+        QStringList more;
+        if (fault == QLatin1String("wrong password")) {
+            m_environment.insert(QStringLiteral("QDFAX_PASSWORD"), QStringLiteral("wr0ng"));
+        } else if (fault == QLatin1String("unknown host")) {
+            address = QStringLiteral("nosuch.invalid");
+        } else if (fault == QLatin1String("refused port")) {
+            m_sim->stop();
+        } else if (fault == QLatin1String("TLS on a plain port")) {
+            more.append(QStringLiteral("--ssl"));
+        } else if (fault == QLatin1String("plain on a TLS port")) {
+            SimOptions options;
+            options.tls = true;
+            startSim(options);
+            address = m_sim->address();
+        } else {
+            QVERIFY(m_sim->addFault(fault));
+        }
+        const Result result =
+            run(QStringList{s("server"), s("add"), address, s("--login"), s("mary"), s("--timeout"), s("1")} +
+                more);
+        CHECK_RUN(result, status);
+        QVERIFY2(result.err.contains(says.toUtf8()) && result.err.contains(address.toUtf8()), result.err);
+        QCOMPARE(result.err.count('\n'), 1);
+        QVERIFY(!result.err.contains("wr0ng"));
+        QVERIFY(!QFile::exists(settings())); // what cannot be used is not kept
+    }
+
+    void tlsServer()
+    {
+        SimOptions options;
+        options.tls = true;
+        options.inbound = 1;
+        startSim(options);
+        CHECK_RUN(run({s("server"), s("add"), m_sim->address(), s("--login"), s("mary"), s("--ssl")}), 0);
+        CHECK_RUN(run("send text.txt --to 5"), 0);
+        CHECK_RUN(run("download --inbox 1"), 0);
+    }
+
+    void badSettings_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("addStatus");
+        QTest::newRow("empty") << QByteArray() << 0;
+        QTest::newRow("truncated") << QByteArray("<?xml version=\"1.0\"?><settings><server>") << 0;
+        QTest::newRow("not XML") << QByteArray("\x7f"
+                                               "ELF")
+                                 << 0;
+        QTest::newRow("newer") << QByteArray("<settings version=\"3\"><server/></settings>") << 12;
+    }
+    void badSettings()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(int, addStatus);
+        QVERIFY(QDir().mkpath(QFileInfo(settings()).path()));
+        writeFile(settings(), content);
+        for (const char* line :
+             {"server list", "whoami", "server remove x", "server default x", "send text.txt --to 5"}) {
+            const Result result = run(line);
+            CHECK_RUN(result, 12);
+            QVERIFY2(result.err.contains("qdfax.xml"), result.err);
+        }
+        QCOMPARE(readFile(settings()), content);
+        QCOMPARE(m_sim->requestCount(), 0);
+
+        const Result added = run({s("server"), s("add"), m_sim->address(), s("--login"), s("mary")});
+        CHECK_RUN(added, addStatus);
+        const QStringList kept = QDir(QFileInfo(settings()).path()).entryList({s("qdfax.xml.damaged-*")});
+        QCOMPARE(kept.size(), addStatus == 0 ? 1 : 0);
+        if (addStatus == 0) {
+            QCOMPARE(readFile(QFileInfo(settings()).path() + QLatin1Char('/') + kept.at(0)), content);
+            QVERIFY2(added.err.contains(kept.at(0).toUtf8()), added.err);
+            CHECK_RUN(run("whoami"), 0);
+        } else {
+            QCOMPARE(readFile(settings()), content);
+        }
+    }
+
+    void onlyTheChosenServerIsContacted()
+    {
+        addServer();
+        ScriptedServer silent;
+        silent.setHangUp(ScriptedServer::HangUp::NoAnswer);
+        CHECK_RUN(run({s("server"), s("add"), silent.address(), s("--login"), s("tom"), s("--no-check"),
+                       s("--default")}),
+                  0);
+        CHECK_RUN(run("server list"), 0);
+        CHECK_RUN(run({s("whoami"), s("--server"), s("mary@") + m_sim->address()}), 0);
+        CHECK_RUN(run({s("server"), s("default"), m_sim->address()}), 0);
+        CHECK_RUN(run("whoami"), 0);
+        QCOMPARE(silent.requests().size(), 0);
+        CHECK_RUN(run({s("server"), s("remove"), s("tom@") + silent.address()}), 0);
+        QCOMPARE(run("server list --json").array().size(), 1);
+    }
+
+    void olderServersAreNotAskedForWhatTheyCannot()
+    {
+        SimOptions options;
+        options.version = QStringLiteral("3.2.7");
+        startSim(options);
+        addServer();
+        CHECK_RUN(run("printers"), 4);
+        CHECK_RUN(run("send text.txt --to 5 --page-size a4"), 4);
+        CHECK_RUN(run("send text.txt --to 5 --print-receipt always"), 4);
+        CHECK_RUN(run("send text.txt --to 5"), 0);
+        QCOMPARE(m_sim->faxes().size(), 1);
+    }
+
+    void nothingIsSentTwice()
+    {
+        addServer();
+        QVERIFY(m_sim->addFault(QStringLiteral("hangup,method=POST")));
+        const Result result = run("send text.txt --to 5");
+        CHECK_RUN(result, 2);
+        QVERIFY2(result.err.contains("not known"), result.err); // whether the server took it
+        QCOMPARE(m_sim->faxes().size(), 1);
+    }
+
+    void waitForTheEnd_data()
+    {
+        QTest::addColumn<QString>("numbers");
+        QTest::addColumn<int>("status");
+        QTest::newRow("all sent") << s("--to 1 --to 2") << 0;
+        QTest::newRow("one fails") << s("--to 1 --to 000") << 13;
+    }
+    void waitForTheEnd()
+    {
+        QFETCH(QString, numbers);
+        QFETCH(int, status);
+        SimOptions options;
+        options.speed = 10000;
+        options.failPattern = QStringLiteral("^000$");
+        startSim(options);
+        addServer();
+        // a hiccup on the way does not end the waiting
+        QVERIFY(m_sim->addFault(QStringLiteral("status=503,method=GET,path=/qdws/v1/ofax,times=1")));
+        const Result result =
+            run(QProcess::splitCommand(s("send text.txt --wait --interval 1 --json ") + numbers));
+        CHECK_RUN(result, status);
+        QCOMPARE(result.array().size(), 2);
+        QVERIFY(result.array().at(0).toObject().value(QLatin1String("sent")).toBool());
+        QCOMPARE(result.array().at(1).toObject().value(QLatin1String("sent")).toBool(), status == 0);
+        QCOMPARE(run("sent --json").array().size(), 2);
+        QCOMPARE(run("queue --json").array().size(), 0);
+        QCOMPARE(run("queue --finished 5 --json").array().size(), 2);
+    }
+
+    void longLog()
+    {
+        SimOptions options;
+        options.inbound = 10000;
+        startSim(options);
+        addServer();
+        const QJsonArray all = run("inbox --json").array();
+        QCOMPARE(all.size(), 10000);
+        for (int i = 1; i < all.size(); ++i) {
+            const QString before = all.at(i - 1).toObject().value(QLatin1String("completed")).toString();
+            QVERIFY(before >= all.at(i).toObject().value(QLatin1String("completed")).toString());
+        }
+        QCOMPARE(run("inbox --json --limit 7").array().size(), 7);
+        m_environment.insert(QStringLiteral("COLUMNS"), QStringLiteral("60"));
+        for (const QByteArray& line : run("inbox --limit 50").out.split('\n'))
+            QVERIFY2(s(line).size() <= 60, line);
+    }
+
+    void absurdEntries()
+    {
+        SimInbound evil;
+        evil.filename = s("\xc2\x9b evil.tif");
+        evil.completeTime = QStringLiteral("0000-00-00T00:00:00");
+        evil.pages = QStringLiteral("9999999999");
+        evil.toName = QString(5000, QLatin1Char('x')) + QChar(0x202E);
+        evil.status = QStringLiteral("dancing");
+        SimInbound negative;
+        negative.filename = QStringLiteral("b.tif");
+        negative.completeTime = QStringLiteral("2026-01-01T00:00:00");
+        negative.pages = QStringLiteral("-7");
+        m_sim->addInbound(negative);
+        m_sim->addInbound(evil);
+        addServer();
+        const QJsonArray entries = run("inbox --json").array();
+        QCOMPARE(entries.size(), 2);
+        QCOMPARE(entries.at(0).toObject().value(QLatin1String("file")).toString(),
+                 QStringLiteral("b.tif")); // has a time
+        const QJsonObject last = entries.at(1).toObject();
+        QCOMPARE(last.value(QLatin1String("status")).toString(), QStringLiteral("dancing"));
+        QVERIFY(last.value(QLatin1String("completed")).isNull());
+        QCOMPARE(last.value(QLatin1String("to")).toString(), evil.toName);
+        m_environment.insert(QStringLiteral("COLUMNS"), QStringLiteral("100"));
+        const Result shown = run("inbox");
+        CHECK_RUN(shown, 0);
+        for (const QChar c : s(shown.out))
+            QVERIFY(
+                c == QLatin1Char('\n') ||
+                (c.unicode() >= 0x20 && (c.unicode() < 0x7F || c.unicode() > 0x9F) && c != QChar(0x202E)));
+    }
+
+    void watchRounds()
+    {
+        addServer();
+        CHECK_RUN(run("send text.txt --to 5551234"), 0);
+        QVERIFY(m_sim->addFault(QStringLiteral("status=503,method=GET,path=/qdws/v1/ofax,skip=1,times=1")));
+        const Result result = run("watch queue --rounds 3 --interval 1");
+        CHECK_RUN(result, 0);
+        QCOMPARE(result.out.count("5551234"), 3); // what is known stays when one reading fails
+        QCOMPARE(result.out.count("503"), 1);
+    }
+
+    void downloadFromTheInbox()
+    {
+        SimInbound fax;
+        fax.filename = s("a fax, \xc3\xa4.pdf");
+        fax.completeTime = QStringLiteral("2026-01-01T00:00:00");
+        fax.document = "%PDF-1.4\n" + QByteArray(3000000, '\x01');
+        m_sim->addInbound(fax);
+        addServer();
+        const Result result = run("download --inbox 1 --json");
+        CHECK_RUN(result, 0);
+        const QString file = m_folder->filePath(fax.filename);
+        QCOMPARE(readFile(file), fax.document);
+        QCOMPARE(result.object().value(QLatin1String("bytes")).toInt(), fax.document.size());
+
+        writeFile(file, "mine"); // is not replaced unasked
+        CHECK_RUN(run("download --inbox 1"), 11);
+        QCOMPARE(readFile(file), QByteArray("mine"));
+        CHECK_RUN(run("download --inbox 1 --overwrite"), 0);
+        QCOMPARE(readFile(file), fax.document);
+        CHECK_RUN(run("download --inbox 2"), 9);
+
+        QVERIFY(QFile::remove(file));
+        Program program;
+        program.largestFile = 1000000;
+        start(program, {s("download"), s("--inbox"), s("1")});
+        const Result full = finish(program);
+        CHECK_RUN(full, 11);
+        QVERIFY2(full.err.contains(fax.filename.toUtf8()), full.err);
+    }
+
+    void badDownloads_data()
+    {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("says");
+        QTest::addColumn<QByteArray>("left"); // of the file; null: there is none
+        const QString target = QStringLiteral("/d/x.tif");
+        QTest::newRow("redirect") << QByteArray(
+                                         "HTTP/1.1 302 Found\r\nLocation: /y\r\nContent-Length: 2\r\n\r\nno")
+                                  << target << 2 << s("302") << QByteArray("no");
+        QTest::newRow("404") << QByteArray("HTTP/1.1 404 Not Found\r\nContent-Length: 2\r\n\r\nno") << target
+                             << 9 << s("404") << QByteArray();
+        QTest::newRow("401")
+            << QByteArray(
+                   "HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=\"r\"\r\nContent-Length: 0\r\n\r\n")
+            << target << 3 << s("none was sent") << QByteArray();
+        QTest::newRow("no name") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok") << s("/d/")
+                                 << 11 << s("name") << QByteArray();
+        QTest::newRow("hidden name") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok")
+                                     << s("/d/.profile") << 11 << s(".profile") << QByteArray();
+    }
+    void badDownloads()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(QString, target);
+        QFETCH(int, status);
+        QFETCH(QString, says);
+        QFETCH(QByteArray, left);
+        addServer();
+        ScriptedServer other;
+        other.setAnswer([&answer](const WireRequest&) { return answer; });
+        const Result result = run({s("download"), s("http://mary:pw@") + other.address() + target});
+        CHECK_RUN(result, status);
+        QVERIFY2(result.err.contains(says.toUtf8()), result.err);
+        if (!left.isNull())
+            QVERIFY(readFile(path("x.tif")).startsWith(left.left(1)));
+        // not ours, and not what the URL held
+        for (const WireRequest& request : other.requests())
+            QCOMPARE(request.header("Authorization"), QByteArray());
+    }
+
+    void cutDownload()
+    {
+        SimInbound fax;
+        fax.filename = QStringLiteral("cut.tif");
+        fax.document = QByteArray(300000, 'x');
+        m_sim->addInbound(fax);
+        addServer();
+        QVERIFY(m_sim->addFault(QStringLiteral("cut=150000,path=/qdws/v1/documents")));
+        const Result result = run("download --inbox 1");
+        CHECK_RUN(result, 2);
+        QVERIFY2(result.err.contains("cut.tif (150.0 kB)"), result.err);
+        QCOMPARE(readFile(path("cut.tif")).size(), 150000);
+    }
+
+    void interruptNamesThePartialFile()
+    {
+        addServer();
+        ScriptedServer other;
+        other.setAnswer([](const WireRequest&) {
+            return QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+        });
+        Program program;
+        start(program, {s("download"), s("http://") + other.address() + s("/x.tif")});
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(path("x.tif")), QByteArray("half"), longest);
+        QCOMPARE(::kill(pid_t(program.processId()), SIGINT), 0);
+        const Result result = finish(program);
+        CHECK_RUN(result, 130);
+        QVERIFY2(result.err.contains("x.tif"), result.err);
+    }
+
+    void timeoutCountsSilenceOnly()
+    {
+        addServer();
+        // a second and more in drops: longer than the time-out, but never silent
+        SimInbound fax;
+        fax.filename = QStringLiteral("slow.tif");
+        fax.document = QByteArray(30, 'x');
+        m_sim->addInbound(fax);
+        QVERIFY(m_sim->addFault(QStringLiteral("drip=60,path=/qdws/v1/documents")));
+        CHECK_RUN(run("download --inbox 1 --timeout 1"), 0);
+        m_sim->clearFaults();
+        QVERIFY(m_sim->addFault(QStringLiteral("delay=20000,path=/qdws/v1/ofax")));
+        const Result silent = run("queue --timeout 1");
+        CHECK_RUN(silent, 10);
+        const Result sending = run("send text.txt --to 5 --timeout 1");
+        CHECK_RUN(sending, 10);
+        QVERIFY2(sending.err.contains("not known"), sending.err);
+    }
+
+    void lostOutputIsNoSuccess()
+    {
+        Program program;
+        program.setStandardOutputFile(QStringLiteral("/dev/full"));
+        start(program, {s("help")});
+        CHECK_RUN(finish(program), 11);
+    }
+
+    void discoverFindsTheSimulator()
+    {
+        for (const QNetworkInterface& one : QNetworkInterface::allInterfaces()) {
+            if (!one.addressEntries().isEmpty() && !one.flags().testFlag(QNetworkInterface::IsLoopBack))
+                QSKIP(
+                    "Would broadcast on a real network; runs only in a network of its own (unshare --net).");
+        }
+        CHECK_RUN(run("discover --timeout 200"), 14);
+        SimOptions options;
+        options.discoveryAddress = QStringLiteral("0.0.0.0");
+        startSim(options);
+        const Result result = run("discover --timeout 1000 --json");
+        CHECK_RUN(result, 0);
+        QCOMPARE(result.array().size(), 1); // several answers of one server are one line
+        QCOMPARE(result.array().at(0).toObject().value(QLatin1String("address")).toString(),
+                 m_sim->address());
+        QCOMPARE(run("discover --timeout 1000").out.count('\n'), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestQdfax)
+#include "tst_qdfax.moc"
