@@ -1,6 +1,7 @@
 #include "diskdataprovider.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 void DiskDataProvider::setFileName(const QString& fileName)
 {
@@ -10,7 +11,12 @@ void DiskDataProvider::setFileName(const QString& fileName)
 QString DiskDataProvider::toBase64() const
 {
     QFile file(m_fileName);
-    if (!file.open(QIODevice::ReadOnly))
+    // a pipe or a device may have no end
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > maxFileSize)
         return QString();
-    return QString::fromLatin1(file.readAll().toBase64());
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return QString();
+    bytes = bytes.toBase64();
+    return QString::fromLatin1(bytes);
 }

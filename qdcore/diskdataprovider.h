@@ -20,8 +20,11 @@ public:
     const QString& fileName() const { return m_fileName; }
     void setFileName(const QString& fileName);
 
+    /// Larger files, in bytes, cannot be read: their base64 would not fit into a string.
+    static constexpr qint64 maxFileSize = qint64(512) * 1024 * 1024;
+
     /// The whole file in base64, padded, without line breaks, as the element "content" carries it. Empty when
-    /// the file is empty or cannot be read.
+    /// the file is empty, larger than maxFileSize, or cannot be read to its end.
     QString toBase64() const;
 
 private:

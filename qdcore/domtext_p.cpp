@@ -63,10 +63,49 @@ QDomElement appendElement(QDomDocument& document, QDomNode& parent, const QStrin
     return element;
 }
 
+namespace {
+
+/// The length of the character at @p at that XML can hold, 1 or 2 units; 0 for one that it cannot.
+int allowedUnits(const QString& text, int at)
+{
+    const QChar c = text.at(at);
+    if (c.isHighSurrogate())
+        return at + 1 < text.size() && text.at(at + 1).isLowSurrogate() ? 2 : 0;
+    const bool isForbidden =
+        c.isLowSurrogate() || c.unicode() >= 0xfffe ||
+        (c.unicode() < 0x20 && c != QLatin1Char('\t') && c != QLatin1Char('\n') && c != QLatin1Char('\r'));
+    return isForbidden ? 0 : 1;
+}
+
+/// The text without the characters that XML cannot hold, not even escaped. One of them would make the whole
+/// document unreadable; the reader lets them in as numeric references, so a server could spoil the settings
+/// file with one.
+QString xmlText(const QString& text)
+{
+    int at = 0;
+    while (at < text.size()) {
+        const int units = allowedUnits(text, at);
+        if (units == 0)
+            break;
+        at += units;
+    }
+    if (at == text.size())
+        return text;
+    QString kept = text.left(at);
+    while (at < text.size()) {
+        const int units = allowedUnits(text, at);
+        kept += text.midRef(at, units);
+        at += qMax(1, units);
+    }
+    return kept;
+}
+
+} // namespace
+
 QDomElement appendText(QDomDocument& document, QDomElement& parent, const QString& name, const QString& text)
 {
     QDomElement element = appendElement(document, parent, name);
-    element.appendChild(document.createTextNode(text));
+    element.appendChild(document.createTextNode(xmlText(text)));
     return element;
 }
 

@@ -46,7 +46,8 @@ private:
         m_nodes; ///< Apart, since a handle on every child would cost as much as the walk.
 };
 
-/// Appends `<name>text</name>` to @p parent and returns the new element. The one place that creates fields.
+/// Appends `<name>text</name>` to @p parent and returns the new element. The one place that creates fields;
+/// characters that XML cannot hold are left out.
 QDomElement appendText(QDomDocument& document, QDomElement& parent, const QString& name, const QString& text);
 
 /// Appends `<name>text</name>` unless the text is empty.

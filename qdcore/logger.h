@@ -13,7 +13,8 @@
 #include <atomic>
 #include <mutex>
 
-// The Windows headers define these as macros, and a macro would replace our enumerators.
+// The Windows headers define these as macros, and a macro would replace our enumerators. Include those
+// headers first.
 #undef NONE
 #undef ERROR
 #undef WARNING
@@ -25,8 +26,8 @@
  *
  * Every class of the library logs through Logger::inst(). The file of a day is named
  * QuendraClientLog-MM-dd-yyyy.txt and stands in the user's application-data folder under "Quendra Client
- * Software/Logs" unless setLocation() says otherwise. Files older than 30 days are deleted, and never more
- * than 30 files are kept.
+ * Software/Logs" unless setLocation() says otherwise. Files older than 30 days are deleted, and when a
+ * day's file is opened, the folder is pruned to 30 files of any name beside it.
  *
  * log(), setLevel() and level() may be called from any thread: no line is lost and no two lines mix, also
  * across midnight. Nothing here reports an error; a line that cannot be written is dropped, and the next one
@@ -76,7 +77,7 @@ protected:
     virtual ~Logger();
     Q_DISABLE_COPY(Logger)
 
-    /// Opens the file of a day, after pruning the folder to 30 files. Returns whether it is open.
+    /// Opens the file of a day, after pruning the folder to 30 other files. Returns whether it is open.
     bool openFile(const QDate& date);
 
     /// The clock, local time.

@@ -9,7 +9,7 @@
 
 /// How many bytes of files one fax can hold, all together: the whole request is built in memory, and the
 /// library's texts end at 2 GB.
-constexpr qint64 largestFax = qint64(512) * 1024 * 1024;
+constexpr qint64 largestFax = DiskDataProvider::maxFileSize;
 
 /// The type by which a file travels, found from its content and not from its name. None for a type that fax
 /// servers do not take; @p typeName is what the file was recognised as.

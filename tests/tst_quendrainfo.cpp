@@ -11,8 +11,8 @@ class TestQuendraInfo : public QObject
     {
         const bool parsed =
             document.setContent(QStringLiteral("<about>") + children + QStringLiteral("</about>"));
-        Q_ASSERT(parsed);
-        Q_UNUSED(parsed)
+        if (!parsed)
+            qFatal("the test's own XML is broken");
         return document.documentElement();
     }
 
@@ -73,6 +73,7 @@ private Q_SLOTS:
             1));
         QCOMPARE(info.protocolVersion(), 2);
         QCOMPARE(info.uptime(), QStringLiteral("2 days"));
+        QCOMPARE(info.channels(), QStringLiteral("4"));
         QVERIFY(info.description().isEmpty());
 
         QVERIFY(!info.readFax(parse(document, QStringLiteral("<model>other</model><serial>S2</serial>")), 1));
@@ -80,11 +81,13 @@ private Q_SLOTS:
         QCOMPARE(info.model(), QStringLiteral("ABC40"));
         QCOMPARE(info.serial(), QStringLiteral("S1"));
 
-        QVERIFY(info.readStorage(parse(document, QStringLiteral("<version/><model>ABC40</model><channels/>")),
+        QVERIFY(info.readStorage(parse(document, QStringLiteral("<version/><model>ABC40</model><channels/>"
+                                                                "<description>d</description>")),
                                  1));
         QCOMPARE(info.protocolVersion(), 1);
         QCOMPARE(info.hostname(), QStringLiteral("h"));
         QVERIFY(info.channels().isEmpty());
+        QCOMPARE(info.description(), QStringLiteral("d"));
     }
 
     void storageLeavesOutTheUptime()
@@ -104,6 +107,13 @@ private Q_SLOTS:
         QCOMPARE(document.toString(-1),
                  QStringLiteral("<about><model>m &amp; m</model><version>1.4</version><serial>s</serial>"
                                 "<hostname>h</hostname><channels>c</channels></about>"));
+
+        // one more field takes its place, and characters that would spoil the settings file are left out
+        info.setDescription(QStringLiteral("d\ufffe\u0001\u00e9\U0001f600\n") + QChar(0xd800));
+        parent = parse(document, QString());
+        QVERIFY(info.writeStorage(document, parent, 2));
+        QVERIFY(document.toString(-1).endsWith(
+            QStringLiteral("<description>d\u00e9\U0001f600\n</description><channels>c</channels></about>")));
     }
 };
 
