@@ -313,6 +313,7 @@ QVector<Command> sendCommands()
         QStringLiteral(
             "qdfax send note.txt --to 5551234 --cover Standard --subject Hello --comments \"As agreed\""),
         QStringLiteral("qdfax send big.tif --to 5551234 --at 2026-11-15T22:00 --priority 1 --max-tries 5"),
+        QStringLiteral("qdfax send a.pdf --to 5551234 --wait && rm a.pdf"),
         QStringLiteral("qdfax send a.pdf --to 5551234 --json | jq -r '.[].url'")};
     sendCommand.options = QList<QCommandLineOption>{
         {QStringLiteral("to"), QStringLiteral("A recipient. May be given several times."),

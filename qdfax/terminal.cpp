@@ -5,7 +5,9 @@
 #include <QtGlobal>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
@@ -259,6 +261,18 @@ Terminal::InterruptBlocker::~InterruptBlocker()
 // --- What does not
 // ---------------------------------------------------------------------------------------------
 
+namespace {
+
+/// When nobody reads on (`qdfax inbox | head`), ends the program without a word, as the signal would have
+/// done that Qt ignores for its sockets.
+void endWithReader()
+{
+    if (errno == EPIPE)
+        std::_Exit(128 + 13);
+}
+
+} // namespace
+
 int Terminal::width()
 {
     if (isOutput()) {
@@ -278,8 +292,10 @@ int Terminal::height()
 
 void Terminal::write(const QByteArray& text)
 {
-    if (std::fwrite(text.constData(), 1, size_t(text.size()), stdout) != size_t(text.size()))
+    if (std::fwrite(text.constData(), 1, size_t(text.size()), stdout) != size_t(text.size())) {
+        endWithReader();
         outputLost = true;
+    }
 }
 
 void Terminal::writeError(const QString& line)
@@ -292,7 +308,11 @@ void Terminal::writeError(const QString& line)
 
 bool Terminal::outputFailed()
 {
-    return std::fflush(stdout) != 0 || outputLost;
+    if (std::fflush(stdout) != 0) {
+        endWithReader();
+        outputLost = true;
+    }
+    return outputLost;
 }
 
 void Terminal::setLastWords(const QString& text)
@@ -351,7 +371,7 @@ void Terminal::showScreen(const QStringList& lines)
 {
     if (!isOutput()) {
         write(lines.join(QLatin1Char('\n')).toUtf8() + "\n\n");
-        std::fflush(stdout);
+        outputFailed(); // flushes
         return;
     }
     QByteArray text = "\x1b[H";

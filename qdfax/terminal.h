@@ -19,7 +19,8 @@ int width();
 /// The lines of the terminal; 0 when nobody knows.
 int height();
 
-/// UTF-8 to standard output. After a failure, such as a full disk, outputFailed() says so.
+/// UTF-8 to standard output. After a failure, such as a full disk, outputFailed() says so; when the reader
+/// has gone, the program ends.
 void write(const QByteArray& text);
 /// A line to standard error. A progress line that stands there is wiped first.
 void writeError(const QString& line);

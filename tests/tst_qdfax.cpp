@@ -759,10 +759,21 @@ private Q_SLOTS:
 
     void lostOutputIsNoSuccess()
     {
+        addServer();
         Program program;
         program.setStandardOutputFile(QStringLiteral("/dev/full"));
         start(program, {s("help")});
         CHECK_RUN(finish(program), 11);
+        // a reader that has had enough is nothing to complain of
+        Program piped;
+        QProcess reader;
+        piped.setStandardOutputProcess(&reader);
+        start(piped, {s("watch"), s("sent"), s("--interval"), s("1")});
+        reader.start(QStringLiteral("true"), QStringList());
+        const Result ended = finish(piped);
+        QVERIFY(reader.waitForFinished());
+        CHECK_RUN(ended, 141);
+        QCOMPARE(ended.err, QByteArray());
     }
 
     void discoverFindsTheSimulator()
