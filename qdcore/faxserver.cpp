@@ -1,8 +1,11 @@
 #include "faxserver.h"
 
+#include "contactmanager.h"
+#include "contactprovider.h"
 #include "domtext_p.h"
 #include "faxmanager.h"
 #include "passwordcipher.h"
+#include "quendracontactprovider.h"
 #include "serverversion_p.h"
 #include "tasks/taskabort.h"
 #include "tasks/taskaddcontact.h"
@@ -34,7 +37,6 @@ FaxServer::FaxServer(FaxManager& manager)
 FaxServer::~FaxServer() = default;
 
 // --- How to reach it
-// -------------------------------------------------------------------------------------------
 
 template <typename T>
 void FaxServer::change(T& member, const T& value)
@@ -66,7 +68,6 @@ void FaxServer::setPassword(const QString& password)
 }
 
 // --- What is known of it
-// ---------------------------------------------------------------------------------------
 
 void FaxServer::applySupport(const FaxUser& user) const
 {
@@ -154,7 +155,6 @@ QString FaxServer::genUID() const
 }
 
 // --- Requests
-// --------------------------------------------------------------------------------------------------
 
 template <typename T, typename... Args>
 Task* FaxServer::watched(T* task, void (T::*done)(Args...))
@@ -267,7 +267,6 @@ void FaxServer::updatePrinternamesList()
 }
 
 // --- Bookkeeping
-// -----------------------------------------------------------------------------------------------
 
 /// Records a success. False when a slot has destroyed this server.
 bool FaxServer::succeeded()
@@ -385,7 +384,18 @@ void FaxServer::slotFaxInfoReceived(const QuendraInfo& info)
 {
     m_info = info;
     const QuendraInfo held = m_info;
+    const QPointer<FaxServer> self(this);
     updateContact();
+    const QPointer<ContactProvider> provider = m_provider;
+    if (m_syncAfterLogin && provider && !provider->isSync()) {
+        const QList<ContactList::Type> books = provider->contactsTypeList();
+        for (const ContactList::Type book : books) {
+            if (provider)
+                provider->syncContacts(book, false);
+        }
+    }
+    if (!self)
+        return;
     m_syncAfterLogin = false;
     if (succeeded())
         Q_EMIT changedQuendraInfo(held);
@@ -418,14 +428,35 @@ void FaxServer::slotPrinterNamesReceived(QStringListPtr printerNamesList)
 }
 
 // --- Contacts
-// --------------------------------------------------------------------------------------------------
 
-void FaxServer::initProvider() {}
+void FaxServer::initProvider()
+{
+    const QPointer<ContactManager> contacts = m_manager.conatctManager();
+    if (m_provider || !contacts)
+        return;
+    const QPointer<FaxServer> self(this);
+    const QPointer<ContactProvider> provider = contacts->addProvider(ContactProvider::QuendraProvider);
+    if (!self)
+        return;
+    m_provider = provider;
+    if (auto* quendra = qobject_cast<QuendraContactProvider*>(m_provider))
+        quendra->linkFaxServer(self);
+}
 
-void FaxServer::deinitProvider() {}
+void FaxServer::deinitProvider()
+{
+    const QPointer<ContactManager> contacts = m_manager.conatctManager();
+    if (!contacts || !m_provider)
+        return;
+    if (auto* quendra = qobject_cast<QuendraContactProvider*>(m_provider))
+        quendra->unlinkFaxServer();
+    const QPointer<FaxServer> self(this);
+    contacts->deleteProvider(m_provider);
+    if (self)
+        m_provider.clear();
+}
 
 // --- Settings
-// --------------------------------------------------------------------------------------------------
 
 bool FaxServer::readStorage(const QDomElement& element, int version)
 {

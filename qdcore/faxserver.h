@@ -35,7 +35,6 @@ public:
     ~FaxServer() override;
 
     // --- How to reach it. A setter that changes a value makes lastStatus() Unknown, without a signal.
-    // -------------
 
     /// Host name or IP address with an optional port, as the user typed it: "fax.example.org:8080",
     /// "[::1]:8080".
@@ -55,7 +54,6 @@ public:
     void setPassword(const QString& password);
 
     // --- What is known of it
-    // ----------------------------------------------------------------------------------
 
     /// The server's identity record, empty until the first login.
     const QuendraInfo& info() const { return m_info; }
@@ -103,7 +101,6 @@ public:
     QString genUID() const;
 
     // --- Requests
-    // ---------------------------------------------------------------------------------------------
 
     /// Creates a task of this type, connected to this server's bookkeeping but not started; the server owns
     /// it until it deletes itself. The caller casts it to its class, connects, sets parameters and calls
@@ -129,7 +126,6 @@ public:
     void updatePrinternamesList();
 
     // --- Contacts
-    // ---------------------------------------------------------------------------------------------
 
     /// Links a contact provider, if there is a contact manager and none is linked yet.
     void initProvider();
@@ -137,7 +133,6 @@ public:
     void deinitProvider();
 
     // --- Settings: "connection", "about" and "user"
-    // -------------------------------------------------------------
 
     /// False when an element is missing; what was read before it stays. A password that does not decipher is
     /// taken as plain text.

@@ -56,7 +56,6 @@ void Task::slotFinished()
 }
 
 // --- The request
-// -----------------------------------------------------------------------------------------------
 
 void Task::applyServer(QUrl& url) const
 {
@@ -202,7 +201,6 @@ QByteArray Task::indented(QDomDocument& document)
 }
 
 // --- The reply
-// -------------------------------------------------------------------------------------------------
 
 bool Task::succeeded() const
 {

@@ -127,7 +127,6 @@ protected:
     bool isStarted() const { return m_reply || m_failed; }
 
     // --- The request
-    // -------------------------------------------------------------------------------------------
 
     /// The server's URL with this path, taken in decoded mode. Invalid when the server's address is nonsense.
     QUrl serviceUrl(const QString& path) const;
@@ -161,7 +160,6 @@ protected:
     static QByteArray indented(QDomDocument& document);
 
     // --- The reply
-    // ---------------------------------------------------------------------------------------------
 
     /// Whether the reply is there and complete, without a network error.
     bool succeeded() const;

@@ -1,0 +1,136 @@
+#include "contactmanager.h"
+
+#include "contactlocalstorage.h"
+#include "log_p.h"
+#include "quendracontactprovider.h"
+
+#include <algorithm>
+
+ContactManager::ContactManager(QObject* parent)
+    : QObject(parent)
+    , m_storage(new ContactLocalStorage(this))
+{
+    qRegisterMetaType<QuickSearchResalt>("QuickSearchResalt");
+    qRegisterMetaType<ContactList::Type>("ContactList::Type");
+}
+
+ContactManager::~ContactManager()
+{
+    const QVector<QPointer<ContactProvider>> providers = m_providers;
+    for (const auto& provider : providers)
+        delete provider;
+    delete m_storage;
+}
+
+QPointer<ContactProvider> ContactManager::addProvider(ContactProvider::Type type)
+{
+    QPointer<ContactProvider> provider;
+    switch (type) {
+    case ContactProvider::QuendraProvider:
+        provider = new QuendraContactProvider(*this);
+        break;
+    case ContactProvider::OutlookProvider:
+        break;
+    }
+    if (provider) {
+        connect(provider, &ContactProvider::onSyncStart, this, &ContactManager::slotSyncStart);
+        connect(provider, &ContactProvider::onSyncStop, this, &ContactManager::slotSyncStop);
+    }
+    m_providers.append(provider);
+    Q_EMIT changedContactProviderList();
+    return provider;
+}
+
+void ContactManager::deleteProvider(const QPointer<ContactProvider>& provider)
+{
+    const int index = m_providers.indexOf(provider);
+    if (index < 0)
+        return;
+    const QPointer<ContactProvider> removed = m_providers.takeAt(index);
+    if (removed)
+        removed->deleteLater();
+    Q_EMIT changedContactProviderList();
+}
+
+QSharedPointer<ContactUnit> ContactManager::getContactById(unsigned int id)
+{
+    unsigned int source = 0;
+    unsigned int timestamp = 0;
+    ContactLocalStorage::ContactType type;
+    ContactLocalStorage::ContactLocation location;
+    QString uid, name, description, phone, fax, email, organization;
+    if (!m_storage
+        || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name, description, phone, fax, email,
+                                      organization)) {
+        return QSharedPointer<ContactUnit>();
+    }
+    for (const auto& provider : qAsConst(m_providers)) {
+        if (provider && provider->sourceId() == source)
+            return provider->aggregateContact(id);
+    }
+    return QSharedPointer<ContactUnit>();
+}
+
+void ContactManager::quickSearch(const QString& text, unsigned int limit, unsigned int source1, unsigned int source2)
+{
+    const QuickSearchResalt result =
+        m_storage ? m_storage->quickSearch(text, limit, source1, source2) : QuickSearchResalt();
+    Q_EMIT resultOfQuickSearch(result);
+}
+
+bool ContactManager::isSync() const
+{
+    return std::any_of(m_providers.begin(), m_providers.end(),
+                       [](const QPointer<ContactProvider>& provider) { return provider && provider->isSync(); });
+}
+
+void ContactManager::initOutlook(bool syncNow)
+{
+    Q_UNUSED(syncNow)
+    if (m_outlookProvider)
+        return;
+    m_outlookProvider = addProvider(ContactProvider::OutlookProvider);
+}
+
+void ContactManager::initAppleContacts(bool) {}
+
+void ContactManager::setOutlookEntryID(const QString& entryID, bool syncNow)
+{
+    Q_UNUSED(syncNow)
+    m_outlookEntryID = entryID;
+}
+
+unsigned int ContactManager::outlookSourceId() const
+{
+    return m_outlookProvider ? m_outlookProvider->sourceId() : 0;
+}
+
+bool ContactManager::isOutlookSync() const
+{
+    return m_outlookProvider && m_outlookProvider->isSync();
+}
+
+void ContactManager::slotSyncStart()
+{
+    ++m_syncCount;
+    const QPointer<ContactManager> self(this);
+    if (m_syncCount == 1)
+        Q_EMIT onSyncStart();
+    if (self)
+        QD_LOG(DEBUG, tr("manager sync count (%1)", "Logger").arg(m_syncCount));
+}
+
+void ContactManager::slotSyncStop()
+{
+    --m_syncCount;
+    const QPointer<ContactManager> self(this);
+    if (m_syncCount == 0)
+        Q_EMIT onSyncStop();
+    if (self)
+        QD_LOG(DEBUG, tr("manager sync count (%1)", "Logger").arg(m_syncCount));
+}
+
+void ContactManager::slotResultOfQuickSearch(QuickSearchResalt searchResult)
+{
+    Q_EMIT resultOfQuickSearch(searchResult);
+}

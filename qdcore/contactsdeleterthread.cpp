@@ -1,0 +1,31 @@
+#include "contactsdeleterthread.h"
+
+ContactsDeleterThread::ContactsDeleterThread(const QPointer<ContactLocalStorage>& storage, unsigned int source,
+                                             ContactLocalStorage::ContactType type,
+                                             ContactLocalStorage::ContactLocation location,
+                                             const QList<QString>& uids, QObject* parent)
+    : QThread(parent)
+    , m_storage(storage)
+    , m_source(source)
+    , m_type(type)
+    , m_location(location)
+    , m_uids(uids)
+{}
+
+ContactsDeleterThread::~ContactsDeleterThread()
+{
+    wait();
+}
+
+void ContactsDeleterThread::run()
+{
+    if (m_storage) {
+        // whoever began a bracket ends it, also when beginning failed: the mutex is held either way
+        m_storage->scopeBegin();
+        m_storage->deleteContactsIfNotInUIDS(m_source, m_type, m_location, m_uids);
+        m_storage->scopeEnd();
+        m_storage->freeStorageForThread();
+    }
+    Q_EMIT doneContactsDeletion();
+    deleteLater();
+}

@@ -1,0 +1,497 @@
+#include "quendracontactprovider.h"
+
+#include "contactbook_p.h"
+#include "contactdisassembly_p.h"
+#include "contactsdeleterthread.h"
+#include "faxserver.h"
+#include "log_p.h"
+#include "quendracontact.h"
+#include "quendracontactgroup.h"
+#include "quendracontactproviderdisassemblethread.h"
+#include "serveraddress_p.h"
+#include "tasks/taskaddcontact.h"
+#include "tasks/taskdeletecontact.h"
+#include "tasks/taskgetcontacts.h"
+#include "tasks/taskgetcontactsoids.h"
+#include "tasks/taskmodifycontact.h"
+
+namespace {
+
+ContactLocalStorage::ContactType kindOf(ContactList::Type type)
+{
+    return ContactBook(type).isGroup ? ContactLocalStorage::TypeGroup : ContactLocalStorage::TypeContact;
+}
+
+ContactLocalStorage::ContactLocation locationOf(ContactList::Type type)
+{
+    return ContactBook(type).isGlobal ? ContactLocalStorage::LocationGlobal : ContactLocalStorage::LocationPersonal;
+}
+
+QString unsupportedType()
+{
+    return QuendraContactProvider::tr("Unsuported contact type", "Logger");
+}
+
+} // namespace
+
+// --- Storing
+
+bool placeOf(const ContactUnit& unit, ContactPlace& place)
+{
+    QUrl url;
+    if (const auto* contact = dynamic_cast<const QuendraContact*>(&unit)) {
+        place.type = ContactLocalStorage::TypeContact;
+        url = contact->url();
+    } else if (const auto* group = dynamic_cast<const QuendraContactGroup*>(&unit)) {
+        place.type = ContactLocalStorage::TypeGroup;
+        url = group->url();
+    } else {
+        QD_LOG(ERROR, unsupportedType());
+        return false;
+    }
+    const QString path = url.path(QUrl::FullyDecoded);
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    if (slash < 0)
+        return false;
+    place.uid = path.mid(slash + 1);
+    place.location = path.contains(QLatin1String("global_contact_list")) ? ContactLocalStorage::LocationGlobal
+                                                                        : ContactLocalStorage::LocationPersonal;
+    return true;
+}
+
+void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit, unsigned int timestamp,
+                 unsigned int group)
+{
+    ContactPlace place;
+    if (!placeOf(unit, place))
+        return;
+
+    unsigned int id = 0;
+    if (place.type == ContactLocalStorage::TypeContact) {
+        const auto& contact = static_cast<const QuendraContact&>(unit);
+        id = storage.addContact(source, place.type, place.location, place.uid, timestamp, contact.name(),
+                                QLatin1String(""), contact.phone(), contact.fax(), contact.email(),
+                                contact.organization());
+    } else {
+        const auto& stored = static_cast<const QuendraContactGroup&>(unit);
+        const QString none = QLatin1String("");
+        id = storage.addContact(source, place.type, place.location, place.uid, timestamp, stored.name(),
+                                stored.description(), none, none, none, none);
+        storage.unlinkContactAndGroup(0, id);
+        for (const auto& member : stored.contacts().contacts()) {
+            if (member)
+                disassemble(storage, source, *member, 0, id);
+        }
+    }
+    if (group != 0)
+        storage.linkContactAndGroup(id, group);
+}
+
+void QuendraContactProvider::disassembleContact(const ContactUnit& contact, unsigned int timestamp,
+                                                unsigned int group)
+{
+    // without a server its source is gone from the store, and a late reply must not bring units of it back
+    if (m_storage && m_server)
+        disassemble(*m_storage, m_sourceId, contact, timestamp, group);
+}
+
+// --- The link
+
+QuendraContactProvider::QuendraContactProvider(ContactManager& manager)
+    : ContactProvider(manager)
+{}
+
+QuendraContactProvider::~QuendraContactProvider()
+{
+    for (const auto& thread : qAsConst(m_threads)) {
+        if (thread)
+            thread->wait();
+    }
+}
+
+void QuendraContactProvider::linkFaxServer(const QPointer<FaxServer>& server)
+{
+    if (!server)
+        QD_LOG(ERROR, tr("Error to link with server (init contact provider)", "Logger"));
+    m_server = server;
+    if (m_storage && m_server)
+        m_sourceId = m_storage->addSource(m_server->genUID(), ContactLocalStorage::SourceQuendra);
+}
+
+void QuendraContactProvider::unlinkFaxServer()
+{
+    if (m_storage)
+        m_storage->deleteSource(m_sourceId);
+    m_server.clear();
+}
+
+ContactProvider::Type QuendraContactProvider::type()
+{
+    return ContactProvider::QuendraProvider;
+}
+
+QList<ContactList::Type> QuendraContactProvider::contactsTypeList() const
+{
+    return {ContactList::PersonalContacts, ContactList::GlobalContacts, ContactList::PersonalGroups,
+            ContactList::GlobalGroups};
+}
+
+// --- Changing
+
+bool QuendraContactProvider::isAddContactSupport(ContactList::Type type) const
+{
+    return ContactBook(type).isValid;
+}
+
+bool QuendraContactProvider::isModifyContactSupport(ContactList::Type type) const
+{
+    return ContactBook(type).isValid;
+}
+
+bool QuendraContactProvider::isDeleteContactSupport(ContactList::Type type) const
+{
+    return ContactBook(type).isValid;
+}
+
+/// A task of the linked server; null, logged as @p failure, when it is not of the expected class.
+template <typename T>
+T* QuendraContactProvider::createTask(Task::Type type, const LogText& failure)
+{
+    auto* task = qobject_cast<T*>(m_server->addTask(type));
+    if (!task)
+        Logger::inst().log(Logger::ERROR, failure.text, failure.file, failure.line);
+    return task;
+}
+
+void QuendraContactProvider::addContact(const ContactUnit& contact, ContactList::Type type)
+{
+    if (!m_server || !ContactBook(type).isValid) {
+        Q_EMIT errorAddedContact(Task::Error);
+        return;
+    }
+    auto* task = createTask<TaskAddContact>(Task::AddContact,
+                                            LOG_TEXT(tr("Error to add contact (create task)", "Logger")));
+    if (!task)
+        return slotErrorAddedContacts(Task::Error);
+    task->setContact(contact, type);
+    connect(task, &TaskAddContact::doneAddContact, this, &QuendraContactProvider::slotAddedContact);
+    connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorAddedContacts);
+    task->execute();
+}
+
+void QuendraContactProvider::modifyContact(const ContactUnit& contact, ContactList::Type type)
+{
+    if (!m_server || !ContactBook(type).isValid) {
+        Q_EMIT errorModifiedContact(Task::Error);
+        return;
+    }
+    auto* task = createTask<TaskModifyContact>(Task::ModifyContact,
+                                               LOG_TEXT(tr("Error to modify contact (modify task)", "Logger")));
+    if (!task)
+        return slotErrorModifiedContacts(Task::Error);
+    task->setContact(contact, type);
+    connect(task, &TaskModifyContact::doneModifyContact, this, &QuendraContactProvider::slotModifiedContact);
+    connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorModifiedContacts);
+    task->execute();
+}
+
+void QuendraContactProvider::deleteContact(const ContactUnit& contact, ContactList::Type type)
+{
+    if (!m_server || !ContactBook(type).isValid) {
+        Q_EMIT errorDeletedContact(Task::Error);
+        return;
+    }
+    auto* task = createTask<TaskDeleteContact>(Task::DeleteContact,
+                                               LOG_TEXT(tr("Error to delete contact (delete task)", "Logger")));
+    if (!task)
+        return slotErrorDeletedContacts(Task::Error);
+    task->setContact(contact, type);
+    connect(task, &TaskDeleteContact::doneDeleteContact, this, &QuendraContactProvider::slotDeletedContact);
+    connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorDeletedContacts);
+    task->execute();
+}
+
+void QuendraContactProvider::slotAddedContact(const ContactUnit& contact, ContactList::Type type)
+{
+    disassembleContact(contact, 0, 0);
+    ContactPlace place;
+    if (m_syncCount != 0 && placeOf(contact, place) && !place.uid.isEmpty()) {
+        m_syncOids[type].append(place.uid);
+        // a deleter already under way has an older list
+        if (m_work.value(type).deleters > 0)
+            m_work[type].added.append(QSharedPointer<ContactUnit>(contact.copy()));
+    }
+    Q_EMIT addedContact(contact, type);
+}
+
+void QuendraContactProvider::slotModifiedContact(const ContactUnit& contact, ContactList::Type type)
+{
+    disassembleContact(contact, 0, 0);
+    Q_EMIT modifiedContact(contact, type);
+}
+
+void QuendraContactProvider::slotDeletedContact(const ContactUnit& contact, ContactList::Type type)
+{
+    ContactPlace place;
+    if (placeOf(contact, place)) {
+        if (m_storage)
+            m_storage->deleteContact(m_sourceId, place.type, place.location, place.uid);
+        auto work = m_work.find(type);
+        if (work != m_work.end()) {
+            auto& added = work->added;
+            added.erase(std::remove_if(added.begin(), added.end(),
+                                       [&place](const QSharedPointer<ContactUnit>& unit) {
+                                           ContactPlace other;
+                                           return placeOf(*unit, other) && other.uid == place.uid;
+                                       }),
+                        added.end());
+        }
+    }
+    Q_EMIT deletedContact(contact, type);
+}
+
+void QuendraContactProvider::slotErrorAddedContacts(Task::Status status)
+{
+    Q_EMIT errorAddedContact(status);
+}
+
+void QuendraContactProvider::slotErrorModifiedContacts(Task::Status status)
+{
+    Q_EMIT errorModifiedContact(status);
+}
+
+void QuendraContactProvider::slotErrorDeletedContacts(Task::Status status)
+{
+    Q_EMIT errorDeletedContact(status);
+}
+
+// --- Synchronising
+
+void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
+{
+    const QPointer<QuendraContactProvider> self(this);
+    ++m_syncCount;
+    Q_EMIT onSyncStart();
+    if (!self)
+        return;
+    QD_LOG(DEBUG, tr("sync count (%1)", "Logger").arg(m_syncCount));
+
+    if (!m_server || !m_storage || !ContactBook(type).isValid)
+        return slotErrorSyncedContacts(Task::Error);
+    if (m_server->lastStatus() == Task::AuthError)
+        m_server->verifyUser(false);
+
+    const bool isKnown = m_storage->getContactLastTimeStamp(m_sourceId, kindOf(type), locationOf(type)) != 0;
+    if (full || !isKnown)
+        return requestContacts(type, 0);
+
+    auto* task = createTask<TaskGetContactsOids>(
+        Task::GetContactsOids, LOG_TEXT(tr("Error to sync contact (get contacts oids task)", "Logger")));
+    if (!task)
+        return slotErrorSyncedContacts(Task::Error);
+    task->setContactsType(type);
+    connect(task, &TaskGetContactsOids::doneGetContactsOids, this, &QuendraContactProvider::slotSyncedContactOids);
+    connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorSyncedContacts);
+    task->execute();
+}
+
+void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned int lastTimeSync)
+{
+    auto* task = createTask<TaskGetContacts>(Task::GetContacts,
+                                             LOG_TEXT(tr("Error to sync contact (get contacts task)", "Logger")));
+    if (!task)
+        return slotErrorSyncedContacts(Task::Error);
+    task->setContactsType(type);
+    task->setContactsLastTimeSync(lastTimeSync);
+    connect(task, &TaskGetContacts::doneGetContacts, this, &QuendraContactProvider::slotSyncedContact);
+    connect(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync, this,
+            &QuendraContactProvider::slotSyncedContactAfterLastTimeSync);
+    connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorSyncedContacts);
+    task->execute();
+}
+
+void QuendraContactProvider::slotSyncedContactOids(const QList<QString>& oids, ContactList::Type type)
+{
+    if (!m_server || !m_storage || !ContactBook(type).isValid)
+        return slotErrorSyncedContacts(Task::Error);
+    m_syncOids[type] = oids;
+    startDeleter(type);
+    requestContacts(type, m_storage->getContactLastTimeStamp(m_sourceId, kindOf(type), locationOf(type)));
+}
+
+void QuendraContactProvider::slotSyncedContact(const ContactList& contacts, unsigned int timestamp)
+{
+    onSyncContacts(contacts, timestamp, true);
+}
+
+void QuendraContactProvider::slotSyncedContactAfterLastTimeSync(const ContactList& contacts, unsigned int timestamp)
+{
+    onSyncContacts(contacts, timestamp, false);
+}
+
+void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigned int timestamp, bool full)
+{
+    const ContactList::Type type = contacts.contactsType();
+    if (!ContactBook(type).isValid)
+        return; // the synchronisation stays open; only the destructor closes it
+    if (!m_storage)
+        return slotDisassembleContactFromThread(type);
+    if (full)
+        startDeleter(type);
+
+    m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());
+    auto* thread = new QuendraContactProviderDisassembleThread(m_storage, m_sourceId, this);
+    m_threads.append(thread);
+    thread->setContacts(contacts, timestamp);
+    connect(thread, &QuendraContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
+            &QuendraContactProvider::slotDisassembleContactFromThread);
+    if (m_work.value(type).deleters > 0)
+        m_work[type].waiting.append(thread);
+    else
+        thread->start();
+}
+
+/// Starts a thread that deletes what the server no longer has. Were it to run after the thread that stores the book's
+/// units, it would delete what was just stored; that one therefore waits for it.
+void QuendraContactProvider::startDeleter(ContactList::Type type)
+{
+    auto* deleter = new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type),
+                                              m_syncOids.value(type), this);
+    ++m_work[type].deleters;
+    connect(deleter, &ContactsDeleterThread::doneContactsDeletion, this, [this, type] { deleterEnded(type); });
+    deleter->start();
+}
+
+void QuendraContactProvider::deleterEnded(ContactList::Type type)
+{
+    BookWork& work = m_work[type];
+    if (--work.deleters > 0)
+        return;
+    const BookWork ended = m_work.take(type);
+    for (const auto& unit : ended.added)
+        disassembleContact(*unit, 0, 0);
+    for (const auto& thread : ended.waiting) {
+        if (thread)
+            thread->start();
+    }
+}
+
+/// Counts one synchronisation down. False when a slot has destroyed this provider.
+bool QuendraContactProvider::endSync()
+{
+    const QPointer<QuendraContactProvider> self(this);
+    --m_syncCount;
+    if (m_syncCount == 0)
+        m_syncOids.clear();
+    Q_EMIT onSyncStop();
+    if (self)
+        QD_LOG(DEBUG, tr("sync count (%1)", "Logger").arg(m_syncCount));
+    return self;
+}
+
+void QuendraContactProvider::slotDisassembleContactFromThread(ContactList::Type type)
+{
+    if (endSync())
+        Q_EMIT syncedContacts(type);
+}
+
+void QuendraContactProvider::slotErrorSyncedContacts(Task::Status status)
+{
+    if (endSync())
+        Q_EMIT errorSyncedContacts(status);
+}
+
+// --- Reading
+
+void QuendraContactProvider::getContacts(ContactList::Type type, const QString&, unsigned int offset,
+                                         unsigned int limit)
+{
+    if (!m_server || !m_storage || !ContactBook(type).isValid) {
+        Q_EMIT errorGotContacts(Task::Error);
+        return;
+    }
+    ContactList contacts = m_storage->getContactList(&makeUnit, m_sourceId, kindOf(type), locationOf(type), 0, offset,
+                                                     limit, this);
+    contacts.setContactsType(type);
+    Q_EMIT gotContacts(contacts);
+}
+
+QUrl QuendraContactProvider::unitUrl(ContactLocalStorage::ContactType type,
+                                     ContactLocalStorage::ContactLocation location, const QString& uid) const
+{
+    QUrl url;
+    ContactList::Type book = ContactList::Unknown;
+    switch (location) {
+    case ContactLocalStorage::LocationPersonal:
+        book = type == ContactLocalStorage::TypeGroup ? ContactList::PersonalGroups : ContactList::PersonalContacts;
+        break;
+    case ContactLocalStorage::LocationGlobal:
+        book = type == ContactLocalStorage::TypeGroup ? ContactList::GlobalGroups : ContactList::GlobalContacts;
+        break;
+    default:
+        QD_LOG(ERROR, tr("Unsuported contact location", "Logger"));
+        return url;
+    }
+    if (!m_server)
+        return url;
+    url.setPath(ContactBook(book).path(QStringLiteral("/qdws/v1/contacts"), QStringLiteral("/qdws/v1/contact_groups"),
+                                       m_server->login())
+                    + QLatin1Char('/') + uid,
+                QUrl::DecodedMode);
+    url.setScheme(QStringLiteral("http"));
+    setServerAddress(url, m_server->address());
+    return url;
+}
+
+QSharedPointer<ContactUnit> QuendraContactProvider::makeUnit(
+    ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location, const QString& uid,
+    const QString& name, const QString& description, const QString& phone, const QString& fax, const QString& email,
+    const QString& organization, ContactList members, void* userData)
+{
+    const auto* provider = static_cast<const QuendraContactProvider*>(userData);
+    switch (type) {
+    case ContactLocalStorage::TypeContact: {
+        const auto contact = QSharedPointer<QuendraContact>::create();
+        contact->setName(name);
+        contact->setOrganization(organization);
+        contact->setPhone(phone);
+        contact->setFax(fax);
+        contact->setEmail(email);
+        contact->setUrl(provider->unitUrl(type, location, uid));
+        return contact;
+    }
+    case ContactLocalStorage::TypeGroup: {
+        const auto group = QSharedPointer<QuendraContactGroup>::create();
+        group->setName(name);
+        group->setDescription(description);
+        group->contacts() = std::move(members);
+        group->setUrl(provider->unitUrl(type, location, uid));
+        return group;
+    }
+    default:
+        return QSharedPointer<ContactUnit>();
+    }
+}
+
+QSharedPointer<ContactUnit> QuendraContactProvider::aggregateContact(unsigned int id)
+{
+    unsigned int source = 0;
+    unsigned int timestamp = 0;
+    ContactLocalStorage::ContactType type;
+    ContactLocalStorage::ContactLocation location;
+    QString uid, name, description, phone, fax, email, organization;
+    if (!m_storage
+        || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name, description, phone, fax, email,
+                                      organization)) {
+        return QSharedPointer<ContactUnit>();
+    }
+    ContactList members;
+    if (type == ContactLocalStorage::TypeGroup) {
+        members = m_storage->getContactList(&makeUnit, source, ContactLocalStorage::ContactType(0),
+                                            ContactLocalStorage::ContactLocation(0), id, 0, 0, this);
+    } else if (type != ContactLocalStorage::TypeContact) {
+        QD_LOG(ERROR, unsupportedType());
+        return QSharedPointer<ContactUnit>();
+    }
+    return makeUnit(type, location, uid, name, description, phone, fax, email, organization, members, this);
+}

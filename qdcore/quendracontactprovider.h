@@ -1,0 +1,96 @@
+#pragma once
+
+#include "contactlocalstorage.h"
+#include "contactprovider.h"
+#include "qdcore_global.h"
+
+#include <QMap>
+
+class FaxServer;
+class QuendraContactProviderDisassembleThread;
+struct LogText;
+
+/**
+ * The contact books of one fax server: the user's personal contacts and groups, and the server's global ones.
+ *
+ * Changes go to the server by tasks of the linked FaxServer. A synchronisation asks the server for the whole book, or
+ * first for the identifiers it has and then for what changed since the last time; threads delete and store what comes
+ * back, and the last of them ends the synchronisation. Pages are read from the store alone.
+ */
+class QDCORE_EXPORT QuendraContactProvider : public ContactProvider
+{
+    Q_OBJECT
+public:
+    explicit QuendraContactProvider(ContactManager& manager);
+    /// Waits for the threads that are storing.
+    ~QuendraContactProvider() override;
+
+    /// Links the server and registers it as a source in the store.
+    void linkFaxServer(const QPointer<FaxServer>& server);
+    /// Removes the server's source, with all its units, from the store and forgets the server.
+    void unlinkFaxServer();
+    /// The linked server, or null.
+    QPointer<FaxServer> server() const { return m_server; }
+
+    ContactProvider::Type type() override;
+    /// Personal contacts, global contacts, personal groups, global groups.
+    QList<ContactList::Type> contactsTypeList() const override;
+    // Rights are the server's affair: what the user may not do comes back as NotPermitted or AccessDenied.
+    bool isAddContactSupport(ContactList::Type type) const override;
+    void addContact(const ContactUnit& contact, ContactList::Type type) override;
+    bool isModifyContactSupport(ContactList::Type type) const override;
+    void modifyContact(const ContactUnit& contact, ContactList::Type type) override;
+    bool isDeleteContactSupport(ContactList::Type type) const override;
+    void deleteContact(const ContactUnit& contact, ContactList::Type type) override;
+    void getContacts(ContactList::Type type, const QString& filter, unsigned int offset,
+                     unsigned int limit) override;
+    void syncContacts(ContactList::Type type, bool full) override;
+    /// A QuendraContact or QuendraContactGroup; its URL begins with "http://" whatever the connection uses.
+    QSharedPointer<ContactUnit> aggregateContact(unsigned int id) override;
+
+protected Q_SLOTS:
+    void slotAddedContact(const ContactUnit& contact, ContactList::Type type);
+    void slotErrorAddedContacts(Task::Status status);
+    void slotModifiedContact(const ContactUnit& contact, ContactList::Type type);
+    void slotErrorModifiedContacts(Task::Status status);
+    void slotDeletedContact(const ContactUnit& contact, ContactList::Type type);
+    void slotErrorDeletedContacts(Task::Status status);
+    void slotSyncedContact(const ContactList& contacts, unsigned int timestamp);
+    void slotSyncedContactAfterLastTimeSync(const ContactList& contacts, unsigned int timestamp);
+    void slotSyncedContactOids(const QList<QString>& oids, ContactList::Type type);
+    void slotErrorSyncedContacts(Task::Status status);
+    void slotDisassembleContactFromThread(ContactList::Type type);
+
+protected:
+    void onSyncContacts(const ContactList& contacts, unsigned int timestamp, bool full);
+    void disassembleContact(const ContactUnit& contact, unsigned int timestamp, unsigned int group);
+
+private:
+    /// What runs for a book between the server's reply and the end of its synchronisation.
+    struct BookWork
+    {
+        int deleters {0}; ///< Deleter threads that have not ended.
+        QList<QPointer<QuendraContactProviderDisassembleThread>> waiting; ///< To be started after them.
+        QList<QSharedPointer<ContactUnit>> added; ///< Stored while a deleter ran that does not know them.
+    };
+
+    static QSharedPointer<ContactUnit> makeUnit(ContactLocalStorage::ContactType type,
+                                                ContactLocalStorage::ContactLocation location, const QString& uid,
+                                                const QString& name, const QString& description,
+                                                const QString& phone, const QString& fax, const QString& email,
+                                                const QString& organization, ContactList members, void* userData);
+
+    template <typename T>
+    T* createTask(Task::Type type, const LogText& failure);
+    void requestContacts(ContactList::Type type, unsigned int lastTimeSync);
+    void startDeleter(ContactList::Type type);
+    void deleterEnded(ContactList::Type type);
+    bool endSync();
+    QUrl unitUrl(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
+                 const QString& uid) const;
+
+    QPointer<FaxServer> m_server;
+    QList<QPointer<QuendraContactProviderDisassembleThread>> m_threads;
+    QMap<ContactList::Type, QList<QString>> m_syncOids; ///< What the server said it has, while synchronising.
+    QMap<ContactList::Type, BookWork> m_work;
+};

@@ -1,0 +1,41 @@
+#include "quendracontactproviderdisassemblethread.h"
+
+#include "contactdisassembly_p.h"
+
+QuendraContactProviderDisassembleThread::QuendraContactProviderDisassembleThread(
+    const QPointer<ContactLocalStorage>& storage, unsigned int source, QObject* parent)
+    : QThread(parent)
+    , m_storage(storage)
+    , m_source(source)
+{}
+
+QuendraContactProviderDisassembleThread::~QuendraContactProviderDisassembleThread()
+{
+    wait();
+}
+
+void QuendraContactProviderDisassembleThread::setContacts(const ContactList& contacts, unsigned int timestamp)
+{
+    m_contacts = contacts;
+    m_timestamp = timestamp;
+}
+
+void QuendraContactProviderDisassembleThread::run()
+{
+    if (m_storage) {
+        m_storage->scopeBegin();
+        // the server may have been removed while the reply was on its way; its units must not come back
+        QString name;
+        ContactLocalStorage::SourceType kind;
+        if (m_storage->getSourceInfo(m_source, name, kind)) {
+            for (const auto& unit : qAsConst(m_contacts).contacts()) {
+                if (unit)
+                    disassemble(*m_storage, m_source, *unit, m_timestamp, 0);
+            }
+        }
+        m_storage->scopeEnd();
+        m_storage->freeStorageForThread();
+    }
+    Q_EMIT doneDisassembleContactFromThread(m_contacts.contactsType());
+    deleteLater();
+}

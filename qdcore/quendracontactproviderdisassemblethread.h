@@ -1,0 +1,37 @@
+#pragma once
+
+#include "contactlist.h"
+#include "contactlocalstorage.h"
+#include "qdcore_global.h"
+
+#include <QPointer>
+#include <QThread>
+
+/**
+ * Stores the units of a book as a fax server sent them, in the background and in one transaction.
+ *
+ * Started by its provider; deletes itself when it has run. Its destructor waits for it, without limit.
+ */
+class QDCORE_EXPORT QuendraContactProviderDisassembleThread : public QThread
+{
+    Q_OBJECT
+public:
+    QuendraContactProviderDisassembleThread(const QPointer<ContactLocalStorage>& storage, unsigned int source,
+                                            QObject* parent);
+    ~QuendraContactProviderDisassembleThread() override;
+
+    /// The units, whose list names the book, and the server's time that they are stamped with. Set before start().
+    void setContacts(const ContactList& contacts, unsigned int timestamp);
+
+Q_SIGNALS:
+    void doneDisassembleContactFromThread(ContactList::Type type);
+
+protected:
+    void run() override;
+
+private:
+    QPointer<ContactLocalStorage> m_storage;
+    unsigned int m_source;
+    ContactList m_contacts;
+    unsigned int m_timestamp {0};
+};

@@ -1,0 +1,166 @@
+#pragma once
+
+// A contact manager and a fax manager against a simulated server, and what both sides hold.
+
+#include "contactlocalstorage.h"
+#include "contactmanager.h"
+#include "contactprovider.h"
+#include "faxmanager.h"
+#include "faxserver.h"
+#include "simserver.h"
+
+#include <QEventLoop>
+#include <QTimer>
+
+/// One entry of a book, as text that can be compared: fields, and of a group the uids of its members in order.
+using BookContent = QMap<QString, QString>;
+
+/// Counts what a contact manager and its providers say.
+struct SyncCounts
+{
+    int starts {0};
+    int stops {0};
+    int providerStarts {0};
+    int providerStops {0};
+    int ends {0}; ///< syncedContacts() and errorSyncedContacts().
+    int errors {0};
+
+    bool isPaired() const { return starts == stops && providerStarts == providerStops && ends == providerStops; }
+};
+
+/// The client's side. Destroying it destroys the managers in the right order.
+class ContactWorld
+{
+public:
+    ContactWorld()
+        : contacts(new ContactManager)
+        , faxes(new FaxManager(contacts.data()))
+    {
+        QObject::connect(contacts, &ContactManager::onSyncStart, [this] { ++counts->starts; });
+        QObject::connect(contacts, &ContactManager::onSyncStop, [this] { ++counts->stops; });
+    }
+    ~ContactWorld()
+    {
+        delete faxes;
+        delete contacts;
+    }
+
+    QPointer<FaxServer> add(const SimServer& sim, const QString& login = QStringLiteral("alice"))
+    {
+        const QPointer<FaxServer> server =
+            faxes->addServer(sim.address(), sim.options().tls, login, QStringLiteral("secret"));
+        watch(server->contactProvider());
+        return server;
+    }
+
+    void watch(ContactProvider* provider)
+    {
+        const auto tally = counts;
+        QObject::connect(provider, &ContactProvider::onSyncStart, [tally] { ++tally->providerStarts; });
+        QObject::connect(provider, &ContactProvider::onSyncStop, [tally] { ++tally->providerStops; });
+        QObject::connect(provider, &ContactProvider::syncedContacts, [tally] { ++tally->ends; });
+        QObject::connect(provider, &ContactProvider::errorSyncedContacts, [tally] {
+            ++tally->ends;
+            ++tally->errors;
+        });
+    }
+
+    /// Waits for all synchronisations to end. False after a minute.
+    bool settle()
+    {
+        QEventLoop loop;
+        QTimer::singleShot(60000, &loop, [&loop] { loop.exit(1); });
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, &loop, [this, &loop] {
+            if (!contacts->isSync())
+                loop.exit(0);
+        });
+        poll.start(1);
+        return loop.exec() == 0;
+    }
+
+    /// Logs in, and waits for the synchronisation that follows it.
+    bool settleLogin(FaxServer* server)
+    {
+        QEventLoop loop;
+        QTimer::singleShot(60000, &loop, [&loop] { loop.exit(1); });
+        QObject::connect(server, &FaxServer::changedFaxUser, &loop, [&loop] { loop.exit(0); });
+        return loop.exec() == 0 && settle();
+    }
+
+    bool sync(ContactProvider* provider, bool full)
+    {
+        const QList<ContactList::Type> books = provider->contactsTypeList();
+        for (const ContactList::Type book : books)
+            provider->syncContacts(book, full);
+        return settle();
+    }
+
+    BookContent stored(unsigned int source, bool global, bool groups) const
+    {
+        const auto storage = contacts->storage();
+        const auto location =
+            global ? ContactLocalStorage::LocationGlobal : ContactLocalStorage::LocationPersonal;
+        const auto type = groups ? ContactLocalStorage::TypeGroup : ContactLocalStorage::TypeContact;
+        BookContent content;
+        const auto ids = storage->getContactList(source, type, location, 0, 0, 0);
+        for (const unsigned int id : ids) {
+            const Row row = rowOf(id);
+            QStringList fields {row.name, row.description, row.phone, row.fax, row.email, row.organization};
+            if (groups) {
+                QStringList members;
+                const auto memberIds = storage->getContactList(source, ContactLocalStorage::ContactType(0),
+                                                               ContactLocalStorage::ContactLocation(0), id, 0, 0);
+                for (const unsigned int member : memberIds)
+                    members << rowOf(member).uid;
+                members.sort();
+                fields << members;
+            }
+            content.insert(row.uid, fields.join(QLatin1Char('|')));
+        }
+        return content;
+    }
+
+    static BookContent onServer(const SimServer& sim, const QString& login, bool global, bool groups)
+    {
+        BookContent content;
+        const auto entries = sim.book(global ? SimBooks::global() : login, groups);
+        for (const SimEntry& entry : entries) {
+            QStringList fields {entry.person.name,  entry.description,   entry.person.phone,
+                                entry.person.fax,   entry.person.email, entry.person.organization};
+            if (groups) {
+                fields = QStringList {entry.person.name, entry.description, QString(), QString(), QString(), QString()};
+                QStringList members;
+                for (const QString& member : entry.members)
+                    members << member.section(QLatin1Char('/'), -1);
+                members.removeDuplicates();
+                members.sort();
+                fields << members;
+            }
+            content.insert(entry.uid, fields.join(QLatin1Char('|')));
+        }
+        return content;
+    }
+
+    QPointer<ContactManager> contacts;
+    QPointer<FaxManager> faxes;
+    QSharedPointer<SyncCounts> counts {QSharedPointer<SyncCounts>::create()};
+
+private:
+    struct Row
+    {
+        QString uid, name, description, phone, fax, email, organization;
+    };
+
+    Row rowOf(unsigned int id) const
+    {
+        Row row;
+        unsigned int source = 0;
+        unsigned int timestamp = 0;
+        ContactLocalStorage::ContactType type;
+        ContactLocalStorage::ContactLocation location;
+        contacts->storage()->getContactInfo(id, source, type, location, row.uid, timestamp, row.name, row.description,
+                                            row.phone, row.fax, row.email, row.organization);
+        return row;
+    }
+};

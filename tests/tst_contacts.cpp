@@ -1,0 +1,466 @@
+// The contact books of a server in the client's cache: synchronised, changed, removed in the middle.
+
+#include "contactworld.h"
+#include "quendracontact.h"
+#include "quendracontactgroup.h"
+#include "quendracontactprovider.h"
+#include "testkit.h"
+
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTest>
+
+class TestContacts : public QObject
+{
+    Q_OBJECT
+
+    static SimOptions books(int contacts, int groups)
+    {
+        SimOptions options;
+        options.contacts = contacts;
+        options.groups = groups;
+        return options;
+    }
+
+    /// Everything the store holds of this server must be what the server holds.
+    bool compare(const ContactWorld& world, const SimServer& sim, ContactProvider* provider, const char* when)
+    {
+        for (const bool global : {false, true}) {
+            for (const bool groups : {false, true}) {
+                const BookContent here = world.stored(provider->sourceId(), global, groups);
+                const BookContent there = ContactWorld::onServer(sim, QStringLiteral("alice"), global, groups);
+                if (here == there)
+                    continue;
+                qWarning("%s: the %s %s differ: %d here, %d there", when, global ? "global" : "personal",
+                         groups ? "groups" : "contacts", here.size(), there.size());
+                for (auto it = there.begin(); it != there.end(); ++it) {
+                    if (here.value(it.key()) != it.value())
+                        qWarning() << it.key() << "here" << here.value(it.key()) << "there" << it.value();
+                }
+                for (auto it = here.begin(); it != here.end(); ++it) {
+                    if (!there.contains(it.key()))
+                        qWarning() << it.key() << "is only here:" << it.value();
+                }
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// Rows that belong to no source, and memberships of no contact.
+    int orphans()
+    {
+        int found = -1;
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("orphans"));
+            db.setDatabaseName(qEnvironmentVariable("APPDATA")
+                               + QStringLiteral("/Quendra Client Software/Contacts/contacts.sqlite"));
+            if (db.open()) {
+                QSqlQuery query(db);
+                query.exec(QStringLiteral("SELECT (SELECT count(*) FROM contacts WHERE source NOT IN (SELECT id FROM "
+                                          "sources)) + (SELECT count(*) FROM groups WHERE contact NOT IN (SELECT id FROM "
+                                          "contacts) OR contactgroup NOT IN (SELECT id FROM contacts))"));
+                if (query.next())
+                    found = query.value(0).toInt();
+            }
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("orphans"));
+        return found;
+    }
+
+    QTemporaryDir m_folder;
+
+private Q_SLOTS:
+    void init()
+    {
+        // a store of its own for each test
+        const QString folder = m_folder.filePath(QString::fromLatin1(QTest::currentTestFunction()));
+        QDir().mkpath(folder);
+        qputenv("APPDATA", QFile::encodeName(folder));
+    }
+
+    void firstSynchronisation();
+    void incremental();
+    void emptiedBook();
+    void changesThroughTheProvider();
+    void addedInTheMiddle();
+    void refusals();
+    void pages();
+    void manager();
+    void modelBased();
+    void endsAtAnyMoment();
+};
+
+void TestContacts::firstSynchronisation()
+{
+    SimServer sim(books(30, 4));
+    QVERIFY(sim.start());
+    ContactWorld world;
+    const QPointer<FaxServer> server = world.add(sim);
+    ContactProvider* provider = server->contactProvider();
+    QVERIFY(provider);
+    QVERIFY(world.settleLogin(server));
+    QVERIFY(compare(world, sim, provider, "after login"));
+    QCOMPARE(world.counts->providerStarts, 4);
+    QCOMPARE(world.counts->errors, 0);
+    QVERIFY(world.counts->isPaired());
+    QCOMPARE(world.counts->starts, 1); // one busy time for four books
+    // an empty cache asks for the whole book at once
+    QCOMPARE(sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact_oids")), 0);
+    QCOMPARE(sim.refusals(), QStringList());
+
+    // a server from the settings does not synchronise by itself
+    sim.clearRequests();
+    server->verifyUser(false);
+    QVERIFY(world.settleLogin(server));
+    QCOMPARE(sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact")), 0);
+}
+
+void TestContacts::incremental()
+{
+    SimServer sim(books(30, 4));
+    QVERIFY(sim.start());
+    ContactWorld world;
+    const QPointer<FaxServer> server = world.add(sim);
+    ContactProvider* provider = server->contactProvider();
+    QVERIFY(world.settleLogin(server));
+
+    const SimBookId personal {QStringLiteral("alice"), false};
+    const QString gone = sim.book(personal.owner).at(3).uid;
+    SimEntry changed = sim.book(personal.owner).at(4);
+    changed.person.name = QStringLiteral("Tom & \"Jerry\" <%_'\u20ac\U0001f600>");
+    QVERIFY(sim.deleteEntry(personal, gone));
+    QVERIFY(sim.modifyEntry(personal, changed));
+    sim.clearRequests();
+    QVERIFY(world.sync(provider, false));
+    QVERIFY(compare(world, sim, provider, "after changes"));
+    QCOMPARE(sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact_oids/")), 2);
+    const auto requests = sim.requests(QString(), QStringLiteral("/qdws/v1/contacts/alice"));
+    QVERIFY(!requests.isEmpty());
+    QVERIFY(requests.first().query.startsWith("query_time="));
+}
+
+void TestContacts::emptiedBook()
+{
+    SimServer sim(books(5, 0));
+    QVERIFY(sim.start());
+    ContactWorld world;
+    const QPointer<FaxServer> server = world.add(sim);
+    ContactProvider* provider = server->contactProvider();
+    QVERIFY(world.settleLogin(server));
+    const auto entries = sim.book(QStringLiteral("alice"));
+    for (const SimEntry& entry : entries)
+        sim.deleteEntry({QStringLiteral("alice"), false}, entry.uid);
+    QVERIFY(world.sync(provider, false));
+    QVERIFY(compare(world, sim, provider, "an emptied book"));
+}
+
+void TestContacts::changesThroughTheProvider()
+{
+    SimServer sim(books(3, 1));
+    QVERIFY(sim.start());
+    ContactWorld world;
+    const QPointer<FaxServer> server = world.add(sim);
+    ContactProvider* provider = server->contactProvider();
+    QVERIFY(world.settleLogin(server));
+
+    QuendraContact contact;
+    contact.setName(QStringLiteral("New One"));
+    contact.setFax(QStringLiteral("555"));
+    QUrl url;
+    connect(provider, &ContactProvider::addedContact, this, [&url](const ContactUnit& unit, ContactList::Type) {
+        url = dynamic_cast<const QuendraContact&>(unit).url();
+    });
+    provider->addContact(contact, ContactList::PersonalContacts);
+    QTRY_VERIFY(!url.isEmpty());
+    QVERIFY(compare(world, sim, provider, "added"));
+
+    contact.setUrl(url);
+    contact.setName(QStringLiteral("Newer One"));
+    int modified = 0;
+    connect(provider, &ContactProvider::modifiedContact, this, [&modified] { ++modified; });
+    provider->modifyContact(contact, ContactList::PersonalContacts);
+    QTRY_COMPARE(modified, 1);
+    QVERIFY(compare(world, sim, provider, "modified"));
+
+    // what is read back from the cache can be sent to the server as it is
+    const auto found = world.contacts->storage()->quickSearch(QStringLiteral("newer"), 10, provider->sourceId(), 0);
+    QCOMPARE(found.size(), 1);
+    const auto unit = world.contacts->getContactById(found.firstKey());
+    QVERIFY(unit);
+    QCOMPARE(dynamic_cast<QuendraContact&>(*unit).url(), url);
+
+    QuendraContactGroup group;
+    group.setName(QStringLiteral("Team"));
+    group.addContact(*unit);
+    int added = 0;
+    connect(provider, &ContactProvider::addedContact, this, [&added] { ++added; });
+    provider->addContact(group, ContactList::PersonalGroups);
+    QTRY_COMPARE(added, 1);
+    QVERIFY(world.sync(provider, false));
+    QVERIFY(compare(world, sim, provider, "a group of it"));
+
+    int deleted = 0;
+    connect(provider, &ContactProvider::deletedContact, this, [&deleted] { ++deleted; });
+    provider->deleteContact(*unit, ContactList::PersonalContacts);
+    QTRY_COMPARE(deleted, 1);
+    QVERIFY(world.sync(provider, false));
+    QVERIFY(compare(world, sim, provider, "deleted"));
+}
+
+void TestContacts::addedInTheMiddle()
+{
+    SimServer sim(books(400, 0));
+    QVERIFY(sim.start());
+    ContactWorld world;
+    const QPointer<FaxServer> server = world.add(sim);
+    ContactProvider* provider = server->contactProvider();
+    QVERIFY(world.settleLogin(server));
+    QuendraContact contact;
+    contact.setName(QStringLiteral("In the middle"));
+    for (const bool full : {true, false}) {
+        // the download waits while the contact is added
+        sim.addFault(QStringLiteral("delay=150,method=GET,path=/qdws/v1/contacts/alice,times=1"));
+        QSignalSpy added(provider, &ContactProvider::addedContact);
+        provider->syncContacts(ContactList::PersonalContacts, full);
+        provider->addContact(contact, ContactList::PersonalContacts);
+        QVERIFY(world.settle());
+        QTRY_COMPARE(added.count(), 1);
+        QVERIFY(compare(world, sim, provider, full ? "full" : "incremental"));
+    }
+}
+
+void TestContacts::refusals()
+{
+    ContactWorld world;
+    ContactProvider* provider = world.contacts->addProvider(ContactProvider::QuendraProvider);
+    world.watch(provider);
+    QList<int> errors;
+    const auto note = [&errors](Task::Status status) { errors << int(status); };
+    connect(provider, &ContactProvider::errorAddedContact, this, note);
+    connect(provider, &ContactProvider::errorModifiedContact, this, note);
+    connect(provider, &ContactProvider::errorDeletedContact, this, note);
+    connect(provider, &ContactProvider::errorGotContacts, this, note);
+    connect(provider, &ContactProvider::errorSyncedContacts, this, note);
+    const QuendraContact contact;
+    // not linked to a server
+    provider->addContact(contact, ContactList::PersonalContacts);
+    provider->modifyContact(contact, ContactList::PersonalContacts);
+    provider->deleteContact(contact, ContactList::PersonalContacts);
+    provider->getContacts(ContactList::PersonalContacts, QString(), 0, 0);
+    provider->syncContacts(ContactList::PersonalContacts, true);
+    QCOMPARE(errors, QList<int>({2, 2, 2, 2, 2}));
+    QVERIFY(world.counts->isPaired());
+
+    // linked, but not its book; and what the user may not do
+    SimUser reader;
+    reader.name = QStringLiteral("alice");
+    reader.password = QStringLiteral("secret");
+    SimOptions options = books(2, 0);
+    options.users = {reader};
+    SimServer sim(options);
+    QVERIFY(sim.start());
+    const QPointer<FaxServer> server = world.add(sim);
+    QVERIFY(world.settleLogin(server));
+    ContactProvider* linked = server->contactProvider();
+    errors.clear();
+    connect(linked, &ContactProvider::errorAddedContact, this, note);
+    connect(linked, &ContactProvider::errorGotContacts, this, note);
+    connect(linked, &ContactProvider::errorSyncedContacts, this, note);
+    linked->getContacts(ContactList::OutlookContacts, QString(), 0, 0);
+    linked->syncContacts(ContactList::OutlookContacts, false);
+    QCOMPARE(errors, QList<int>({2, 2}));
+    linked->addContact(contact, ContactList::GlobalContacts);
+    QTRY_COMPARE(errors.size(), 3);
+    QCOMPARE(errors.last(), int(Task::AccessDenied));
+
+    // a login that is refused at the time of a synchronisation fails it, and is tried again before the next
+    server->setPassword(QStringLiteral("wrong"));
+    QVERIFY(world.sync(linked, true));
+    QCOMPARE(server->lastStatus(), Task::AuthError);
+    QVERIFY(world.counts->isPaired());
+    server->setPassword(QStringLiteral("secret"));
+    QVERIFY(world.sync(linked, true));
+    QVERIFY(compare(world, sim, linked, "after a wrong password"));
+}
+
+void TestContacts::pages()
+{
+    SimServer sim(books(25, 2));
+    QVERIFY(sim.start());
+    ContactWorld world;
+    const QPointer<FaxServer> server = world.add(sim);
+    ContactProvider* provider = server->contactProvider();
+    QVERIFY(world.settleLogin(server));
+    QList<int> sizes;
+    connect(provider, &ContactProvider::gotContacts, this, [&sizes](const ContactList& list) {
+        sizes << list.contacts().size();
+        QCOMPARE(list.contactsType(), ContactList::GlobalContacts);
+    });
+    for (const unsigned int offset : {0U, 10U, 20U, 30U})
+        provider->getContacts(ContactList::GlobalContacts, QStringLiteral("unused"), offset, 10);
+    QCOMPARE(sizes, QList<int>({10, 10, 5, 0}));
+}
+
+void TestContacts::manager()
+{
+    ContactWorld world;
+    ContactManager& contacts = *world.contacts;
+    QSignalSpy changed(&contacts, &ContactManager::changedContactProviderList);
+    QVERIFY(!contacts.addProvider(ContactProvider::Type(7)));
+    QCOMPARE(contacts.providers().size(), 1);
+    const QPointer<ContactProvider> provider = contacts.addProvider(ContactProvider::QuendraProvider);
+    QCOMPARE(changed.count(), 2);
+    contacts.deleteProvider(provider);
+    contacts.deleteProvider(provider);
+    QCOMPARE(changed.count(), 3);
+    QTRY_VERIFY(!provider);
+    contacts.deleteProvider(provider); // a dead entry matches a dead argument: the null one above
+    QCOMPARE(changed.count(), 4);
+    QVERIFY(!contacts.getContactById(12345));
+
+    QuickSearchResalt result {{1, QStringLiteral("not yet")}};
+    connect(&contacts, &ContactManager::resultOfQuickSearch, this,
+            [&result](const QuickSearchResalt& found) { result = found; });
+    contacts.quickSearch(QStringLiteral("nobody"), 10, 0, 0);
+    QVERIFY(result.isEmpty());
+    QCOMPARE(contacts.outlookSourceId(), 0U);
+    QVERIFY(!contacts.isOutlookSync());
+
+    // one that goes in the middle of two synchronisations closes both
+    SimServer sim(books(5, 0));
+    QVERIFY(sim.start());
+    const QPointer<FaxServer> server = world.add(sim);
+    QVERIFY(world.settleLogin(server));
+    const QPointer<ContactProvider> busy = server->contactProvider();
+    busy->syncContacts(ContactList::PersonalContacts, true);
+    busy->syncContacts(ContactList::GlobalContacts, true);
+    const unsigned int source = busy->sourceId();
+    const int errors = world.counts->errors;
+    world.faxes->deleteServer(server);
+    QTRY_VERIFY(!busy);
+    QCOMPARE(world.counts->errors, errors + 2);
+    QVERIFY(world.counts->isPaired());
+    QVERIFY(!contacts.isSync());
+    QCOMPARE(world.stored(source, false, false).size(), 0);
+    QCOMPARE(orphans(), 0);
+}
+
+void TestContacts::modelBased()
+{
+    const quint32 seed = 20261122;
+    constexpr int rounds = 250;
+    QRandomGenerator random(seed);
+    SimOptions options = books(40, 6);
+    options.seed = seed;
+    SimServer sim(options);
+    QVERIFY(sim.start());
+    ContactWorld world;
+    QPointer<FaxServer> server = world.add(sim);
+    QVERIFY(world.settleLogin(server));
+
+    int operations = 0;
+    for (int round = 0; round < rounds; ++round) {
+        const int steps = random.bounded(1, 16);
+        for (int step = 0; step < steps; ++step, ++operations) {
+            ContactProvider* provider = server->contactProvider();
+            const int what = random.bounded(100);
+            if (what < 50) {
+                sim.stepChanges(1);
+            } else if (what < 60) {
+                provider->syncContacts(provider->contactsTypeList().at(random.bounded(4)), random.bounded(2) == 0);
+                if (random.bounded(2) == 0)
+                    QVERIFY(world.settle());
+            } else if (what < 75) {
+                QuendraContact contact;
+                contact.setName(QStringLiteral("added %1").arg(operations));
+                QSignalSpy done(provider, &ContactProvider::addedContact);
+                provider->addContact(contact, random.bounded(2) ? ContactList::PersonalContacts
+                                                                : ContactList::GlobalContacts);
+                QVERIFY(done.wait());
+            } else if (what < 97) {
+                // something that the cache knows, changed or deleted through the provider
+                const auto found = world.contacts->storage()->quickSearch(QString(), 200, provider->sourceId(), 0);
+                if (found.isEmpty())
+                    continue;
+                const auto unit = world.contacts->getContactById(found.keys().at(random.bounded(found.size())));
+                QVERIFY(unit);
+                auto* contact = dynamic_cast<QuendraContact*>(unit.data());
+                if (!contact)
+                    continue;
+                const auto book = contact->url().path().contains(QLatin1String("global"))
+                    ? ContactList::GlobalContacts
+                    : ContactList::PersonalContacts;
+                int ended = 0;
+                const QObject context;
+                const auto end = [&ended] { ++ended; };
+                connect(provider, &ContactProvider::modifiedContact, &context, end);
+                connect(provider, &ContactProvider::deletedContact, &context, end);
+                connect(provider, &ContactProvider::errorModifiedContact, &context, end); // gone on the server
+                connect(provider, &ContactProvider::errorDeletedContact, &context, end);
+                if (what < 90) {
+                    contact->setFax(QString::number(operations));
+                    provider->modifyContact(*contact, book);
+                } else {
+                    provider->deleteContact(*contact, book);
+                }
+                QTRY_COMPARE(ended, 1);
+            } else {
+                QVERIFY(world.settle());
+                world.faxes->deleteServer(server);
+                QTRY_VERIFY(!server);
+                server = world.add(sim);
+                QVERIFY(world.settleLogin(server));
+            }
+        }
+        QVERIFY(world.settle());
+        QVERIFY(world.sync(server->contactProvider(), random.bounded(8) == 0));
+        QVERIFY2(compare(world, sim, server->contactProvider(), "a round"),
+                 qPrintable(QStringLiteral("round %1, operation %2, seed %3").arg(round).arg(operations).arg(seed)));
+        QVERIFY(world.counts->isPaired());
+    }
+    qInfo("%d operations in %d rounds, seed %u", operations, rounds, seed);
+    QCOMPARE(sim.refusals(), QStringList());
+    QCOMPARE(orphans(), 0);
+}
+
+void TestContacts::endsAtAnyMoment()
+{
+    QRandomGenerator random(7);
+    SimServer sim(books(150, 3));
+    QVERIFY(sim.start());
+    for (int time = 0; time < 100; ++time) {
+        QSharedPointer<SyncCounts> counts;
+        {
+            ContactWorld world;
+            counts = world.counts;
+            const QPointer<FaxServer> server = world.add(sim);
+            const int turns = random.bounded(120);
+            for (int turn = 0; turn < turns; ++turn)
+                QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 1);
+            switch (time % 4) {
+            case 0: // the server
+                world.faxes->deleteServer(server);
+                QTRY_VERIFY(!server);
+                break;
+            case 1: // its provider
+                world.contacts->deleteProvider(server->contactProvider());
+                QTRY_VERIFY(!server->contactProvider());
+                break;
+            case 2: // the manager of contacts, while servers live
+                delete world.contacts;
+                QTest::qWait(1);
+                break;
+            default: // everything
+                break;
+            }
+        }
+        QVERIFY(counts->isPaired());
+        QCOMPARE(orphans(), 0);
+    }
+}
+
+QTEST_GUILESS_MAIN(TestContacts)
+#include "tst_contacts.moc"
