@@ -1,7 +1,7 @@
 #pragma once
 
-// Storing the units of a fax server. Internal: not installed. Defined in quendracontactprovider.cpp, whose name its log
-// lines carry.
+// Storing the units of a fax server. Internal: not installed. Defined in quendracontactprovider.cpp, whose
+// name its log lines carry.
 
 #include "contactlocalstorage.h"
 
@@ -18,11 +18,11 @@ struct ContactPlace
     QString uid; ///< The last segment of the path of the unit's URL.
 };
 
-/// The place of a unit by its class and URL. False for a unit of another class, which is logged, and for one whose URL
-/// has no path.
+/// The place of a unit by its class and URL. False for a unit of another class, which is logged, and for one
+/// whose URL has no path.
 bool placeOf(const ContactUnit& unit, ContactPlace& place);
 
-/// Stores a unit, and with a group its members, on the calling thread's connection. @p timestamp is that of the
-/// server, 0 to keep what is stored; @p group is the group that the unit is a member of, 0 for none.
-void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit, unsigned int timestamp,
-                 unsigned int group);
+/// Stores a unit, and with a group its members, on the calling thread's connection. @p timestamp is that of
+/// the server, 0 to keep what is stored; @p group is the group that the unit is a member of, 0 for none.
+void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit,
+                 unsigned int timestamp, unsigned int group);

@@ -17,7 +17,7 @@ class QDCORE_EXPORT ContactList
 {
 public:
     /// The books.
-    enum Type {
+    enum Type : int {
         Unknown = 0,          ///< No book.
         PersonalContacts = 1, ///< The user's personal contacts on a fax server.
         PersonalGroups = 2,   ///< The user's personal groups on a fax server.

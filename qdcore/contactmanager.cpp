@@ -59,9 +59,8 @@ QSharedPointer<ContactUnit> ContactManager::getContactById(unsigned int id)
     ContactLocalStorage::ContactType type;
     ContactLocalStorage::ContactLocation location;
     QString uid, name, description, phone, fax, email, organization;
-    if (!m_storage
-        || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name, description, phone, fax, email,
-                                      organization)) {
+    if (!m_storage || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name,
+                                                 description, phone, fax, email, organization)) {
         return QSharedPointer<ContactUnit>();
     }
     for (const auto& provider : qAsConst(m_providers)) {
@@ -71,7 +70,8 @@ QSharedPointer<ContactUnit> ContactManager::getContactById(unsigned int id)
     return QSharedPointer<ContactUnit>();
 }
 
-void ContactManager::quickSearch(const QString& text, unsigned int limit, unsigned int source1, unsigned int source2)
+void ContactManager::quickSearch(const QString& text, unsigned int limit, unsigned int source1,
+                                 unsigned int source2)
 {
     const QuickSearchResalt result =
         m_storage ? m_storage->quickSearch(text, limit, source1, source2) : QuickSearchResalt();
@@ -80,8 +80,9 @@ void ContactManager::quickSearch(const QString& text, unsigned int limit, unsign
 
 bool ContactManager::isSync() const
 {
-    return std::any_of(m_providers.begin(), m_providers.end(),
-                       [](const QPointer<ContactProvider>& provider) { return provider && provider->isSync(); });
+    return std::any_of(m_providers.begin(), m_providers.end(), [](const QPointer<ContactProvider>& provider) {
+        return provider && provider->isSync();
+    });
 }
 
 void ContactManager::initOutlook(bool syncNow)

@@ -10,10 +10,11 @@
 #include <QVector>
 
 /**
- * The entry to everything about contacts: owns the store and the providers, finds a contact by its id, searches by
- * name, and merges the providers' synchronisations into one busy indication.
+ * The entry to everything about contacts: owns the store and the providers, finds a contact by its id,
+ * searches by name, and merges the providers' synchronisations into one busy indication.
  *
- * A client application makes one, before its FaxManager. Lives on the thread it was made on, and so do its providers.
+ * A client application makes one, before its FaxManager. Lives on the thread it was made on, and so do its
+ * providers.
  */
 class QDCORE_EXPORT ContactManager : public QObject
 {
@@ -30,18 +31,20 @@ public:
     /// The providers in the order added. Entries may be null.
     const QVector<QPointer<ContactProvider>>& providers() const { return m_providers; }
 
-    /// Adds a provider, owned by the manager. Any number that is no type, and Outlook where there is none, adds a null
-    /// entry and returns null.
+    /// Adds a provider, owned by the manager. Any number that is no type, and Outlook where there is none,
+    /// adds a null entry and returns null.
     QPointer<ContactProvider> addProvider(ContactProvider::Type type);
 
-    /// Takes a provider off the list and deletes it later on the event loop; nothing when it is not in the list.
+    /// Takes a provider off the list and deletes it later on the event loop; nothing when it is not in the
+    /// list.
     void deleteProvider(const QPointer<ContactProvider>& provider);
 
-    /// The unit of a store id as its provider's own class, group members included. Null when the id is unknown or its
-    /// provider is gone. Reads the store on the calling thread.
+    /// The unit of a store id as its provider's own class, group members included. Null when the id is
+    /// unknown or its provider is gone. Reads the store on the calling thread.
     QSharedPointer<ContactUnit> getContactById(unsigned int id);
 
-    /// Searches the stored names for a text, on the calling thread, and emits resultOfQuickSearch() before it returns.
+    /// Searches the stored names for a text, on the calling thread, and emits resultOfQuickSearch() before it
+    /// returns.
     /// @p limit 0 is no limit; @p source1 and @p source2 restrict the search to sources, 0 is none.
     void quickSearch(const QString& text, unsigned int limit, unsigned int source1, unsigned int source2);
 
@@ -77,5 +80,5 @@ private:
     QPointer<ContactLocalStorage> m_storage;
     QPointer<ContactProvider> m_outlookProvider;
     QString m_outlookEntryID;
-    int m_syncCount {0};
+    int m_syncCount{0};
 };

@@ -5,7 +5,8 @@
 
 #include <QObject>
 
-/// The interface of a search worker of an application's own: its result can be connected on to a ContactManager.
+/// The interface of a search worker of an application's own: its result can be connected on to a
+/// ContactManager.
 class QDCORE_EXPORT ContactManagerQuickSearch : public QObject
 {
     Q_OBJECT

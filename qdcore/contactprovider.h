@@ -15,17 +15,18 @@ class ContactManager;
 /**
  * A source of contacts: the books of a fax server, or an Outlook folder.
  *
- * A provider changes contacts in its source, keeps the store's copy of its books current, and reads pages of them
- * from the store. It counts its running synchronisations; every start is matched by exactly one end, so that whoever
- * counts the signals sees when nothing runs any more.
+ * A provider changes contacts in its source, keeps the store's copy of its books current, and reads pages of
+ * them from the store. It counts its running synchronisations; every start is matched by exactly one end, so
+ * that whoever counts the signals sees when nothing runs any more.
  *
- * Made by ContactManager::addProvider() only and owned by the manager. Lives and emits on the manager's thread.
+ * Made by ContactManager::addProvider() only and owned by the manager. Lives and emits on the manager's
+ * thread.
  */
 class QDCORE_EXPORT ContactProvider : public QObject
 {
     Q_OBJECT
 public:
-    enum Type {
+    enum Type : int {
         QuendraProvider = 0, ///< The books of a fax server.
         OutlookProvider = 1  ///< A contact folder of Microsoft Outlook.
     };
@@ -45,7 +46,8 @@ public:
     /// The books of this source, in the order in which they are synchronised.
     virtual QList<ContactList::Type> contactsTypeList() const = 0;
 
-    // Whether the operation can succeed for a book, and the operation: answered by the signal of its name or its error.
+    // Whether the operation can succeed for a book, and the operation: answered by the signal of its name or
+    // its error.
     virtual bool isAddContactSupport(ContactList::Type type) const = 0;
     virtual void addContact(const ContactUnit& contact, ContactList::Type type) = 0;
     virtual bool isModifyContactSupport(ContactList::Type type) const = 0;
@@ -53,13 +55,13 @@ public:
     virtual bool isDeleteContactSupport(ContactList::Type type) const = 0;
     virtual void deleteContact(const ContactUnit& contact, ContactList::Type type) = 0;
 
-    /// Reads a page of a book from the store: at most @p limit units (0: all) from @p offset on. Answered at once, by
-    /// gotContacts() or errorGotContacts(). The filter is not used.
+    /// Reads a page of a book from the store: at most @p limit units (0: all) from @p offset on. Answered at
+    /// once, by gotContacts() or errorGotContacts(). The filter is not used.
     virtual void getContacts(ContactList::Type type, const QString& filter, unsigned int offset,
                              unsigned int limit) = 0;
 
-    /// Brings the store's copy of a book up to date; with @p full from scratch. Answered by syncedContacts() or
-    /// errorSyncedContacts().
+    /// Brings the store's copy of a book up to date; with @p full from scratch. Answered by syncedContacts()
+    /// or errorSyncedContacts().
     virtual void syncContacts(ContactList::Type type, bool full) = 0;
 
     /// The unit of a store id as this provider's own class, with its members. Null when there is none.
@@ -85,6 +87,6 @@ protected:
     explicit ContactProvider(ContactManager& manager);
 
     QPointer<ContactLocalStorage> m_storage; ///< The manager's store.
-    int m_syncCount {0};                     ///< Synchronisations started and not yet ended.
-    unsigned int m_sourceId {0};
+    int m_syncCount{0};                      ///< Synchronisations started and not yet ended.
+    unsigned int m_sourceId{0};
 };

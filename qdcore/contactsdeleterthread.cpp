@@ -1,7 +1,7 @@
 #include "contactsdeleterthread.h"
 
-ContactsDeleterThread::ContactsDeleterThread(const QPointer<ContactLocalStorage>& storage, unsigned int source,
-                                             ContactLocalStorage::ContactType type,
+ContactsDeleterThread::ContactsDeleterThread(const QPointer<ContactLocalStorage>& storage,
+                                             unsigned int source, ContactLocalStorage::ContactType type,
                                              ContactLocalStorage::ContactLocation location,
                                              const QList<QString>& uids, QObject* parent)
     : QThread(parent)

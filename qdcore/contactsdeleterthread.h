@@ -8,7 +8,8 @@
 #include <QThread>
 
 /**
- * Removes from the store, in the background and in one transaction, the units of a book that its source no longer has.
+ * Removes from the store, in the background and in one transaction, the units of a book that its source no
+ * longer has.
  *
  * Started by its creator; deletes itself when it has run. Its destructor waits for it, without limit.
  */
@@ -18,8 +19,9 @@ class QDCORE_EXPORT ContactsDeleterThread : public QThread
 public:
     /// @p uids are the units that stay; with none nothing is deleted.
     ContactsDeleterThread(const QPointer<ContactLocalStorage>& storage, unsigned int source,
-                          ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
-                          const QList<QString>& uids, QObject* parent);
+                          ContactLocalStorage::ContactType type,
+                          ContactLocalStorage::ContactLocation location, const QList<QString>& uids,
+                          QObject* parent);
     ~ContactsDeleterThread() override;
 
 Q_SIGNALS:

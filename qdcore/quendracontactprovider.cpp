@@ -24,7 +24,8 @@ ContactLocalStorage::ContactType kindOf(ContactList::Type type)
 
 ContactLocalStorage::ContactLocation locationOf(ContactList::Type type)
 {
-    return ContactBook(type).isGlobal ? ContactLocalStorage::LocationGlobal : ContactLocalStorage::LocationPersonal;
+    return ContactBook(type).isGlobal ? ContactLocalStorage::LocationGlobal
+                                      : ContactLocalStorage::LocationPersonal;
 }
 
 QString unsupportedType()
@@ -54,13 +55,14 @@ bool placeOf(const ContactUnit& unit, ContactPlace& place)
     if (slash < 0)
         return false;
     place.uid = path.mid(slash + 1);
-    place.location = path.contains(QLatin1String("global_contact_list")) ? ContactLocalStorage::LocationGlobal
-                                                                        : ContactLocalStorage::LocationPersonal;
+    place.location = path.contains(QLatin1String("global_contact_list"))
+                         ? ContactLocalStorage::LocationGlobal
+                         : ContactLocalStorage::LocationPersonal;
     return true;
 }
 
-void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit, unsigned int timestamp,
-                 unsigned int group)
+void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit,
+                 unsigned int timestamp, unsigned int group)
 {
     ContactPlace place;
     if (!placeOf(unit, place))
@@ -185,8 +187,8 @@ void QuendraContactProvider::modifyContact(const ContactUnit& contact, ContactLi
         Q_EMIT errorModifiedContact(Task::Error);
         return;
     }
-    auto* task = createTask<TaskModifyContact>(Task::ModifyContact,
-                                               LOG_TEXT(tr("Error to modify contact (modify task)", "Logger")));
+    auto* task = createTask<TaskModifyContact>(
+        Task::ModifyContact, LOG_TEXT(tr("Error to modify contact (modify task)", "Logger")));
     if (!task)
         return slotErrorModifiedContacts(Task::Error);
     task->setContact(contact, type);
@@ -201,8 +203,8 @@ void QuendraContactProvider::deleteContact(const ContactUnit& contact, ContactLi
         Q_EMIT errorDeletedContact(Task::Error);
         return;
     }
-    auto* task = createTask<TaskDeleteContact>(Task::DeleteContact,
-                                               LOG_TEXT(tr("Error to delete contact (delete task)", "Logger")));
+    auto* task = createTask<TaskDeleteContact>(
+        Task::DeleteContact, LOG_TEXT(tr("Error to delete contact (delete task)", "Logger")));
     if (!task)
         return slotErrorDeletedContacts(Task::Error);
     task->setContact(contact, type);
@@ -290,15 +292,16 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
     if (!task)
         return slotErrorSyncedContacts(Task::Error);
     task->setContactsType(type);
-    connect(task, &TaskGetContactsOids::doneGetContactsOids, this, &QuendraContactProvider::slotSyncedContactOids);
+    connect(task, &TaskGetContactsOids::doneGetContactsOids, this,
+            &QuendraContactProvider::slotSyncedContactOids);
     connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorSyncedContacts);
     task->execute();
 }
 
 void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned int lastTimeSync)
 {
-    auto* task = createTask<TaskGetContacts>(Task::GetContacts,
-                                             LOG_TEXT(tr("Error to sync contact (get contacts task)", "Logger")));
+    auto* task = createTask<TaskGetContacts>(
+        Task::GetContacts, LOG_TEXT(tr("Error to sync contact (get contacts task)", "Logger")));
     if (!task)
         return slotErrorSyncedContacts(Task::Error);
     task->setContactsType(type);
@@ -324,7 +327,8 @@ void QuendraContactProvider::slotSyncedContact(const ContactList& contacts, unsi
     onSyncContacts(contacts, timestamp, true);
 }
 
-void QuendraContactProvider::slotSyncedContactAfterLastTimeSync(const ContactList& contacts, unsigned int timestamp)
+void QuendraContactProvider::slotSyncedContactAfterLastTimeSync(const ContactList& contacts,
+                                                                unsigned int timestamp)
 {
     onSyncContacts(contacts, timestamp, false);
 }
@@ -351,14 +355,15 @@ void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigne
         thread->start();
 }
 
-/// Starts a thread that deletes what the server no longer has. Were it to run after the thread that stores the book's
-/// units, it would delete what was just stored; that one therefore waits for it.
+/// Starts a thread that deletes what the server no longer has. Were it to run after the thread that stores
+/// the book's units, it would delete what was just stored; that one therefore waits for it.
 void QuendraContactProvider::startDeleter(ContactList::Type type)
 {
     auto* deleter = new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type),
                                               m_syncOids.value(type), this);
     ++m_work[type].deleters;
-    connect(deleter, &ContactsDeleterThread::doneContactsDeletion, this, [this, type] { deleterEnded(type); });
+    connect(deleter, &ContactsDeleterThread::doneContactsDeletion, this,
+            [this, type] { deleterEnded(type); });
     deleter->start();
 }
 
@@ -410,8 +415,8 @@ void QuendraContactProvider::getContacts(ContactList::Type type, const QString&,
         Q_EMIT errorGotContacts(Task::Error);
         return;
     }
-    ContactList contacts = m_storage->getContactList(&makeUnit, m_sourceId, kindOf(type), locationOf(type), 0, offset,
-                                                     limit, this);
+    ContactList contacts = m_storage->getContactList(&makeUnit, m_sourceId, kindOf(type), locationOf(type), 0,
+                                                     offset, limit, this);
     contacts.setContactsType(type);
     Q_EMIT gotContacts(contacts);
 }
@@ -423,10 +428,12 @@ QUrl QuendraContactProvider::unitUrl(ContactLocalStorage::ContactType type,
     ContactList::Type book = ContactList::Unknown;
     switch (location) {
     case ContactLocalStorage::LocationPersonal:
-        book = type == ContactLocalStorage::TypeGroup ? ContactList::PersonalGroups : ContactList::PersonalContacts;
+        book = type == ContactLocalStorage::TypeGroup ? ContactList::PersonalGroups
+                                                      : ContactList::PersonalContacts;
         break;
     case ContactLocalStorage::LocationGlobal:
-        book = type == ContactLocalStorage::TypeGroup ? ContactList::GlobalGroups : ContactList::GlobalContacts;
+        book =
+            type == ContactLocalStorage::TypeGroup ? ContactList::GlobalGroups : ContactList::GlobalContacts;
         break;
     default:
         QD_LOG(ERROR, tr("Unsuported contact location", "Logger"));
@@ -434,9 +441,9 @@ QUrl QuendraContactProvider::unitUrl(ContactLocalStorage::ContactType type,
     }
     if (!m_server)
         return url;
-    url.setPath(ContactBook(book).path(QStringLiteral("/qdws/v1/contacts"), QStringLiteral("/qdws/v1/contact_groups"),
-                                       m_server->login())
-                    + QLatin1Char('/') + uid,
+    url.setPath(ContactBook(book).path(QStringLiteral("/qdws/v1/contacts"),
+                                       QStringLiteral("/qdws/v1/contact_groups"), m_server->login()) +
+                    QLatin1Char('/') + uid,
                 QUrl::DecodedMode);
     url.setScheme(QStringLiteral("http"));
     setServerAddress(url, m_server->address());
@@ -445,8 +452,8 @@ QUrl QuendraContactProvider::unitUrl(ContactLocalStorage::ContactType type,
 
 QSharedPointer<ContactUnit> QuendraContactProvider::makeUnit(
     ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location, const QString& uid,
-    const QString& name, const QString& description, const QString& phone, const QString& fax, const QString& email,
-    const QString& organization, ContactList members, void* userData)
+    const QString& name, const QString& description, const QString& phone, const QString& fax,
+    const QString& email, const QString& organization, ContactList members, void* userData)
 {
     const auto* provider = static_cast<const QuendraContactProvider*>(userData);
     switch (type) {
@@ -480,9 +487,8 @@ QSharedPointer<ContactUnit> QuendraContactProvider::aggregateContact(unsigned in
     ContactLocalStorage::ContactType type;
     ContactLocalStorage::ContactLocation location;
     QString uid, name, description, phone, fax, email, organization;
-    if (!m_storage
-        || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name, description, phone, fax, email,
-                                      organization)) {
+    if (!m_storage || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name,
+                                                 description, phone, fax, email, organization)) {
         return QSharedPointer<ContactUnit>();
     }
     ContactList members;

@@ -13,9 +13,9 @@ struct LogText;
 /**
  * The contact books of one fax server: the user's personal contacts and groups, and the server's global ones.
  *
- * Changes go to the server by tasks of the linked FaxServer. A synchronisation asks the server for the whole book, or
- * first for the identifiers it has and then for what changed since the last time; threads delete and store what comes
- * back, and the last of them ends the synchronisation. Pages are read from the store alone.
+ * Changes go to the server by tasks of the linked FaxServer. A synchronisation asks the server for the whole
+ * book, or first for the identifiers it has and then for what changed since the last time; threads delete and
+ * store what comes back, and the last of them ends the synchronisation. Pages are read from the store alone.
  */
 class QDCORE_EXPORT QuendraContactProvider : public ContactProvider
 {
@@ -69,16 +69,16 @@ private:
     /// What runs for a book between the server's reply and the end of its synchronisation.
     struct BookWork
     {
-        int deleters {0}; ///< Deleter threads that have not ended.
+        int deleters{0}; ///< Deleter threads that have not ended.
         QList<QPointer<QuendraContactProviderDisassembleThread>> waiting; ///< To be started after them.
         QList<QSharedPointer<ContactUnit>> added; ///< Stored while a deleter ran that does not know them.
     };
 
-    static QSharedPointer<ContactUnit> makeUnit(ContactLocalStorage::ContactType type,
-                                                ContactLocalStorage::ContactLocation location, const QString& uid,
-                                                const QString& name, const QString& description,
-                                                const QString& phone, const QString& fax, const QString& email,
-                                                const QString& organization, ContactList members, void* userData);
+    static QSharedPointer<ContactUnit>
+    makeUnit(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
+             const QString& uid, const QString& name, const QString& description, const QString& phone,
+             const QString& fax, const QString& email, const QString& organization, ContactList members,
+             void* userData);
 
     template <typename T>
     T* createTask(Task::Type type, const LogText& failure);

@@ -20,7 +20,8 @@ public:
                                             QObject* parent);
     ~QuendraContactProviderDisassembleThread() override;
 
-    /// The units, whose list names the book, and the server's time that they are stamped with. Set before start().
+    /// The units, whose list names the book, and the server's time that they are stamped with. Set before
+    /// start().
     void setContacts(const ContactList& contacts, unsigned int timestamp);
 
 Q_SIGNALS:
@@ -33,5 +34,5 @@ private:
     QPointer<ContactLocalStorage> m_storage;
     unsigned int m_source;
     ContactList m_contacts;
-    unsigned int m_timestamp {0};
+    unsigned int m_timestamp{0};
 };

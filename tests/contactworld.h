@@ -9,23 +9,42 @@
 #include "faxserver.h"
 #include "simserver.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QTimer>
 
-/// One entry of a book, as text that can be compared: fields, and of a group the uids of its members in order.
+/// Runs the event loop until a condition holds. False after 20 seconds. Thousands of short waits would take
+/// minutes with QTRY_VERIFY, which looks every 50 ms.
+template <typename Condition>
+bool spinUntil(Condition condition)
+{
+    QTimer wake;
+    wake.start(5);
+    const QDeadlineTimer deadline(20000);
+    while (!condition() && !deadline.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    return condition();
+}
+
+/// One entry of a book, as text that can be compared: fields, and of a group the uids of its members in
+/// order.
 using BookContent = QMap<QString, QString>;
 
 /// Counts what a contact manager and its providers say.
 struct SyncCounts
 {
-    int starts {0};
-    int stops {0};
-    int providerStarts {0};
-    int providerStops {0};
-    int ends {0}; ///< syncedContacts() and errorSyncedContacts().
-    int errors {0};
+    int starts{0};
+    int stops{0};
+    int providerStarts{0};
+    int providerStops{0};
+    int ends{0}; ///< syncedContacts() and errorSyncedContacts().
+    int errors{0};
 
-    bool isPaired() const { return starts == stops && providerStarts == providerStops && ends == providerStops; }
+    bool isPaired() const
+    {
+        return starts == stops && providerStarts == providerStops && ends == providerStops;
+    }
 };
 
 /// The client's side. Destroying it destroys the managers in the right order.
@@ -106,11 +125,12 @@ public:
         const auto ids = storage->getContactList(source, type, location, 0, 0, 0);
         for (const unsigned int id : ids) {
             const Row row = rowOf(id);
-            QStringList fields {row.name, row.description, row.phone, row.fax, row.email, row.organization};
+            QStringList fields{row.name, row.description, row.phone, row.fax, row.email, row.organization};
             if (groups) {
                 QStringList members;
-                const auto memberIds = storage->getContactList(source, ContactLocalStorage::ContactType(0),
-                                                               ContactLocalStorage::ContactLocation(0), id, 0, 0);
+                const auto memberIds =
+                    storage->getContactList(source, ContactLocalStorage::ContactType(0),
+                                            ContactLocalStorage::ContactLocation(0), id, 0, 0);
                 for (const unsigned int member : memberIds)
                     members << rowOf(member).uid;
                 members.sort();
@@ -126,10 +146,11 @@ public:
         BookContent content;
         const auto entries = sim.book(global ? SimBooks::global() : login, groups);
         for (const SimEntry& entry : entries) {
-            QStringList fields {entry.person.name,  entry.description,   entry.person.phone,
-                                entry.person.fax,   entry.person.email, entry.person.organization};
+            QStringList fields{entry.person.name, entry.description,  entry.person.phone,
+                               entry.person.fax,  entry.person.email, entry.person.organization};
             if (groups) {
-                fields = QStringList {entry.person.name, entry.description, QString(), QString(), QString(), QString()};
+                fields = QStringList{entry.person.name, entry.description, QString(),
+                                     QString(),         QString(),         QString()};
                 QStringList members;
                 for (const QString& member : entry.members)
                     members << member.section(QLatin1Char('/'), -1);
@@ -144,7 +165,7 @@ public:
 
     QPointer<ContactManager> contacts;
     QPointer<FaxManager> faxes;
-    QSharedPointer<SyncCounts> counts {QSharedPointer<SyncCounts>::create()};
+    QSharedPointer<SyncCounts> counts{QSharedPointer<SyncCounts>::create()};
 
 private:
     struct Row
@@ -159,8 +180,8 @@ private:
         unsigned int timestamp = 0;
         ContactLocalStorage::ContactType type;
         ContactLocalStorage::ContactLocation location;
-        contacts->storage()->getContactInfo(id, source, type, location, row.uid, timestamp, row.name, row.description,
-                                            row.phone, row.fax, row.email, row.organization);
+        contacts->storage()->getContactInfo(id, source, type, location, row.uid, timestamp, row.name,
+                                            row.description, row.phone, row.fax, row.email, row.organization);
         return row;
     }
 };

@@ -36,7 +36,7 @@ class QDCORE_EXPORT Task : public QObject
     Q_OBJECT
 public:
     /// The operation; the argument of FaxServer::addTask().
-    enum Type {
+    enum Type : int {
         GetQuendraInfo = 0,
         VerifyLogin = 1,
         GetFaxUser = 2,
