@@ -7,7 +7,8 @@ say() { printf '\n== %s\n' "$*"; }
 # The Debian packages that building, testing and demonstrating need.
 packages=(
   g++ cmake ninja-build ccache pkg-config
-  qtbase5-dev qttools5-dev qttools5-dev-tools libqt5sql5-sqlite libqt5svg5-dev
+  qtbase5-dev qttools5-dev qttools5-dev-tools libqt5sql5-sqlite libqt5svg5-dev libqt5svg5
+  libpoppler-qt5-dev
   libcpp-httplib-dev libssl-dev libsqlite3-dev
   openssl ca-certificates wget iproute2 util-linux
 )

@@ -1,0 +1,211 @@
+#include "printcapturemodelbase.h"
+
+#include "actionbaritem.h"
+#include "appfolder_p.h"
+#include "filesremoverunnable.h"
+#include "log_p.h"
+
+#include <QDir>
+#include <QFile>
+#include <QThreadPool>
+
+#include <stdexcept>
+
+PrintCaptureModelBase::PrintCaptureModelBase(const DateTimeConverter& converter, bool newFaxAction,
+                                             QObject* parent)
+    : QAbstractTableModel(parent)
+    , m_converter(converter)
+    , m_newFaxAction(newFaxAction)
+    , m_titles{tr("Document Name"), tr("Pages"), tr("Created At"), tr("Actions")}
+    , m_newFaxImage(QStringLiteral(":/icons/new-fax-action-icon"))
+    , m_viewImage(QStringLiteral(":/icons/view-icon"))
+    , m_deleteImage(QStringLiteral(":/icons/abort"))
+{
+    qRegisterMetaType<ActionBarItem>("ActionBarItem");
+}
+
+PrintCaptureModelBase::~PrintCaptureModelBase() = default;
+
+QDir PrintCaptureModelBase::captureFolder()
+{
+    return QDir(appFolder(QStringLiteral("/Print Captures")), actionFilesFilter());
+}
+
+int PrintCaptureModelBase::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : m_entries.size();
+}
+
+int PrintCaptureModelBase::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : m_titles.size();
+}
+
+QVariant PrintCaptureModelBase::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= m_titles.size())
+        return QVariant();
+    return m_titles.at(section);
+}
+
+QVariant PrintCaptureModelBase::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= m_entries.size())
+        return QVariant();
+    const Entry& entry = m_entries.at(index.row());
+    const bool isAlignment = role == Qt::TextAlignmentRole;
+    if (role != Qt::DisplayRole && !isAlignment && !(role == Qt::ToolTipRole && index.column() == Name))
+        return QVariant();
+    switch (index.column()) {
+    case Name:
+        if (isAlignment)
+            return QVariant();
+        return role == Qt::ToolTipRole ? entry.toolTip : entry.name;
+    case Pages:
+        return isAlignment ? int(Qt::AlignCenter) : entry.pages;
+    case CreatedAt:
+        return isAlignment ? QVariant(int(Qt::AlignCenter)) : entry.created;
+    case Actions:
+        return isAlignment ? QVariant(int(Qt::AlignCenter)) : QVariant::fromValue(actionBar());
+    default:
+        return QVariant();
+    }
+}
+
+ActionBarItem PrintCaptureModelBase::actionBar() const
+{
+    ActionBarItem item;
+    item.setSpacing(10);
+    item.setMargin(10);
+    if (m_newFaxAction)
+        item.addAction(m_newFaxImage, tr("New Fax"));
+    item.addAction(m_viewImage, tr("View"));
+    item.addAction(m_deleteImage, tr("Delete"));
+    return item;
+}
+
+bool PrintCaptureModelBase::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (!index.isValid() || index.row() >= m_entries.size() || role != Qt::EditRole ||
+        value.userType() != qMetaTypeId<ActionBarItem>())
+        return false;
+    const int clicked = value.value<ActionBarItem>().clickedAction();
+    // a copy: whoever hears the signal may refresh the table
+    Entry entry = m_entries.at(index.row());
+    switch (m_newFaxAction ? clicked : clicked + 1) {
+    case NewFax:
+        Q_EMIT signalNewFax(actionFileName(entry.file), entry.name);
+        return true;
+    case View:
+        Q_EMIT signalView(QFileInfo(actionFileName(entry.file)));
+        return true;
+    case Delete:
+        Q_EMIT removeEntry(entry.file);
+        return false;
+    default:
+        return false;
+    }
+}
+
+void PrintCaptureModelBase::slotUpdate()
+{
+    beginResetModel();
+    m_entries.clear();
+    const QFileInfoList files = captureFolder().entryInfoList();
+    m_entries.reserve(files.size());
+    for (QFileInfo file : files)
+        addEntry(file);
+    endResetModel();
+}
+
+bool PrintCaptureModelBase::removePrintCapture(int row)
+{
+    if (row < 0 || row >= m_entries.size())
+        throw std::out_of_range("invalid vector<T> subscript");
+    QFileInfo file = m_entries.at(row).file;
+    if (!QFile::remove(file.filePath()))
+        QD_LOG(WARNING, tr("Can't delete file ", "Logger") + file.filePath());
+    return removeExtraFiles(file);
+}
+
+bool PrintCaptureModelBase::removeRows(int row, int count, const QModelIndex& parent)
+{
+    if (parent.isValid()) // a document has no rows below it
+        return false;
+    bool result = true;
+    for (int i = row; i < row + count; ++i)
+        result = removePrintCapture(i) && result;
+    return result;
+}
+
+bool PrintCaptureModelBase::removePrintCapture(const QFileInfo& file)
+{
+    for (int row = 0; row < m_entries.size(); ++row) {
+        if (m_entries.at(row).file.filePath() != file.filePath())
+            continue;
+        // The refresh inside tells the truth also where the file could not be deleted. Proxies have to stand
+        // it: SortFilterTimeProxyModel does.
+        beginRemoveRows(QModelIndex(), row, row);
+        const bool result = removeRows(row, 1);
+        slotUpdate();
+        endRemoveRows();
+        return result;
+    }
+    return false;
+}
+
+void PrintCaptureModelBase::deleteAll()
+{
+    auto* remover = new FilesRemoveRunnable(captureFolder());
+    connect(remover, &FilesRemoveRunnable::signalRemovingComplete, this, &PrintCaptureModelBase::slotUpdate,
+            Qt::QueuedConnection);
+    connect(remover, &FilesRemoveRunnable::signalRemovingComplete, this,
+            &PrintCaptureModelBase::signalDeleteAllComlete, Qt::QueuedConnection);
+    QThreadPool::globalInstance()->start(remover);
+}
+
+QString PrintCaptureModelBase::actionFileName(QFileInfo& file)
+{
+    return file.path() + QLatin1Char('/') + file.fileName();
+}
+
+bool PrintCaptureModelBase::removeExtraFiles(QFileInfo&)
+{
+    return true;
+}
+
+QString PrintCaptureModelBase::actionFilesFilter()
+{
+    return QStringLiteral("*.pdf");
+}
+
+bool PrintCaptureModelBase::addEntry(QFileInfo& file)
+{
+    appendEntry(entryOf(file));
+    return true;
+}
+
+PrintCaptureModelBase::Entry PrintCaptureModelBase::entryOf(const QFileInfo& file) const
+{
+    Entry entry;
+    entry.file = file;
+    entry.name = file.fileName();
+    entry.created = file.birthTime();
+    if (!entry.created.isValid()) // not every file system keeps it
+        entry.created = file.lastModified();
+    entry.toolTip = file.fileName();
+    return entry;
+}
+
+void PrintCaptureModelBase::appendEntry(const Entry& entry)
+{
+    m_entries.append(entry);
+}
+
+void PrintCaptureModelBase::setPages(int row, int pages)
+{
+    if (row < 0 || row >= m_entries.size() || m_entries.at(row).pages == pages)
+        return;
+    m_entries[row].pages = pages;
+    Q_EMIT dataChanged(index(row, Pages), index(row, Pages), {Qt::DisplayRole});
+}
