@@ -14,9 +14,12 @@ FaxManager::FaxManager(const QPointer<ContactManager>& contactManager, QObject* 
 
 FaxManager::~FaxManager()
 {
-    // before the access manager: a task lets its reply go when it is destroyed
-    const auto servers = findChildren<FaxServer*>(QString(), Qt::FindDirectChildrenOnly);
-    qDeleteAll(servers);
+    // before the access manager: a task lets its reply go when it is destroyed. Whoever hears of one server's
+    // end may end another.
+    const auto children = findChildren<FaxServer*>(QString(), Qt::FindDirectChildrenOnly);
+    const QVector<QPointer<FaxServer>> servers(children.begin(), children.end());
+    for (const QPointer<FaxServer>& server : servers)
+        delete server;
 }
 
 QPointer<FaxServer> FaxManager::addServer(const QString& address, bool useSSL, const QString& login,
@@ -134,7 +137,10 @@ bool FaxManager::readStorage(const QDomElement& element, int version)
         if (!self)
             return true;
         if (isTrue(child.attribute(QStringLiteral("default"), QStringLiteral("false")))) {
-            m_defaultIndex = m_servers.indexOf(server);
+            const int index = server ? m_servers.indexOf(server) : -1;
+            if (index < 0)
+                continue; // a slot has taken it off the list again
+            m_defaultIndex = index;
             Q_EMIT changedFaxServerList();
             if (!self)
                 return true;

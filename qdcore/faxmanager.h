@@ -29,10 +29,11 @@ class QDCORE_EXPORT FaxManager : public QObject, public IQuendraStorage
 public:
     /// @p contactManager may be null: servers then have no contact providers.
     explicit FaxManager(const QPointer<ContactManager>& contactManager, QObject* parent = nullptr);
-    /// Destroys the servers with their running tasks, then the access manager. Nothing is emitted.
+    /// Destroys the servers with their running tasks, then the access manager. No outcome is
+    /// emitted.
     ~FaxManager() override;
 
-    /// The access manager of all requests. Replies are its children.
+    /// The access manager of all requests. Replies are its children. Never to be deleted.
     QNetworkAccessManager& nam() { return *m_nam; }
 
     /// The servers in the order added. An entry whose server was destroyed otherwise than by deleteServer()

@@ -93,12 +93,14 @@ void FaxServer::setUser(const FaxUser& user)
 
 const QStringList& FaxServer::printersList() const
 {
-    return *m_printers;
+    static const QStringList none;
+    return m_printers ? *m_printers : none;
 }
 
 const QVector<CoverPage>& FaxServer::coverPagesList() const
 {
-    return *m_coverPages;
+    static const QVector<CoverPage> none;
+    return m_coverPages ? *m_coverPages : none;
 }
 
 int FaxServer::coverPagesCount() const

@@ -76,10 +76,10 @@ public:
     /// The provider of this server's contact books, null without a contact manager.
     QPointer<ContactProvider> contactProvider() const { return m_provider; }
 
-    /// The printer names last received. Only to be called when a list was received (changedPrintersList()).
+    /// The printer names last received, none before that.
     const QStringList& printersList() const;
 
-    /// The cover pages last received. Only to be called when coverPagesCount() is not 0.
+    /// The cover pages last received, none before that.
     const QVector<CoverPage>& coverPagesList() const;
     /// 0 when no list was received yet.
     int coverPagesCount() const;

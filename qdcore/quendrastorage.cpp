@@ -3,7 +3,7 @@
 #include "appfolder_p.h"
 #include "domtext_p.h"
 #include "iquendrastorage.h"
-#include "xmldepth_p.h"
+#include "xmlguard_p.h"
 
 #include <QDir>
 #include <QDomDocument>
@@ -14,9 +14,6 @@ namespace {
 
 /// The version that the outermost object of a settings file is always handed.
 const int storageProtocolVersion = 1;
-
-/// No settings come near that; the DOM would overflow the stack some way beyond it.
-const int deepestNesting = 256;
 
 } // namespace
 
@@ -60,7 +57,7 @@ bool QuendraStorage::Load(IQuendraStorage& object)
 
     QDomDocument document;
     // Qt leaves what it had parsed up to the error, which would pass for a shorter configuration.
-    if (isNestedDeeperThan(QString::fromUtf8(content), deepestNesting) || !document.setContent(content))
+    if (!isFitForDom(QString::fromUtf8(content)) || !document.setContent(content))
         document.clear();
     return object.readStorage(document.documentElement(), storageProtocolVersion);
 }

@@ -19,7 +19,7 @@ QString addressForUrl(const QString& address)
 
 bool setServerAddress(QUrl& url, const QString& address)
 {
-    QString host = addressForUrl(address);
+    QString host = addressForUrl(address.trimmed());
     int port = -1;
     // behind a bracket, or the only colon: a port
     const int colon = host.lastIndexOf(QLatin1Char(':'));

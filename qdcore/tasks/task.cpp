@@ -5,7 +5,7 @@
 #include "log_p.h"
 #include "serveraddress_p.h"
 #include "tasks/oneshotbody_p.h"
-#include "xmldepth_p.h"
+#include "xmlguard_p.h"
 
 #include <QDomDocument>
 #include <QNetworkAccessManager>
@@ -15,6 +15,14 @@
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
+
+namespace {
+
+/// More ampersands than a text of 256 MiB has any use for.
+constexpr int maxAmpersands = 16 * 1024 * 1024;
+
+} // namespace
 
 Task::Task(FaxServer& server)
     : QObject(&server)
@@ -182,12 +190,14 @@ QByteArray Task::indented(QDomDocument& document)
 
     const QByteArray frame = document.toByteArray(1);
     const QByteArray stand = "<content>" + placeholder + "</content>";
-    int total = frame.size();
+    qint64 total = frame.size();
     for (const QByteArray& content : qAsConst(contents))
         total += content.size() - placeholder.size();
 
+    if (total > std::numeric_limits<int>::max())
+        return QByteArray();
     QByteArray bytes;
-    bytes.reserve(total);
+    bytes.reserve(int(total));
     int from = 0;
     for (QByteArray& content : contents) {
         const int at = frame.indexOf(stand, from) + int(qstrlen("<content>"));
@@ -249,8 +259,11 @@ QString Task::fixAmp(const QByteArray& data)
 
 bool Task::parse(const QByteArray& data, QDomDocument& document)
 {
+    // repairing writes four characters more for each, and a text of nothing else would not fit into a string
+    if (data.count('&') > maxAmpersands)
+        return false;
     const QString text = fixAmp(data);
-    return !isNestedDeeperThan(text, maxReplyDepth) && document.setContent(text);
+    return isFitForDom(text) && document.setContent(text);
 }
 
 bool Task::parseBody(QDomDocument& document)

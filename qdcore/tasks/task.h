@@ -75,9 +75,6 @@ public:
     /// Replies larger than this many bytes, after decompression, are cut off and end the task with Error.
     static constexpr qint64 maxReplySize = qint64(256) * 1024 * 1024;
 
-    /// Replies nested deeper than this are InvalidReply; real ones have five levels.
-    static constexpr int maxReplyDepth = 256;
-
     ~Task() override;
 
     /// Builds and sends the request; a second call does nothing. A task whose parameters cannot be sent fails
@@ -156,7 +153,7 @@ protected:
 
     /// The document indented by 1, UTF-8. The texts of "content" elements, base64 of whole files, are moved
     /// into the result without passing through the DOM's serialiser, and are no longer in the document
-    /// afterwards.
+    /// afterwards. Empty when the result would not fit into 2 GiB.
     static QByteArray indented(QDomDocument& document);
 
     // --- The reply
@@ -177,7 +174,8 @@ protected:
     /// entities. Servers forget to escape; numeric references become literal text by this.
     QString fixAmp(const QByteArray& data);
 
-    /// Repairs and parses a reply body. False when it is not XML or nested beyond maxReplyDepth.
+    /// Repairs and parses a reply body. False when it is not XML, or nested or numerous beyond what the DOM
+    /// can take (256 levels, 2 million nodes).
     bool parse(const QByteArray& data, QDomDocument& document);
 
     /// parse() of the body; a failure ends the task with InvalidReply.

@@ -48,10 +48,10 @@ void TaskGetContacts::onFinished()
         }
         // here the signal comes before the log lines, which therefore use nothing of the task
         const int number = networkError();
-        const QString reply = bodyText();
+        const QByteArray reply = body();
         fail(status);
         QD_LOG(ERROR, error.text.arg(number));
-        QD_LOG(DEBUG, errorBody.text + reply);
+        QD_LOG(DEBUG, errorBody.text + QString::fromUtf8(reply));
         return;
     }
 

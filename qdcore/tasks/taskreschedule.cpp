@@ -38,10 +38,10 @@ void TaskReschedule::onFinished()
     if (!succeeded()) {
         // the signal comes before the log lines, which therefore use nothing of the task
         const int error = networkError();
-        const QString reply = bodyText();
+        const QByteArray reply = body();
         fail(errorStatus(ErrorMapping::AuthApart, error));
         QD_LOG(ERROR, tr("TaskReschedule: reschedule error! http code %1", "Logger").arg(error));
-        QD_LOG(DEBUG, tr("Reply:\r\n", "Logger") + reply);
+        QD_LOG(DEBUG, tr("Reply:\r\n", "Logger") + QString::fromUtf8(reply));
         return;
     }
 

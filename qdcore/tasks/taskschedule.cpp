@@ -31,7 +31,10 @@ void TaskSchedule::execute()
         return fail(Task::InvalidReply);
     }
 
-    post(serviceUrl(QStringLiteral("/qdws/v1/ofax")), indented(request),
+    const QByteArray body = indented(request);
+    if (body.isEmpty())
+        return fail(Task::InvalidReply);
+    post(serviceUrl(QStringLiteral("/qdws/v1/ofax")), body,
          LOG_TEXT(tr("TaskSchedule request:\r\n%1", "Logger")));
 }
 

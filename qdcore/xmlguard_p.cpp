@@ -1,4 +1,4 @@
-#include "xmldepth_p.h"
+#include "xmlguard_p.h"
 
 namespace {
 
@@ -9,13 +9,14 @@ int skipPast(const QString& xml, QLatin1String end, int from)
     return at < 0 ? xml.size() : at + end.size();
 }
 
-/// The position of the first of @p stops outside quotes from @p from on, or the end of the text. An attribute
-/// value may hold a ">" or what looks like a comment.
-int skipTo(const QString& xml, QLatin1String stops, int from)
+/// The position of the first of @p stops outside quotes from @p from on, or the end of the text: an attribute
+/// value may hold a ">" or what looks like a comment. Every quoted value is counted in @p nodes.
+int skipTo(const QString& xml, QLatin1String stops, int from, int& nodes)
 {
     for (int i = from; i < xml.size(); ++i) {
         const QChar c = xml.at(i);
         if (c == QLatin1Char('"') || c == QLatin1Char('\'')) {
+            ++nodes;
             i = xml.indexOf(c, i + 1);
             if (i < 0)
                 return xml.size();
@@ -28,11 +29,14 @@ int skipTo(const QString& xml, QLatin1String stops, int from)
 
 } // namespace
 
-bool isNestedDeeperThan(const QString& xml, int limit)
+bool isFitForDom(const QString& xml)
 {
     int depth = 0;
+    int nodes = 0;
     int at = xml.indexOf(QLatin1Char('<'));
     while (at >= 0) {
+        if (++nodes > maxXmlNodes)
+            return false;
         const QStringView rest = QStringView(xml).mid(at);
         if (rest.startsWith(QLatin1String("<!--"))) {
             at = skipPast(xml, QLatin1String("-->"), at + 4);
@@ -41,19 +45,20 @@ bool isNestedDeeperThan(const QString& xml, int limit)
         } else if (rest.startsWith(QLatin1String("<?"))) {
             at = skipPast(xml, QLatin1String("?>"), at + 2);
         } else if (rest.startsWith(QLatin1String("<!"))) {
-            // a document type; its declarations come as "<!" of their own behind the bracket
-            at = skipTo(xml, QLatin1String("[>"), at + 2);
+            at = skipTo(xml, QLatin1String("[>"), at + 2, nodes);
+            if (at < xml.size() && xml.at(at) == QLatin1Char('['))
+                return false;
         } else if (rest.startsWith(QLatin1String("</"))) {
-            --depth;
+            depth = qMax(0, depth - 1);
             at += 2;
         } else {
-            const int end = skipTo(xml, QLatin1String(">"), at + 1);
+            const int end = skipTo(xml, QLatin1String(">"), at + 1, nodes);
             const bool isEmpty = xml.at(end - 1) == QLatin1Char('/');
-            if (!isEmpty && ++depth > limit)
-                return true;
+            if (!isEmpty && ++depth > maxXmlDepth)
+                return false;
             at = end;
         }
         at = xml.indexOf(QLatin1Char('<'), at);
     }
-    return false;
+    return nodes <= maxXmlNodes;
 }
