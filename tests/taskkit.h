@@ -8,6 +8,8 @@
 
 #include <QPointer>
 
+#include <functional>
+
 /// A manager of servers without a manager of contacts.
 inline const QPointer<ContactManager> noContacts;
 
@@ -39,7 +41,11 @@ public:
     Outcome(Task* task, const QByteArray& doneSignal)
         : task(task)
     {
-        connect(task, &Task::errorExecute, this, [this](Task::Status status) { errors.append(status); });
+        connect(task, &Task::errorExecute, this, [this](Task::Status status) {
+            errors.append(status);
+            if (onOver)
+                onOver();
+        });
         if (!connect(task, doneSignal.constData(), this, SLOT(slotDone())))
             qFatal("no signal %s", doneSignal.constData());
     }
@@ -49,7 +55,13 @@ public:
     QPointer<Task> task;
     int done{0};
     QList<Task::Status> errors;
+    std::function<void()> onOver; ///< Called with either outcome.
 
 public Q_SLOTS:
-    void slotDone() { ++done; }
+    void slotDone()
+    {
+        ++done;
+        if (onOver)
+            onOver();
+    }
 };

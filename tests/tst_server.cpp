@@ -1,10 +1,29 @@
 // The configured servers: their state, their list and their place in the settings file.
 
+#include "contact.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "quendrastorage.h"
 #include "scriptedserver.h"
+#include "serveraddress_p.h"
 #include "serverversion_p.h"
+#include "tasks/taskabort.h"
+#include "tasks/taskaddcontact.h"
+#include "tasks/taskcheckpermissions.h"
+#include "tasks/taskdeletecontact.h"
+#include "tasks/taskgetcontacts.h"
+#include "tasks/taskgetcontactsoids.h"
+#include "tasks/taskgetcoverpages.h"
+#include "tasks/taskgetfaxentry.h"
+#include "tasks/taskgetfaxuser.h"
+#include "tasks/taskgetinboundfaxentry.h"
+#include "tasks/taskgetoutboundfaxentry.h"
+#include "tasks/taskgetprinternames.h"
+#include "tasks/taskgetquendrainfo.h"
+#include "tasks/taskmodifycontact.h"
+#include "tasks/taskmodifyfaxuser.h"
+#include "tasks/taskreschedule.h"
+#include "tasks/taskschedule.h"
 #include "tasks/taskverifylogin.h"
 
 #include <QDomDocument>
@@ -13,6 +32,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <functional>
 
 namespace {
 
@@ -38,10 +59,11 @@ QByteArray answerLogin(const WireRequest& request, const QByteArray& model, cons
     else if (request.target.endsWith("/about"))
         content = "<about><model>" + model + "</model><version>" + version + "</version></about>";
     else if (request.target.contains("/users/"))
-        content = "<user><name>Anna</name><default_cover_page_enabled>false</default_cover_page_enabled>"
-                  "<default_cover_page_name/><priority>5</priority><max_attempts>7</max_attempts>"
-                  "<interval>60</interval><receipt>never</receipt><receipt_attachment>tiff</receipt_attachment>"
-                  "</user>";
+        content =
+            "<user><name>Anna</name><default_cover_page_enabled>false</default_cover_page_enabled>"
+            "<default_cover_page_name/><priority>5</priority><max_attempts>7</max_attempts>"
+            "<interval>60</interval><receipt>never</receipt><receipt_attachment>tiff</receipt_attachment>"
+            "</user>";
     else if (request.target.endsWith("/cover_pages"))
         content = "<file><enabled>true</enabled><name>plain</name></file><file/>";
     else if (request.target.endsWith("/printer_names"))
@@ -56,6 +78,51 @@ QByteArray saved(const IQuendraStorage& object)
     document.appendChild(root);
     object.writeStorage(document, root, 1);
     return document.toByteArray(1);
+}
+
+/// Calls that make a task say it is done, one for each of its done signals.
+QList<std::function<void()>> doneSignals(Task* task)
+{
+    QList<std::function<void()>> calls;
+    if (auto* t = qobject_cast<TaskGetQuendraInfo*>(task))
+        calls << [t] { Q_EMIT t->doneGetFaxInfo(QuendraInfo()); };
+    if (auto* t = qobject_cast<TaskVerifyLogin*>(task))
+        calls << [t] { Q_EMIT t->doneVerifyLogin(); };
+    if (auto* t = qobject_cast<TaskGetFaxUser*>(task))
+        calls << [t] { Q_EMIT t->doneGetFaxUser(FaxUser()); };
+    if (auto* t = qobject_cast<TaskModifyFaxUser*>(task))
+        calls << [t] { Q_EMIT t->doneModifyFaxUser(FaxUser()); };
+    if (auto* t = qobject_cast<TaskSchedule*>(task))
+        calls << [t] { Q_EMIT t->doneFaxSchedule({}); };
+    if (auto* t = qobject_cast<TaskAddContact*>(task))
+        calls << [t] { Q_EMIT t->doneAddContact(Contact(), ContactList::Unknown); };
+    if (auto* t = qobject_cast<TaskModifyContact*>(task))
+        calls << [t] { Q_EMIT t->doneModifyContact(Contact(), ContactList::Unknown); };
+    if (auto* t = qobject_cast<TaskGetContactsOids*>(task))
+        calls << [t] { Q_EMIT t->doneGetContactsOids({}, ContactList::Unknown); };
+    if (auto* t = qobject_cast<TaskDeleteContact*>(task))
+        calls << [t] { Q_EMIT t->doneDeleteContact(Contact(), ContactList::Unknown); };
+    if (auto* t = qobject_cast<TaskGetCoverPages*>(task))
+        calls << [t] { Q_EMIT t->doneGetCoverPages({}); };
+    if (auto* t = qobject_cast<TaskGetFaxEntry*>(task))
+        calls << [t] { Q_EMIT t->doneGetFaxEntry({}); };
+    if (auto* t = qobject_cast<TaskGetInboundFaxEntry*>(task))
+        calls << [t] { Q_EMIT t->doneGetInboundFaxEntry({}); };
+    if (auto* t = qobject_cast<TaskGetOutboundFaxEntry*>(task))
+        calls << [t] { Q_EMIT t->doneGetFaxEntry({}); };
+    if (auto* t = qobject_cast<TaskAbort*>(task))
+        calls << [t] { Q_EMIT t->doneAbort(); };
+    if (auto* t = qobject_cast<TaskReschedule*>(task))
+        calls << [t] { Q_EMIT t->doneReschedule(); };
+    if (auto* t = qobject_cast<TaskChekPermissions*>(task))
+        calls << [t] { Q_EMIT t->doneCheckPermissions(1); };
+    if (auto* t = qobject_cast<TaskGetPrinterNames*>(task))
+        calls << [t] { Q_EMIT t->doneGetPrinterNames({}); };
+    if (auto* t = qobject_cast<TaskGetContacts*>(task)) {
+        calls << [t] { Q_EMIT t->doneGetContacts(ContactList(), 1); };
+        calls << [t] { Q_EMIT t->doneGetContactsAfterLastTimeSync(ContactList(), 1); };
+    }
+    return calls;
 }
 
 } // namespace
@@ -74,6 +141,8 @@ private Q_SLOTS:
     void setters();
     void version_data();
     void version();
+    void addresses_data();
+    void addresses();
     void preambule();
     void loginChain();
     void protocolOneKeepsSchedule();
@@ -93,7 +162,8 @@ void TestServer::statusFollowsOutcomes()
     FaxManager manager(noContacts);
     OpenServer server(manager);
     QStringList events;
-    connect(&server, &FaxServer::changedConnected, this, [&](bool on) { events << QStringLiteral("c%1").arg(on); });
+    connect(&server, &FaxServer::changedConnected, this,
+            [&](bool on) { events << QStringLiteral("c%1").arg(on); });
     connect(&server, &FaxServer::changedLastStatus, this,
             [&](Task::Status status) { events << QStringLiteral("s%1").arg(int(status)); });
     const auto seen = [&events] {
@@ -173,6 +243,43 @@ void TestServer::version()
     QFETCH(QString, version);
     QFETCH(int, number);
     QCOMPARE(versionNumber(version), number);
+}
+
+void TestServer::addresses_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QString>("url"); // empty: refused
+
+    const auto row = [](const char* address, const char* url) {
+        QTest::newRow(address) << QString::fromLatin1(address) << QString::fromLatin1(url);
+    };
+    row("fax.example.org", "http://fax.example.org/x");
+    row("fax.example.org:8080", "http://fax.example.org:8080/x");
+    row("::1", "http://[::1]/x");
+    row("[::1]", "http://[::1]/x");
+    row("[::1]:8080", "http://[::1]:8080/x");
+    row("2001:db8::7", "http://[2001:db8::7]/x");
+    row("2001:db8::7:8080", "http://[2001:db8::7:8080]/x"); // all host
+    row("[::1]8080", "");
+    row("[127.0.0.1]:80", "");
+    row("::g", "");
+    row(":80", "");
+    row("a b", "");
+    row("host:65536", "");
+    row("host:+80", "");
+}
+
+void TestServer::addresses()
+{
+    QFETCH(QString, address);
+    QFETCH(QString, url);
+    QUrl built;
+    built.setScheme(QStringLiteral("http"));
+    built.setPath(QStringLiteral("/x"));
+    const bool accepted = setServerAddress(built, address) && built.isValid();
+    QCOMPARE(accepted, !url.isEmpty());
+    if (accepted)
+        QCOMPARE(built.toString(), url);
 }
 
 void TestServer::preambule()
@@ -271,7 +378,7 @@ void TestServer::lists()
     for (const int index : {-1, 1, 2})
         QVERIFY(server.coverPage(index).name().isEmpty());
     QVERIFY(server.defaultCoverPage().name().isEmpty());
-    QCOMPARE(server.printersList(), QStringList {QStringLiteral(" left ")});
+    QCOMPARE(server.printersList(), QStringList{QStringLiteral(" left ")});
 
     QSignalSpy noPages(&server, &FaxServer::errorRetrieveCoverpageList);
     QSignalSpy noPrinters(&server, &FaxServer::errorRetrievePrintersList);
@@ -293,9 +400,15 @@ void TestServer::everyType()
             continue;
         QCOMPARE(int(task->type()), type);
         QCOMPARE(task->parent(), &server);
+        QCOMPARE(doneSignals(task).size(), type == Task::GetContacts ? 2 : 1);
         // every one keeps the server's status current
         Q_EMIT task->errorExecute(Task::Status(100 + type));
         QCOMPARE(int(server.lastStatus()), 100 + type);
+        for (const auto& done : doneSignals(task)) {
+            server.slotError(Task::Error);
+            done();
+            QCOMPARE(server.lastStatus(), Task::Ok);
+        }
     }
 }
 
@@ -307,7 +420,8 @@ void TestServer::list()
     QCOMPARE(manager.defaultServerIndex(), -1);
     QList<QPointer<FaxServer>> servers;
     for (const char* name : {"a", "b", "c", "d"})
-        servers << manager.addServer(QStringLiteral("127.0.0.1:1"), false, QString::fromLatin1(name), QString());
+        servers << manager.addServer(QStringLiteral("127.0.0.1:1"), false, QString::fromLatin1(name),
+                                     QString());
     QCOMPARE(changed.count(), 4);
     QVERIFY(manager.isDefaultServer(servers[0]));
     QCOMPARE(manager.getServerByUID(QStringLiteral("c@127.0.0.1:1")), servers[2]);
@@ -361,7 +475,8 @@ void TestServer::routing()
 void TestServer::roundTrip()
 {
     FaxManager manager(noContacts);
-    manager.addServer(QStringLiteral("127.0.0.1:1"), false, QStringLiteral("anna"), QStringLiteral("p\u00e4ss & <w>"));
+    manager.addServer(QStringLiteral("127.0.0.1:1"), false, QStringLiteral("anna"),
+                      QStringLiteral("p\u00e4ss & <w>"));
     const QPointer<FaxServer> second =
         manager.addServer(QStringLiteral("[::1]:1"), true, QStringLiteral("bob"), QString());
     manager.setDefaultServer(second);
@@ -410,10 +525,12 @@ void TestServer::damagedFragments_data()
 
     const QByteArray rest = "<about><model>m</model><version>1</version></about><user/>";
     const auto row = [](const char* name, const QByteArray& fragment, int servers) {
-        QTest::newRow(name) << QByteArray("<settings><server>" + fragment + "</server></settings>") << servers;
+        QTest::newRow(name) << QByteArray("<settings><server>" + fragment + "</server></settings>")
+                            << servers;
     };
-    const QByteArray good = "<connection><address>127.0.0.1:1</address><login>l</login><password>plain</password>"
-                            "</connection>";
+    const QByteArray good =
+        "<connection><address>127.0.0.1:1</address><login>l</login><password>plain</password>"
+        "</connection>";
     row("whole", good + rest, 1);
     row("no connection", rest, 0);
     row("no password", "<connection><address>a</address><login>l</login></connection>" + rest, 0);

@@ -56,6 +56,9 @@ class TestTasks : public QObject
         QByteArray good; ///< The content of a reply that ends in the done signal.
         bool authApart;  ///< Whether 401 is AuthError.
         QByteArray errorText;
+        QByteArray request; ///< What the log says before the URL.
+        QByteArray reply{}; ///< What it says before the body of a good reply; null: the body is not logged.
+        QByteArray failed{"Reply:\r\n"}; ///< What it says before the body of a failed reply.
     };
 
     QList<Operation> operations() const
@@ -63,47 +66,82 @@ class TestTasks : public QObject
         return {
             {Task::GetQuendraInfo, SIGNAL(doneGetFaxInfo(QuendraInfo)),
              "<about><model>ABC40</model><version>3.6.1</version></about>", true,
-             "taskgetquendrainfo.cpp TaskGetQuendraInfo: reply error! http code "},
+             "taskgetquendrainfo.cpp TaskGetQuendraInfo: reply error! http code ",
+             "TaskGetQuendraInfo request:\r\n", "TaskGetQuendraInfo reply:\r\n"},
             {Task::VerifyLogin, SIGNAL(doneVerifyLogin()), "<message>Verified</message>", true,
-             "taskverifylogin.cpp TaskVerifyLogin: reschedule error! http code "},
+             "taskverifylogin.cpp TaskVerifyLogin: reschedule error! http code ",
+             "TaskVerifyLogin request:\r\n"},
             {Task::GetFaxUser, SIGNAL(doneGetFaxUser(FaxUser)), userXml, false,
-             "taskgetfaxuser.cpp TaskGetFaxUser: reply error! http code "},
+             "taskgetfaxuser.cpp TaskGetFaxUser: reply error! http code ", "TaskGetFaxUser request:\r\n",
+             "TaskGetFaxUser reply:\r\n"},
             {Task::ModifyFaxUser, SIGNAL(doneModifyFaxUser(FaxUser)), "<message>Modified</message>", false,
-             "taskmodifyfaxuser.cpp TaskModifyFaxUser: reply error! http code "},
+             "taskmodifyfaxuser.cpp TaskModifyFaxUser: reply error! http code ",
+             "TaskModifyFaxUser request:\r\n", "TaskModifyFaxUser reply:\r\n"},
             {Task::ChekPermissions, SIGNAL(doneCheckPermissions(unsigned int)),
              "<message>Success</message><user_options><add_global>true</add_global></user_options>", true,
-             "taskcheckpermissions.cpp TaskChekPermissions: response permission error! http code "},
+             "taskcheckpermissions.cpp TaskChekPermissions: response permission error! http code ",
+             "Request:\r\n", "TaskChekPermissions reply:\r\n"},
             {Task::Schedule, SIGNAL(doneFaxSchedule(BaseFaxEntry::FaxEntriesPtrListPtr)),
              "<fax_entry><state>pending</state></fax_entry>", false,
-             "taskschedule.cpp TaskSchedule: reschedule error! http code "},
+             "taskschedule.cpp TaskSchedule: reschedule error! http code ", "TaskSchedule request:\r\n"},
             {Task::Abort, SIGNAL(doneAbort()), "<message>Attempting Abort</message>", true,
-             "taskabort.cpp TaskAbort: reply error! http code "},
+             "taskabort.cpp TaskAbort: reply error! http code ", "TaskAbort request:\r\n",
+             "TaskAbort reply:\r\n", ""},
             {Task::Reschedule, SIGNAL(doneReschedule()), "<message>Attempting reschedule</message>", true,
-             "taskreschedule.cpp TaskReschedule: reschedule error! http code "},
+             "taskreschedule.cpp TaskReschedule: reschedule error! http code ",
+             "TaskReschedule request:\r\n"},
             {Task::GetFaxEntry, SIGNAL(doneGetFaxEntry(BaseFaxEntry::FaxEntriesPtrListPtr)),
              "<message>Success</message>", true,
-             "taskgetfaxentry.cpp TaskGetFaxEntry: reply error! http code "},
+             "taskgetfaxentry.cpp TaskGetFaxEntry: reply error! http code ", "TaskGetFaxEntry request:\r\n",
+             "TaskGetFaxEntry reply:\r\n"},
             {Task::GetInboundFaxEntry, SIGNAL(doneGetInboundFaxEntry(InboundFaxEntriesPtrListPtr)),
              "<message>Success</message>", true,
-             "taskgetinboundfaxentry.cpp TaskGetInboundFaxEntry: reply error! http code "},
+             "taskgetinboundfaxentry.cpp TaskGetInboundFaxEntry: reply error! http code ",
+             "TaskGetInboundFaxEntry request:\r\n", "TaskGetInboundFaxEntry reply:\r\n",
+             "TaskGetInboundFaxEntry reply:\r\n"},
             {Task::GetOutboundFaxEntry, SIGNAL(doneGetFaxEntry(BaseFaxEntry::FaxEntriesPtrListPtr)),
              "<message>Success</message>", true,
-             "taskgetoutboundfaxentry.cpp TaskGetOutboundFaxEntry: reply error! http code "},
+             "taskgetoutboundfaxentry.cpp TaskGetOutboundFaxEntry: reply error! http code ",
+             "TaskGetOutboundFaxEntry request:\r\n", "TaskGetOutboundFaxEntry reply:\r\n"},
             {Task::GetCoverPages, SIGNAL(doneGetCoverPages(CoverPageListPtr)), "", false,
-             "taskgetcoverpages.cpp TaskGetContactsOids: reply error! http code "},
+             "taskgetcoverpages.cpp TaskGetContactsOids: reply error! http code ",
+             "TaskGetCoverPages request:\r\n", "TaskGetCoverPages reply:\r\n"},
             {Task::GetPrinterNames, SIGNAL(doneGetPrinterNames(QStringListPtr)), "", false,
-             "taskgetprinternames.cpp TaskGetPrinterNames: reply error! http code "},
+             "taskgetprinternames.cpp TaskGetPrinterNames: reply error! http code ",
+             "TaskGetPrinterNames request:\r\n", "TaskGetPrinterNames reply:\r\n"},
         };
     }
 
-    QByteArray doneSignal(Task::Type type) const
+    Operation operation(Task::Type type) const
     {
         const QList<Operation> all = operations();
         for (const Operation& operation : all) {
             if (operation.type == type)
-                return operation.signal;
+                return operation;
         }
-        return QByteArray();
+        return {};
+    }
+
+    QByteArray doneSignal(Task::Type type) const { return operation(type).signal; }
+
+    /// What an operation logs at DEBUG: its request, and after it the body of the reply where it does.
+    QStringList debugLines(const ScriptedServer& wire, Task::Type type, const QByteArray& answer,
+                           int networkError, bool parsed) const
+    {
+        const Operation operation = this->operation(type);
+        const QByteArray file = operation.errorText.left(operation.errorText.indexOf(' ') + 1);
+        const QByteArray body = answer.mid(answer.indexOf("\r\n\r\n") + 4);
+        QList<QByteArray> lines{file + operation.request + "http://anna@" + wire.address().toLatin1() +
+                                wire.requests().first().target};
+        const bool waitsForParsing = type == Task::ChekPermissions;
+        if (networkError != 0 && !operation.failed.isEmpty())
+            lines << file + operation.failed + body;
+        else if (networkError == 0 && !operation.reply.isEmpty() && (parsed || !waitsForParsing))
+            lines << file + operation.reply + body;
+        QStringList texts;
+        for (const QByteArray& line : qAsConst(lines))
+            texts << QString::fromUtf8(line);
+        return texts;
     }
 
     /// A task with parameters that let it be sent.
@@ -176,6 +214,10 @@ private Q_SLOTS:
     void fixAmp();
     void nothingToSend();
     void entriesOfASubmission();
+    void userDocument();
+    void entriesOfALog();
+    void deletedFromASlot_data();
+    void deletedFromASlot();
 };
 
 void TestTasks::request_data()
@@ -288,12 +330,23 @@ void TestTasks::operationEnds()
     BareServer server(manager, wire.address());
     TestLog log;
     Outcome outcome(prepared(server, Task::Type(type)), doneSignal(Task::Type(type)));
+    int loggedBefore = -1;
+    connect(outcome.task, &Task::errorExecute, this, [&](Task::Status said) {
+        loggedBefore = log.messages(QStringLiteral("ERROR")).size();
+        QCOMPARE(server.lastStatus(), said); // the bookkeeping comes first
+    });
     outcome.task->execute();
     QTRY_VERIFY(!outcome.task);
 
     QCOMPARE(outcome.done, status ? 0 : 1);
     QCOMPARE(outcome.errors, status ? QList<Task::Status>{Task::Status(status)} : QList<Task::Status>());
     QCOMPARE(int(server.lastStatus()), status ? status : int(Task::Ok));
+    // these two speak before they log
+    if (!errors.isEmpty())
+        QCOMPARE(loggedBefore, type == Task::Abort || type == Task::Reschedule ? 0 : 1);
+    const bool parsed = status != Task::InvalidReply;
+    QCOMPARE(log.messages(QStringLiteral("DEBUG")),
+             debugLines(wire, Task::Type(type), answer, errors.isEmpty() ? 0 : 1, parsed));
     QCOMPARE(server.isConnected(), status == 0);
     QCOMPARE(log.messages(QStringLiteral("ERROR")), errors);
     QCOMPARE(wire.requests().size(), 1); // credentials are not tried again after 401
@@ -418,6 +471,7 @@ void TestTasks::addresses_data()
 
     QTest::newRow("name and port") << QStringLiteral("localhost:%1") << true;
     QTest::newRow("IPv4 and port") << QStringLiteral("127.0.0.1:%1") << true;
+    QTest::newRow("with blanks around") << QStringLiteral(" 127.0.0.1:%1\t") << true;
     QTest::newRow("port not a number") << QStringLiteral("127.0.0.1:%1x") << false;
     QTest::newRow("port too large") << QStringLiteral("127.0.0.1:1%1%1") << false;
     QTest::newRow("port 0") << QStringLiteral("127.0.0.1:0") << false;
@@ -754,6 +808,115 @@ void TestTasks::entriesOfASubmission()
     QTRY_VERIFY(outcome.isOver());
     QCOMPARE(wire.requests().last().target, QByteArray("/qdws/v1/outbound_log/1?at=2026-11-15T08%3A05%3A07"));
     QCOMPARE(wire.requests().last().body, QByteArray());
+}
+
+void TestTasks::userDocument()
+{
+    ScriptedServer wire;
+    wire.setAnswer(okReply("<message>Modified</message>"));
+    FaxManager manager(noContacts);
+    BareServer server(manager, wire.address());
+    QuendraInfo info;
+    info.setModel(QStringLiteral("ABC40"));
+    info.setVersion(QStringLiteral("3.2.7"));
+    info.computeProtocolVersion();
+    server.setInfo(info);
+    Outcome outcome(prepared(server, Task::ModifyFaxUser), doneSignal(Task::ModifyFaxUser));
+    outcome.task->execute();
+    QTRY_COMPARE(outcome.done, 1);
+    QCOMPARE(wire.requests().first().body,
+             QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?><user>"
+                        "<contact_url>http://elsewhere/qdws/v1/users/7</contact_url><name>Anna</name>"
+                        "<default_cover_page_enabled>true</default_cover_page_enabled>"
+                        "<default_cover_page_name>plain</default_cover_page_name><priority>3</priority>"
+                        "<max_attempts>3</max_attempts><interval>300</interval><receipt>failure</receipt>"
+                        "<receipt_attachment>pdf</receipt_attachment></user>"));
+}
+
+void TestTasks::entriesOfALog()
+{
+    ScriptedServer wire;
+    FaxManager manager(noContacts);
+    BareServer server(manager, wire.address());
+    TestLog log;
+    // a refusal that brings entries all the same
+    wire.setAnswer(okReply("<message>Failure</message>"
+                           "<inbound_fax_entry><filename>a.tif</filename></inbound_fax_entry><other/>"
+                           "<inbound_fax_entry><filename>b.tif</filename></inbound_fax_entry>"));
+    auto* inbound = static_cast<TaskGetInboundFaxEntry*>(server.addTask(Task::GetInboundFaxEntry));
+    QStringList files;
+    int loggedBefore = -1;
+    connect(inbound, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry, this,
+            [&](const InboundFaxEntriesPtrListPtr& entries) {
+                for (const auto& entry : *entries)
+                    files << entry->filename();
+                loggedBefore = log.messages(QStringLiteral("ERROR")).size();
+            });
+    inbound->execute();
+    QTRY_COMPARE(files, QStringList({QStringLiteral("a.tif"), QStringLiteral("b.tif")}));
+    QCOMPARE(loggedBefore, 0); // the list first, then the complaint
+    QCOMPARE(log.messages(QStringLiteral("ERROR")).size(), 1);
+
+    wire.setAnswer(okReply("<file><enabled>true</enabled><name>a</name></file><file><name>b</name></file>"
+                           "<file><enabled>false</enabled></file>"));
+    auto* pages = static_cast<TaskGetCoverPages*>(server.addTask(Task::GetCoverPages));
+    QStringList names;
+    connect(pages, &TaskGetCoverPages::doneGetCoverPages, this, [&names](const CoverPageListPtr& list) {
+        for (const CoverPage& page : *list)
+            names << page.name();
+    });
+    pages->execute();
+    QTRY_COMPARE(names, QStringList({QStringLiteral("a"), QString()}));
+}
+
+void TestTasks::deletedFromASlot_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("good");
+    QTest::addColumn<bool>("wholeManager");
+
+    const QList<Operation> all = operations();
+    for (const Operation& operation : all) {
+        for (const bool good : {false, true}) {
+            for (const bool wholeManager : {false, true}) {
+                QTest::addRow("%s, %s, %s", QMetaEnum::fromType<Task::Type>().valueToKey(operation.type),
+                              good ? "done" : "401", wholeManager ? "manager" : "server")
+                    << int(operation.type) << good << wholeManager;
+            }
+        }
+    }
+}
+
+void TestTasks::deletedFromASlot()
+{
+    QFETCH(int, type);
+    QFETCH(bool, good);
+    QFETCH(bool, wholeManager);
+
+    // whoever hears the outcome, or what the server makes of it, may end the server or the manager at once
+    const TestLog log;
+    for (const bool fromServer : {false, true}) {
+        ScriptedServer wire;
+        wire.setAnswer(good ? okReply(operation(Task::Type(type)).good)
+                            : ScriptedServer::reply("", "401 No"));
+        QPointer<FaxManager> manager = new FaxManager(noContacts);
+        QPointer<BareServer> server = new BareServer(*manager, wire.address());
+        const auto end = [&] {
+            if (wholeManager)
+                delete manager;
+            else
+                delete server;
+        };
+        Outcome outcome(prepared(*server, Task::Type(type)), doneSignal(Task::Type(type)));
+        if (fromServer)
+            connect(server, &FaxServer::changedConnected, this, end);
+        else
+            outcome.onOver = end;
+        outcome.task->execute();
+        QTRY_VERIFY(!server);
+        QVERIFY(!outcome.task);
+        delete manager;
+    }
 }
 
 QTEST_GUILESS_MAIN(TestTasks)
