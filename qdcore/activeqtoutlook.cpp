@@ -1,0 +1,190 @@
+#include "activeqtoutlook_p.h"
+
+#include <QAxObject>
+#include <QVariant>
+
+#include <objbase.h>
+
+// Members are read by dynamicCall() and querySubObject() alone: property() finds nothing on an object that
+// gives no type information. Whatever comes back is checked for being there and for its type.
+
+namespace {
+
+using AxPointer = QSharedPointer<QAxObject>;
+
+/// Takes an object out of the care of the one that gave it: the two may be released in any order.
+AxPointer owned(QAxObject* object)
+{
+    AxPointer pointer(object);
+    if (!object || object->isNull())
+        return AxPointer();
+    object->setParent(nullptr);
+    return pointer;
+}
+
+/// An object of the port over an object of Outlook; null over null.
+template <typename T, typename Interface>
+QSharedPointer<Interface> wrapped(QAxObject* object)
+{
+    const AxPointer pointer = owned(object);
+    return pointer ? QSharedPointer<Interface>(new T(pointer)) : QSharedPointer<Interface>();
+}
+
+QString text(QAxObject& object, const char* name)
+{
+    const QVariant value = object.dynamicCall(name);
+    return value.type() == QVariant::String ? value.toString() : QString();
+}
+
+int number(QAxObject& object, const char* name)
+{
+    const QVariant value = object.dynamicCall(name);
+    if (value.type() == QVariant::String)
+        return -1;
+    bool isNumber = false;
+    const int result = value.toInt(&isNumber);
+    return isNumber ? result : -1;
+}
+
+class AxItem : public OutlookItem
+{
+public:
+    explicit AxItem(const AxPointer& object)
+        : m_object(object)
+    {}
+    int itemClass() const override { return number(*m_object, "Class"); }
+    QString entryID() const override { return text(*m_object, "EntryID"); }
+    QString fullName() const override { return text(*m_object, "FullName"); }
+    QString businessTelephoneNumber() const override { return text(*m_object, "BusinessTelephoneNumber"); }
+    QString businessFaxNumber() const override { return text(*m_object, "BusinessFaxNumber"); }
+    QString companyName() const override { return text(*m_object, "CompanyName"); }
+    QDateTime lastModificationTime() const override
+    {
+        // Outlook's dates carry no time zone; they are local time, and so is the QDateTime made of one. Its
+        // toSecsSinceEpoch() therefore gives Unix seconds.
+        const QVariant value = m_object->dynamicCall("LastModificationTime");
+        return value.type() == QVariant::DateTime ? value.toDateTime() : QDateTime();
+    }
+
+private:
+    AxPointer m_object;
+};
+
+class AxItems : public OutlookItems
+{
+public:
+    explicit AxItems(const AxPointer& object)
+        : m_object(object)
+    {}
+    int count() const override { return number(*m_object, "Count"); }
+    QSharedPointer<OutlookItem> item(int number) const override
+    {
+        return wrapped<AxItem, OutlookItem>(m_object->querySubObject("Item(int)", number));
+    }
+
+private:
+    AxPointer m_object;
+};
+
+class AxFolder : public OutlookFolder
+{
+public:
+    explicit AxFolder(const AxPointer& object)
+        : m_object(object)
+    {}
+    QString name() const override { return text(*m_object, "Name"); }
+    QString entryID() const override { return text(*m_object, "EntryID"); }
+    QString storeID() const override { return text(*m_object, "StoreID"); }
+    int defaultItemType() const override { return number(*m_object, "DefaultItemType"); }
+    QSharedPointer<OutlookFolders> folders() const override;
+    QSharedPointer<OutlookItems> items() const override
+    {
+        return wrapped<AxItems, OutlookItems>(m_object->querySubObject("Items"));
+    }
+
+private:
+    AxPointer m_object;
+};
+
+class AxFolders : public OutlookFolders
+{
+public:
+    explicit AxFolders(const AxPointer& object)
+        : m_object(object)
+    {}
+    int count() const override { return number(*m_object, "Count"); }
+    QSharedPointer<OutlookFolder> item(int number) const override
+    {
+        return wrapped<AxFolder, OutlookFolder>(m_object->querySubObject("Item(int)", number));
+    }
+
+private:
+    AxPointer m_object;
+};
+
+QSharedPointer<OutlookFolders> AxFolder::folders() const
+{
+    return wrapped<AxFolders, OutlookFolders>(m_object->querySubObject("Folders"));
+}
+
+class AxSession : public OutlookSession
+{
+public:
+    explicit AxSession(const AxPointer& object)
+        : m_object(object)
+    {}
+    void logon() override { m_object->dynamicCall("Logon()"); }
+    void logoff() override { m_object->dynamicCall("Logoff()"); }
+    QSharedPointer<OutlookFolder> defaultFolder(int type) const override
+    {
+        return wrapped<AxFolder, OutlookFolder>(m_object->querySubObject("GetDefaultFolder(int)", type));
+    }
+    QSharedPointer<OutlookFolder> folderFromID(const QString& entryID, const QString& storeID) const override
+    {
+        return wrapped<AxFolder, OutlookFolder>(
+            m_object->querySubObject("GetFolderFromID(QString,QVariant)", entryID, storeID));
+    }
+    QSharedPointer<OutlookFolders> folders() const override
+    {
+        return wrapped<AxFolders, OutlookFolders>(m_object->querySubObject("Folders"));
+    }
+
+private:
+    AxPointer m_object;
+};
+
+class AxApplication : public OutlookApplication
+{
+public:
+    explicit AxApplication(const AxPointer& object)
+        : m_object(object)
+    {}
+    QSharedPointer<OutlookSession> session() const override
+    {
+        return wrapped<AxSession, OutlookSession>(m_object->querySubObject("Session"));
+    }
+
+private:
+    AxPointer m_object;
+};
+
+} // namespace
+
+bool ActiveQtOutlook::enterThread()
+{
+    // refused where the thread is set up for COM in another way, which is then not ours to undo
+    return SUCCEEDED(CoInitialize(nullptr));
+}
+
+void ActiveQtOutlook::leaveThread()
+{
+    CoUninitialize();
+}
+
+QSharedPointer<OutlookApplication> ActiveQtOutlook::createApplication()
+{
+    const AxPointer object(new QAxObject);
+    if (!object->setControl(QStringLiteral("{0006f03a-0000-0000-c000-000000000046}")) || object->isNull())
+        return QSharedPointer<OutlookApplication>();
+    return QSharedPointer<OutlookApplication>(new AxApplication(object));
+}

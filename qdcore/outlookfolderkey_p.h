@@ -1,0 +1,31 @@
+#pragma once
+
+// The key by which an Outlook folder is stored and found again. Internal: not installed.
+
+#include "outlookport.h"
+
+/// The entry identifier, a colon and the identifier of the store.
+inline QString outlookFolderKey(const OutlookFolder& folder)
+{
+    return folder.entryID() + QLatin1Char(':') + folder.storeID();
+}
+
+/// Whether a key can name a folder at all.
+inline bool isOutlookFolderKey(const QString& key)
+{
+    return key.contains(QLatin1Char(':'));
+}
+
+/// The folder that a key names; null when there is none.
+inline QSharedPointer<OutlookFolder> outlookFolder(const OutlookSession& session, const QString& key)
+{
+    const int colon = key.indexOf(QLatin1Char(':'));
+    if (colon < 0)
+        return QSharedPointer<OutlookFolder>();
+    return session.folderFromID(key.left(colon), key.mid(colon + 1));
+}
+
+inline bool isContactFolder(const OutlookFolder& folder)
+{
+    return folder.defaultItemType() == OutlookFolder::contactItems;
+}

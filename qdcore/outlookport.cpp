@@ -1,0 +1,77 @@
+#include "outlookport.h"
+
+#ifdef QDCORE_ACTIVEQT
+#include "activeqtoutlook_p.h"
+#endif
+
+#include <mutex>
+
+// so that the tables of virtual functions have one home
+OutlookItem::~OutlookItem() = default;
+OutlookItems::~OutlookItems() = default;
+OutlookFolder::~OutlookFolder() = default;
+OutlookFolders::~OutlookFolders() = default;
+OutlookSession::~OutlookSession() = default;
+OutlookApplication::~OutlookApplication() = default;
+OutlookPort::~OutlookPort() = default;
+
+namespace {
+
+/// Where there is no Outlook.
+class UnavailableOutlook : public OutlookPort
+{
+public:
+    bool enterThread() override { return true; }
+    void leaveThread() override {}
+    QSharedPointer<OutlookApplication> createApplication() override
+    {
+        return QSharedPointer<OutlookApplication>();
+    }
+};
+
+QSharedPointer<OutlookPort> systemPort()
+{
+#ifdef QDCORE_ACTIVEQT
+    return QSharedPointer<ActiveQtOutlook>::create();
+#else
+    return QSharedPointer<UnavailableOutlook>::create();
+#endif
+}
+
+std::mutex currentMutex;
+
+QSharedPointer<OutlookPort>& currentPort()
+{
+    static QSharedPointer<OutlookPort> port = systemPort();
+    return port;
+}
+
+} // namespace
+
+QSharedPointer<OutlookPort> OutlookPort::current()
+{
+    const std::lock_guard<std::mutex> lock(currentMutex);
+    return currentPort();
+}
+
+void OutlookPort::setCurrent(const QSharedPointer<OutlookPort>& port)
+{
+    const std::lock_guard<std::mutex> lock(currentMutex);
+    currentPort() = port ? port : systemPort();
+}
+
+OutlookAccess::OutlookAccess()
+    : m_port(OutlookPort::current())
+    , m_entered(m_port->enterThread())
+{}
+
+OutlookAccess::~OutlookAccess()
+{
+    if (m_entered)
+        m_port->leaveThread();
+}
+
+QSharedPointer<OutlookApplication> OutlookAccess::createApplication() const
+{
+    return m_port->createApplication();
+}

@@ -1,0 +1,133 @@
+#pragma once
+
+#include "qdcore_global.h"
+
+#include <QDateTime>
+#include <QSharedPointer>
+#include <QString>
+
+// What the library uses of Microsoft Outlook, in plain types. The classes bear the names of Outlook's own
+// objects and have of their members those that are used.
+//
+// Objects belong to the thread that asked for them and have to be gone before its OutlookAccess. A null
+// pointer is an object that Outlook does not give: it has vanished, or Outlook cannot be reached any more. A
+// text that cannot be read is null, a number -1.
+
+/// Something in a folder: a contact, a mail, a distribution list.
+class QDCORE_EXPORT OutlookItem
+{
+public:
+    static constexpr int contactClass = 40;
+
+    virtual ~OutlookItem();
+    /// Which fields an item has depends on its class; all others are those of a contact.
+    virtual int itemClass() const = 0;
+    virtual QString entryID() const = 0;
+    virtual QString fullName() const = 0;
+    virtual QString businessTelephoneNumber() const = 0;
+    virtual QString businessFaxNumber() const = 0;
+    virtual QString companyName() const = 0;
+    /// Local time; invalid when it cannot be read.
+    virtual QDateTime lastModificationTime() const = 0;
+};
+
+/// What is in a folder.
+class QDCORE_EXPORT OutlookItems
+{
+public:
+    virtual ~OutlookItems();
+    virtual int count() const = 0;
+    /// @p number counts from 1.
+    virtual QSharedPointer<OutlookItem> item(int number) const = 0;
+};
+
+class OutlookFolders;
+
+class QDCORE_EXPORT OutlookFolder
+{
+public:
+    static constexpr int contactItems = 2; ///< The item type of a contact folder.
+
+    virtual ~OutlookFolder();
+    virtual QString name() const = 0;
+    virtual QString entryID() const = 0;
+    /// The identifier of the message store that holds the folder.
+    virtual QString storeID() const = 0;
+    virtual int defaultItemType() const = 0;
+    virtual QSharedPointer<OutlookFolders> folders() const = 0;
+    virtual QSharedPointer<OutlookItems> items() const = 0;
+};
+
+class QDCORE_EXPORT OutlookFolders
+{
+public:
+    virtual ~OutlookFolders();
+    virtual int count() const = 0;
+    /// @p number counts from 1.
+    virtual QSharedPointer<OutlookFolder> item(int number) const = 0;
+};
+
+/// Outlook's NameSpace.
+class QDCORE_EXPORT OutlookSession
+{
+public:
+    static constexpr int contactsFolder = 10; ///< The default folder of contacts.
+
+    virtual ~OutlookSession();
+    /// With Outlook's default arguments. A session that did not log on gives no folders.
+    virtual void logon() = 0;
+    virtual void logoff() = 0;
+    virtual QSharedPointer<OutlookFolder> defaultFolder(int type) const = 0;
+    virtual QSharedPointer<OutlookFolder> folderFromID(const QString& entryID,
+                                                       const QString& storeID) const = 0;
+    /// The top-level folders, one a message store.
+    virtual QSharedPointer<OutlookFolders> folders() const = 0;
+};
+
+class QDCORE_EXPORT OutlookApplication
+{
+public:
+    virtual ~OutlookApplication();
+    virtual QSharedPointer<OutlookSession> session() const = 0;
+};
+
+/**
+ * The way to Outlook: COM on Windows, nothing elsewhere.
+ *
+ * The library uses it through OutlookAccess alone. Its functions are called on every thread that uses
+ * Outlook.
+ */
+class QDCORE_EXPORT OutlookPort
+{
+public:
+    virtual ~OutlookPort();
+
+    /// Readies the calling thread for Outlook. What returned true is undone by leaveThread().
+    virtual bool enterThread() = 0;
+    virtual void leaveThread() = 0;
+    /// Null when Outlook is not installed or cannot be started.
+    virtual QSharedPointer<OutlookApplication> createApplication() = 0;
+
+    /// The port in use.
+    static QSharedPointer<OutlookPort> current();
+    /// Puts another in its place, such as one to test with; null brings back the system's own. Accesses that
+    /// exist keep theirs.
+    static void setCurrent(const QSharedPointer<OutlookPort>& port);
+};
+
+/// Lets the thread that makes it use Outlook for as long as it lives. Any number may exist on a thread. Made
+/// and destroyed on the same one.
+class QDCORE_EXPORT OutlookAccess
+{
+public:
+    OutlookAccess();
+    ~OutlookAccess();
+    Q_DISABLE_COPY(OutlookAccess)
+
+    /// Null when there is no Outlook.
+    QSharedPointer<OutlookApplication> createApplication() const;
+
+private:
+    QSharedPointer<OutlookPort> m_port;
+    bool m_entered;
+};
