@@ -2,6 +2,7 @@
 
 #include "contactlocalstorage.h"
 #include "log_p.h"
+#include "outlookcontactprovider.h"
 #include "quendracontactprovider.h"
 
 #include <algorithm>
@@ -30,6 +31,7 @@ QPointer<ContactProvider> ContactManager::addProvider(ContactProvider::Type type
         provider = new QuendraContactProvider(*this);
         break;
     case ContactProvider::OutlookProvider:
+        provider = new OutlookContactProvider(*this);
         break;
     }
     if (provider) {
@@ -87,18 +89,24 @@ bool ContactManager::isSync() const
 
 void ContactManager::initOutlook(bool syncNow)
 {
-    Q_UNUSED(syncNow)
     if (m_outlookProvider)
         return;
-    m_outlookProvider = addProvider(ContactProvider::OutlookProvider);
+    const QPointer<ContactManager> self(this);
+    const QPointer<ContactProvider> provider = addProvider(ContactProvider::OutlookProvider);
+    if (!self)
+        return;
+    m_outlookProvider = provider;
+    if (auto* outlook = qobject_cast<OutlookContactProvider*>(provider.data()))
+        outlook->setEntryID(m_outlookEntryID, syncNow);
 }
 
 void ContactManager::initAppleContacts(bool) {}
 
 void ContactManager::setOutlookEntryID(const QString& entryID, bool syncNow)
 {
-    Q_UNUSED(syncNow)
     m_outlookEntryID = entryID;
+    if (auto* outlook = qobject_cast<OutlookContactProvider*>(m_outlookProvider.data()))
+        outlook->setEntryID(entryID, syncNow);
 }
 
 unsigned int ContactManager::outlookSourceId() const

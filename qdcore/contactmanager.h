@@ -31,8 +31,8 @@ public:
     /// The providers in the order added. Entries may be null.
     const QVector<QPointer<ContactProvider>>& providers() const { return m_providers; }
 
-    /// Adds a provider, owned by the manager. Any number that is no type, and Outlook where there is none,
-    /// adds a null entry and returns null.
+    /// Adds a provider, owned by the manager. Any number that is no type adds a null entry
+    /// and returns null.
     QPointer<ContactProvider> addProvider(ContactProvider::Type type);
 
     /// Takes a provider off the list and deletes it later on the event loop; nothing when it is not in the
@@ -56,7 +56,8 @@ public:
     void initOutlook(bool syncNow);
     /// Does nothing: there is no such source yet.
     void initAppleContacts(bool syncNow);
-    /// Chooses the Outlook folder by its key; kept until there is an Outlook provider.
+    /// Chooses the Outlook folder by its key, see ContactsOptionsOutlook; kept until there is an Outlook
+    /// provider.
     void setOutlookEntryID(const QString& entryID, bool syncNow);
     /// The Outlook folder's source in the store; 0 without one.
     unsigned int outlookSourceId() const;

@@ -1,0 +1,89 @@
+#include "outlookcontactproviderdisassemblethread.h"
+
+#include "outlookfolderkey_p.h"
+
+#include <limits>
+
+namespace {
+
+/// A local time as the store keeps it, in Unix seconds. 0 for none, and for one outside the store's range:
+/// Outlook's way of saying "none" is the year 4501.
+unsigned int timestampOf(const QDateTime& time)
+{
+    const qint64 seconds = time.isValid() ? time.toSecsSinceEpoch() : 0;
+    return seconds > 0 && seconds <= std::numeric_limits<unsigned int>::max() ? unsigned(seconds) : 0;
+}
+
+} // namespace
+
+OutlookContactProviderDisassembleThread::OutlookContactProviderDisassembleThread(
+    const QPointer<ContactLocalStorage>& storage, unsigned int source, QObject* parent)
+    : QThread(parent)
+    , m_storage(storage)
+    , m_source(source)
+{}
+
+OutlookContactProviderDisassembleThread::~OutlookContactProviderDisassembleThread()
+{
+    wait();
+}
+
+void OutlookContactProviderDisassembleThread::run()
+{
+    const OutlookAccess access;
+    if (m_storage) {
+        m_storage->scopeBegin();
+        // another folder may have been chosen meanwhile; the contacts of this one must not come back
+        QString name;
+        ContactLocalStorage::SourceType kind;
+        if (m_storage->getSourceInfo(m_source, name, kind)) {
+            dropContacts();
+            copyFolder(access);
+            if (isInterruptionRequested())
+                dropContacts();
+        }
+        m_storage->scopeEnd();
+        m_storage->freeStorageForThread();
+    }
+    Q_EMIT doneDisassembleContactFromThread(m_type);
+    deleteLater();
+}
+
+void OutlookContactProviderDisassembleThread::dropContacts()
+{
+    const auto kind = m_type == ContactList::OutlookContacts ? ContactLocalStorage::TypeContact
+                                                             : ContactLocalStorage::TypeGroup;
+    m_storage->deleteContactList(m_source, kind, ContactLocalStorage::LocationPersonal);
+}
+
+void OutlookContactProviderDisassembleThread::copyFolder(const OutlookAccess& access)
+{
+    const QSharedPointer<OutlookApplication> application = access.createApplication();
+    if (!application || !isOutlookFolderKey(m_entryID))
+        return;
+    const QSharedPointer<OutlookSession> session = application->session();
+    if (!session)
+        return;
+    session->logon();
+    const QSharedPointer<OutlookFolder> folder = outlookFolder(*session, m_entryID);
+    QSharedPointer<OutlookItems> items;
+    if (folder && isContactFolder(*folder))
+        items = folder->items();
+    if (items && m_type == ContactList::OutlookContacts) {
+        // the folder may change while it is read
+        for (int i = 1; i <= items->count() && !isInterruptionRequested(); ++i) {
+            const QSharedPointer<OutlookItem> item = items->item(i);
+            if (item && item->itemClass() == OutlookItem::contactClass)
+                store(*item);
+        }
+    }
+    session->logoff();
+}
+
+void OutlookContactProviderDisassembleThread::store(const OutlookItem& item)
+{
+    m_storage->addContact(m_source, ContactLocalStorage::TypeContact, ContactLocalStorage::LocationPersonal,
+                          item.entryID(), timestampOf(item.lastModificationTime()), item.fullName(),
+                          QString(), item.businessTelephoneNumber(), item.businessFaxNumber(), QString(),
+                          item.companyName());
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "contactlist.h"
+#include "contactlocalstorage.h"
+#include "qdcore_global.h"
+
+#include <QPointer>
+#include <QThread>
+
+class OutlookAccess;
+class OutlookItem;
+
+/**
+ * Copies the contacts of an Outlook folder into the store, in the background and in one transaction: whoever
+ * reads the store meanwhile sees what was there before.
+ *
+ * Started by its provider; deletes itself when it has run. Its destructor waits for it, without limit. Once
+ * interrupted it leaves no contacts of the folder.
+ */
+class QDCORE_EXPORT OutlookContactProviderDisassembleThread : public QThread
+{
+    Q_OBJECT
+public:
+    OutlookContactProviderDisassembleThread(const QPointer<ContactLocalStorage>& storage, unsigned int source,
+                                            QObject* parent);
+    ~OutlookContactProviderDisassembleThread() override;
+
+    // Set before start().
+    void setContactsType(ContactList::Type type) { m_type = type; }
+    /// The folder's key.
+    void setEntryID(const QString& entryID) { m_entryID = entryID; }
+
+Q_SIGNALS:
+    void doneDisassembleContactFromThread(ContactList::Type type);
+
+protected:
+    void run() override;
+
+private:
+    void dropContacts();
+    void copyFolder(const OutlookAccess& access);
+    void store(const OutlookItem& item);
+
+    QPointer<ContactLocalStorage> m_storage;
+    unsigned int m_source;
+    ContactList::Type m_type{ContactList::OutlookContacts};
+    QString m_entryID;
+};
