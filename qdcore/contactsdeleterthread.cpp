@@ -1,5 +1,7 @@
 #include "contactsdeleterthread.h"
 
+#include "tsan_p.h"
+
 ContactsDeleterThread::ContactsDeleterThread(const QPointer<ContactLocalStorage>& storage,
                                              unsigned int source, ContactLocalStorage::ContactType type,
                                              ContactLocalStorage::ContactLocation location,
@@ -15,6 +17,7 @@ ContactsDeleterThread::ContactsDeleterThread(const QPointer<ContactLocalStorage>
 ContactsDeleterThread::~ContactsDeleterThread()
 {
     wait();
+    tsanTakeOver(this);
 }
 
 void ContactsDeleterThread::run()
@@ -26,6 +29,8 @@ void ContactsDeleterThread::run()
         m_storage->scopeEnd();
         m_storage->freeStorageForThread();
     }
+    tsanHandOver(this);
     Q_EMIT doneContactsDeletion();
     deleteLater();
+    tsanHandOver(this);
 }

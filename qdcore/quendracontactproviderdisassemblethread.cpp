@@ -1,6 +1,7 @@
 #include "quendracontactproviderdisassemblethread.h"
 
 #include "contactdisassembly_p.h"
+#include "tsan_p.h"
 
 QuendraContactProviderDisassembleThread::QuendraContactProviderDisassembleThread(
     const QPointer<ContactLocalStorage>& storage, unsigned int source, QObject* parent)
@@ -12,6 +13,7 @@ QuendraContactProviderDisassembleThread::QuendraContactProviderDisassembleThread
 QuendraContactProviderDisassembleThread::~QuendraContactProviderDisassembleThread()
 {
     wait();
+    tsanTakeOver(this);
 }
 
 void QuendraContactProviderDisassembleThread::setContacts(const ContactList& contacts, unsigned int timestamp)
@@ -36,6 +38,8 @@ void QuendraContactProviderDisassembleThread::run()
         m_storage->scopeEnd();
         m_storage->freeStorageForThread();
     }
+    tsanHandOver(this);
     Q_EMIT doneDisassembleContactFromThread(m_contacts.contactsType());
     deleteLater();
+    tsanHandOver(this);
 }

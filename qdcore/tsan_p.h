@@ -1,0 +1,35 @@
+#pragma once
+
+// Telling ThreadSanitizer what it cannot see. Internal: not installed.
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define QDCORE_TSAN
+#endif
+#endif
+#if defined(__SANITIZE_THREAD__)
+#define QDCORE_TSAN
+#endif
+
+#ifdef QDCORE_TSAN
+extern "C" {
+void __tsan_acquire(void* address);
+void __tsan_release(void* address);
+}
+#endif
+
+/// Qt is not built for ThreadSanitizer, which therefore does not see that QThread::wait() orders what the thread did
+/// before what its waiter does. The thread says at its end that it hands over, the waiter that it takes over.
+inline void tsanHandOver([[maybe_unused]] void* address)
+{
+#ifdef QDCORE_TSAN
+    __tsan_release(address);
+#endif
+}
+
+inline void tsanTakeOver([[maybe_unused]] void* address)
+{
+#ifdef QDCORE_TSAN
+    __tsan_acquire(address);
+#endif
+}
