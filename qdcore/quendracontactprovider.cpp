@@ -28,6 +28,17 @@ ContactLocalStorage::ContactLocation locationOf(ContactList::Type type)
                                       : ContactLocalStorage::LocationPersonal;
 }
 
+QList<QString> uidsOf(const ContactList& contacts)
+{
+    QList<QString> uids;
+    ContactPlace place;
+    for (const auto& unit : contacts.contacts()) {
+        if (unit && placeOf(*unit, place))
+            uids.append(place.uid);
+    }
+    return uids;
+}
+
 QString unsupportedType()
 {
     return QuendraContactProvider::tr("Unsuported contact type", "Logger");
@@ -318,7 +329,7 @@ void QuendraContactProvider::slotSyncedContactOids(const QList<QString>& oids, C
     if (!m_server || !m_storage || !ContactBook(type).isValid)
         return slotErrorSyncedContacts(Task::Error);
     m_syncOids[type] = oids;
-    startDeleter(type);
+    startDeleter(type, oids);
     requestContacts(type, m_storage->getContactLastTimeStamp(m_sourceId, kindOf(type), locationOf(type)));
 }
 
@@ -340,8 +351,14 @@ void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigne
         return; // the synchronisation stays open; only the destructor closes it
     if (!m_storage)
         return slotDisassembleContactFromThread(type);
-    if (full)
-        startDeleter(type);
+    if (full) {
+        // What was added meanwhile stays. So does what has just come: it would be stored again under new ids,
+        // but the groups would have lost it as a member.
+        QList<QString> uids = m_syncOids.value(type);
+        if (!uids.isEmpty())
+            uids += uidsOf(contacts);
+        startDeleter(type, uids);
+    }
 
     m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());
     auto* thread = new QuendraContactProviderDisassembleThread(m_storage, m_sourceId, this);
@@ -357,10 +374,10 @@ void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigne
 
 /// Starts a thread that deletes what the server no longer has. Were it to run after the thread that stores
 /// the book's units, it would delete what was just stored; that one therefore waits for it.
-void QuendraContactProvider::startDeleter(ContactList::Type type)
+void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QString>& uids)
 {
-    auto* deleter = new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type),
-                                              m_syncOids.value(type), this);
+    auto* deleter =
+        new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type), uids, this);
     ++m_work[type].deleters;
     connect(deleter, &ContactsDeleterThread::doneContactsDeletion, this,
             [this, type] { deleterEnded(type); });

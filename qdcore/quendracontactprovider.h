@@ -83,7 +83,7 @@ private:
     template <typename T>
     T* createTask(Task::Type type, const LogText& failure);
     void requestContacts(ContactList::Type type, unsigned int lastTimeSync);
-    void startDeleter(ContactList::Type type);
+    void startDeleter(ContactList::Type type, const QList<QString>& uids);
     void deleterEnded(ContactList::Type type);
     bool endSync();
     QUrl unitUrl(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
