@@ -6,6 +6,7 @@
 #include "quendracontactprovider.h"
 
 #include <algorithm>
+#include <utility>
 
 ContactManager::ContactManager(QObject* parent)
     : QObject(parent)
@@ -17,7 +18,8 @@ ContactManager::ContactManager(QObject* parent)
 
 ContactManager::~ContactManager()
 {
-    const QVector<QPointer<ContactProvider>> providers = m_providers;
+    // a slot that hears of their end finds none of them any more
+    const QVector<QPointer<ContactProvider>> providers = std::exchange(m_providers, {});
     for (const auto& provider : providers)
         delete provider;
     delete m_storage;

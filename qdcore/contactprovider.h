@@ -32,7 +32,8 @@ public:
     };
     Q_ENUM(Type)
 
-    /// Ends the running synchronisations: each emits onSyncStop() and errorSyncedContacts(Task::Error).
+    /// Ends the running synchronisations: each emits onSyncStop() and errorSyncedContacts(Task::Error). Slots must
+    /// not call the provider then; it is half gone.
     ~ContactProvider() override;
 
     /// Whether a synchronisation is running.

@@ -104,8 +104,15 @@ void QuendraContactProvider::disassembleContact(const ContactUnit& contact, unsi
                                                 unsigned int group)
 {
     // without a server its source is gone from the store, and a late reply must not bring units of it back
-    if (m_storage && m_server)
-        disassemble(*m_storage, m_sourceId, contact, timestamp, group);
+    if (!m_storage || !m_server)
+        return;
+    // a group and its members at once, so that no thread comes between
+    const bool isGroup = dynamic_cast<const QuendraContactGroup*>(&contact) != nullptr;
+    if (isGroup)
+        m_storage->scopeBegin();
+    disassemble(*m_storage, m_sourceId, contact, timestamp, group);
+    if (isGroup)
+        m_storage->scopeEnd();
 }
 
 // --- The link
@@ -303,8 +310,15 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
     if (!task)
         return slotErrorSyncedContacts(Task::Error);
     task->setContactsType(type);
+    const int stored = m_conversions.value(type);
     connect(task, &TaskGetContactsOids::doneGetContactsOids, this,
-            &QuendraContactProvider::slotSyncedContactOids);
+            [this, stored](const QList<QString>& oids, ContactList::Type book) {
+                // a list that is older than what another run has stored meanwhile would delete it
+                if (m_conversions.value(book) == stored)
+                    slotSyncedContactOids(oids, book);
+                else
+                    requestChanges(book);
+            });
     connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorSyncedContacts);
     task->execute();
 }
@@ -326,10 +340,18 @@ void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned in
 
 void QuendraContactProvider::slotSyncedContactOids(const QList<QString>& oids, ContactList::Type type)
 {
+    if (m_server && m_storage && ContactBook(type).isValid) {
+        m_syncOids[type] = oids;
+        startDeleter(type, oids);
+    }
+    requestChanges(type);
+}
+
+/// Asks for what changed since the last time, the second half of an incremental run.
+void QuendraContactProvider::requestChanges(ContactList::Type type)
+{
     if (!m_server || !m_storage || !ContactBook(type).isValid)
         return slotErrorSyncedContacts(Task::Error);
-    m_syncOids[type] = oids;
-    startDeleter(type, oids);
     requestContacts(type, m_storage->getContactLastTimeStamp(m_sourceId, kindOf(type), locationOf(type)));
 }
 
@@ -360,6 +382,7 @@ void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigne
         startDeleter(type, uids);
     }
 
+    ++m_conversions[type];
     m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());
     auto* thread = new QuendraContactProviderDisassembleThread(m_storage, m_sourceId, this);
     m_threads.append(thread);

@@ -83,6 +83,7 @@ private:
     template <typename T>
     T* createTask(Task::Type type, const LogText& failure);
     void requestContacts(ContactList::Type type, unsigned int lastTimeSync);
+    void requestChanges(ContactList::Type type);
     void startDeleter(ContactList::Type type, const QList<QString>& uids);
     void deleterEnded(ContactList::Type type);
     bool endSync();
@@ -93,4 +94,5 @@ private:
     QList<QPointer<QuendraContactProviderDisassembleThread>> m_threads;
     QMap<ContactList::Type, QList<QString>> m_syncOids; ///< What the server said it has, while synchronising.
     QMap<ContactList::Type, BookWork> m_work;
+    QMap<ContactList::Type, int> m_conversions; ///< How often a book has been stored.
 };

@@ -6,6 +6,8 @@
 #include "quendracontactprovider.h"
 #include "testkit.h"
 
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QSqlDatabase>
@@ -88,6 +90,8 @@ private Q_SLOTS:
     void emptiedBook();
     void changesThroughTheProvider();
     void addedInTheMiddle();
+    void overlappingRuns();
+    void askedWhileItEnds();
     void refusals();
     void pages();
     void manager();
@@ -240,6 +244,56 @@ void TestContacts::addedInTheMiddle()
         QTRY_COMPARE(added, 1);
         QVERIFY(compare(world, sim, provider, full ? "full" : "incremental"));
     }
+}
+
+void TestContacts::overlappingRuns()
+{
+    SimServer sim(books(20, 0));
+    QVERIFY(sim.start());
+    ContactWorld world;
+    const QPointer<FaxServer> server = world.add(sim);
+    ContactProvider* provider = server->contactProvider();
+    QVERIFY(world.settleLogin(server));
+
+    // the first run's list of identifiers drips in until the second run is over, and does not know the new
+    // contact
+    sim.addFault(QStringLiteral("drip=4,path=/qdws/v1/contact_oids/alice,times=1"));
+    provider->syncContacts(ContactList::PersonalContacts, false);
+    const auto isDripping = [&world] {
+        const auto replies = world.faxes->nam().findChildren<QNetworkReply*>();
+        return std::any_of(replies.begin(), replies.end(), [](const QNetworkReply* reply) {
+            return !reply->isFinished() && reply->url().path().contains(QLatin1String("contact_oids")) &&
+                   reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
+        });
+    };
+    QVERIFY(spinUntil(isDripping));
+    SimEntry entry;
+    entry.person.name = QStringLiteral("From elsewhere");
+    sim.addEntry({QStringLiteral("alice"), false}, entry);
+    QVERIFY(isDripping());
+    provider->syncContacts(ContactList::PersonalContacts, false);
+    QVERIFY(world.settle());
+    QVERIFY(compare(world, sim, provider, "two runs at once"));
+}
+
+void TestContacts::askedWhileItEnds()
+{
+    SimServer sim(books(3, 0));
+    QVERIFY(sim.start());
+    bool asked = false;
+    {
+        ContactWorld world;
+        const QPointer<FaxServer> server = world.add(sim);
+        QVERIFY(world.settleLogin(server));
+        const auto found = world.contacts->storage()->quickSearch(QString(), 1, 0, 0);
+        QCOMPARE(found.size(), 1);
+        server->contactProvider()->syncContacts(ContactList::PersonalContacts, true);
+        connect(world.contacts, &ContactManager::onSyncStop, this, [&, manager = world.contacts] {
+            asked = manager->getContactById(found.firstKey()).isNull();
+        });
+        delete world.contacts;
+    }
+    QVERIFY(asked);
 }
 
 void TestContacts::refusals()
