@@ -1,6 +1,7 @@
 #include "contactmanager.h"
 
 #include "contactlocalstorage.h"
+#include "contactrow_p.h"
 #include "log_p.h"
 #include "outlookcontactprovider.h"
 #include "quendracontactprovider.h"
@@ -58,17 +59,11 @@ void ContactManager::deleteProvider(const QPointer<ContactProvider>& provider)
 
 QSharedPointer<ContactUnit> ContactManager::getContactById(unsigned int id)
 {
-    unsigned int source = 0;
-    unsigned int timestamp = 0;
-    ContactLocalStorage::ContactType type;
-    ContactLocalStorage::ContactLocation location;
-    QString uid, name, description, phone, fax, email, organization;
-    if (!m_storage || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name,
-                                                 description, phone, fax, email, organization)) {
+    const auto row = ContactRow::read(m_storage, id);
+    if (!row)
         return QSharedPointer<ContactUnit>();
-    }
     for (const auto& provider : qAsConst(m_providers)) {
-        if (provider && provider->sourceId() == source)
+        if (provider && provider->sourceId() == row->source)
             return provider->aggregateContact(id);
     }
     return QSharedPointer<ContactUnit>();

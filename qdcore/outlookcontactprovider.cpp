@@ -1,5 +1,6 @@
 #include "outlookcontactprovider.h"
 
+#include "contactrow_p.h"
 #include "log_p.h"
 #include "outlookcontact.h"
 #include "outlookcontactproviderdisassemblethread.h"
@@ -179,21 +180,14 @@ QSharedPointer<ContactUnit> OutlookContactProvider::makeUnit(ContactLocalStorage
 
 QSharedPointer<ContactUnit> OutlookContactProvider::aggregateContact(unsigned int id)
 {
-    unsigned int source = 0;
-    unsigned int timestamp = 0;
-    ContactLocalStorage::ContactType type;
-    ContactLocalStorage::ContactLocation location;
-    QString uid, name, description, phone, fax, email, organization;
-    if (!m_storage || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name,
-                                                 description, phone, fax, email, organization)) {
+    const auto row = ContactRow::read(m_storage, id);
+    if (!row)
         return QSharedPointer<ContactUnit>();
-    }
-    if (type != ContactLocalStorage::TypeContact) {
+    if (row->type != ContactLocalStorage::TypeContact) {
         QD_LOG(ERROR, tr("Unsuported contact type", "Logger"));
         return QSharedPointer<ContactUnit>();
     }
-    if (source != m_sourceId)
+    if (row->source != m_sourceId)
         return QSharedPointer<ContactUnit>();
-    return makeUnit(type, location, uid, name, description, phone, fax, email, organization, ContactList(),
-                    this);
+    return row->build(&makeUnit, ContactList(), this);
 }

@@ -2,6 +2,7 @@
 
 #include "contactbook_p.h"
 #include "contactdisassembly_p.h"
+#include "contactrow_p.h"
 #include "contactsdeleterthread.h"
 #include "faxserver.h"
 #include "log_p.h"
@@ -522,22 +523,16 @@ QSharedPointer<ContactUnit> QuendraContactProvider::makeUnit(
 
 QSharedPointer<ContactUnit> QuendraContactProvider::aggregateContact(unsigned int id)
 {
-    unsigned int source = 0;
-    unsigned int timestamp = 0;
-    ContactLocalStorage::ContactType type;
-    ContactLocalStorage::ContactLocation location;
-    QString uid, name, description, phone, fax, email, organization;
-    if (!m_storage || !m_storage->getContactInfo(id, source, type, location, uid, timestamp, name,
-                                                 description, phone, fax, email, organization)) {
+    const auto row = ContactRow::read(m_storage, id);
+    if (!row || row->source != m_sourceId)
         return QSharedPointer<ContactUnit>();
-    }
     ContactList members;
-    if (type == ContactLocalStorage::TypeGroup) {
-        members = m_storage->getContactList(&makeUnit, source, ContactLocalStorage::ContactType(0),
-                                            ContactLocalStorage::ContactLocation(0), id, 0, 0, this);
-    } else if (type != ContactLocalStorage::TypeContact) {
+    if (row->type == ContactLocalStorage::TypeGroup) {
+        members = m_storage->getContactList(&makeUnit, m_sourceId, ContactLocalStorage::AnyType,
+                                            ContactLocalStorage::AnyLocation, id, 0, 0, this);
+    } else if (row->type != ContactLocalStorage::TypeContact) {
         QD_LOG(ERROR, unsupportedType());
         return QSharedPointer<ContactUnit>();
     }
-    return makeUnit(type, location, uid, name, description, phone, fax, email, organization, members, this);
+    return row->build(&makeUnit, members, this);
 }

@@ -5,6 +5,7 @@
 #include "contactlocalstorage.h"
 #include "contactmanager.h"
 #include "contactprovider.h"
+#include "contactrow_p.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "simserver.h"
@@ -124,7 +125,7 @@ public:
         BookContent content;
         const auto ids = storage->getContactList(source, type, location, 0, 0, 0);
         for (const unsigned int id : ids) {
-            const Row row = rowOf(id);
+            const ContactRow row = rowOf(id);
             QStringList fields{row.name, row.description, row.phone, row.fax, row.email, row.organization};
             if (groups) {
                 QStringList members;
@@ -168,20 +169,37 @@ public:
     QSharedPointer<SyncCounts> counts{QSharedPointer<SyncCounts>::create()};
 
 private:
-    struct Row
+    ContactRow rowOf(unsigned int id) const
     {
-        QString uid, name, description, phone, fax, email, organization;
-    };
+        return ContactRow::read(contacts->storage(), id).value_or(ContactRow());
+    }
+};
 
-    Row rowOf(unsigned int id) const
+/// A simulated server with filled books and a client that has synchronised them.
+struct SynchronisedWorld
+{
+    SimServer sim;
+    ContactWorld world;
+    QPointer<FaxServer> server;
+    QPointer<ContactProvider> provider;
+    bool isReady{false};
+
+    SynchronisedWorld(int contacts, int groups, quint32 seed = 1)
+        : sim(books(contacts, groups, seed))
     {
-        Row row;
-        unsigned int source = 0;
-        unsigned int timestamp = 0;
-        ContactLocalStorage::ContactType type;
-        ContactLocalStorage::ContactLocation location;
-        contacts->storage()->getContactInfo(id, source, type, location, row.uid, timestamp, row.name,
-                                            row.description, row.phone, row.fax, row.email, row.organization);
-        return row;
+        if (!sim.start())
+            return;
+        server = world.add(sim);
+        provider = server->contactProvider();
+        isReady = world.settleLogin(server);
+    }
+
+    static SimOptions books(int contacts, int groups, quint32 seed = 1)
+    {
+        SimOptions options;
+        options.contacts = contacts;
+        options.groups = groups;
+        options.seed = seed;
+        return options;
     }
 };

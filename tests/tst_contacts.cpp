@@ -18,14 +18,6 @@ class TestContacts : public QObject
 {
     Q_OBJECT
 
-    static SimOptions books(int contacts, int groups)
-    {
-        SimOptions options;
-        options.contacts = contacts;
-        options.groups = groups;
-        return options;
-    }
-
     /// Everything the store holds of this server must be what the server holds.
     bool compare(const ContactWorld& world, const SimServer& sim, ContactProvider* provider, const char* when)
     {
@@ -101,50 +93,41 @@ private Q_SLOTS:
 
 void TestContacts::firstSynchronisation()
 {
-    SimServer sim(books(30, 4));
-    QVERIFY(sim.start());
-    ContactWorld world;
-    const QPointer<FaxServer> server = world.add(sim);
-    ContactProvider* provider = server->contactProvider();
-    QVERIFY(provider);
-    QVERIFY(world.settleLogin(server));
-    QVERIFY(compare(world, sim, provider, "after login"));
-    QCOMPARE(world.counts->providerStarts, 4);
-    QCOMPARE(world.counts->errors, 0);
-    QVERIFY(world.counts->isPaired());
-    QCOMPARE(world.counts->starts, 1); // one busy time for four books
+    SynchronisedWorld all(30, 4);
+    QVERIFY(all.isReady);
+    QVERIFY(compare(all.world, all.sim, all.provider, "after login"));
+    QCOMPARE(all.world.counts->providerStarts, 4);
+    QCOMPARE(all.world.counts->errors, 0);
+    QVERIFY(all.world.counts->isPaired());
+    QCOMPARE(all.world.counts->starts, 1); // one busy time for four books
     // an empty cache asks for the whole book at once
-    QCOMPARE(sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact_oids")), 0);
-    QCOMPARE(sim.refusals(), QStringList());
+    QCOMPARE(all.sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact_oids")), 0);
+    QCOMPARE(all.sim.refusals(), QStringList());
 
     // a server from the settings does not synchronise by itself
-    sim.clearRequests();
-    server->verifyUser(false);
-    QVERIFY(world.settleLogin(server));
-    QCOMPARE(sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact")), 0);
+    all.sim.clearRequests();
+    all.server->verifyUser(false);
+    QVERIFY(all.world.settleLogin(all.server));
+    QCOMPARE(all.sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact")), 0);
 }
 
 void TestContacts::incremental()
 {
-    SimServer sim(books(30, 4));
-    QVERIFY(sim.start());
-    ContactWorld world;
-    const QPointer<FaxServer> server = world.add(sim);
-    ContactProvider* provider = server->contactProvider();
-    QVERIFY(world.settleLogin(server));
+    SynchronisedWorld all(30, 4);
+    QVERIFY(all.isReady);
 
     const SimBookId personal{QStringLiteral("alice"), false};
-    const QString gone = sim.book(personal.owner).at(3).uid;
-    SimEntry changed = sim.book(personal.owner).at(4);
+    const QString gone = all.sim.book(personal.owner).at(3).uid;
+    SimEntry changed = all.sim.book(personal.owner).at(4);
     changed.person.name = QStringLiteral("Tom & \"Jerry\" <%_'\u20ac\U0001f600>");
-    QVERIFY(sim.deleteEntry(personal, gone));
-    QVERIFY(sim.modifyEntry(personal, changed));
-    sim.clearRequests();
-    QVERIFY(world.sync(provider, false));
-    QVERIFY(compare(world, sim, provider, "after changes"));
-    QCOMPARE(sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact_oids/")), 2);
+    QVERIFY(all.sim.deleteEntry(personal, gone));
+    QVERIFY(all.sim.modifyEntry(personal, changed));
+    all.sim.clearRequests();
+    QVERIFY(all.world.sync(all.provider, false));
+    QVERIFY(compare(all.world, all.sim, all.provider, "after changes"));
+    QCOMPARE(all.sim.requestCount(QString(), QStringLiteral("/qdws/v1/contact_oids/")), 2);
     int sinceLastTime = 0;
-    const auto requests = sim.requests(QStringLiteral("GET"), QStringLiteral("/qdws/v1/contacts/"));
+    const auto requests = all.sim.requests(QStringLiteral("GET"), QStringLiteral("/qdws/v1/contacts/"));
     for (const SimRequest& request : requests)
         sinceLastTime += request.query.startsWith("query_time=");
     QCOMPARE(sinceLastTime, 2);
@@ -152,54 +135,46 @@ void TestContacts::incremental()
 
 void TestContacts::emptiedBook()
 {
-    SimServer sim(books(5, 0));
-    QVERIFY(sim.start());
-    ContactWorld world;
-    const QPointer<FaxServer> server = world.add(sim);
-    ContactProvider* provider = server->contactProvider();
-    QVERIFY(world.settleLogin(server));
-    const auto entries = sim.book(QStringLiteral("alice"));
+    SynchronisedWorld all(5, 0);
+    QVERIFY(all.isReady);
+    const auto entries = all.sim.book(QStringLiteral("alice"));
     for (const SimEntry& entry : entries)
-        sim.deleteEntry({QStringLiteral("alice"), false}, entry.uid);
-    QVERIFY(world.sync(provider, false));
-    QVERIFY(compare(world, sim, provider, "an emptied book"));
+        all.sim.deleteEntry({QStringLiteral("alice"), false}, entry.uid);
+    QVERIFY(all.world.sync(all.provider, false));
+    QVERIFY(compare(all.world, all.sim, all.provider, "an emptied book"));
 }
 
 void TestContacts::changesThroughTheProvider()
 {
-    SimServer sim(books(3, 1));
-    QVERIFY(sim.start());
-    ContactWorld world;
-    const QPointer<FaxServer> server = world.add(sim);
-    ContactProvider* provider = server->contactProvider();
-    QVERIFY(world.settleLogin(server));
+    SynchronisedWorld all(3, 1);
+    QVERIFY(all.isReady);
 
     QuendraContact contact;
     contact.setName(QStringLiteral("New One"));
     contact.setFax(QStringLiteral("555"));
     QUrl url;
-    connect(provider, &ContactProvider::addedContact, this,
+    connect(all.provider, &ContactProvider::addedContact, this,
             [&url](const ContactUnit& unit, ContactList::Type) {
                 if (const auto* single = dynamic_cast<const QuendraContact*>(&unit))
                     url = single->url();
             });
-    provider->addContact(contact, ContactList::PersonalContacts);
+    all.provider->addContact(contact, ContactList::PersonalContacts);
     QTRY_VERIFY(!url.isEmpty());
-    QVERIFY(compare(world, sim, provider, "added"));
+    QVERIFY(compare(all.world, all.sim, all.provider, "added"));
 
     contact.setUrl(url);
     contact.setName(QStringLiteral("Newer One"));
     int modified = 0;
-    connect(provider, &ContactProvider::modifiedContact, this, [&modified] { ++modified; });
-    provider->modifyContact(contact, ContactList::PersonalContacts);
+    connect(all.provider, &ContactProvider::modifiedContact, this, [&modified] { ++modified; });
+    all.provider->modifyContact(contact, ContactList::PersonalContacts);
     QTRY_COMPARE(modified, 1);
-    QVERIFY(compare(world, sim, provider, "modified"));
+    QVERIFY(compare(all.world, all.sim, all.provider, "modified"));
 
     // what is read back from the cache can be sent to the server as it is
     const auto found =
-        world.contacts->storage()->quickSearch(QStringLiteral("newer"), 10, provider->sourceId(), 0);
+        all.world.contacts->storage()->quickSearch(QStringLiteral("newer"), 10, all.provider->sourceId(), 0);
     QCOMPARE(found.size(), 1);
-    const auto unit = world.contacts->getContactById(found.firstKey());
+    const auto unit = all.world.contacts->getContactById(found.firstKey());
     QVERIFY(unit);
     QCOMPARE(dynamic_cast<QuendraContact&>(*unit).url(), url);
 
@@ -207,60 +182,52 @@ void TestContacts::changesThroughTheProvider()
     group.setName(QStringLiteral("Team"));
     group.addContact(*unit);
     int added = 0;
-    connect(provider, &ContactProvider::addedContact, this, [&added] { ++added; });
-    provider->addContact(group, ContactList::PersonalGroups);
+    connect(all.provider, &ContactProvider::addedContact, this, [&added] { ++added; });
+    all.provider->addContact(group, ContactList::PersonalGroups);
     QTRY_COMPARE(added, 1);
-    QVERIFY(world.sync(provider, false));
-    QVERIFY(compare(world, sim, provider, "a group of it"));
+    QVERIFY(all.world.sync(all.provider, false));
+    QVERIFY(compare(all.world, all.sim, all.provider, "a group of it"));
 
     int deleted = 0;
-    connect(provider, &ContactProvider::deletedContact, this, [&deleted] { ++deleted; });
-    provider->deleteContact(*unit, ContactList::PersonalContacts);
+    connect(all.provider, &ContactProvider::deletedContact, this, [&deleted] { ++deleted; });
+    all.provider->deleteContact(*unit, ContactList::PersonalContacts);
     QTRY_COMPARE(deleted, 1);
-    QVERIFY(world.sync(provider, false));
-    QVERIFY(compare(world, sim, provider, "deleted"));
+    QVERIFY(all.world.sync(all.provider, false));
+    QVERIFY(compare(all.world, all.sim, all.provider, "deleted"));
 }
 
 void TestContacts::addedInTheMiddle()
 {
     // with groups: their members must stay members
-    SimServer sim(books(400, 5));
-    QVERIFY(sim.start());
-    ContactWorld world;
-    const QPointer<FaxServer> server = world.add(sim);
-    ContactProvider* provider = server->contactProvider();
-    QVERIFY(world.settleLogin(server));
+    SynchronisedWorld all(400, 5);
+    QVERIFY(all.isReady);
     QuendraContact contact;
     contact.setName(QStringLiteral("In the middle"));
     for (const bool full : {true, false}) {
         // the download waits while the contact is added
-        sim.addFault(QStringLiteral("delay=150,method=GET,path=/qdws/v1/contacts/alice,times=1"));
+        all.sim.addFault(QStringLiteral("delay=150,method=GET,path=/qdws/v1/contacts/alice,times=1"));
         int added = 0;
         const QObject context;
-        connect(provider, &ContactProvider::addedContact, &context, [&added] { ++added; });
-        provider->syncContacts(ContactList::PersonalContacts, full);
-        provider->addContact(contact, ContactList::PersonalContacts);
-        QVERIFY(world.settle());
+        connect(all.provider, &ContactProvider::addedContact, &context, [&added] { ++added; });
+        all.provider->syncContacts(ContactList::PersonalContacts, full);
+        all.provider->addContact(contact, ContactList::PersonalContacts);
+        QVERIFY(all.world.settle());
         QTRY_COMPARE(added, 1);
-        QVERIFY(compare(world, sim, provider, full ? "full" : "incremental"));
+        QVERIFY(compare(all.world, all.sim, all.provider, full ? "full" : "incremental"));
     }
 }
 
 void TestContacts::overlappingRuns()
 {
-    SimServer sim(books(20, 0));
-    QVERIFY(sim.start());
-    ContactWorld world;
-    const QPointer<FaxServer> server = world.add(sim);
-    ContactProvider* provider = server->contactProvider();
-    QVERIFY(world.settleLogin(server));
+    SynchronisedWorld all(20, 0);
+    QVERIFY(all.isReady);
 
     // the first run's list of identifiers drips in until the second run is over, and does not know the new
     // contact
-    sim.addFault(QStringLiteral("drip=4,path=/qdws/v1/contact_oids/alice,times=1"));
-    provider->syncContacts(ContactList::PersonalContacts, false);
-    const auto isDripping = [&world] {
-        const auto replies = world.faxes->nam().findChildren<QNetworkReply*>();
+    all.sim.addFault(QStringLiteral("drip=4,path=/qdws/v1/contact_oids/alice,times=1"));
+    all.provider->syncContacts(ContactList::PersonalContacts, false);
+    const auto isDripping = [&all] {
+        const auto replies = all.world.faxes->nam().findChildren<QNetworkReply*>();
         return std::any_of(replies.begin(), replies.end(), [](const QNetworkReply* reply) {
             return !reply->isFinished() && reply->url().path().contains(QLatin1String("contact_oids")) &&
                    reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
@@ -269,16 +236,16 @@ void TestContacts::overlappingRuns()
     QVERIFY(spinUntil(isDripping));
     SimEntry entry;
     entry.person.name = QStringLiteral("From elsewhere");
-    sim.addEntry({QStringLiteral("alice"), false}, entry);
+    all.sim.addEntry({QStringLiteral("alice"), false}, entry);
     QVERIFY(isDripping());
-    provider->syncContacts(ContactList::PersonalContacts, false);
-    QVERIFY(world.settle());
-    QVERIFY(compare(world, sim, provider, "two runs at once"));
+    all.provider->syncContacts(ContactList::PersonalContacts, false);
+    QVERIFY(all.world.settle());
+    QVERIFY(compare(all.world, all.sim, all.provider, "two runs at once"));
 }
 
 void TestContacts::askedWhileItEnds()
 {
-    SimServer sim(books(3, 0));
+    SimServer sim(SynchronisedWorld::books(3, 0));
     QVERIFY(sim.start());
     bool asked = false;
     {
@@ -322,7 +289,7 @@ void TestContacts::refusals()
     SimUser reader;
     reader.name = QStringLiteral("alice");
     reader.password = QStringLiteral("secret");
-    SimOptions options = books(2, 0);
+    SimOptions options = SynchronisedWorld::books(2, 0);
     options.users = {reader};
     SimServer sim(options);
     QVERIFY(sim.start());
@@ -352,19 +319,15 @@ void TestContacts::refusals()
 
 void TestContacts::pages()
 {
-    SimServer sim(books(25, 2));
-    QVERIFY(sim.start());
-    ContactWorld world;
-    const QPointer<FaxServer> server = world.add(sim);
-    ContactProvider* provider = server->contactProvider();
-    QVERIFY(world.settleLogin(server));
+    SynchronisedWorld all(25, 2);
+    QVERIFY(all.isReady);
     QList<int> sizes;
-    connect(provider, &ContactProvider::gotContacts, this, [&sizes](const ContactList& list) {
+    connect(all.provider, &ContactProvider::gotContacts, this, [&sizes](const ContactList& list) {
         sizes << list.contacts().size();
         QCOMPARE(list.contactsType(), ContactList::GlobalContacts);
     });
     for (const unsigned int offset : {0U, 10U, 20U, 30U})
-        provider->getContacts(ContactList::GlobalContacts, QStringLiteral("unused"), offset, 10);
+        all.provider->getContacts(ContactList::GlobalContacts, QStringLiteral("unused"), offset, 10);
     QCOMPARE(sizes, QList<int>({10, 10, 5, 0}));
 }
 
@@ -394,7 +357,7 @@ void TestContacts::manager()
     QVERIFY(!contacts.isOutlookSync());
 
     // one that goes in the middle of two synchronisations closes both
-    SimServer sim(books(5, 0));
+    SimServer sim(SynchronisedWorld::books(5, 0));
     QVERIFY(sim.start());
     const QPointer<FaxServer> server = world.add(sim);
     QVERIFY(world.settleLogin(server));
@@ -417,7 +380,7 @@ void TestContacts::modelBased()
     const quint32 seed = 20261122;
     constexpr int rounds = 250;
     QRandomGenerator random(seed);
-    SimOptions options = books(40, 6);
+    SimOptions options = SynchronisedWorld::books(40, 6);
     options.seed = seed;
     SimServer sim(options);
     QVERIFY(sim.start());
@@ -506,7 +469,7 @@ void TestContacts::modelBased()
 void TestContacts::endsAtAnyMoment()
 {
     QRandomGenerator random(7);
-    SimServer sim(books(150, 3));
+    SimServer sim(SynchronisedWorld::books(150, 3));
     QVERIFY(sim.start());
     for (int time = 0; time < 100; ++time) {
         QSharedPointer<SyncCounts> counts;

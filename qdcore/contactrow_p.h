@@ -1,0 +1,44 @@
+#pragma once
+
+// A stored contact as one value. Internal: not installed.
+
+#include "contactlocalstorage.h"
+
+#include <QString>
+
+#include <optional>
+
+/// What ContactLocalStorage::getContactInfo() gives, and how the providers build a unit of it.
+struct ContactRow
+{
+    quint32 source{0};
+    quint32 timestamp{0};
+    ContactLocalStorage::ContactType type{};
+    ContactLocalStorage::ContactLocation location{};
+    QString uid;
+    QString name;
+    QString description;
+    QString phone;
+    QString fax;
+    QString email;
+    QString organization;
+
+    /// The row of an id. Nothing when there is none, or no store.
+    static std::optional<ContactRow> read(ContactLocalStorage* storage, quint32 id)
+    {
+        ContactRow row;
+        if (storage &&
+            storage->getContactInfo(id, row.source, row.type, row.location, row.uid, row.timestamp, row.name,
+                                    row.description, row.phone, row.fax, row.email, row.organization)) {
+            return row;
+        }
+        return std::nullopt;
+    }
+
+    QSharedPointer<ContactUnit> build(ContactLocalStorage::ContactFactory factory, const ContactList& members,
+                                      void* userData) const
+    {
+        return factory(type, location, uid, name, description, phone, fax, email, organization, members,
+                       userData);
+    }
+};
