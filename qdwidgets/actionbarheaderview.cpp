@@ -107,10 +107,13 @@ void ActionBarHeaderView::checkWidth()
     const int needed = neededWidth();
     if (needed <= 0 || isSectionHidden(m_actionColumn) || sectionSize(m_actionColumn) >= needed)
         return;
-    // stretching would take the room away again at once, and so on for ever
-    suspendStretching();
-    if (sectionSize(m_actionColumn) < needed)
-        resizeSection(m_actionColumn, needed);
+    // Stretching by mode would take the room away again at once, and so on for ever. Where only the last
+    // section is stretched, it keeps the size that it is given as its least.
+    if (sectionResizeMode(m_actionColumn) == Stretch) {
+        m_stretchSuspended = true;
+        setSectionResizeMode(m_actionColumn, Fixed);
+    }
+    resizeSection(m_actionColumn, needed);
 }
 
 void ActionBarHeaderView::resizeEvent(QResizeEvent* event)
@@ -119,24 +122,9 @@ void ActionBarHeaderView::resizeEvent(QResizeEvent* event)
     QHeaderView::resizeEvent(event);
 }
 
-void ActionBarHeaderView::suspendStretching()
-{
-    if (stretchLastSection() && visualIndex(m_actionColumn) == count() - 1) {
-        m_lastSectionWasStretched = true;
-        setStretchLastSection(false);
-    }
-    if (sectionResizeMode(m_actionColumn) == Stretch) {
-        m_sectionWasStretched = true;
-        setSectionResizeMode(m_actionColumn, Fixed);
-    }
-}
-
 void ActionBarHeaderView::resumeStretching()
 {
-    if (m_sectionWasStretched && m_actionColumn < count())
+    if (m_stretchSuspended && m_actionColumn < count())
         setSectionResizeMode(m_actionColumn, Stretch);
-    m_sectionWasStretched = false;
-    if (m_lastSectionWasStretched)
-        setStretchLastSection(true);
-    m_lastSectionWasStretched = false;
+    m_stretchSuspended = false;
 }

@@ -40,7 +40,6 @@ private Q_SLOTS:
 private:
     bool isOnTitleOfActions(const QPoint& position) const;
     int neededWidth() const;
-    void suspendStretching();
     void resumeStretching();
 
     int m_actionColumn{-1};
@@ -49,8 +48,5 @@ private:
     bool m_pressSwallowed{false};
     int m_sortSection{-1}; ///< Where the indicator stands when it is not at the actions.
     Qt::SortOrder m_sortOrder{Qt::AscendingOrder};
-
-    // What stretched the action column before it became too narrow for its actions.
-    bool m_lastSectionWasStretched{false};
-    bool m_sectionWasStretched{false};
+    bool m_stretchSuspended{false}; ///< The action column stretches, but not in so little room.
 };
