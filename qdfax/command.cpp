@@ -144,7 +144,8 @@ int runCommand(const QStringList& arguments)
 const QVector<Command>& commands()
 {
     static const QVector<Command> all = serverCommands() + profileCommands() + sendCommands() +
-                                        logCommands() + downloadCommands() + helpCommands();
+                                        logCommands() + downloadCommands() + outlookCommands() +
+                                        helpCommands();
     return all;
 }
 

@@ -42,6 +42,7 @@ QVector<Command> profileCommands();
 QVector<Command> sendCommands();
 QVector<Command> logCommands();
 QVector<Command> downloadCommands();
+QVector<Command> outlookCommands();
 QVector<Command> helpCommands();
 
 /// The options that every command takes.

@@ -24,6 +24,7 @@ namespace {
 
 const auto rootTag = QStringLiteral("settings");
 const auto serverTag = QStringLiteral("server");
+const auto outlookTag = QStringLiteral("outlook");
 const auto defaultAttribute = QStringLiteral("default");
 const auto versionAttribute = QStringLiteral("version");
 
@@ -336,6 +337,20 @@ void SettingsFile::setDefault(const QString& uid)
         else
             element.removeAttribute(defaultAttribute);
     }
+}
+
+QString SettingsFile::outlookFolder() const
+{
+    return m_document.documentElement().firstChildElement(outlookTag).text();
+}
+
+void SettingsFile::setOutlookFolder(const QString& key)
+{
+    QDomElement element = m_document.createElement(outlookTag);
+    element.appendChild(m_document.createTextNode(key));
+    QDomElement root = m_document.documentElement();
+    root.removeChild(root.firstChildElement(outlookTag));
+    root.appendChild(element);
 }
 
 QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QString* movedTo)

@@ -68,6 +68,9 @@ public:
     /// Empty: the default. -1: none.
     int find(const QString& name) const;
 
+    /// The key of the Outlook folder whose contacts are copied; empty when none was chosen.
+    QString outlookFolder() const;
+
     /// Hands one entry to the manager, which starts its login. The new server, null when the entry is
     /// unusable.
     FaxServer* open(const StoredServer& server, FaxManager& manager) const;
@@ -79,6 +82,7 @@ public:
     void put(const FaxServer& server, bool makeDefault);
     void remove(const QString& uid);
     void setDefault(const QString& uid);
+    void setOutlookFolder(const QString& key);
 
     /// Loads what the file holds now, lets @p change change it, and saves it; other programs doing the same
     /// wait. Empty when all went well, else what is wrong. @p movedTo is set when a damaged file was moved

@@ -1,0 +1,207 @@
+#include "command.h"
+
+#include "contactlocalstorage.h"
+#include "contactmanager.h"
+#include "contactprovider.h"
+#include "contactsoptionsoutlook.h"
+#include "settingsfile.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace {
+
+const auto chooseHint = QStringLiteral("\"qdfax outlook folders\" shows what there is.");
+
+/// What the commands have in common: there is an Outlook, and the settings can be read.
+int begin(const Invocation& call, SettingsFile& settings)
+{
+    if (!OutlookAccess().createApplication()) {
+        return call.fail(ExitStatus::NotSupported,
+                         QStringLiteral("Outlook is not available: it has to be installed on this computer, "
+                                        "and that takes Windows."));
+    }
+    settings.load();
+    if (!settings.problem().isEmpty())
+        return call.fail(ExitStatus::Settings, settings.problem());
+    return ExitStatus::Ok;
+}
+
+/// The folders below a parent, as they are shown to people or, nested, as JSON.
+QJsonArray walk(const ContactsOptionsOutlook& model, const QModelIndex& parent, int depth, Table& table)
+{
+    QJsonArray folders;
+    const int rows = model.rowCount(parent);
+    for (int row = 0; row < rows; ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        if (!index.isValid())
+            continue; // no contacts in it or below it
+        const QString key = model.entryIDByIndex(index);
+        const QString name = model.data(index).toString();
+        const bool isContacts = model.entryIDIsContact(key);
+        const bool isChosen = isContacts && key == model.selectedEntryID();
+        table.addRow({isChosen ? QStringLiteral("*") : QString(), QString(2 * depth, QLatin1Char(' ')) + name,
+                      isContacts ? QStringLiteral("yes") : QString(), isContacts ? key : QString()});
+        folders.append(QJsonObject{{QStringLiteral("name"), name},
+                                   {QStringLiteral("key"), key},
+                                   {QStringLiteral("contacts"), isContacts},
+                                   {QStringLiteral("chosen"), isChosen},
+                                   {QStringLiteral("folders"), walk(model, index, depth + 1, table)}});
+    }
+    return folders;
+}
+
+int outlookFolders(Invocation& call)
+{
+    SettingsFile settings;
+    const int status = begin(call, settings);
+    if (status != ExitStatus::Ok)
+        return status;
+    ContactsOptionsOutlook model;
+    model.setSelectedEntryID(settings.outlookFolder());
+
+    Table table({{QString(), Table::Left, 0, 0},
+                 {QStringLiteral("Folder"), Table::Left, 0, 0},
+                 {QStringLiteral("Contacts"), Table::Left, 0, 1},
+                 {QStringLiteral("Key"), Table::Left, 0, 0}});
+    // rows go into the table in the order of the walk, a folder before what is below it
+    const QJsonArray folders = walk(model, QModelIndex(), 0, table);
+    if (call.isJson())
+        call.json(folders);
+    else if (table.rowCount() == 0)
+        call.line(QStringLiteral("Outlook has no contact folder."));
+    else
+        call.table(table);
+    return ExitStatus::Ok;
+}
+
+/// Takes the contacts of every Outlook folder but one out of the cache.
+void forgetOtherFolders(ContactLocalStorage& storage, const QString& key)
+{
+    const QList<quint32> sources = storage.getSourceList(ContactLocalStorage::SourceOutlook);
+    for (const quint32 source : sources) {
+        QString name;
+        ContactLocalStorage::SourceType type;
+        if (storage.getSourceInfo(source, name, type) && name != key)
+            storage.deleteSource(source);
+    }
+}
+
+int outlookChoose(Invocation& call)
+{
+    if (call.isSet("default") == !call.arguments().isEmpty())
+        return call.failUsage(
+            QStringLiteral("Name a folder by its key, or take the default with --default."));
+    SettingsFile settings;
+    const int status = begin(call, settings);
+    if (status != ExitStatus::Ok)
+        return status;
+
+    const ContactsOptionsOutlook model;
+    const QString key = call.isSet("default") ? model.defaultEntryID() : call.arguments().first();
+    if (!model.entryIDIsContact(key)) {
+        return call.fail(ExitStatus::NotFound,
+                         (call.isSet("default")
+                              ? QStringLiteral("Outlook has no default contact folder. ")
+                              : QStringLiteral("\"%1\" is not the key of a contact folder. ").arg(key)) +
+                             chooseHint);
+    }
+    const QString trouble = settings.edit(
+        [&key](SettingsFile& file) {
+            file.setOutlookFolder(key);
+            return true;
+        },
+        nullptr);
+    if (!trouble.isEmpty())
+        return call.fail(ExitStatus::Settings, trouble);
+    ContactLocalStorage storage;
+    forgetOtherFolders(storage, key);
+    if (call.isJson())
+        call.json(QJsonObject{{QStringLiteral("key"), key}});
+    else
+        call.line(QStringLiteral("Chosen. \"qdfax outlook sync\" copies the contacts."));
+    return ExitStatus::Ok;
+}
+
+int outlookSync(Invocation& call)
+{
+    SettingsFile settings;
+    const int status = begin(call, settings);
+    if (status != ExitStatus::Ok)
+        return status;
+    const QString key = settings.outlookFolder();
+    if (key.isEmpty()) {
+        return call.fail(
+            ExitStatus::Settings,
+            QStringLiteral("No Outlook folder is chosen. Choose one with \"qdfax outlook choose\"."));
+    }
+    if (!ContactsOptionsOutlook().entryIDIsContact(key)) {
+        return call.fail(
+            ExitStatus::NotFound,
+            QStringLiteral("The chosen Outlook folder is gone, or holds no contacts any more. ") +
+                chooseHint);
+    }
+
+    ContactManager manager;
+    manager.setOutlookEntryID(key, false);
+    manager.initOutlook(false);
+    const unsigned int source = manager.outlookSourceId();
+    if (source == 0)
+        return call.fail(ExitStatus::File,
+                         QStringLiteral("The contacts could not be stored. Check permissions "
+                                        "and free space."));
+    QEventLoop loop;
+    QObject::connect(&manager, &ContactManager::onSyncStop, &loop, &QEventLoop::quit);
+    manager.providers().first()->syncContacts(ContactList::OutlookContacts, true);
+    if (manager.isSync())
+        loop.exec();
+    const int count = manager.storage()
+                          ->getContactList(source, ContactLocalStorage::TypeContact,
+                                           ContactLocalStorage::LocationPersonal, 0, 0, 0)
+                          .size();
+    if (call.isJson())
+        call.json(QJsonObject{{QStringLiteral("key"), key}, {QStringLiteral("contacts"), count}});
+    else
+        call.line(count == 1 ? QStringLiteral("1 contact copied.")
+                             : QStringLiteral("%1 contacts copied.").arg(count));
+    return ExitStatus::Ok;
+}
+
+} // namespace
+
+QVector<Command> outlookCommands()
+{
+    Command folders;
+    folders.name = QStringLiteral("outlook folders");
+    folders.summary = QStringLiteral("Show Outlook's contact folders");
+    folders.description =
+        QStringLiteral("Folders that neither are contact folders nor hold one are left out. The\n"
+                       "chosen folder has a star.");
+    folders.examples =
+        QStringList{QStringLiteral("qdfax outlook folders"),
+                    QStringLiteral("qdfax outlook folders --json | jq -r '.. | .key? // empty'")};
+    folders.run = outlookFolders;
+
+    Command choose;
+    choose.name = QStringLiteral("outlook choose");
+    choose.arguments = QStringLiteral("KEY|--default");
+    choose.summary = QStringLiteral("Choose the Outlook folder whose contacts are copied");
+    choose.description = QStringLiteral("The contacts of the folder chosen before leave the cache.");
+    choose.examples = QStringList{QStringLiteral("qdfax outlook choose --default")};
+    choose.options = {{QStringLiteral("default"), QStringLiteral("Outlook's own contact folder.")}};
+    choose.mostArguments = 1;
+    choose.run = outlookChoose;
+
+    Command sync;
+    sync.name = QStringLiteral("outlook sync");
+    sync.summary = QStringLiteral("Copy the contacts of the chosen Outlook folder into the cache");
+    sync.description =
+        QStringLiteral("What was copied before is replaced. Takes as long as Outlook takes: --timeout\n"
+                       "does not count here.");
+    sync.examples = QStringList{QStringLiteral("qdfax outlook sync")};
+    sync.run = outlookSync;
+
+    return {folders, choose, sync};
+}
