@@ -1,0 +1,139 @@
+// The file that speaks to Outlook by COM automation, over objects that stand in for Outlook's.
+
+#include "activeqtoutlook_p.h"
+
+#include <QAxObject>
+#include <QTest>
+
+#include <objbase.h>
+
+namespace {
+
+QString s(const char* text)
+{
+    return QString::fromLatin1(text);
+}
+
+} // namespace
+
+class TestActiveQt : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        AxScript::inst() = AxScript();
+        ComCalls::inst() = ComCalls();
+        OutlookPort::setCurrent(QSharedPointer<ActiveQtOutlook>::create());
+    }
+    void cleanup()
+    {
+        OutlookPort::setCurrent(QSharedPointer<OutlookPort>());
+        QCOMPARE(AxScript::inst().alive, 0);
+    }
+
+    void everyMember();
+    void oddValues();
+    void nothingThere();
+};
+
+void TestActiveQt::everyMember()
+{
+    AxScript& script = AxScript::inst();
+    const QString folder = s("Session.GetFolderFromID(E1,S:1)");
+    const QString item = folder + s(".Items.Item(3)");
+    const QDateTime modified(QDate(2026, 3, 4), QTime(5, 6, 7));
+    script.objects = QStringList{
+        s("Session"), s("Session.Folders"),   s("Session.Folders.Item(2)"), s("Session.GetDefaultFolder(10)"),
+        folder,       folder + s(".Folders"), folder + s(".Items"),         item};
+    script.values = {{s("Session.Folders.Count"), 2},
+                     {s("Session.Folders.Item(2).Name"), s("Archive")},
+                     {s("Session.GetDefaultFolder(10).EntryID"), s("E10")},
+                     {s("Session.GetDefaultFolder(10).StoreID"), s("S10")},
+                     {folder + s(".DefaultItemType"), 2},
+                     {folder + s(".Folders.Count"), 0},
+                     {folder + s(".Items.Count"), 3},
+                     {item + s(".Class"), 40},
+                     {item + s(".EntryID"), s("I3")},
+                     {item + s(".FullName"), s("Mary Poe")},
+                     {item + s(".BusinessTelephoneNumber"), s("111")},
+                     {item + s(".BusinessFaxNumber"), s("222")},
+                     {item + s(".CompanyName"), s("Poe & Sons")},
+                     {item + s(".LastModificationTime"), modified}};
+    {
+        const OutlookAccess access;
+        QCOMPARE(ComCalls::inst().initialized, 1);
+        const auto session = access.createApplication()->session();
+        session->logon();
+        QCOMPARE(session->folders()->count(), 2);
+        // the objects on the way are released before the last one is used
+        QCOMPARE(session->folders()->item(2)->name(), s("Archive"));
+        QCOMPARE(session->defaultFolder(OutlookSession::contactsFolder)->entryID(), s("E10"));
+        QCOMPARE(session->defaultFolder(OutlookSession::contactsFolder)->storeID(), s("S10"));
+        const auto contacts = session->folderFromID(s("E1"), s("S:1"));
+        QCOMPARE(contacts->defaultItemType(), int(OutlookFolder::contactItems));
+        QCOMPARE(contacts->folders()->count(), 0);
+        QCOMPARE(contacts->items()->count(), 3);
+        const auto contact = contacts->items()->item(3);
+        QCOMPARE(contact->itemClass(), int(OutlookItem::contactClass));
+        QCOMPARE(contact->entryID(), s("I3"));
+        QCOMPARE(contact->fullName(), s("Mary Poe"));
+        QCOMPARE(contact->businessTelephoneNumber(), s("111"));
+        QCOMPARE(contact->businessFaxNumber(), s("222"));
+        QCOMPARE(contact->companyName(), s("Poe & Sons"));
+        QCOMPARE(contact->lastModificationTime(), modified);
+        QCOMPARE(contact->lastModificationTime().timeSpec(), Qt::LocalTime);
+        session->logoff();
+        QCOMPARE(ComCalls::inst().uninitialized, 0);
+    }
+    QCOMPARE(ComCalls::inst().uninitialized, 1);
+    QCOMPARE(script.calls.first(), s("{0006f03a-0000-0000-c000-000000000046}"));
+    for (const char* call : {"Logon()", "Logoff()", "Item(int)", "GetDefaultFolder(int)"})
+        QVERIFY2(script.calls.contains(s(call)), call);
+}
+
+// Nothing that Outlook returns is taken for what it is not.
+void TestActiveQt::oddValues()
+{
+    AxScript& script = AxScript::inst();
+    const QString item = s("Session.GetDefaultFolder(10).Items.Item(1)");
+    script.objects = QStringList{s("Session"), s("Session.GetDefaultFolder(10)"),
+                                 s("Session.GetDefaultFolder(10).Items"), item};
+    script.values = {{item + s(".Class"), s("40")},
+                     {item + s(".FullName"), 7},
+                     {item + s(".LastModificationTime"), s("2026-03-04T05:06:07")}};
+    const OutlookAccess access;
+    const auto folder = access.createApplication()->session()->defaultFolder(OutlookSession::contactsFolder);
+    QCOMPARE(folder->defaultItemType(), -1);
+    QVERIFY(!folder->folders());
+    QCOMPARE(folder->items()->count(), -1);
+    QVERIFY(!folder->items()->item(2));
+    const auto odd = folder->items()->item(1);
+    QCOMPARE(odd->itemClass(), -1);
+    QVERIFY(odd->fullName().isNull());
+    QVERIFY(odd->entryID().isNull());
+    QVERIFY(!odd->lastModificationTime().isValid());
+}
+
+void TestActiveQt::nothingThere()
+{
+    {
+        const OutlookAccess access;
+        QVERIFY(!access.createApplication()->session());
+        AxScript::inst().hasServer = false;
+        QVERIFY(!access.createApplication());
+    }
+    QCOMPARE(ComCalls::inst().uninitialized, 1);
+
+    // a thread that COM refuses is not undone
+    ComCalls::inst() = ComCalls();
+    ComCalls::inst().answer = -1;
+    {
+        const OutlookAccess access;
+    }
+    QCOMPARE(ComCalls::inst().initialized, 1);
+    QCOMPARE(ComCalls::inst().uninitialized, 0);
+}
+
+QTEST_GUILESS_MAIN(TestActiveQt)
+#include "tst_activeqt.moc"
