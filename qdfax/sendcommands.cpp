@@ -1,19 +1,16 @@
 #include "command.h"
 
 #include "displaytext.h"
-#include "faxdocument.h"
 #include "faxentry.h"
 #include "faxfile.h"
 #include "faxfollower.h"
-#include "faxoptions.h"
+#include "faxorder.h"
 #include "faxserver.h"
 #include "parsing.h"
 #include "recordjson.h"
 #include "session.h"
 #include "tasks/taskabort.h"
-#include "tasks/taskgetcoverpages.h"
 #include "tasks/taskreschedule.h"
-#include "tasks/taskschedule.h"
 #include "terminal.h"
 
 #include <QElapsedTimer>
@@ -28,11 +25,7 @@ const int defaultInterval = 2;
 /// What the command line says about a fax, checked as far as it can be without the server.
 struct FaxRequest
 {
-    ContactList recipients;
-    QStringList files;
-    QList<Attach> attachments;
-    ScheduleChoices schedule;
-    QDateTime at;                  ///< Null: now.
+    FaxOrder order;
     int interval{defaultInterval}; ///< Seconds between two looks, when waiting for the end.
 };
 
@@ -45,7 +38,7 @@ int readRequest(const Invocation& call, FaxRequest& request)
         const auto recipient = parseRecipient(text, &error);
         if (!recipient)
             return call.failOption("to", error);
-        request.recipients.addContact(*recipient);
+        request.order.recipients.addContact(*recipient);
     }
     if (call.isSet("cover") && call.isSet("no-cover"))
         return call.failUsage(QStringLiteral("--cover and --no-cover exclude each other."));
@@ -53,15 +46,15 @@ int readRequest(const Invocation& call, FaxRequest& request)
         if (!checkText(call.value(option), qstrcmp(option, "comments") == 0, &error))
             return call.failOption(option, error);
     }
-    request.files = call.arguments();
-    if (request.files.isEmpty() && !call.isSet("cover"))
+    request.order.files = call.arguments();
+    if (request.order.files.isEmpty() && !call.isSet("cover"))
         return call.failUsage(
             QStringLiteral("There is nothing to send: name a file, or a cover page by --cover."));
     if (call.isSet("at")) {
         const auto at = parseFutureTime(call.value("at"), QDateTime::currentDateTime(), &error);
         if (!at)
             return call.failOption("at", error);
-        request.at = *at;
+        request.order.at = *at;
     }
     if (call.isSet("interval")) {
         const auto interval = parseInteger(call.value("interval"), 1, 3600, &error);
@@ -72,46 +65,11 @@ int readRequest(const Invocation& call, FaxRequest& request)
     const auto schedule = ScheduleChoices::read(call);
     if (!schedule)
         return ExitStatus::Usage;
-    request.schedule = *schedule;
-    const auto attachments = attachFiles(request.files, &error);
+    request.order.schedule = *schedule;
+    const auto attachments = attachFiles(request.order.files, &error);
     if (!attachments)
         return call.fail(ExitStatus::File, error);
-    request.attachments = *attachments;
-    return ExitStatus::Ok;
-}
-
-/// The cover page that was asked for, or else the user's usual one.
-int chooseCoverPage(const Invocation& call, Session& session, CoverPage& cover)
-{
-    const FaxUser user = session.server().user();
-    const bool isAsked = call.isSet("cover");
-    const bool isUsual =
-        !isAsked && !call.isSet("no-cover") && user.isUsedCoverPage() && !user.defaultCoverpage().isEmpty();
-    const QString name = isAsked ? call.value("cover") : user.defaultCoverpage();
-    if (isAsked || isUsual) {
-        QVector<CoverPage> offered;
-        if (!session.run(
-                session.task<TaskGetCoverPages>(Task::GetCoverPages), &TaskGetCoverPages::doneGetCoverPages,
-                [&offered](const CoverPageListPtr& pages) { offered = *pages; },
-                QStringLiteral("Reading the cover pages")))
-            return session.status();
-        const auto found = std::find_if(offered.cbegin(), offered.cend(), [&name](const CoverPage& page) {
-            return page.enabled() && page.name().compare(name, Qt::CaseInsensitive) == 0;
-        });
-        if (found == offered.cend()) {
-            return call.fail(
-                ExitStatus::NotFound,
-                QStringLiteral("The server has no cover page \"%1\". \"qdfax covers\" lists them%2.")
-                    .arg(name, isUsual ? QStringLiteral("; --no-cover sends without one") : QString()));
-        }
-        cover = *found;
-        cover.setSubject(QString());
-        cover.setComments(QString());
-    } else if (call.isSet("comments")) {
-        return call.failUsage(QStringLiteral("--comments stand on the cover page: choose one by --cover."));
-    }
-    cover.setSubject(call.value("subject"));
-    cover.setComments(call.value("comments"));
+    request.order.attachments = *attachments;
     return ExitStatus::Ok;
 }
 
@@ -121,13 +79,14 @@ class UploadProgress : public QObject
 public:
     explicit UploadProgress(const ReplyWatch& watch)
     {
-        m_clock.start();
         connect(&watch, &ReplyWatch::uploading, this, &UploadProgress::show);
     }
 
 private:
     void show(qint64 sent, qint64 total)
     {
+        if (!m_clock.isValid())
+            m_clock.start();
         const qint64 now = m_clock.elapsed();
         if (now < 500 || (sent < total && now - m_shown < 100)) // ms: short ones show nothing
             return;
@@ -174,53 +133,15 @@ int send(Invocation& call)
     Session session(call);
     if (!session.open())
         return session.status();
-    const QString problem = request.schedule.problem(session.server());
-    if (!problem.isEmpty())
-        return call.fail(ExitStatus::NotSupported, problem);
-    CoverPage cover;
-    status = chooseCoverPage(call, session, cover);
-    if (status != ExitStatus::Ok)
-        return status;
-
-    FaxScheduleOptions options(session.server().user().faxScheduleOptions());
-    options.setSupportReceiptOptions(session.server().isPrintReceiptSupported());
-    options.setSupportFaxPageSizeOptions(session.server().isFaxPageSizeSupported());
-    request.schedule.applyTo(options);
-    options.setDateToSend(request.at);
-
-    // logging in took its time
-    QString error;
-    if (!attachFiles(request.files, &error))
-        return call.fail(ExitStatus::File, error);
-    FaxDocument document;
-    document.setRecipients(request.recipients);
-    document.setAttachs(request.attachments);
-    document.setCoverPage(cover);
-    document.setFaxSchedule(options);
-
     BaseFaxEntry::FaxEntriesPtrListPtr entries;
     {
         const UploadProgress progress(session.replies());
-        auto* task = session.task<TaskSchedule>(Task::Schedule);
-        task->setFaxDocument(document);
-        Terminal::setLastWords(
-            QStringLiteral("qdfax: Interrupted. Whether the server took the fax is not known; "
-                           "\"qdfax queue\" shows it."));
-        if (!session.run(
-                task, &TaskSchedule::doneFaxSchedule,
-                [&entries](const BaseFaxEntry::FaxEntriesPtrListPtr& received) { entries = received; },
-                QStringLiteral("Sending the fax"))) {
-            const ReplyWatch::Outcome& last = session.replies().last();
-            const bool neverWent = last.error == QNetworkReply::NoError ||
-                                   last.error == QNetworkReply::ConnectionRefusedError ||
-                                   last.error == QNetworkReply::HostNotFoundError ||
-                                   last.error == QNetworkReply::SslHandshakeFailedError;
-            if (session.status() == ExitStatus::TimeOut || (last.httpStatus == 0 && !neverWent))
-                call.note(QStringLiteral(
-                    "Whether the server took the fax is not known; \"qdfax queue\" shows it."));
+        QString doubt;
+        entries = submitFax(session, request.order, &doubt);
+        if (!doubt.isEmpty())
+            call.note(doubt);
+        if (!entries)
             return session.status();
-        }
-        Terminal::setLastWords(QString());
     }
     if (!call.isSet("wait")) {
         printEntries(call, *entries);

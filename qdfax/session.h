@@ -87,6 +87,9 @@ public:
     void setQuiet(bool quiet) { m_quiet = quiet; }
     const QString& error() const { return m_error; }
 
+    /// Lets the session fail for a reason of the caller's.
+    void fail(int status, const QString& sentence);
+
     /// Lets time pass without leaving the event loop.
     void pause(int ms);
 
@@ -124,7 +127,6 @@ private:
     /// Runs the event loop until somebody quits it. False, with the sentence said, when the time is up.
     bool wait(const QString& doing);
     QString reason(Task::Status status) const;
-    void fail(int status, const QString& sentence);
 
     const Invocation& m_invocation;
     SettingsFile m_settings;
