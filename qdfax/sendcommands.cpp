@@ -66,10 +66,15 @@ int readRequest(const Invocation& call, FaxRequest& request)
     if (!schedule)
         return ExitStatus::Usage;
     request.order.schedule = *schedule;
-    const auto attachments = attachFiles(request.order.files, &error);
-    if (!attachments)
+    if (!attachFiles(request.order.files,
+                     &error)) // they are read again after the login, which takes its time
         return call.fail(ExitStatus::File, error);
-    request.order.attachments = *attachments;
+    if (call.isSet("cover"))
+        request.order.cover = call.value("cover");
+    else if (call.isSet("no-cover"))
+        request.order.cover = QString();
+    request.order.subject = call.value("subject");
+    request.order.comments = call.value("comments");
     return ExitStatus::Ok;
 }
 
