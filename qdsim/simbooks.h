@@ -1,5 +1,4 @@
-#ifndef SIMBOOKS_H
-#define SIMBOOKS_H
+#pragma once
 
 #include "simpeople.h"
 #include "simtypes.h"
@@ -110,5 +109,3 @@ private:
     quint32 m_lastChange = 0;
     quint64 m_revision = 0;
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMCLOCK_H
-#define SIMCLOCK_H
+#pragma once
 
 #include <QtCore/QDateTime>
 #include <QtCore/QString>
@@ -51,5 +50,3 @@ private:
     std::atomic<qint64> m_base;
     std::atomic<qint64> m_stepped{0};
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMDISCOVERY_H
-#define SIMDISCOVERY_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -33,5 +32,3 @@ private:
     std::atomic<int> m_queries{0};
     std::thread m_thread;
 };
-
-#endif

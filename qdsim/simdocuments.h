@@ -1,5 +1,4 @@
-#ifndef SIMDOCUMENTS_H
-#define SIMDOCUMENTS_H
+#pragma once
 
 #include "simfaxes.h"
 #include "simtypes.h"
@@ -45,5 +44,3 @@ void writeQueueEntry(SimXmlWriter& xml, const SimFeatures& features, const SimFa
 void writeOutboundEntry(SimXmlWriter& xml, const SimFax& fax, const QByteArray& root);
 
 } // namespace SimDocuments
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMFAULTS_H
-#define SIMFAULTS_H
+#pragma once
 
 #include "simtypes.h"
 
@@ -71,5 +70,3 @@ private:
     std::mutex m_mutex;
     QVector<SimFault> m_faults;
 };
-
-#endif

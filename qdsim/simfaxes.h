@@ -1,5 +1,4 @@
-#ifndef SIMFAXES_H
-#define SIMFAXES_H
+#pragma once
 
 #include "simtypes.h"
 
@@ -79,5 +78,3 @@ private:
     quint64 m_nextId = 1;
     quint64 m_revision = 0;
 };
-
-#endif

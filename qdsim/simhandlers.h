@@ -1,5 +1,4 @@
-#ifndef SIMHANDLERS_H
-#define SIMHANDLERS_H
+#pragma once
 
 #include "simstate.h"
 #include "simtypes.h"
@@ -55,5 +54,3 @@ SimReply deleteContact(SimCall& call);
 SimReply deleteGroup(SimCall& call);
 
 } // namespace SimHandlers
-
-#endif

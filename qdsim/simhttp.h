@@ -1,5 +1,4 @@
-#ifndef SIMHTTP_H
-#define SIMHTTP_H
+#pragma once
 
 #include "simtypes.h"
 
@@ -46,5 +45,3 @@ private:
     class Connection;
     std::unique_ptr<Listener> m_listener;
 };
-
-#endif

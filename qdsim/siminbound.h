@@ -1,5 +1,4 @@
-#ifndef SIMINBOUND_H
-#define SIMINBOUND_H
+#pragma once
 
 #include "simtypes.h"
 
@@ -41,5 +40,3 @@ public:
 private:
     QVector<SimInbound> m_entries; // the entry with the id n stands at n - 1
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMMEDIA_H
-#define SIMMEDIA_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -24,5 +23,3 @@ QByteArray tiff(quint64 number, int pages);
 QByteArray hugeTiff(qint64 size, qint64 offset, qint64 length);
 
 } // namespace SimMedia
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMPEOPLE_H
-#define SIMPEOPLE_H
+#pragma once
 
 #include "simtypes.h"
 
@@ -22,5 +21,3 @@ public:
 private:
     std::mt19937 m_random; // its output is fixed by the language; the library's distributions are not
 };
-
-#endif

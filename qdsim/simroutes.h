@@ -1,5 +1,4 @@
-#ifndef SIMROUTES_H
-#define SIMROUTES_H
+#pragma once
 
 #include "simhandlers.h"
 
@@ -33,5 +32,3 @@ const QVector<SimRoute>& all();
 SimReply answer(SimState& state, SimRequest& request);
 
 } // namespace SimRoutes
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMSERVER_H
-#define SIMSERVER_H
+#pragma once
 
 #include "simbooks.h"
 #include "simfaults.h"
@@ -107,5 +106,3 @@ private:
     class Private;
     const std::unique_ptr<Private> d;
 };
-
-#endif

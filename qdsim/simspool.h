@@ -1,5 +1,4 @@
-#ifndef SIMSPOOL_H
-#define SIMSPOOL_H
+#pragma once
 
 #include "simtypes.h"
 
@@ -15,5 +14,3 @@ QString safeName(const QString& name);
 bool store(const QString& folder, quint64 job, QVector<SimAttachment>* attachments, QString* error);
 
 } // namespace SimSpool
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMSTATE_H
-#define SIMSTATE_H
+#pragma once
 
 #include "simbooks.h"
 #include "simclock.h"
@@ -71,5 +70,3 @@ private:
     quint64 m_savedRevision = 0;
     bool m_changed = false;
 };
-
-#endif

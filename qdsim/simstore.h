@@ -1,5 +1,4 @@
-#ifndef SIMSTORE_H
-#define SIMSTORE_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -21,5 +20,3 @@ bool load(const QString& folder, SimState* state, QString* error);
 bool save(const QString& folder, const QByteArray& bytes, QString* error);
 
 } // namespace SimStore
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMTLS_H
-#define SIMTLS_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -31,5 +30,3 @@ private:
     SSL_CTX* m_context = nullptr;
     QByteArray m_certificate;
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMTYPES_H
-#define SIMTYPES_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QPair>
@@ -171,5 +170,3 @@ struct SimOptions
     QString discoveryAnnounce;    ///< what replies say as "inet_addr"; empty: SimServer::address()
     quint16 discoveryPort = 7070; ///< 0: any free port
 };
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef SIMXML_H
-#define SIMXML_H
+#pragma once
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -83,5 +82,3 @@ private:
     QString* m_why;
     int m_next = 0;
 };
-
-#endif
