@@ -1,10 +1,32 @@
-#ifndef SIMWIRE_H
-#define SIMWIRE_H
+#pragma once
 
 #include "simserver.h"
 
 #include <QtCore/QRegularExpression>
 #include <QtNetwork/QSslSocket>
+
+/// A simulated server that runs for as long as this lives.
+class Started : public SimServer
+{
+public:
+    explicit Started(const SimOptions& options = SimOptions())
+        : SimServer(options)
+    {
+        QString error;
+        if (!start(&error))
+            qFatal("%s", qPrintable(error));
+    }
+};
+
+/// A user as the program's command line spells one: "name:password:rights".
+inline SimUser someUser(const char* text)
+{
+    SimUser user;
+    QString error;
+    if (!SimUser::parse(QString::fromUtf8(text), &user, &error))
+        qFatal("%s", qPrintable(error));
+    return user;
+}
 
 /// A request of which every byte is the test's own, and the answer as it came.
 struct Wire
@@ -102,5 +124,3 @@ inline QByteArray declared(const QByteArray& document)
 {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>" + document;
 }
-
-#endif
