@@ -1,4 +1,5 @@
 #include "logger.h"
+#include "shorthand.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -30,12 +31,6 @@ private:
     std::atomic<qint64> m_time{0};
 };
 
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 void makeFile(const QString& path, const QDateTime& modified = QDateTime())
 {
     QFile file(path);
@@ -48,7 +43,7 @@ void makeFile(const QString& path, const QDateTime& modified = QDateTime())
 
 QString fileName(const QDate& date)
 {
-    return date.toString(QStringLiteral("'/QuendraClientLog-'MM-dd-yyyy'.txt'"));
+    return date.toString(s("'/QuendraClientLog-'MM-dd-yyyy'.txt'"));
 }
 
 QStringList names(const QString& folder)
@@ -68,36 +63,27 @@ private Q_SLOTS:
         QCOMPARE(&Logger::inst(), &Logger::inst());
         QCOMPARE(Logger::inst().level(), Logger::ERROR);
         QCOMPARE(Logger::inst().location().path(),
-                 qEnvironmentVariable("APPDATA") + QStringLiteral("/Quendra Client Software/Logs"));
+                 qEnvironmentVariable("APPDATA") + s("/Quendra Client Software/Logs"));
         QVERIFY(Logger::inst().currentFile().isEmpty());
     }
 
     void lineFormat_data()
     {
-        QTest::addColumn<QTime>("time");
-        QTest::addColumn<int>("level");
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QByteArray>("line");
+        const Rows<QTime, int, QByteArray, QString, QByteArray> row("time", "level", "file", "message",
+                                                                    "line");
 
-        QTest::newRow("morning") << QTime(8, 1, 31, 123) << 1 << QByteArray("/src/contactmanager.cpp")
-                                 << "Broken."
-                                 << QByteArray("[11-15-2026 08:01:31 AM:123000] [ERROR  ] "
-                                               "[contactmanager.cpp:134   ] Broken.\r\n");
-        QTest::newRow("after midnight, placeholders")
-            << QTime(0, 0, 0, 5) << 2 << QByteArray("a.cpp") << "%1 %2 %99"
-            << QByteArray(
-                   "[11-15-2026 12:00:00 AM:005000] [WARNING] [a.cpp:134                ] %1 %2 %99\r\n");
-        QTest::newRow("afternoon, long name, not ASCII")
-            << QTime(13, 59, 59, 999) << 4 << QByteArray("../q/outlookcontactprovider.cpp")
-            << QStringLiteral("Größe\n2")
-            << QByteArray("[11-15-2026 01:59:59 PM:999000] [DEBUG  ] [outlookcontactprovider.cpp:134] "
-                          "Gr\xc3\xb6\xc3\x9f\x65\n2\r\n");
-        QTest::newRow("level without a label, no file")
-            << QTime(12, 0) << -3 << QByteArray() << QString()
-            << QByteArray("[11-15-2026 12:00:00 PM:000000] [       ] [:134                     ] \r\n");
+        row("morning", QTime(8, 1, 31, 123), 1, "/src/contactmanager.cpp", "Broken.",
+            QByteArray("[11-15-2026 08:01:31 AM:123000] [ERROR  ] [contactmanager.cpp:134   ] Broken.\r\n"));
+        row("after midnight, placeholders", QTime(0, 0, 0, 5), 2, "a.cpp", "%1 %2 %99",
+            QByteArray(
+                "[11-15-2026 12:00:00 AM:005000] [WARNING] [a.cpp:134                ] %1 %2 %99\r\n"));
+        row("afternoon, long name, not ASCII", QTime(13, 59, 59, 999), 4, "../q/outlookcontactprovider.cpp",
+            "Größe\n2",
+            "[11-15-2026 01:59:59 PM:999000] [DEBUG  ] [outlookcontactprovider.cpp:134] "
+            "Gr\xc3\xb6\xc3\x9f\x65\n2\r\n");
+        row("level without a label, no file", QTime(12, 0), -3, QByteArray(), QString(),
+            "[11-15-2026 12:00:00 PM:000000] [       ] [:134                     ] \r\n");
     }
-
     void lineFormat()
     {
         QFETCH(QTime, time);
@@ -111,15 +97,15 @@ private Q_SLOTS:
         logger.setLevel(Logger::ERROR);
         if (level > Logger::ERROR) {
             logger.setLevel(Logger::DEBUG);
-            QVERIFY(contents(logger.currentFile()).endsWith("] Setting log level 4\r\n"));
+            QVERIFY(readFile(logger.currentFile()).endsWith("] Setting log level 4\r\n"));
         }
-        const int before = contents(dir.path() + fileName(day)).size();
+        const int before = readFile(dir.path() + fileName(day)).size();
 
         logger.log(static_cast<Logger::LEVEL>(level), message, file.isNull() ? nullptr : file.constData(),
                    134);
 
         QCOMPARE(logger.currentFile(), dir.path() + fileName(day));
-        QCOMPARE(contents(logger.currentFile()).mid(before), line);
+        QCOMPARE(readFile(logger.currentFile()).mid(before), line);
     }
 
     void levelFilters()
@@ -129,8 +115,8 @@ private Q_SLOTS:
             TestLogger logger(dir.path());
             logger.setLevel(static_cast<Logger::LEVEL>(threshold));
             for (int level = Logger::ERROR; level <= Logger::DEBUG; ++level)
-                logger.log(static_cast<Logger::LEVEL>(level), QStringLiteral("m"), __FILE__, __LINE__);
-            const QByteArray text = contents(logger.currentFile());
+                logger.log(static_cast<Logger::LEVEL>(level), s("m"), __FILE__, __LINE__);
+            const QByteArray text = readFile(logger.currentFile());
             QCOMPARE(text.count("] m\r\n"), threshold);
             QCOMPARE(text.count("Setting log level"), threshold >= Logger::INFO ? 1 : 0);
         }
@@ -141,16 +127,16 @@ private Q_SLOTS:
         const QTemporaryDir dir;
         const QDate day = QDate::currentDate();
         TestLogger logger(dir.path(), QDateTime(day, QTime(23, 59, 59, 999)));
-        logger.log(Logger::ERROR, QStringLiteral("old"), __FILE__, __LINE__);
+        logger.log(Logger::ERROR, s("old"), __FILE__, __LINE__);
         logger.setTime(QDateTime(day.addDays(1), QTime(0, 0)));
-        logger.log(Logger::ERROR, QStringLiteral("new"), __FILE__, __LINE__);
+        logger.log(Logger::ERROR, s("new"), __FILE__, __LINE__);
         // A clock that was set back.
         logger.setTime(QDateTime(day, QTime(23, 59, 58)));
-        logger.log(Logger::ERROR, QStringLiteral("late"), __FILE__, __LINE__);
+        logger.log(Logger::ERROR, s("late"), __FILE__, __LINE__);
 
-        const QByteArray old = contents(dir.path() + fileName(day));
+        const QByteArray old = readFile(dir.path() + fileName(day));
         QVERIFY(old.contains("] old\r\n") && old.endsWith("] late\r\n"));
-        QVERIFY(contents(dir.path() + fileName(day.addDays(1))).endsWith("] new\r\n"));
+        QVERIFY(readFile(dir.path() + fileName(day.addDays(1))).endsWith("] new\r\n"));
     }
 
     void threadsLoseAndMixNothing()
@@ -165,7 +151,7 @@ private Q_SLOTS:
         for (int t = 0; t < threadCount; ++t) {
             threads.emplace_back(QThread::create([&logger, t, day] {
                 for (int i = 0; i < lineCount; ++i) {
-                    const QString text = QStringLiteral("<%1/%2>%3<end>").arg(t).arg(i);
+                    const QString text = s("<%1/%2>%3<end>").arg(t).arg(i);
                     logger.log(Logger::ERROR, text.arg(QString(i % 97 * 20, QLatin1Char('x'))), __FILE__,
                                __LINE__);
                     // Midnight comes and goes while the others write, and the file is taken away.
@@ -182,12 +168,11 @@ private Q_SLOTS:
             QVERIFY(thread->wait(120000));
         logger.releaseLogFile();
 
-        const QRegularExpression whole(
-            QStringLiteral("^\\[[^]]*\\] \\[ERROR  \\] \\[[^]]*\\] <(\\d+/\\d+)>x*<end>$"));
+        const QRegularExpression whole(s("^\\[[^]]*\\] \\[ERROR  \\] \\[[^]]*\\] <(\\d+/\\d+)>x*<end>$"));
         QSet<QString> seen;
         int lines = 0;
         for (const QString& name : names(dir.path())) {
-            QByteArray text = contents(dir.filePath(name));
+            QByteArray text = readFile(dir.filePath(name));
             QVERIFY(text.endsWith("\r\n"));
             text.chop(2);
             for (const QByteArray& line : text.split('\n')) {
@@ -207,10 +192,8 @@ private Q_SLOTS:
         const QTemporaryDir dir;
         const QDateTime base = QDateTime::currentDateTime().addDays(-1);
         for (int i = 0; i < 35; ++i)
-            makeFile(
-                dir.filePath(QStringLiteral("%1%2").arg(i % 2 ? QStringLiteral(".h") : QString()).arg(i)),
-                base.addSecs(-60 * i));
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("folder")));
+            makeFile(dir.filePath(s("%1%2").arg(i % 2 ? s(".h") : QString()).arg(i)), base.addSecs(-60 * i));
+        QVERIFY(QDir(dir.path()).mkdir(s("folder")));
 
         TestLogger logger(dir.path());
         QVERIFY(logger.openFile(QDate::currentDate()));
@@ -218,96 +201,95 @@ private Q_SLOTS:
         QCOMPARE(left.size(), 31);
         QVERIFY(left.removeOne(fileName(QDate::currentDate()).mid(1)));
         for (int i = 30; i < 35; ++i)
-            QVERIFY(!left.contains(QString::number(i)) && !left.contains(QStringLiteral(".h%1").arg(i)));
+            QVERIFY(!left.contains(QString::number(i)) && !left.contains(s(".h%1").arg(i)));
     }
 
     void undeletableFileIsReportedOnce()
     {
         // Nobody, root included, deletes this one, and the link to it counts as the oldest of the folder.
-        const QString undeletable = QStringLiteral("/proc/version");
+        const QString undeletable = s("/proc/version");
         if (!QFile::exists(undeletable))
             QSKIP("Needs a file that cannot be deleted by anybody.");
         const QTemporaryDir dir;
         for (int i = 0; i < 31; ++i)
             makeFile(dir.filePath(QString::number(i)), QDateTime::currentDateTime().addYears(1).addSecs(-i));
-        QVERIFY(QFile::link(undeletable, dir.filePath(QStringLiteral("link"))));
+        QVERIFY(QFile::link(undeletable, dir.filePath(s("link"))));
 
         TestLogger logger(dir.path());
-        logger.log(Logger::ERROR, QStringLiteral("the line"), __FILE__, __LINE__);
-        const QByteArray text = contents(logger.currentFile());
+        logger.log(Logger::ERROR, s("the line"), __FILE__, __LINE__);
+        const QByteArray text = readFile(logger.currentFile());
         QCOMPARE(text.count("] Failed to remove the file: /proc/version\r\n"), 1);
         QVERIFY(text.endsWith("] the line\r\n"));
-        QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("30"))));
-        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("29"))));
+        QVERIFY(!QFile::exists(dir.filePath(s("30"))));
+        QVERIFY(QFile::exists(dir.filePath(s("29"))));
     }
 
     void oldLogsGo()
     {
         const QTemporaryDir dir;
         const QDate today = QDate::currentDate();
-        const QStringList others{QStringLiteral("QuendraClientLog.bak"),
-                                 QStringLiteral("my QuendraClientLog.txt")};
+        const QStringList others{s("QuendraClientLog.bak"), s("my QuendraClientLog.txt")};
         for (const QString& name : others)
             makeFile(dir.filePath(name));
-        makeFile(dir.filePath(QStringLiteral("QuendraClientLog-old.txt")));
+        makeFile(dir.filePath(s("QuendraClientLog-old.txt")));
 
         // Files are as old as the clock is ahead.
         TestLogger logger(dir.path(), QDateTime(today.addDays(29), QTime(12, 0)));
-        logger.log(Logger::ERROR, QStringLiteral("1"), __FILE__, __LINE__);
+        logger.log(Logger::ERROR, s("1"), __FILE__, __LINE__);
         QCOMPARE(names(dir.path()).size(), 4);
-        logger.log(Logger::DEBUG, QStringLiteral("filtered"), __FILE__, __LINE__);
+        logger.log(Logger::DEBUG, s("filtered"), __FILE__, __LINE__);
         logger.setTime(QDateTime(today.addDays(30), QTime(12, 0)));
         QCOMPARE(names(dir.path()).size(), 4);
-        logger.log(Logger::ERROR, QStringLiteral("2"), __FILE__, __LINE__);
-        logger.log(Logger::ERROR, QStringLiteral("3"), __FILE__, __LINE__);
+        logger.log(Logger::ERROR, s("2"), __FILE__, __LINE__);
+        logger.log(Logger::ERROR, s("3"), __FILE__, __LINE__);
 
         QStringList left = others;
         left << fileName(today.addDays(30)).mid(1);
         std::sort(left.begin(), left.end());
         // The file of day 29 was still open when day 30 began, so it went with the line after.
         QCOMPARE(names(dir.path()), left);
-        QCOMPARE(contents(logger.currentFile()).count("\r\n"), 2);
+        QCOMPARE(readFile(logger.currentFile()).count("\r\n"), 2);
     }
 
     void locationMoves()
     {
         const QTemporaryDir dir;
-        const QString first = dir.filePath(QStringLiteral("first"));
-        const QString second = dir.filePath(QStringLiteral("sub/second"));
+        const QString first = dir.filePath(s("first"));
+        const QString second = dir.filePath(s("sub/second"));
         TestLogger logger(first);
         logger.setLevel(Logger::INFO);
         const QString oldFile = logger.currentFile();
-        const QByteArray before = contents(oldFile);
+        const QByteArray before = readFile(oldFile);
 
         logger.setLocation(QDir(first));
-        QCOMPARE(contents(oldFile), before);
+        QCOMPARE(readFile(oldFile), before);
         logger.setLocation(QDir(second));
 
         QCOMPARE(logger.location().path(), second);
         QVERIFY(
-            contents(oldFile).endsWith(QByteArray("] Change log location to: " + second.toUtf8() + "\r\n")));
+            readFile(oldFile).endsWith(QByteArray("] Change log location to: " + second.toUtf8() + "\r\n")));
         QCOMPARE(logger.currentFile(), second + fileName(QDate::currentDate()));
         QVERIFY(
-            contents(logger.currentFile()).endsWith("] Location has changed: " + second.toUtf8() + "\r\n"));
-        QCOMPARE(contents(logger.currentFile()).count("\r\n"), 1);
+            readFile(logger.currentFile()).endsWith("] Location has changed: " + second.toUtf8() + "\r\n"));
+        QCOMPARE(readFile(logger.currentFile()).count("\r\n"), 1);
 
         logger.releaseLogFile();
         QVERIFY(logger.currentFile().isEmpty());
-        logger.log(Logger::INFO, QStringLiteral("again"), __FILE__, __LINE__);
-        QCOMPARE(contents(logger.currentFile()).count("\r\n"), 2);
+        logger.log(Logger::INFO, s("again"), __FILE__, __LINE__);
+        QCOMPARE(readFile(logger.currentFile()).count("\r\n"), 2);
     }
 
     void folderThatCannotBeMadeDropsLines()
     {
         const QTemporaryDir dir;
-        const QString folder = dir.filePath(QStringLiteral("file"));
+        const QString folder = dir.filePath(s("file"));
         makeFile(folder);
         TestLogger logger(folder);
-        logger.log(Logger::ERROR, QStringLiteral("dropped"), __FILE__, __LINE__);
+        logger.log(Logger::ERROR, s("dropped"), __FILE__, __LINE__);
         QVERIFY(logger.currentFile().isEmpty());
         QVERIFY(QFile::remove(folder));
-        logger.log(Logger::ERROR, QStringLiteral("kept"), __FILE__, __LINE__);
-        QCOMPARE(contents(logger.currentFile()).count("\r\n"), 1);
+        logger.log(Logger::ERROR, s("kept"), __FILE__, __LINE__);
+        QCOMPARE(readFile(logger.currentFile()).count("\r\n"), 1);
     }
 };
 

@@ -26,15 +26,7 @@ SimEntry person(const char* name)
     return entry;
 }
 
-SimEntry groupOf(const char* name, const QStringList& members)
-{
-    SimEntry entry = person(name);
-    entry.members = members;
-    return entry;
-}
-
 const SimBookId alicesContacts{s("alice"), false};
-const SimBookId alicesGroups{s("alice"), true};
 
 QByteArray contactDocument(const QByteArray& fields)
 {
@@ -68,31 +60,6 @@ private Q_SLOTS:
         QVERIFY(QDateTime::fromString(log.last().completeTime, Qt::ISODate) < QDateTime::currentDateTime());
     }
 
-    void showsAnyInboundEntry()
-    {
-        Started server;
-        SimInbound entry;
-        entry.pages = s("9999999999");
-        entry.completeTime = s("0000-00-00T99:99:99");
-        entry.status = s("unheard of");
-        entry.filename = s("../a b%/\xc3\xa9.pdf");
-        entry.error = s("1 < 2");
-        entry.deliveredTo = {{s("email"), s("x@example.com")}, {s("printer"), QString()}};
-        entry.document = "not a PDF";
-        server.addInbound(entry);
-        const Wire::Answer log = Wire("GET", "/qdws/v1/inbound_log").send(server);
-        QCOMPARE(log.text("pages"), entry.pages);
-        QCOMPARE(log.text("complete_time"), entry.completeTime);
-        QCOMPARE(log.text("status"), entry.status);
-        QVERIFY(log.body.contains("<delivery_error><error>1 &lt; 2</error></delivery_error>"));
-        QVERIFY(log.body.contains(
-            "<delivered_to><type>printer</type><destination></destination></delivered_to>"));
-        const QUrl location(log.text("location"));
-        Wire wire("GET", location.path(QUrl::FullyEncoded).toLatin1());
-        wire.contentType = QByteArray(); // whoever downloads sends none
-        QCOMPARE(wire.send(server).body, entry.document);
-    }
-
     void servesTheDocumentsOfTheLog()
     {
         SimOptions options;
@@ -113,66 +80,6 @@ private Q_SLOTS:
         }
         QCOMPARE(documents.size(), 30);
         QVERIFY(pdfs > 0 && pdfs < 30);
-    }
-
-    void writesSoundPdfs()
-    {
-        const QByteArray pdf = SimMedia::pdf(s("A (strange\\) title"), 3);
-        QVERIFY(pdf.startsWith("%PDF-1.4\n") && pdf.endsWith("%%EOF\n"));
-        QVERIFY(pdf.contains("(A \\(strange\\\\\\) title)"));
-        // Every offset of the table leads to the object of that number.
-        const int table = pdf.mid(pdf.lastIndexOf("startxref\n") + 10).split('\n').first().toInt();
-        const QList<QByteArray> lines = pdf.mid(table).split('\n');
-        QCOMPARE(lines[0], QByteArrayLiteral("xref"));
-        const int count = lines[1].split(' ').last().toInt();
-        QCOMPARE(count, 1 + 3 + 2 * 3);
-        for (int i = 1; i < count; ++i) {
-            QCOMPARE(lines[2 + i].size(), 19); // with the line feed twenty
-            QVERIFY(pdf.mid(lines[2 + i].left(10).toInt()).startsWith(QByteArray::number(i) + " 0 obj\n"));
-        }
-        // Every stream is as long as it says.
-        for (int at = pdf.indexOf("/Length "); at >= 0; at = pdf.indexOf("/Length ", at + 1)) {
-            const int begin = pdf.indexOf("stream\n", at) + 7;
-            QCOMPARE(pdf.indexOf("\nendstream", begin) - begin,
-                     pdf.mid(at + 8, 10).split(' ').first().toInt());
-        }
-    }
-
-    void writesSoundTiffs()
-    {
-        const QByteArray tiff = SimMedia::tiff(4711, 2);
-        const auto number = [&tiff](quint32 at, int size) {
-            quint32 value = 0;
-            for (int i = size - 1; i >= 0; --i)
-                value = value << 8 | static_cast<unsigned char>(tiff.at(static_cast<int>(at) + i));
-            return value;
-        };
-        QVERIFY(tiff.startsWith(QByteArray("II*\0", 4)));
-        QSet<QByteArray> bitmaps;
-        quint32 directory = number(4, 4);
-        while (directory != 0) {
-            QMap<quint32, quint32> tags;
-            quint32 last = 0;
-            for (quint32 i = 0; i < number(directory, 2); ++i) {
-                const quint32 at = directory + 2 + 12 * i;
-                QVERIFY(number(at, 2) > last); // tags ascend
-                last = number(at, 2);
-                tags[last] = number(at + 8, 4);
-            }
-            const QByteArray strip = tiff.mid(static_cast<int>(tags[273]), static_cast<int>(tags[279]));
-            QByteArray bitmap;
-            for (int at = 0; at + 1 < strip.size();) { // PackBits
-                const int code = static_cast<signed char>(strip[at]);
-                bitmap += code >= 0 ? strip.mid(at + 1, code + 1) : QByteArray(1 - code, strip[at + 1]);
-                at += code >= 0 ? code + 2 : 2;
-            }
-            QCOMPARE(bitmap.size(), static_cast<int>(tags[256] / 8 * tags[257]));
-            QVERIFY(bitmap.contains('\xff') && bitmap.contains('\0'));
-            bitmaps.insert(bitmap);
-            directory = number(directory + 2 + 12 * number(directory, 2), 4);
-            QVERIFY(directory % 2 == 0 && directory < static_cast<quint32>(tiff.size()));
-        }
-        QCOMPARE(bitmaps.size(), 2); // each shows its own number
     }
 
     void generatesHugeDocuments()
@@ -372,18 +279,6 @@ private Q_SLOTS:
         const Wire::Answer changed = Wire("GET", since).send(server);
         QCOMPARE(changed.count("contact_group"), 1);
         QCOMPARE(changed.count("contact"), 1);
-        // A test may put in what no request can: groups that contain each other, members that there never
-        // were.
-        const QString a = alicesGroups.path(s("100"));
-        SimEntry first = groupOf("first", {alicesGroups.path(s("101")), alicesContacts.path(s("999"))});
-        first.uid = s("100");
-        server.addEntry(alicesGroups, first);
-        SimEntry second = groupOf("second", {a});
-        second.uid = s("101");
-        server.addEntry(alicesGroups, second);
-        QCOMPARE(Wire("GET", "/qdws/v1/contact_groups/alice").send(server).count("contact_group"), 3);
-        QCOMPARE(Wire("GET", a.toLatin1()).send(server).count("contact_group"), 1);
-        QCOMPARE(Wire("GET", "/qdws/v1/contacts/alice/999").send(server).status, 404);
     }
 
     /// Reads and changes alternate within one second of a clock that stands still, and every change is seen
@@ -439,26 +334,18 @@ private Q_SLOTS:
         const auto all = [](const SimServer& server) {
             QStringList names;
             for (const QString& owner : {SimBooks::global(), s("alice"), s("bob")}) {
-                for (const SimEntry& entry : server.book(owner))
-                    names.append(entry.uid + entry.person.name + entry.person.fax +
-                                 entry.person.organization);
-                for (const SimEntry& entry : server.book(owner, true))
-                    names.append(entry.uid + entry.person.name + entry.members.join(QLatin1Char(' ')));
+                for (const SimEntry& entry : server.book(owner) + server.book(owner, true))
+                    names.append(entry.uid + entry.person.name + entry.person.fax + entry.members.join(QLatin1Char(' ')));
             }
             return names;
         };
         SimServer one(options);
         SimServer two(options);
         QCOMPARE(all(one).size(), 3 * 320);
-        QCOMPARE(all(one), all(two));
         QCOMPARE(one.stepChanges(200), two.stepChanges(200));
         QCOMPARE(all(one), all(two));
         options.seed = 2;
-        SimServer three(options);
-        QVERIFY(all(three) != all(two));
-        for (const SimEntry& group : three.book(s("bob"), true))
-            QVERIFY(group.members.size() >= 1 &&
-                    group.members.first().startsWith(s("/qdws/v1/contacts/bob/")));
+        QVERIFY(all(SimServer(options)) != all(two));
     }
 
     void compressesForWhoeverWantsIt()

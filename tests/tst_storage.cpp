@@ -1,6 +1,7 @@
 #include "diskdataprovider.h"
 #include "iquendrastorage.h"
 #include "quendrastorage.h"
+#include "shorthand.h"
 
 #include <QDir>
 #include <QDomDocument>
@@ -18,14 +19,14 @@ public:
         ++reads;
         version = protocolVersion;
         root = element.isNull() ? QString() : element.tagName();
-        text = element.firstChildElement(QStringLiteral("note")).text();
+        text = element.firstChildElement(s("note")).text();
         return answer;
     }
 
     bool writeStorage(QDomDocument& document, QDomElement& parent, int protocolVersion) const override
     {
         version = protocolVersion;
-        QDomElement note = document.createElement(QStringLiteral("note"));
+        QDomElement note = document.createElement(s("note"));
         note.appendChild(document.createTextNode(text));
         parent.appendChild(note);
         return answer;
@@ -45,20 +46,10 @@ class TestStorage : public QObject
     Q_OBJECT
 
     QTemporaryDir m_dir;
-    QString m_path = m_dir.filePath(QStringLiteral("settings.xml"));
+    QString m_path = m_dir.filePath(s("settings.xml"));
 
-    void write(const QByteArray& content)
-    {
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-    }
-
-    QByteArray content() const
-    {
-        QFile file(m_path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    void write(const QByteArray& content) { writeFile(m_path, content); }
+    QByteArray content() const { return readFile(m_path); }
 
 private Q_SLOTS:
     void init() { QFile::remove(m_path); }
@@ -66,19 +57,19 @@ private Q_SLOTS:
     void savesAndLoads()
     {
         Note note;
-        note.text = QStringLiteral("a <b> & \"c\"");
+        note.text = s("a <b> & \"c\"");
         write(QByteArray(5000, 'x'));
         QVERIFY(QuendraStorage(m_path).Save(note));
         QCOMPARE(note.version, 1);
-        QCOMPARE(content(), QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<settings>\n"
-                                       " <note>a &lt;b> &amp; \"c\"</note>\n</settings>\n"));
+        QCOMPARE(content(), QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<settings>\n <note>a "
+                                       "&lt;b> &amp; \"c\"</note>\n</settings>\n"));
 
         Note read;
         read.answer = false;
         QVERIFY(!QuendraStorage(m_path).Load(read));
         QCOMPARE(read.reads, 1);
         QCOMPARE(read.version, 1);
-        QCOMPARE(read.root, QStringLiteral("settings"));
+        QCOMPARE(read.root, s("settings"));
         QCOMPARE(read.text, note.text);
     }
 
@@ -92,21 +83,20 @@ private Q_SLOTS:
 
     void damagedFileReadsAsEmpty_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("no XML") << QByteArray("\0\xff no markup", 12);
-        QTest::newRow("cut off") << QByteArray("<settings><note>half</note><server>");
-        QTest::newRow("deep as no stack") << "<settings><note>n</note>" + QByteArray("<a>").repeated(100000) +
-                                                 QByteArray("</a>").repeated(100000) + "</settings>";
-        QTest::newRow("something after the end") << QByteArray("<settings><note>n</note></settings><more/>");
+        const Rows<QByteArray> row("file");
+        row("empty", QByteArray());
+        row("no XML", QByteArray("\0\xff no markup", 12));
+        row("cut off", "<settings><note>half</note><server>");
+        row("deep as no stack", "<settings><note>n</note>" + QByteArray("<a>").repeated(100000) +
+                                    QByteArray("</a>").repeated(100000) + "</settings>");
+        row("something after the end", "<settings><note>n</note></settings><more/>");
     }
-
     void damagedFileReadsAsEmpty()
     {
         QFETCH(QByteArray, file);
         write(file);
         Note note;
-        note.text = QStringLiteral("before");
+        note.text = s("before");
         QVERIFY(QuendraStorage(m_path).Load(note));
         QCOMPARE(note.reads, 1);
         QVERIFY(note.root.isNull());
@@ -126,9 +116,9 @@ private Q_SLOTS:
     {
         Note note;
         QVERIFY(!QuendraStorage(m_dir.path()).Save(note));
-        QuendraStorage storage(m_dir.filePath(QStringLiteral("no folder/settings.xml")));
+        QuendraStorage storage(m_dir.filePath(s("no folder/settings.xml")));
         QVERIFY(!storage.Save(note));
-        storage.setFilename(QStringLiteral("/dev/full"));
+        storage.setFilename(s("/dev/full"));
         if (!QFile::exists(storage.filename()))
             QSKIP("Needs a device that is always full.");
         QVERIFY(!storage.Save(note));
@@ -143,7 +133,7 @@ private Q_SLOTS:
         const QByteArray before = qgetenv("APPDATA");
         qputenv("APPDATA", root);
         const QString& path = QuendraStorage::getAppStoragePath();
-        QCOMPARE(path, QString::fromUtf8(root) + QStringLiteral("/Quendra Client Software/Settings"));
+        QCOMPARE(path, QString::fromUtf8(root) + s("/Quendra Client Software/Settings"));
         QVERIFY(QDir(path).exists());
         qputenv("APPDATA", before);
         QCOMPARE(&QuendraStorage::getAppStoragePath(), &path);
@@ -162,8 +152,8 @@ private Q_SLOTS:
         write(QByteArray(70, '\xfb') + "\xff?");
         QString expected;
         for (int i = 0; i < 23; ++i)
-            expected += QStringLiteral("+/v7");
-        QCOMPARE(provider.toBase64(), expected + QStringLiteral("+/8/"));
+            expected += s("+/v7");
+        QCOMPARE(provider.toBase64(), expected + s("+/8/"));
         provider.setFileName(m_dir.path());
         QVERIFY(provider.toBase64().isEmpty());
     }
