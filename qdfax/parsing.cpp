@@ -46,7 +46,9 @@ bool checkText(const QString& text, bool lines, QString* error)
         if (lines && (c == QLatin1Char('\n') || c == QLatin1Char('\t')))
             continue;
         if (c.unicode() < 0x20 || c.unicode() == 0x7F || c.unicode() >= 0xFFFE) {
-            *error = QStringLiteral("contains a control character, which cannot be sent");
+            *error = c == QLatin1Char('\n')
+                         ? QStringLiteral("contains a line break, which cannot be sent")
+                         : QStringLiteral("contains a control character, which cannot be sent");
             return false;
         }
     }

@@ -1,6 +1,7 @@
 #include "session.h"
 
 #include "command.h"
+#include "contactmanager.h"
 #include "displaytext.h"
 #include "faxmanager.h"
 #include "faxserver.h"
@@ -51,6 +52,10 @@ bool ReplyWatch::eventFilter(QObject* watched, QEvent* event)
 
 void ReplyWatch::watch(QNetworkReply* reply)
 {
+    if (!reply->isFinished()) {
+        ++m_pending;
+        connect(reply, &QNetworkReply::finished, this, [this] { --m_pending; });
+    }
     connect(reply, &QNetworkReply::metaDataChanged, this, &ReplyWatch::activity);
     // the reply itself does not know how long a body is that can be read only once
     const qint64 length = reply->request().header(QNetworkRequest::ContentLengthHeader).toLongLong();
@@ -67,6 +72,7 @@ void ReplyWatch::watch(QNetworkReply* reply)
 
 void ReplyWatch::slotFinished(QNetworkReply* reply)
 {
+    ++m_finished;
     m_last.error = reply->error();
     m_last.httpStatus = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     m_last.reason = reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString();
@@ -84,6 +90,10 @@ Session::Session(const Invocation& invocation)
 {
     m_silence.setSingleShot(true);
     connect(&m_silence, &QTimer::timeout, this, [this] {
+        if (m_isPatient && m_watch->pending() == 0) {
+            m_silence.start();
+            return;
+        }
         m_timedOut = true;
         m_loop.quit();
     });
@@ -91,9 +101,14 @@ Session::Session(const Invocation& invocation)
 
 Session::~Session() = default;
 
+void Session::useContacts()
+{
+    m_contacts = std::make_unique<ContactManager>();
+}
+
 void Session::begin()
 {
-    m_manager = std::make_unique<FaxManager>(QPointer<ContactManager>());
+    m_manager = std::make_unique<FaxManager>(QPointer<ContactManager>(m_contacts.get()));
     m_watch = std::make_unique<ReplyWatch>(m_manager->nam());
     connect(m_watch.get(), &ReplyWatch::activity, this, [this] {
         if (m_silence.isActive())
@@ -116,25 +131,14 @@ bool Session::open()
 
 bool Session::attach()
 {
-    m_settings.load();
-    if (!m_settings.problem().isEmpty()) {
-        fail(ExitStatus::Settings, m_settings.problem());
-        return false;
-    }
-    const QString wanted = m_invocation.serverName();
-    const QVector<StoredServer> servers = m_settings.servers();
-    const int index = m_settings.find(wanted);
-    if (index < 0) {
-        fail(ExitStatus::Settings,
-             servers.isEmpty()
-                 ? QStringLiteral(
-                       "No fax server is configured. Add one: qdfax server add ADDRESS --login LOGIN")
-                 : QStringLiteral("No configured server is called \"%1\". \"qdfax server list\" shows them.")
-                       .arg(wanted));
+    StoredServer chosen;
+    const QString problem = m_settings.choose(m_invocation.serverName(), &chosen);
+    if (!problem.isEmpty()) {
+        fail(ExitStatus::Settings, problem);
         return false;
     }
     begin();
-    m_server = m_settings.open(servers.at(index), *m_manager);
+    m_server = m_settings.open(chosen, *m_manager);
     return m_server;
 }
 
@@ -181,27 +185,18 @@ bool Session::waitForLogin()
 
 Task* Session::addTask(Task::Type type)
 {
-    m_watch->forget();
     return m_server->addTask(type);
 }
 
-bool Session::execute(Task* task, const bool& ok, const QString& doing)
+bool Session::finish(const Outcome& outcome, const QString& doing)
 {
-    Task::Status failed = Task::Unknown;
-    connect(task, &Task::errorExecute, this, [&](Task::Status status) {
-        failed = status;
-        m_loop.quit();
-    });
-    // a task may fail before it has sent anything
-    task->execute();
-    if (!ok && failed == Task::Unknown && !wait(doing)) {
-        task->disconnect(this);
+    // it may have failed before anything was sent
+    if (!outcome.ok && outcome.failed == Task::Unknown && !wait(doing))
         return false;
-    }
     Terminal::ProgressLine::clear();
-    if (!ok)
-        explain(failed, doing);
-    return ok;
+    if (!outcome.ok)
+        explain(outcome.failed, doing);
+    return outcome.ok;
 }
 
 bool Session::wait(const QString& doing)
@@ -272,6 +267,8 @@ QString Session::networkReason(const ReplyWatch::Outcome& last, bool useSSL)
                        " Login or password are not accepted; enter them again with \"qdfax server add\".");
         case 403:
             return answer + QStringLiteral(" This user may not do that; ask the server's administrator.");
+        case 405:
+            return answer + QStringLiteral(" It does not permit that here; ask the server's administrator.");
         case 404:
             return answer +
                    QStringLiteral(

@@ -11,8 +11,8 @@
 #include <QTimer>
 
 #include <memory>
-#include <type_traits>
 
+class ContactManager;
 class FaxManager;
 class Invocation;
 class QNetworkAccessManager;
@@ -37,7 +37,15 @@ public:
         bool isWebPage{false};
     };
     const Outcome& last() const { return m_last; }
-    void forget() { m_last = Outcome(); }
+    /// Requests that are not answered yet.
+    int pending() const { return m_pending; }
+    /// Replies that have ended since the last forget().
+    int finished() const { return m_finished; }
+    void forget()
+    {
+        m_last = Outcome();
+        m_finished = 0;
+    }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -52,6 +60,8 @@ private:
     void slotFinished(QNetworkReply* reply);
 
     Outcome m_last;
+    int m_pending{0};
+    int m_finished{0};
 };
 
 /**
@@ -68,6 +78,9 @@ public:
     explicit Session(const Invocation& invocation);
     ~Session() override;
 
+    /// Before one of the next three: the server gets a provider of its contact books.
+    void useContacts();
+
     /// Opens the server that --server names, else the default one, and waits for the end of its login.
     bool open();
     /// The same without waiting: the login goes its way. For who needs the server's address and credentials.
@@ -76,6 +89,7 @@ public:
     bool openNew(const QString& address, bool useSSL, const QString& login, const QString& password);
 
     FaxManager& manager() { return *m_manager; }
+    ContactManager& contacts() { return *m_contacts; }
     FaxServer& server() { return *m_server; }
     SettingsFile& settings() { return m_settings; }
     ReplyWatch& replies() { return *m_watch; }
@@ -105,14 +119,36 @@ public:
     template <typename T, typename... Args, typename Take>
     bool run(T* task, void (T::*done)(Args...), Take take, const QString& doing)
     {
-        bool ok = false;
-        connect(task, done, this, [&](std::decay_t<Args>... args) {
-            ok = true;
+        return request(
+            task, done, &Task::errorExecute, [task] { task->execute(); }, take, doing);
+    }
+
+    /// The same for any object that answers by one of two signals after @p start.
+    template <typename T, typename Base, typename... Args, typename Start, typename Take>
+    bool request(T* object, void (T::*done)(Args...), void (Base::*failed)(Task::Status), Start start,
+                 Take take, const QString& doing)
+    {
+        Outcome outcome;
+        const QMetaObject::Connection onDone = connect(object, done, this, [&](Args... args) {
+            outcome.ok = true;
             take(args...);
             m_loop.quit();
         });
-        return execute(task, ok, doing);
+        const QMetaObject::Connection onFailure = connect(object, failed, this, [&](Task::Status status) {
+            outcome.failed = status;
+            m_loop.quit();
+        });
+        m_watch->forget();
+        start();
+        const bool ok = finish(outcome, doing);
+        disconnect(onDone);
+        disconnect(onFailure);
+        return ok;
     }
+
+    /// While the library works on what came, the silence of the server is none. For requests of which the
+    /// larger part of the time may go into storing.
+    void setPatientWhileIdle(bool patient) { m_isPatient = patient; }
 
     /// Says why a request failed, in a sentence that names the server and what to do.
     int explain(Task::Status status, const QString& doing);
@@ -120,8 +156,14 @@ public:
     static QString networkReason(const ReplyWatch::Outcome& last, bool useSSL);
 
 private:
+    struct Outcome
+    {
+        bool ok{false};
+        Task::Status failed{Task::Unknown};
+    };
+
     Task* addTask(Task::Type type);
-    bool execute(Task* task, const bool& ok, const QString& doing);
+    bool finish(const Outcome& outcome, const QString& doing);
     void begin();
     bool waitForLogin();
     /// Runs the event loop until somebody quits it. False, with the sentence said, when the time is up.
@@ -130,6 +172,7 @@ private:
 
     const Invocation& m_invocation;
     SettingsFile m_settings;
+    std::unique_ptr<ContactManager> m_contacts; ///< Outlives the servers.
     std::unique_ptr<FaxManager> m_manager;
     std::unique_ptr<ReplyWatch> m_watch;
     QPointer<FaxServer> m_server;
@@ -137,6 +180,7 @@ private:
     QTimer m_silence;
     bool m_timedOut{false};
     bool m_quiet{false};
+    bool m_isPatient{false};
     QString m_error;
     int m_status{0};
 };

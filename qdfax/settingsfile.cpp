@@ -276,6 +276,24 @@ int SettingsFile::find(const QString& name) const
     return addressCount == 1 ? byAddress : -1;
 }
 
+QString SettingsFile::choose(const QString& name, StoredServer* chosen)
+{
+    load();
+    if (!problem().isEmpty())
+        return problem();
+    const QVector<StoredServer> list = servers();
+    const int index = find(name);
+    if (index >= 0) {
+        *chosen = list.at(index);
+        return QString();
+    }
+    return list.isEmpty() ? QStringLiteral("No fax server is configured. Add one: qdfax server add ADDRESS "
+                                           "--login LOGIN")
+                          : QStringLiteral("No configured server is called \"%1\". \"qdfax server list\" "
+                                           "shows them.")
+                                .arg(name);
+}
+
 QDomElement SettingsFile::entry(const QString& uid) const
 {
     for (const QDomElement& element : entries(m_document.documentElement())) {

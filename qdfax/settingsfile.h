@@ -71,6 +71,9 @@ public:
     /// The key of the Outlook folder whose contacts are copied; empty when none was chosen.
     QString outlookFolder() const;
 
+    /// Loads the file and picks the entry that @p name means. Empty when that went well, else what is wrong.
+    QString choose(const QString& name, StoredServer* chosen);
+
     /// Hands one entry to the manager, which starts its login. The new server, null when the entry is
     /// unusable.
     FaxServer* open(const StoredServer& server, FaxManager& manager) const;
