@@ -144,7 +144,8 @@ int runCommand(const QStringList& arguments)
 const QVector<Command>& commands()
 {
     static const QVector<Command> all = serverCommands() + profileCommands() + sendCommands() +
-                                        logCommands() + downloadCommands() + outlookCommands() +
+                                        logCommands() + downloadCommands() + contactCommands() +
+                                        outlookCommands() +
                                         helpCommands();
     return all;
 }

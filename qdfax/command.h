@@ -43,6 +43,9 @@ QVector<Command> sendCommands();
 QVector<Command> logCommands();
 QVector<Command> downloadCommands();
 QVector<Command> outlookCommands();
+QVector<Command> contactCommands();
+QVector<Command> contactChangeCommands(); ///< Part of contactCommands(), as the next.
+QVector<Command> contactFileCommands();
 QVector<Command> helpCommands();
 
 /// The options that every command takes.

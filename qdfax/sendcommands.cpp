@@ -1,5 +1,6 @@
 #include "command.h"
 
+#include "contactcache.h"
 #include "displaytext.h"
 #include "faxentry.h"
 #include "faxfile.h"
@@ -29,11 +30,40 @@ struct FaxRequest
     int interval{defaultInterval}; ///< Seconds between two looks, when waiting for the end.
 };
 
+/// Those whom --to-contact names, and the members of the groups among them.
+int readContacts(const Invocation& call, ContactList& recipients)
+{
+    int status = ExitStatus::Ok;
+    const auto cache = ContactCache::open(call, &status);
+    if (!cache)
+        return status;
+    ContactCache::Recipients named;
+    for (const QString& text : call.values("to-contact")) {
+        QString error;
+        const auto unit = cache->resolve(text, &status, &error);
+        if (!unit)
+            return call.fail(status, QStringLiteral("--to-contact: %1 Nothing was sent.").arg(error));
+        cache->expand(*unit, named);
+    }
+    const QString without = named.withoutFax.join(QStringLiteral(", "));
+    if (named.contacts.isEmpty()) {
+        return call.failOption("to-contact",
+                               without.isEmpty()
+                                   ? QStringLiteral("names no one: the group has no members")
+                                   : QStringLiteral("reaches no one: %1 without a fax number").arg(without));
+    }
+    if (!without.isEmpty())
+        call.note(QStringLiteral("Not sent to those without a fax number: %1.").arg(without));
+    for (const StoredContact& unit : qAsConst(named.contacts))
+        recipients.addContact(unit.contact());
+    return ExitStatus::Ok;
+}
+
 int readRequest(const Invocation& call, FaxRequest& request)
 {
     QString error;
-    if (!call.isSet("to"))
-        return call.failUsage(QStringLiteral("--to NUMBER is missing."));
+    if (!call.isSet("to") && !call.isSet("to-contact"))
+        return call.failUsage(QStringLiteral("--to NUMBER or --to-contact NAME is missing."));
     for (const QString& text : call.values("to")) {
         const auto recipient = parseRecipient(text, &error);
         if (!recipient)
@@ -75,7 +105,7 @@ int readRequest(const Invocation& call, FaxRequest& request)
         request.order.cover = QString();
     request.order.subject = call.value("subject");
     request.order.comments = call.value("comments");
-    return ExitStatus::Ok;
+    return call.isSet("to-contact") ? readContacts(call, request.order.recipients) : int(ExitStatus::Ok);
 }
 
 /// A line that follows a long upload.
@@ -226,12 +256,15 @@ QVector<Command> sendCommands()
 {
     Command sendCommand;
     sendCommand.name = QStringLiteral("send");
-    sendCommand.arguments = QStringLiteral("FILE... --to NUMBER[,NAME[,ORGANIZATION]]...");
+    sendCommand.arguments =
+        QStringLiteral("FILE... --to NUMBER[,NAME[,ORGANIZATION]]...|--to-contact ID|NAME...");
     sendCommand.summary = QStringLiteral("Send files as a fax");
     sendCommand.description = QStringLiteral(
         "Takes PDF, PostScript, plain text and TIFF, recognised by content. Prints one line a recipient\n"
         "with the state and the URL of the fax, by which it can be aborted or rescheduled.\n"
-        "A comma inside a name is written as \\,. Without --cover and --no-cover your profile decides.\n"
+        "A comma inside a name is written as \\,. Names of contacts are looked up in what the last\n"
+        "\"qdfax contacts sync\" brought; a group stands for its members, each of whom gets the fax once.\n"
+        "Without --cover and --no-cover your profile decides.\n"
         "Options that are not given are those of your profile.");
     sendCommand.examples = QStringList{
         QStringLiteral("qdfax send report.pdf --to \"+49 30 1234567\""),
@@ -239,11 +272,15 @@ QVector<Command> sendCommands()
         QStringLiteral(
             "qdfax send note.txt --to 5551234 --cover Standard --subject Hello --comments \"As agreed\""),
         QStringLiteral("qdfax send big.tif --to 5551234 --at 2026-11-15T22:00 --priority 1 --max-tries 5"),
+        QStringLiteral("qdfax send a.pdf --to-contact \"Mary Poe\" --to-contact Friends"),
         QStringLiteral("qdfax send a.pdf --to 5551234 --wait && rm a.pdf"),
         QStringLiteral("qdfax send a.pdf --to 5551234 --json | jq -r '.[].url'")};
     sendCommand.options = QList<QCommandLineOption>{
         {QStringLiteral("to"), QStringLiteral("A recipient. May be given several times."),
          QStringLiteral("NUMBER[,NAME[,ORGANIZATION]]")},
+        {QStringLiteral("to-contact"),
+         QStringLiteral("A contact, or the members of a group. May be given several times."),
+         QStringLiteral("ID|NAME")},
         {QStringLiteral("cover"), QStringLiteral("Put this cover page of the server before it."),
          QStringLiteral("NAME")},
         {QStringLiteral("no-cover"), QStringLiteral("No cover page, whatever your profile says.")},

@@ -1,5 +1,6 @@
 #include "command.h"
 
+#include "contactlocalstorage.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "faxuserpermissions.h"
@@ -171,7 +172,8 @@ int serverList(Invocation& call)
 }
 
 /// Finds the entry that the argument names and changes it.
-int changeEntry(Invocation& call, void (SettingsFile::*change)(const QString&), const QString& done)
+int changeEntry(Invocation& call, void (SettingsFile::*change)(const QString&), const QString& done,
+                void (*afterwards)(const QString& uid) = nullptr)
 {
     const QString wanted = call.arguments().at(0);
     SettingsFile settings;
@@ -195,6 +197,8 @@ int changeEntry(Invocation& call, void (SettingsFile::*change)(const QString&), 
             QStringLiteral("No configured server is called \"%1\". \"qdfax server list\" shows them.")
                 .arg(wanted));
     }
+    if (afterwards)
+        afterwards(uid);
     if (call.isJson())
         call.json(QJsonObject{{QStringLiteral("uid"), uid}});
     else
@@ -204,7 +208,10 @@ int changeEntry(Invocation& call, void (SettingsFile::*change)(const QString&), 
 
 int serverRemove(Invocation& call)
 {
-    return changeEntry(call, &SettingsFile::remove, QStringLiteral("Removed %1."));
+    // its contacts are of no use without it, and nothing else would ever remove them
+    return changeEntry(call, &SettingsFile::remove, QStringLiteral("Removed %1."), [](const QString& uid) {
+        ContactLocalStorage().deleteSource(uid, ContactLocalStorage::SourceQuendra);
+    });
 }
 
 int serverDefault(Invocation& call)
@@ -311,7 +318,8 @@ QVector<Command> serverCommands()
     remove.summary = QStringLiteral("Forget a server");
     remove.description = QStringLiteral(
         "UID is as \"qdfax server list\" shows it; the address alone will do where only one\n"
-        "account has it. When the default server goes, the first of the others takes its place.");
+        "account has it. When the default server goes, the first of the others takes its place.\n"
+        "Its contacts go from this machine with it.");
     remove.examples = QStringList{QStringLiteral("qdfax server remove mary@fax.example.org")};
     remove.leastArguments = remove.mostArguments = 1;
     remove.run = serverRemove;
