@@ -30,9 +30,12 @@ StoreFilter filterOf(quint32 source, quint32 type, quint32 location, QVector<QVa
     return type ? StoreFilter::Type : StoreFilter::None;
 }
 
-/// Whether a text from a server may become part of a statement as the number it is.
+/// Whether a text from a server may become part of a statement as the number it is. One with leading zeros
+/// may not: as a number it has none, so the contact that is stored under it would be deleted.
 bool isObjectId(const QString& text)
 {
+    if (text.size() > 1 && text.startsWith(QLatin1Char('0')))
+        return false;
     return !text.isEmpty() && text.size() <= 18 && std::all_of(text.cbegin(), text.cend(), [](QChar c) {
         return c >= QLatin1Char('0') && c <= QLatin1Char('9');
     });

@@ -90,9 +90,9 @@ public:
     void deleteContact(quint32 source, ContactType type, ContactLocation location, const QString& uid);
     void deleteContactList(quint32 source, ContactType type, ContactLocation location);
     /// Deletes the contacts whose uid is not among @p uids, the object ids that a server listed. An empty
-    /// list deletes nothing, and so does one with anything but numbers of 1 to 18 digits: the ids come from
-    /// outside and become part of a statement. A single empty id is what an empty book looks like, and
-    /// deletes everything.
+    /// list deletes nothing, and so does one with anything but numbers of 1 to 18 digits without leading
+    /// zeros: the ids come from outside and become numbers in a statement. A single empty id is what an empty
+    /// book looks like, and deletes everything.
     void deleteContactsIfNotInUIDS(quint32 source, ContactType type, ContactLocation location,
                                    const QList<QString>& uids);
     /// The latest timestamp, 0 when there is none.

@@ -445,7 +445,8 @@ void ContactStoreTest::deleteNotIn_data()
     const char* const all = "12|\n15|\n17|\nabc|\n";
     row("no list", {}, all);
     row("two stay", {twelve, QStringLiteral("15")}, "12|\n15|\n");
-    row("leading zero is a number", {QStringLiteral("0015")}, "15|\n");
+    row("leading zero", {twelve, QStringLiteral("0015")}, all);
+    row("zero", {twelve, QStringLiteral("0")}, "12|\n");
     row("empty book", {QString()}, "");
     row("an empty one among others", {twelve, QString()}, all);
     row("blank", {QStringLiteral(" 12")}, all);
