@@ -24,8 +24,8 @@ void ContactsDeleterThread::run()
 {
     if (m_storage) {
         // whoever began a bracket ends it, also when beginning failed: the mutex is held either way
-        m_storage->scopeBegin();
-        m_storage->deleteContactsIfNotInUIDS(m_source, m_type, m_location, m_uids);
+        if (m_storage->scopeBegin())
+            m_storage->deleteContactsIfNotInUIDS(m_source, m_type, m_location, m_uids);
         m_storage->scopeEnd();
         m_storage->freeStorageForThread();
     }

@@ -32,11 +32,11 @@ void OutlookContactProviderDisassembleThread::run()
 {
     const OutlookAccess access;
     if (m_storage) {
-        m_storage->scopeBegin();
+        const bool begun = m_storage->scopeBegin();
         // another folder may have been chosen meanwhile; the contacts of this one must not come back
         QString name;
         ContactLocalStorage::SourceType kind;
-        if (m_storage->getSourceInfo(m_source, name, kind)) {
+        if (begun && m_storage->getSourceInfo(m_source, name, kind)) {
             dropContacts();
             copyFolder(access);
             if (isInterruptionRequested())

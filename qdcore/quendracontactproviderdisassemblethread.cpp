@@ -25,11 +25,11 @@ void QuendraContactProviderDisassembleThread::setContacts(const ContactList& con
 void QuendraContactProviderDisassembleThread::run()
 {
     if (m_storage) {
-        m_storage->scopeBegin();
+        const bool begun = m_storage->scopeBegin();
         // the server may have been removed while the reply was on its way; its units must not come back
         QString name;
         ContactLocalStorage::SourceType kind;
-        if (m_storage->getSourceInfo(m_source, name, kind)) {
+        if (begun && m_storage->getSourceInfo(m_source, name, kind)) {
             for (const auto& unit : qAsConst(m_contacts).contacts()) {
                 if (unit)
                     disassemble(*m_storage, m_source, *unit, m_timestamp, 0);
