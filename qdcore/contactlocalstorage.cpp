@@ -58,6 +58,20 @@ struct ContactLocalStorage::Thread
         : connection(name, file)
     {}
 
+    /// Runs a statement that writes, unless the bracket has failed; where it fails so does the bracket.
+    template <typename... Values>
+    bool write(StoreStatement statement, const Values&... values)
+    {
+        return !hasFailed() && result(connection.run(statement, values...).ok());
+    }
+    bool hasFailed() const { return bracket && bracket->isFailed(); }
+    bool result(bool ok)
+    {
+        if (!ok && bracket)
+            bracket->fail();
+        return ok;
+    }
+
     StoreConnection connection;
     std::unique_ptr<StoreBracket> bracket;
 };
@@ -126,9 +140,17 @@ ContactLocalStorage::Thread& ContactLocalStorage::getDbForThread()
 StoreConnection& ContactLocalStorage::settled()
 {
     Thread& thread = getDbForThread();
-    if (thread.bracket && !thread.bracket->settle())
-        QD_LOG(ERROR, tr("Error to add contact (db insert)", "Logger"));
+    if (thread.bracket)
+        thread.bracket->settle();
     return thread.connection;
+}
+
+ContactLocalStorage::Thread* ContactLocalStorage::writer()
+{
+    Thread& thread = getDbForThread();
+    // A thread that gave up its connection within a bracket has lost what it wrote.
+    const bool isLost = m_depth && !thread.bracket;
+    return isLost || thread.hasFailed() ? nullptr : &thread;
 }
 
 quint32 ContactLocalStorage::getSource(const QString& name, SourceType type)
@@ -143,7 +165,8 @@ quint32 ContactLocalStorage::addSource(const QString& name, SourceType type)
     quint32 id = getSource(name, type);
     if (id)
         return id;
-    if (settled().run(StoreStatement::InsertSource, name, type).ok())
+    Thread* const thread = writer();
+    if (thread && thread->write(StoreStatement::InsertSource, name, type))
         id = getSource(name, type);
     if (!id)
         QD_LOG(ERROR, tr("Error to add source (db insert)", "Logger"));
@@ -190,7 +213,7 @@ quint32 ContactLocalStorage::getContact(quint32 source, ContactType type, Contac
                                         const QString& uid)
 {
     Thread& thread = getDbForThread();
-    if (thread.bracket)
+    if (thread.bracket && !thread.hasFailed())
         return thread.bracket->contactId(source, type, location, uid);
     StoreRows rows = thread.connection.run(StoreStatement::FindContact, source, type, location, uid);
     return rows.next() ? rows.number(0) : 0;
@@ -202,25 +225,23 @@ quint32 ContactLocalStorage::addContact(quint32 source, ContactType type, Contac
                                         const QString& email, const QString& organization)
 {
     const Lock lock(m_transactionMutex);
-    quint32 id = getContact(source, type, location, uid);
+    Thread* const thread = writer();
+    quint32 id = thread ? getContact(source, type, location, uid) : 0;
     if (id) {
         updateContactInfo(id, timestamp, name, description, phone, fax, email, organization);
-        return id;
-    }
-
-    Thread& thread = getDbForThread();
-    if (thread.bracket) {
-        id = thread.bracket->addContact(
+    } else if (thread && thread->bracket) {
+        id = thread->bracket->addContact(
             {source, type, location, uid, timestamp, name, description, phone, fax, email, organization});
-    } else if (thread.connection
-                   .run(StoreStatement::InsertContact, uid, type, location, source, timestamp, name,
-                        description, phone, fax, email, organization)
-                   .ok()) {
+    } else if (thread && thread->write(StoreStatement::InsertContact, uid, type, location, source, timestamp,
+                                       name, description, phone, fax, email, organization)) {
         id = getContact(source, type, location, uid);
     }
-    if (!id)
-        QD_LOG(ERROR, tr("Error to add contact (db insert)", "Logger"));
-    return id;
+    if (id && !thread->hasFailed())
+        return id;
+    if (thread && thread->bracket)
+        thread->bracket->takeLost();
+    QD_LOG(ERROR, tr("Error to add contact (db insert)", "Logger"));
+    return 0;
 }
 
 void ContactLocalStorage::updateContactInfo(quint32 id, quint32 timestamp, const QString& name,
@@ -229,25 +250,28 @@ void ContactLocalStorage::updateContactInfo(quint32 id, quint32 timestamp, const
                                             const QString& organization)
 {
     const Lock lock(m_transactionMutex);
-    Thread& thread = getDbForThread();
-    if (thread.bracket && thread.bracket->isPending(id))
-        settled();
+    Thread* const thread = writer();
+    if (!thread)
+        return;
+    if (thread->bracket && thread->bracket->isPending(id))
+        thread->bracket->settle();
     if (timestamp) {
-        thread.connection.run(StoreStatement::UpdateContact, timestamp, name, description, phone, fax, email,
-                              organization, id);
+        thread->write(StoreStatement::UpdateContact, timestamp, name, description, phone, fax, email,
+                      organization, id);
     } else {
-        thread.connection.run(StoreStatement::UpdateContactKeepTimestamp, name, description, phone, fax,
-                              email, organization, id);
+        thread->write(StoreStatement::UpdateContactKeepTimestamp, name, description, phone, fax, email,
+                      organization, id);
     }
 }
 
 void ContactLocalStorage::deleteContact(quint32 id)
 {
     const Lock lock(m_transactionMutex);
-    Thread& thread = getDbForThread();
-    if (thread.bracket)
-        thread.bracket->forget();
-    thread.connection.run(StoreStatement::DeleteContact, id);
+    Thread* const thread = writer();
+    if (thread && thread->bracket)
+        thread->bracket->forgetContact(id);
+    if (thread)
+        thread->write(StoreStatement::DeleteContact, id);
 }
 
 void ContactLocalStorage::deleteContact(quint32 source, ContactType type, ContactLocation location,
@@ -285,36 +309,35 @@ void ContactLocalStorage::deleteMany(const QString& condition, const QString& st
                                      const QVector<QVariant>& values, bool cascades)
 {
     const Lock lock(m_transactionMutex);
-    Thread& thread = getDbForThread();
-    StoreConnection& db = thread.connection;
-    if (thread.bracket)
-        thread.bracket->forget();
+    Thread* const thread = writer();
+    if (thread && thread->bracket)
+        thread->bracket->forget();
+    if (!thread || thread->hasFailed())
+        return;
+    StoreConnection& db = thread->connection;
 
     const auto completed = [&condition](StoreStatement text) { return storeStatement(text).arg(condition); };
-    const QVector<QVariant> counted = QVector<QVariant>(values) << fewContacts + 1;
-    if (db.first(completed(StoreStatement::CountContacts), counted).toUInt() <= fewContacts) {
-        db.execute(statement, values);
+    const QVariant count =
+        db.first(completed(StoreStatement::CountContacts), QVector<QVariant>(values) << fewContacts + 1);
+    if (count.isValid() && count.toUInt() <= fewContacts) {
+        thread->result(db.execute(statement, values));
         return;
     }
 
     // The row trigger scans two tables for each contact that goes. Its work is done here for all of them at
     // once, and the trigger is away only inside a transaction, where nobody else can miss it.
     const auto run = [&db](StoreStatement text) { return db.execute(storeStatement(text)); };
-    const bool own = !thread.bracket;
+    const bool own = !thread->bracket;
     if (own && !run(StoreStatement::Begin))
         return;
-    bool ok = run(StoreStatement::Savepoint);
     const QString trigger = db.first(storeStatement(StoreStatement::DeleteTriggerText)).toString();
-    if (!cascades) {
-        ok = ok && db.execute(completed(StoreStatement::DeletePropertiesOfContacts), values) &&
-             db.execute(completed(StoreStatement::DeleteLinksOfContacts), values);
-    }
-    ok = ok && (trigger.isEmpty() || run(StoreStatement::DropDeleteTrigger)) &&
-         db.execute(statement, values) && (trigger.isEmpty() || db.execute(trigger));
-    if (!ok)
-        run(StoreStatement::RollbackToSavepoint);
-    run(StoreStatement::ReleaseSavepoint);
-    if (own && !run(StoreStatement::Commit))
+    const bool ok = (cascades || (db.execute(completed(StoreStatement::DeletePropertiesOfContacts), values) &&
+                                  db.execute(completed(StoreStatement::DeleteLinksOfContacts), values))) &&
+                    (trigger.isEmpty() || run(StoreStatement::DropDeleteTrigger)) &&
+                    db.execute(statement, values) && (trigger.isEmpty() || db.execute(trigger));
+    if (!own)
+        thread->result(ok);
+    else if (!ok || !run(StoreStatement::Commit))
         run(StoreStatement::Rollback);
 }
 
@@ -426,19 +449,21 @@ ContactList ContactLocalStorage::units(ContactFactory factory, quint32 source, C
 void ContactLocalStorage::linkContactAndGroup(quint32 contact, quint32 group)
 {
     const Lock lock(m_transactionMutex);
-    Thread& thread = getDbForThread();
-    if (thread.bracket) {
-        if (!thread.bracket->hasLink(contact, group))
-            thread.bracket->addLink(contact, group);
+    Thread* const thread = writer();
+    if (!thread)
+        return;
+    if (thread->bracket) {
+        if (!thread->bracket->hasLink(contact, group))
+            thread->bracket->addLink(contact, group);
         return;
     }
     bool isMissing = false;
     {
-        StoreRows rows = thread.connection.run(StoreStatement::FindLink, contact, group);
+        StoreRows rows = thread->connection.run(StoreStatement::FindLink, contact, group);
         isMissing = rows.ok() && !rows.next();
     }
     if (isMissing)
-        thread.connection.run(StoreStatement::InsertLink, contact, group);
+        thread->write(StoreStatement::InsertLink, contact, group);
 }
 
 void ContactLocalStorage::unlinkContactAndGroup(quint32 contact, quint32 group)
@@ -446,32 +471,36 @@ void ContactLocalStorage::unlinkContactAndGroup(quint32 contact, quint32 group)
     if (!contact && !group)
         return;
     const Lock lock(m_transactionMutex);
-    Thread& thread = getDbForThread();
-    if (thread.bracket && !thread.bracket->removeLinks(contact, group))
+    Thread* const thread = writer();
+    if (!thread || (thread->bracket && !thread->bracket->removeLinks(contact, group)))
         return;
     if (contact && group)
-        thread.connection.run(StoreStatement::DeleteLink, contact, group);
+        thread->write(StoreStatement::DeleteLink, contact, group);
     else if (contact)
-        thread.connection.run(StoreStatement::DeleteLinksOfContact, contact);
+        thread->write(StoreStatement::DeleteLinksOfContact, contact);
     else
-        thread.connection.run(StoreStatement::DeleteLinksOfGroup, group);
+        thread->write(StoreStatement::DeleteLinksOfGroup, group);
 }
 
 void ContactLocalStorage::addProperty(quint32 contact, PropertyType type, const QString& value)
 {
     const Lock lock(m_transactionMutex);
-    StoreConnection& connection = settled();
-    const bool exists = connection.run(StoreStatement::FindProperty, contact, type).next();
+    Thread* const thread = writer();
+    if (!thread)
+        return;
+    const bool exists = settled().run(StoreStatement::FindProperty, contact, type).next();
     if (exists)
-        connection.run(StoreStatement::UpdateProperty, value, contact, type);
+        thread->write(StoreStatement::UpdateProperty, value, contact, type);
     else
-        connection.run(StoreStatement::InsertProperty, contact, type, value);
+        thread->write(StoreStatement::InsertProperty, contact, type, value);
 }
 
 void ContactLocalStorage::deleteProperty(quint32 contact, PropertyType type)
 {
     const Lock lock(m_transactionMutex);
-    settled().run(StoreStatement::DeleteProperty, contact, type);
+    settled();
+    if (Thread* const thread = writer())
+        thread->write(StoreStatement::DeleteProperty, contact, type);
 }
 
 bool ContactLocalStorage::getPropertyInfo(quint32 contact, PropertyType type, QString& value)
@@ -514,14 +543,11 @@ bool ContactLocalStorage::scopeBegin()
     m_transactionMutex.lock();
     QD_LOG(DEBUG, tr("Transaction mutex locked", "Logger"));
     Thread& thread = getDbForThread();
-    if (m_depth++)
-        return thread.bracket != nullptr;
-
-    thread.connection.execute(storeStatement(StoreStatement::SpillOff));
-    if (!thread.connection.execute(storeStatement(StoreStatement::Begin)))
-        return false;
-    thread.bracket = std::make_unique<StoreBracket>(thread.connection);
-    return true;
+    if (m_depth++ == 0) {
+        thread.connection.execute(storeStatement(StoreStatement::SpillOff));
+        thread.bracket = std::make_unique<StoreBracket>(thread.connection);
+    }
+    return thread.bracket && !thread.hasFailed();
 }
 
 void ContactLocalStorage::scopeEnd()
@@ -531,12 +557,14 @@ void ContactLocalStorage::scopeEnd()
         return;
     QD_LOG(DEBUG, tr("Transaction commit started", "Logger"));
     if (--m_depth == 0) {
-        StoreConnection& connection = settled();
         Thread& thread = getDbForThread();
-        if (thread.bracket && !connection.execute(storeStatement(StoreStatement::Commit)))
-            connection.execute(storeStatement(StoreStatement::Rollback));
-        thread.bracket.reset();
-        connection.execute(storeStatement(StoreStatement::SpillOn));
+        const std::unique_ptr<StoreBracket> bracket = std::move(thread.bracket);
+        if (bracket) {
+            bracket->end();
+            if (bracket->takeLost())
+                QD_LOG(ERROR, tr("Error to add contact (db insert)", "Logger"));
+        }
+        thread.connection.execute(storeStatement(StoreStatement::SpillOn));
     }
     QD_LOG(DEBUG, tr("Transaction commit finished", "Logger"));
     m_transactionMutex.unlock();

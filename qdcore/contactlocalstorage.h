@@ -21,7 +21,8 @@ class StoreConnection;
  *
  * ContactManager owns the one instance. Every function runs on the calling thread, with a connection of that
  * thread, and may be called from any thread; a thread that used the store calls freeStorageForThread() before
- * it ends. Functions that write wait for a bracket that another thread has open.
+ * it ends. Functions that write wait for a bracket that another thread has open. What is written in a bracket
+ * is stored whole or not at all: see scopeBegin().
  *
  * Ids are those of the tables' rows; 0 is none. Where a filter argument is 0 it does not filter. Nothing is
  * reported but by the return value: an id or timestamp of 0, false, an empty list.
@@ -75,8 +76,8 @@ public:
 
     quint32 getContact(quint32 source, ContactType type, ContactLocation location, const QString& uid);
     /// Adds a contact, or updates the one of that source, type, location and uid. @p timestamp is the
-    /// source's, in Unix seconds; 0 keeps the stored one. Returns the contact's id. Within a bracket a row
-    /// may be written later, and only the log tells when that fails.
+    /// source's, in Unix seconds; 0 keeps the stored one. Returns the contact's id. Within a bracket the
+    /// row may be written later; where that fails only the log tells, and the bracket has failed.
     quint32 addContact(quint32 source, ContactType type, ContactLocation location, const QString& uid,
                        quint32 timestamp, const QString& name, const QString& description,
                        const QString& phone, const QString& fax, const QString& email,
@@ -133,9 +134,16 @@ public:
 
     /// Opens a bracket: until scopeEnd() this thread alone writes, all in one transaction. Waits for the
     /// bracket of another thread. Brackets of one thread may be nested; the outermost counts. Returns whether
-    /// the transaction began; scopeEnd() is due also when it did not.
+    /// the transaction runs; scopeEnd() is due also when it does not.
+    ///
+    /// A bracket that could not begin (another program has had the file for 5 s), and one in which a write
+    /// failed (no room, a read-only file), has failed: all that it wrote is taken back, the ids that it gave
+    /// out are void, and until its end nothing is written. Then addContact() and addSource() return 0 for
+    /// what is not there and log that, other writes do nothing, and what is read is the state before the
+    /// bracket.
     bool scopeBegin();
-    /// Commits and lets other threads write.
+    /// Ends a bracket. That of the outermost one commits, or takes everything back when the bracket has
+    /// failed or cannot be committed, and lets other threads write.
     void scopeEnd();
 
     /// Closes the calling thread's connection. Due before a thread ends; using the store again opens a new
@@ -153,6 +161,8 @@ private:
     Thread& getDbForThread();
     /// Its connection after everything that its bracket keeps back is written.
     StoreConnection& settled();
+    /// What the calling thread writes with, while it holds m_transactionMutex; null in a failed bracket.
+    Thread* writer();
 
     /// Deletes the contacts that a condition names, by @p statement, without running the row trigger once for
     /// each.

@@ -1,10 +1,50 @@
 #include "storebracket_p.h"
 
+namespace {
+
+/// Whether a text comes back from the database as it is: invalid UTF-16 and what begins with a byte order
+/// mark, which is taken off or obeyed, does not, so no map finds it.
+bool isStoredAsIs(const QString& text)
+{
+    return text.isValidUtf16() && !text.startsWith(QChar(QChar::ByteOrderMark)) &&
+           !text.startsWith(QChar(QChar::ByteOrderSwapped));
+}
+
+} // namespace
+
+StoreBracket::StoreBracket(StoreConnection& connection)
+    : m_connection(connection)
+    , m_begun(connection.execute(storeStatement(StoreStatement::Begin)))
+    , m_failed(!m_begun)
+{}
+
+void StoreBracket::fail()
+{
+    if (m_failed)
+        return;
+    m_failed = true;
+    m_lost = m_nextId != 0;
+    m_newContacts.clear();
+    m_newLinks.clear();
+    m_books.clear();
+    m_members.clear();
+    // Fails where SQLite did it by itself.
+    m_connection.execute(storeStatement(StoreStatement::Rollback));
+}
+
+void StoreBracket::end()
+{
+    settle();
+    if (!m_failed && !m_connection.execute(storeStatement(StoreStatement::Commit)))
+        fail();
+}
+
 quint32 StoreBracket::contactId(quint32 source, quint32 type, quint32 location, const QString& uid)
 {
-    // A text that is not valid UTF-16 comes back from the database as another one, so no map finds it.
-    if (const QHash<QString, quint32>* ids = uid.isValidUtf16() ? book({source, type, location}) : nullptr)
-        return ids->value(uid);
+    if (isStoredAsIs(uid)) {
+        const Uids* const known = book({source, type, location});
+        return known ? known->ids.value(uid) : 0;
+    }
     settle();
     StoreRows rows = m_connection.run(StoreStatement::FindContact, source, type, location, uid);
     return rows.next() ? rows.number(0) : 0;
@@ -12,6 +52,8 @@ quint32 StoreBracket::contactId(quint32 source, quint32 type, quint32 location, 
 
 quint32 StoreBracket::addContact(const StoreContact& contact)
 {
+    if (m_failed)
+        return 0;
     quint32 id = 0;
     if (m_nextId) {
         id = m_nextId++;
@@ -22,18 +64,22 @@ quint32 StoreBracket::addContact(const StoreContact& contact)
             m_connection.run(StoreStatement::InsertContact, contact.uid, contact.type, contact.location,
                              contact.source, contact.timestamp, contact.name, contact.description,
                              contact.phone, contact.fax, contact.email, contact.organization);
-        if (!rows.ok())
+        if (!rows.ok()) {
+            fail();
             return 0;
+        }
         id = rows.insertedId();
         m_nextId = id + 1;
     }
 
-    const auto ids = m_books.find({contact.source, contact.type, contact.location});
-    if (ids != m_books.end())
-        ids->insert(contact.uid, id);
-    if (m_newContacts.size() >= storeRowsAtOnce && !writeContacts())
-        return 0;
-    return id;
+    const auto known = m_books.find({contact.source, contact.type, contact.location});
+    if (known != m_books.end() && isStoredAsIs(contact.uid))
+        known->ids.insert(contact.uid, id);
+    else if (known != m_books.end())
+        m_books.erase(known); // Only the database knows under what uid the contact will be found.
+    if (m_newContacts.size() >= storeRowsAtOnce)
+        writeContacts();
+    return m_failed ? 0 : id;
 }
 
 bool StoreBracket::isPending(quint32 id) const
@@ -43,16 +89,16 @@ bool StoreBracket::isPending(quint32 id) const
 
 bool StoreBracket::hasLink(quint32 contact, quint32 group)
 {
-    if (loadLinks()) {
-        const auto members = m_members.constFind(group);
-        return members != m_members.constEnd() && members->contains(contact);
-    }
-    StoreRows rows = m_connection.run(StoreStatement::FindLink, contact, group);
-    return !rows.ok() || rows.next();
+    if (!loadLinks())
+        return false;
+    const auto members = m_members.constFind(group);
+    return members != m_members.constEnd() && members->contains(contact);
 }
 
 void StoreBracket::addLink(quint32 contact, quint32 group)
 {
+    if (m_failed)
+        return;
     if (m_hasLinks)
         m_members[group].insert(contact);
     m_newLinks.append({contact, group});
@@ -62,7 +108,9 @@ void StoreBracket::addLink(quint32 contact, quint32 group)
 
 bool StoreBracket::removeLinks(quint32 contact, quint32 group)
 {
-    bool any = !loadLinks();
+    if (!loadLinks())
+        return false;
+    bool any = false;
     if (group) {
         const auto members = m_members.find(group);
         if (members != m_members.end() && contact)
@@ -78,11 +126,10 @@ bool StoreBracket::removeLinks(quint32 contact, quint32 group)
     return any;
 }
 
-bool StoreBracket::settle()
+void StoreBracket::settle()
 {
-    const bool ok = writeContacts();
+    writeContacts();
     writeLinks();
-    return ok;
 }
 
 void StoreBracket::forget()
@@ -93,72 +140,87 @@ void StoreBracket::forget()
     m_hasLinks = false;
 }
 
-QHash<QString, quint32>* StoreBracket::book(const Book& book)
+void StoreBracket::forgetContact(quint32 id)
+{
+    settle();
+    if (m_failed)
+        return;
+    StoreRows rows = m_connection.run(StoreStatement::ContactInfo, id);
+    if (rows.next()) {
+        const QString uid = rows.text(0);
+        const auto known = m_books.find({rows.number(3), rows.number(1), rows.number(2)});
+        if (known != m_books.end() && known->repeated.contains(uid))
+            m_books.erase(known);
+        else if (known != m_books.end() && known->ids.value(uid) == id)
+            known->ids.remove(uid);
+    }
+    m_members.remove(id);
+    for (QSet<quint32>& members : m_members)
+        members.remove(id);
+}
+
+StoreBracket::Uids* StoreBracket::book(const Book& book)
 {
     const auto known = m_books.find(book);
     if (known != m_books.end())
         return &*known;
 
     settle();
+    if (m_failed)
+        return nullptr;
     const auto [source, type, location] = book;
     StoreRows rows = m_connection.run(StoreStatement::ListUids, source, type, location);
-    if (!rows.ok())
-        return nullptr;
-    QHash<QString, quint32>& ids = m_books[book];
+    Uids& uids = m_books[book];
     while (rows.next()) {
         // Of several rows with one uid the plain statement finds the first; it never finds NULL.
         const QString uid = rows.text(0);
-        if (!rows.isNull(0) && !ids.contains(uid))
-            ids.insert(uid, rows.number(1));
+        if (rows.isNull(0))
+            continue;
+        if (uids.ids.contains(uid))
+            uids.repeated.insert(uid);
+        else
+            uids.ids.insert(uid, rows.number(1));
     }
-    return &ids;
+    if (rows.isComplete())
+        return &uids;
+    fail(); // Whom the map lacks would be added twice.
+    return nullptr;
 }
 
 bool StoreBracket::loadLinks()
 {
-    if (m_hasLinks)
-        return true;
+    if (m_hasLinks || m_failed)
+        return !m_failed;
     writeLinks();
+    if (m_failed)
+        return false;
     StoreRows rows = m_connection.run(StoreStatement::ListLinks);
-    m_hasLinks = rows.ok();
     while (rows.next())
         m_members[rows.number(1)].insert(rows.number(0));
+    if (!rows.isComplete())
+        fail();
+    m_hasLinks = !m_failed;
     return m_hasLinks;
 }
 
-bool StoreBracket::writeContacts()
+void StoreBracket::writeContacts()
 {
     const QVector<QPair<quint32, StoreContact>> contacts = std::exchange(m_newContacts, {});
-    const auto append = [](QVector<QVariant>& values, const QPair<quint32, StoreContact>& row) {
-        const StoreContact& c = row.second;
-        for (const quint32 number : {row.first})
-            values.append(number);
-        values.append(StoreConnection::bound(c.uid));
-        for (const quint32 number : {c.type, c.location, c.source, c.timestamp})
-            values.append(number);
-        for (const QString* text : {&c.name, &c.description, &c.phone, &c.fax, &c.email, &c.organization})
-            values.append(StoreConnection::bound(*text));
-    };
-
+    const bool atOnce = contacts.size() == storeRowsAtOnce;
     QVector<QVariant> values;
     values.reserve(storeRowsAtOnce * 12);
-    if (contacts.size() == storeRowsAtOnce) {
-        for (const auto& row : contacts)
-            append(values, row);
-        if (m_connection.run(StoreStatement::InsertContacts, values).ok())
-            return true;
-    }
-    // Fewer than a full statement takes, or one of them is refused: each by itself, with the id it was
-    // promised.
-    bool ok = true;
-    for (const auto& row : contacts) {
+    for (const auto& [id, c] : contacts) {
+        values << id << StoreConnection::bound(c.uid) << c.type << c.location << c.source << c.timestamp;
+        for (const QString* text : {&c.name, &c.description, &c.phone, &c.fax, &c.email, &c.organization})
+            values.append(StoreConnection::bound(*text));
+        if (atOnce)
+            continue;
+        if (!write(StoreStatement::InsertContactWithId, values))
+            return;
         values.clear();
-        append(values, row);
-        ok &= m_connection.run(StoreStatement::InsertContactWithId, values).ok();
     }
-    if (!ok)
-        m_books.clear();
-    return ok;
+    if (atOnce)
+        write(StoreStatement::InsertContacts, values);
 }
 
 void StoreBracket::writeLinks()
@@ -169,9 +231,11 @@ void StoreBracket::writeLinks()
         values.reserve(storeRowsAtOnce * 2);
         for (const auto& link : links)
             values << link.first << link.second;
-        if (m_connection.run(StoreStatement::InsertLinks, values).ok())
+        write(StoreStatement::InsertLinks, values);
+        return;
+    }
+    for (const auto& link : links) {
+        if (!write(StoreStatement::InsertLink, link.first, link.second))
             return;
     }
-    for (const auto& link : links)
-        m_connection.run(StoreStatement::InsertLink, link.first, link.second);
 }

@@ -8,6 +8,7 @@
 #include <QSet>
 
 #include <tuple>
+#include <utility>
 
 /// A row of the contacts table as it is stored.
 struct StoreContact
@@ -26,7 +27,11 @@ struct StoreContact
 };
 
 /**
- * A running transaction bracket.
+ * A transaction bracket.
+ *
+ * It is stored whole or not at all. On a full disk SQLite takes the whole transaction back by itself, and
+ * whatever ran after that would be stored row by row; so the first write that fails, or a beginning that
+ * fails, makes the bracket a failed one: everything is taken back at once, and nothing is written any more.
  *
  * The tables have no index, so looking a contact up by its uid is a scan, and a book of n contacts would cost
  * n². While a bracket runs no other connection can write, so it remembers what it has looked up, one book at
@@ -38,15 +43,22 @@ struct StoreContact
 class StoreBracket
 {
 public:
-    explicit StoreBracket(StoreConnection& connection)
-        : m_connection(connection)
-    {}
+    /// Begins a transaction. Where that fails so has the bracket.
+    explicit StoreBracket(StoreConnection& connection);
     Q_DISABLE_COPY(StoreBracket)
+
+    bool isFailed() const { return m_failed; }
+    /// A write failed: takes back what the bracket wrote, and with it the ids that it gave out.
+    void fail();
+    /// Whether contacts that had got an id are lost; tells it once.
+    bool takeLost() { return std::exchange(m_lost, false); }
+    /// Writes what was kept back and commits, or takes everything back.
+    void end();
 
     /// The id of the contact with that source, type, location and uid, 0 when there is none.
     quint32 contactId(quint32 source, quint32 type, quint32 location, const QString& uid);
 
-    /// Adds a contact that contactId() does not know. Returns its id, 0 when it could not be written.
+    /// Adds a contact that contactId() does not know. Returns its id, 0 when the bracket has failed.
     quint32 addContact(const StoreContact& contact);
 
     /// Whether a contact has yet to be written.
@@ -59,25 +71,43 @@ public:
     /// false when there are none, so that nothing needs to be deleted.
     bool removeLinks(quint32 contact, quint32 group);
 
-    /// Writes what was kept back. Returns false when rows could not be written.
-    bool settle();
+    /// Writes what was kept back.
+    void settle();
 
     /// Settles, and forgets what was looked up: rows are about to go.
     void forget();
+    /// Likewise for one contact.
+    void forgetContact(quint32 id);
 
 private:
     using Book = std::tuple<quint32, quint32, quint32>;
+    struct Uids
+    {
+        QHash<QString, quint32> ids;
+        QSet<QString> repeated; ///< Those of several rows; ids has the first.
+    };
 
-    QHash<QString, quint32>* book(const Book& book);
+    Uids* book(const Book& book);
     bool loadLinks();
-    bool writeContacts();
+    void writeContacts();
     void writeLinks();
+    /// Runs a statement that writes; false, and the bracket has failed, when it does not run.
+    template <typename... Values>
+    bool write(StoreStatement statement, const Values&... values)
+    {
+        if (!m_failed && !m_connection.run(statement, values...).ok())
+            fail();
+        return !m_failed;
+    }
 
     StoreConnection& m_connection;
-    QMap<Book, QHash<QString, quint32>> m_books; ///< From uid to id.
-    QHash<quint32, QSet<quint32>> m_members;     ///< From group to its contacts.
-    bool m_hasLinks{false};                      ///< m_members is loaded.
-    quint32 m_nextId{0}; ///< The id that the next new contact will have, 0 while unknown.
+    const bool m_begun;
+    bool m_failed;
+    bool m_lost{false};
+    QMap<Book, Uids> m_books;
+    QHash<quint32, QSet<quint32>> m_members; ///< From group to its contacts.
+    bool m_hasLinks{false};                  ///< m_members is loaded.
+    quint32 m_nextId{0};                     ///< The id that the next new contact will have, 0 while unknown.
     QVector<QPair<quint32, StoreContact>> m_newContacts;
     QVector<QPair<quint32, quint32>> m_newLinks; ///< Contact and group.
 };

@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QPointer>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QThread>
 #include <QVariant>
@@ -34,6 +35,8 @@ public:
     /// Whether the statement ran.
     bool ok() const { return m_ok; }
     bool next() { return m_ok && m_query->next(); }
+    /// After the last row: whether that was the end, and not an error in the middle.
+    bool isComplete() const { return m_ok && !m_query->lastError().isValid(); }
 
     quint32 number(int column) const { return m_query->value(column).toUInt(); }
     QString text(int column) const { return m_query->value(column).toString(); }

@@ -116,9 +116,6 @@ const char* const statements[] = {
     "DELETE FROM groups WHERE contact IN gone OR contactgroup IN gone;",
     "SELECT sql FROM sqlite_master WHERE type='trigger' AND name='delete_contact';",
     "DROP TRIGGER delete_contact;",
-    "SAVEPOINT delete_many;",
-    "ROLLBACK TO delete_many;",
-    "RELEASE delete_many;",
 };
 static_assert(sizeof(statements) / sizeof(*statements) == static_cast<std::size_t>(StoreStatement::End),
               "one text for each statement");

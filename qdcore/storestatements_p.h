@@ -79,9 +79,6 @@ enum class StoreStatement {
     DeleteLinksOfContacts,
     DeleteTriggerText,
     DropDeleteTrigger,
-    Savepoint,
-    RollbackToSavepoint,
-    ReleaseSavepoint,
 
     End
 };
