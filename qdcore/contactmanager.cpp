@@ -23,6 +23,8 @@ ContactManager::~ContactManager()
     const QVector<QPointer<ContactProvider>> providers = std::exchange(m_providers, {});
     for (const auto& provider : providers)
         delete provider;
+    // those that were taken off the list and wait for the event loop: their threads use the store
+    qDeleteAll(findChildren<ContactProvider*>(QString(), Qt::FindDirectChildrenOnly));
     delete m_storage;
 }
 

@@ -1,6 +1,7 @@
 #include "outlookcontactproviderdisassemblethread.h"
 
 #include "outlookfolderkey_p.h"
+#include "tsan_p.h"
 
 #include <limits>
 
@@ -26,6 +27,7 @@ OutlookContactProviderDisassembleThread::OutlookContactProviderDisassembleThread
 OutlookContactProviderDisassembleThread::~OutlookContactProviderDisassembleThread()
 {
     wait();
+    tsanTakeOver(this);
 }
 
 void OutlookContactProviderDisassembleThread::run()
@@ -45,8 +47,10 @@ void OutlookContactProviderDisassembleThread::run()
         m_storage->scopeEnd();
         m_storage->freeStorageForThread();
     }
+    tsanHandOver(this);
     Q_EMIT doneDisassembleContactFromThread(m_type);
     deleteLater();
+    tsanHandOver(this);
 }
 
 void OutlookContactProviderDisassembleThread::dropContacts()

@@ -480,7 +480,7 @@ void TestContacts::endsAtAnyMoment()
             const int turns = random.bounded(120);
             for (int turn = 0; turn < turns; ++turn)
                 QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 1);
-            switch (time % 4) {
+            switch (time % 5) {
             case 0: // the server
                 world.faxes->deleteServer(server);
                 QTRY_VERIFY(!server);
@@ -492,6 +492,10 @@ void TestContacts::endsAtAnyMoment()
             case 2: // the manager of contacts, while servers live
                 delete world.contacts;
                 QTest::qWait(1);
+                break;
+            case 3: // a provider that waits for the event loop when the manager goes
+                world.contacts->deleteProvider(server->contactProvider());
+                delete world.contacts;
                 break;
             default: // everything
                 break;
