@@ -166,17 +166,10 @@ void Downloader::slotReadyRead()
     }
 
     const QByteArray chunk = m_reply->readAll();
-    if (!m_file.isOpen() || m_file.write(chunk) != chunk.size() || !m_file.flush()) {
-        // A full disk: the rest is of no use, and the file must not be announced as complete.
-        if (m_file.isOpen())
-            m_file.close();
-        m_reply->disconnect(this);
-        m_reply->abort();
-        m_reply->deleteLater();
-        QD_LOG(ERROR, tr("Downloader: file %1 cannot be written!", "Logger").arg(m_filePath));
-        Q_EMIT downloadError(FileError);
-        return;
-    }
+    // A full disk does not end the download. Nothing goes behind the gap, so that the file stays a beginning
+    // of what was sent, even when there is room again.
+    if (m_file.isOpen() && (m_file.write(chunk) != chunk.size() || !m_file.flush()))
+        m_file.close();
     QD_LOG(DEBUG, tr("Downloader: next data chunk was obtained.", "Logger"));
 }
 
@@ -193,11 +186,12 @@ void Downloader::slotFinished()
     if (m_file.isOpen())
         m_file.close();
 
-    // The receiver may destroy this object.
+    // The receiver may destroy this object, or begin the next download.
     const QPointer<QNetworkReply> reply = m_reply;
     if (reply && reply->isFinished() && reply->error() == QNetworkReply::NoError) {
         QD_LOG(DEBUG, tr("Downloader: file %1 was obtained successfully.", "Logger").arg(m_filePath));
-        Q_EMIT downloadFinished(m_filePath);
+        const QString filePath = m_filePath;
+        Q_EMIT downloadFinished(filePath);
     } else {
         QD_LOG(ERROR, tr("Downloader: network error! File has not downloaded!", "Logger"));
     }

@@ -29,7 +29,7 @@ public:
     enum Error {
         NoError = 0,
         NetworkError = 1, ///< The request failed, or the server answered with an error.
-        FileError = 2     ///< The target file cannot be opened or written.
+        FileError = 2     ///< The target file cannot be opened.
     };
     Q_ENUM(Error)
 
@@ -52,7 +52,8 @@ public:
      *
      * Ends with downloadFinished() or downloadError(). While a download is running only the target file is
      * prepared (and what still arrives goes into it); no second request is sent. That still holds inside a
-     * slot of downloadFinished().
+     * slot of downloadFinished(). Where that file cannot be opened, downloadError(FileError) comes and the
+     * running download goes on without a file.
      */
     void download(QUrl url, bool secure);
 
@@ -60,8 +61,9 @@ public:
     Error getLastError() const { return m_lastError; }
 
 Q_SIGNALS:
-    /// The server's whole answer is in the file @p filePath: downloadPath(), the platform's separator, the
-    /// name.
+    /// The server's answer has arrived. It is in the file @p filePath: downloadPath(), the platform's
+    /// separator, the name. What could not be written, as on a full disk, is lost without a word, and the
+    /// file is shorter: who must know compares its size with what the server sent.
     void downloadFinished(const QString& filePath);
 
     /// The download has failed; what was already written stays in the file. A network error may be told
