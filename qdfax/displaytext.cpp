@@ -155,6 +155,44 @@ QString durationText(qint64 seconds)
     return QStringLiteral("%1 h %2 min").arg(QString::number(seconds / 3600), twoDigits(seconds / 60 % 60));
 }
 
+QString transferText(const QString& name, qint64 received, qint64 total, qint64 rate, int width)
+{
+    const int longestName = 20;
+    const int shortestName = 4; // columns; less says nothing
+    const int barWidth = 12;
+    const bool isKnown = total > 0;
+    const bool hasTime = isKnown && rate > 0;
+    const qint64 left = hasTime ? std::max<qint64>(0, total - received) / rate : 0;
+    const qint64 done = std::min(received, total);
+
+    QString text = sizeText(received);
+    if (isKnown)
+        text += QStringLiteral(" of ") + sizeText(total);
+    text += QStringLiteral(", %1/s").arg(sizeText(rate));
+    if (hasTime)
+        text += QStringLiteral(", %1 left").arg(durationText(left));
+    if (isKnown) {
+        const int full = int(done * barWidth / total);
+        const QString bar =
+            QStringLiteral("[%1%2] %3 %, ")
+                .arg(QString(full, QLatin1Char('#')), QString(barWidth - full, QLatin1Char('.')),
+                     QString::number(done * 100 / total));
+        if (displayWidth(bar + text) <= width)
+            text.prepend(bar);
+    }
+    if (displayWidth(text) > width) {
+        text = QStringLiteral("%1, %2/s").arg(sizeText(received), sizeText(rate));
+        if (hasTime) {
+            text += QStringLiteral(", %1:%2:%3")
+                        .arg(left / 3600)
+                        .arg(left / 60 % 60, 2, 10, QLatin1Char('0'))
+                        .arg(left % 60, 2, 10, QLatin1Char('0'));
+        }
+    }
+    const int room = std::min(longestName, width - displayWidth(text) - 1);
+    return room < shortestName ? text : cutToWidth(printable(name), room) + QLatin1Char(' ') + text;
+}
+
 QByteArray jsonText(const QJsonValue& value)
 {
     const QJsonDocument document =

@@ -24,6 +24,11 @@ QString sizeText(qint64 bytes);
 /// "42 s", "3 min 05 s", "2 h 07 min".
 QString durationText(qint64 seconds);
 
+/// How a transfer goes in at most @p width columns: the name, a bar, the size, the rate (bytes a second) and
+/// the time left. Where it is narrow the name goes first, then the bar, then what else can be done without.
+/// @p total -1: not known.
+QString transferText(const QString& name, qint64 received, qint64 total, qint64 rate, int width);
+
 /// An array or object as indented UTF-8. Characters that a terminal obeys are written as escapes, so that the
 /// text is the same for a JSON reader and harmless on a screen.
 QByteArray jsonText(const QJsonValue& value);

@@ -26,22 +26,29 @@ const int defaultSearchTime = 3000; // ms
 const int longestSearchTime = 3600 * 1000;
 
 /// An access manager that counts what arrives. The Downloader takes the bytes out of the reply and says
-/// nothing of lengths, so they are counted before it gets them.
+/// nothing of lengths, so they are counted before it gets them. It asks for the document as it is: of a
+/// compressed one that is cut short nobody would know.
 class CountingManager : public QNetworkAccessManager
 {
 public:
     qint64 received() const { return m_received; }
-    /// What the server said the length would be; -1 when it did not, or when it counts compressed bytes.
+    /// What the server said the length would be; -1 when it did not.
     qint64 expected() const { return m_expected; }
+    /// How the server packed what it sent, unasked; empty when it did not.
+    QString encoding() const { return m_encoding; }
 
 protected:
     QNetworkReply* createRequest(Operation op, const QNetworkRequest& request, QIODevice* data) override
     {
-        QNetworkReply* reply = QNetworkAccessManager::createRequest(op, request, data);
+        QNetworkRequest plain(request);
+        plain.setRawHeader("Accept-Encoding", "identity");
+        QNetworkReply* reply = QNetworkAccessManager::createRequest(op, plain, data);
         connect(reply, &QNetworkReply::metaDataChanged, this, [this, reply] {
             const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
-            const bool isPlain = !reply->hasRawHeader("Content-Encoding");
-            m_expected = length.isValid() && isPlain ? length.toLongLong() : -1;
+            m_expected = length.isValid() ? length.toLongLong() : -1;
+            m_encoding = QString::fromLatin1(reply->rawHeader("Content-Encoding")).trimmed();
+            if (m_encoding.compare(QLatin1String("identity"), Qt::CaseInsensitive) == 0)
+                m_encoding.clear();
         });
         connect(reply, &QNetworkReply::readyRead, this,
                 [this, reply] { m_received += reply->bytesAvailable(); });
@@ -51,6 +58,7 @@ protected:
 private:
     qint64 m_received{0};
     qint64 m_expected{-1};
+    QString m_encoding;
 };
 
 /// A line with a bar, the size, the rate and the time left.
@@ -70,22 +78,7 @@ public:
             return;
         m_shown = now;
         const qint64 rate = now > 0 ? received * 1000 / now : 0;
-        QString text = cutToWidth(printable(m_name), 20) + QLatin1Char(' ');
-        if (total > 0) {
-            const int width = 12;
-            const int full = int(std::min(received, total) * width / total);
-            text += QStringLiteral("[%1%2] %3 %, %4 of %5")
-                        .arg(QString(full, QLatin1Char('#')), QString(width - full, QLatin1Char('.')),
-                             QString::number(std::min(received, total) * 100 / total), sizeText(received),
-                             sizeText(total));
-        } else {
-            text += sizeText(received);
-        }
-        text += QStringLiteral(", %1/s").arg(sizeText(rate));
-        if (total > 0 && rate > 0)
-            text +=
-                QStringLiteral(", %1 left").arg(durationText(std::max<qint64>(0, total - received) / rate));
-        m_line.show(text);
+        m_line.show(transferText(m_name, received, total, rate, Terminal::ProgressLine::width()));
     }
 
 private:
@@ -109,6 +102,26 @@ int statusOf(const ReplyWatch::Outcome& last)
     default:
         return ExitStatus::Error;
     }
+}
+
+/// Whether the file begins as a web page does, whatever type the server gave it.
+bool holdsWebPage(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && ReplyWatch::beginsWebPage(file.read(ReplyWatch::bodyHead));
+}
+
+/// Why a name that the server chose is not taken; empty when it is.
+QString nameProblem(const QString& name)
+{
+    const int longestName = 255; // bytes, of most file systems
+    if (std::any_of(name.begin(), name.end(), [](QChar c) { return c.category() == QChar::Other_Control; }))
+        return QStringLiteral("it holds control characters");
+    if (QFile::encodeName(name).size() > longestName)
+        return QStringLiteral("it is longer than %1 bytes").arg(longestName);
+    if (name.isEmpty() || name.startsWith(QLatin1Char('.')))
+        return QStringLiteral("it is not one for a new file");
+    return QString();
 }
 
 /// What is left on disk, as a sentence; a file of nothing is removed.
@@ -207,6 +220,18 @@ int fetch(Invocation& call, const QUrl& url, bool secure, const QString& folder,
         return call.fail(statusOf(last), QStringLiteral("Downloading from %1 failed: %2%3")
                                              .arg(source, why, leftover(written, last.httpStatus)));
     }
+    if (!manager.encoding().isEmpty()) {
+        return call.fail(ExitStatus::InvalidReply,
+                         QStringLiteral("Downloading from %1 failed: the server packed the document (%2), "
+                                        "although it was asked not to. The file %3 holds what it sent.")
+                             .arg(source, manager.encoding(), QDir::toNativeSeparators(written)));
+    }
+    if (last.isWebPage || holdsWebPage(written)) {
+        return call.fail(ExitStatus::InvalidReply,
+                         QStringLiteral("Downloading from %1 failed: a web page came instead of a document. "
+                                        "The file %2 holds it.")
+                             .arg(source, QDir::toNativeSeparators(written)));
+    }
     const qint64 size = QFileInfo(written).size();
     if (size != manager.received()) {
         return call.fail(ExitStatus::File,
@@ -295,12 +320,12 @@ int download(Invocation& call)
 
     const QString name = QFileInfo(url.path(QUrl::FullyDecoded)).fileName();
     const QString path = QDir(folder).filePath(name);
-    if (name.isEmpty() || name == QLatin1String("..") || name.startsWith(QLatin1Char('.'))) {
+    const QString problem = nameProblem(name);
+    if (!problem.isEmpty()) {
         return call.fail(
             ExitStatus::File,
-            QStringLiteral("The name \"%1\", which the server gives the document, is not one for a new "
-                           "file.")
-                .arg(name));
+            QStringLiteral("The name \"%1\", which the server gives the document, is refused: %2.")
+                .arg(cutToWidth(printable(name), 60), problem));
     }
     const QFileInfo target(path);
     if ((target.exists() || target.isSymLink()) && !call.isSet("overwrite")) {
@@ -328,8 +353,8 @@ int discover(Invocation& call)
     QEventLoop loop;
     Discover search;
     QObject::connect(&search, &Discover::discoveredEntry, &loop, [&](const DiscoverEntry& entry) {
-        // each server answers several times
-        if (known.contains(entry.inetAddr))
+        // each server answers several times; without an address nobody can use it
+        if (entry.inetAddr.isEmpty() || known.contains(entry.inetAddr))
             return;
         known.append(entry.inetAddr);
         if (call.isJson()) {

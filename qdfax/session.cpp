@@ -12,16 +12,12 @@
 
 namespace {
 
-/// Enough of a body to see what it is.
-const qint64 bodyHead = 512;
-
 bool looksLikeWebPage(QNetworkReply& reply)
 {
     if (reply.header(QNetworkRequest::ContentTypeHeader).toString().contains(QLatin1String("html")))
         return true;
     // an aborted one is closed
-    const QByteArray head = (reply.isOpen() ? reply.peek(bodyHead) : QByteArray()).trimmed().toLower();
-    return head.startsWith("<!doctype html") || head.startsWith("<html");
+    return reply.isOpen() && ReplyWatch::beginsWebPage(reply.peek(ReplyWatch::bodyHead));
 }
 
 } // namespace
@@ -35,6 +31,12 @@ ReplyWatch::ReplyWatch(QNetworkAccessManager& nam, QObject* parent)
     nam.installEventFilter(this);
     // ahead of the task, which connects to the reply after the manager has
     connect(&nam, &QNetworkAccessManager::finished, this, &ReplyWatch::slotFinished);
+}
+
+bool ReplyWatch::beginsWebPage(const QByteArray& head)
+{
+    const QByteArray text = head.trimmed().toLower();
+    return text.startsWith("<!doctype html") || text.startsWith("<html");
 }
 
 bool ReplyWatch::eventFilter(QObject* watched, QEvent* event)

@@ -36,6 +36,10 @@ public:
         QString socketError;
         bool isWebPage{false};
     };
+    /// Whether a body that begins like this is a web page; bodyHead bytes are enough to see it.
+    static bool beginsWebPage(const QByteArray& head);
+    static constexpr qint64 bodyHead = 512;
+
     const Outcome& last() const { return m_last; }
     /// Requests that are not answered yet.
     int pending() const { return m_pending; }

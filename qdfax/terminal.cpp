@@ -323,12 +323,17 @@ void Terminal::setLastWords(const QString& text)
     lastWordsIndex = other;
 }
 
+int Terminal::ProgressLine::width()
+{
+    const int columns = errorSize().columns;
+    return columns > 1 ? columns - 1 : 79; // in the last one some terminals wrap
+}
+
 void Terminal::ProgressLine::show(const QString& text)
 {
     if (!isError())
         return;
-    const int columns = errorSize().columns;
-    const QString line = cutToWidth(printable(text), columns > 1 ? columns - 1 : 79);
+    const QString line = cutToWidth(printable(text), width());
     const int used = displayWidth(line);
     // blanks instead of an escape sequence: they wipe on any terminal
     const QString filler(qMax(0, progressWidth - used), QLatin1Char(' '));

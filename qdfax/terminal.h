@@ -55,6 +55,8 @@ public:
     ~ProgressLine() { clear(); }
     Q_DISABLE_COPY(ProgressLine)
 
+    /// The columns that it has.
+    static int width();
     /// Cut to the terminal's width.
     void show(const QString& text);
     static void clear();

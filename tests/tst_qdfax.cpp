@@ -724,6 +724,45 @@ private Q_SLOTS:
         QCOMPARE(result.value(0, "address").toString(), m_sim->address());
         QCOMPARE(run("discover --timeout 1000").out.count('\n'), 1);
     }
+
+    void noDocuments_data()
+    {
+        QTest::addColumn<QByteArray>("headers");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("says");
+        const QString target = QStringLiteral("/d/x.tif");
+        QTest::newRow("packed unasked")
+            << QByteArray("Content-Encoding: gzip\r\n") << QByteArray("\x1f\x8b") << target << 7 << "gzip";
+        QTest::newRow("packed in no way")
+            << QByteArray("Content-Encoding: identity\r\n") << QByteArray("II*") << target << 0 << "";
+        QTest::newRow("page by its type") << QByteArray("Content-Type: text/html; charset=utf-8\r\n")
+                                          << QByteArray("Hello") << target << 7 << "web page";
+        QTest::newRow("page by its content") << QByteArray("Content-Type: image/tiff\r\n")
+                                             << QByteArray("\n<!DOCTYPE HTML>") << target << 7 << "web page";
+        QTest::newRow("control characters")
+            << QByteArray() << QByteArray("II*") << s("/d/a%1Bb.tif") << 11 << "is refused: it holds control";
+        QTest::newRow("long name") << QByteArray() << QByteArray("II*")
+                                   << s("/d/") + QString(300, QLatin1Char('x')) << 11
+                                   << "is refused: it is longer than 255 bytes";
+    }
+    void noDocuments()
+    {
+        QFETCH(QByteArray, headers);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, target);
+        QFETCH(int, status);
+        QFETCH(QString, says);
+        addServer();
+        ScriptedServer other;
+        other.setAnswer(ScriptedServer::reply(body, "200 OK", headers));
+        const Result result = run({s("download"), s("http://") + other.address() + target});
+        CHECK_RUN(result, status);
+        QVERIFY2(result.err.contains(says.toUtf8()), result.err);
+        for (const WireRequest& request : other.requests())
+            QCOMPARE(request.header("Accept-Encoding"), QByteArray("identity"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestQdfax)

@@ -362,6 +362,32 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(blocked));
     }
 
+    void transfersFit_data()
+    {
+        QTest::addColumn<qint64>("total");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<QString>("text");
+        const qint64 mega = 1000000;
+        QTest::newRow("wide") << 500 * mega << 119
+                              << "a long name of a fa… [###.........] 25 %, 125.0 MB of 500.0 MB, 2.5 MB/s, "
+                                 "2 min 30 s left";
+        QTest::newRow("80 columns") << 500 * mega << 79
+                                    << "a long na… [###.........] 25 %, 125.0 MB of 500.0 MB, 2.5 MB/s, "
+                                       "2 min 30 s left";
+        QTest::newRow("60 columns") << 500 * mega << 59
+                                    << "a long nam… 125.0 MB of 500.0 MB, 2.5 MB/s, 2 min 30 s left";
+        QTest::newRow("30 columns") << 500 * mega << 29 << "125.0 MB, 2.5 MB/s, 0:02:30";
+        QTest::newRow("length not known") << qint64(-1) << 39 << "a long name of a fa… 125.0 MB, 2.5 MB/s";
+    }
+    void transfersFit()
+    {
+        QFETCH(qint64, total);
+        QFETCH(int, width);
+        const QString text = transferText(s("a long name of a fax.tif"), 125000000, total, 2500000, width);
+        QTEST(text, "text");
+        QVERIFY(displayWidth(text) <= width);
+    }
+
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
