@@ -38,8 +38,10 @@ bool readUsersFile(const QString& path, QVector<SimUser>* users, QString* error)
         *error = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
         return false;
     }
-    while (!file.atEnd()) {
-        const QString line = QString::fromUtf8(file.readLine()).trimmed();
+    const int before = users->size();
+    // not atEnd(), which is true for a pipe from the start
+    for (QByteArray text; !(text = file.readLine()).isEmpty();) {
+        const QString line = QString::fromUtf8(text).trimmed();
         SimUser user;
         if (line.isEmpty() || line.startsWith(QLatin1Char('#')))
             continue;
@@ -48,6 +50,10 @@ bool readUsersFile(const QString& path, QVector<SimUser>* users, QString* error)
             return false;
         }
         users->append(user);
+    }
+    if (users->size() == before) {
+        *error = QStringLiteral("%1 names no users").arg(path);
+        return false;
     }
     return true;
 }

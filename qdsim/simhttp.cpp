@@ -336,8 +336,8 @@ private:
         for (const auto& header : qAsConst(reply.headers))
             response.set_header(header.first.toStdString(), header.second.toStdString());
         if (reply.compressed && request.header("Accept-Encoding").contains("gzip")) {
-            compress(response, reply);
-            return;
+            compress(&reply);
+            response.set_header("Content-Encoding", "gzip");
         }
         if (reply.length() == 0) {
             // a provider of nothing gets no length, and the client waits for the end of the connection
@@ -370,23 +370,27 @@ private:
         return true;
     }
 
-    static void compress(httplib::Response& response, const SimReply& reply)
+    /// Puts the packed body into the place of the plain one, so that trouble on the way strikes it as well.
+    static void compress(SimReply* reply)
     {
-        std::string packed;
+        QByteArray packed;
         httplib::detail::gzip_compressor compressor;
         const auto append = [&packed](const char* data, size_t size) {
-            packed.append(data, size);
+            packed.append(data, static_cast<int>(size));
             return true;
         };
-        const qint64 total = reply.length();
+        const qint64 total = reply->length();
         for (qint64 at = 0; at < total || at == 0; at += largestChunk) {
             const qint64 size = std::min(total - at, qint64(largestChunk));
-            const QByteArray part = reply.generator ? reply.generator(at, size) : QByteArray();
-            const char* data = reply.generator ? part.constData() : reply.body.constData() + at;
+            const QByteArray part = reply->generator ? reply->generator(at, size) : QByteArray();
+            const char* data = reply->generator ? part.constData() : reply->body.constData() + at;
             compressor.compress(data, static_cast<size_t>(size), at + size >= total, append);
         }
-        response.set_header("Content-Encoding", "gzip");
-        response.set_content(packed, reply.contentType.toStdString());
+        // what was to end inside the plain body ends inside the shorter one too
+        if (reply->cutAfter >= packed.size() && reply->cutAfter < total)
+            reply->cutAfter = packed.size() / 2;
+        reply->body = packed;
+        reply->generator = nullptr;
     }
 
     bool send(const Exchange& exchange, qint64 offset, qint64 length, httplib::DataSink& sink)

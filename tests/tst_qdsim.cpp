@@ -596,11 +596,18 @@ private Q_SLOTS:
         QTemporaryDir folder;
         QFile users(folder.filePath(s("users")));
         QVERIFY(users.open(QIODevice::WriteOnly));
-        users.write("# people\nbob:word:admin\n");
+        users.write("# nobody\n");
         users.close();
+        wrong.start(s(QDSIM_PROGRAM), {s("--users"), users.fileName()});
+        QVERIFY(wrong.waitForFinished(20000));
+        QCOMPARE(wrong.exitCode(), 2);
+        QVERIFY(wrong.readAllStandardError().contains("no users"));
+
         QProcess process;
-        process.start(s(QDSIM_PROGRAM), {s("--users"), users.fileName(), s("--inbound"), s("3"), s("--fault"),
+        process.start(s(QDSIM_PROGRAM), {s("--users"), s("/dev/stdin"), s("--inbound"), s("3"), s("--fault"),
                                          s("status=418,path=/qdws/v1/about,times=1")});
+        process.write("# people\nbob:word:admin\n"); // a pipe
+        process.closeWriteChannel();
         QVERIFY(process.waitForReadyRead(20000));
         const QString line = QString::fromUtf8(process.readLine());
         const auto match =

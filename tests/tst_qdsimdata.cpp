@@ -374,6 +374,13 @@ private Q_SLOTS:
         const Wire::Answer answer = packed.send(server);
         QVERIFY(answer.head.contains("Content-Encoding: gzip\r\n"));
         QVERIFY(answer.isWhole && answer.body.size() < plain.body.size() / 2);
+        for (const char* fault : {"cut=100,times=1", "cut,times=1"}) {
+            QVERIFY(server.addFault(QString::fromLatin1(fault)));
+            const Wire::Answer cut = packed.send(server);
+            QVERIFY(cut.head.contains("Content-Encoding: gzip\r\n"));
+            QVERIFY(!cut.isWhole && !cut.body.isEmpty());
+            QCOMPARE(cut.body.size() == 100, fault[3] == '=');
+        }
     }
 };
 QTEST_GUILESS_MAIN(TestQdsimData)
