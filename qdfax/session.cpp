@@ -58,7 +58,10 @@ void ReplyWatch::watch(QNetworkReply* reply)
         ++m_pending;
         connect(reply, &QNetworkReply::finished, this, [this] { --m_pending; });
     }
-    connect(reply, &QNetworkReply::metaDataChanged, this, &ReplyWatch::activity);
+    connect(reply, &QNetworkReply::metaDataChanged, this, [this] {
+        m_isAnswered = true;
+        Q_EMIT activity();
+    });
     // the reply itself does not know how long a body is that can be read only once
     const qint64 length = reply->request().header(QNetworkRequest::ContentLengthHeader).toLongLong();
     connect(reply, &QNetworkReply::uploadProgress, this, [this, length](qint64 sent) {
@@ -181,7 +184,7 @@ bool Session::waitForLogin()
     if (!answered)
         return false;
     if (!loggedIn)
-        explain(failed, doing);
+        explain(isWebPage() ? Task::InvalidReply : failed, doing);
     return loggedIn;
 }
 
@@ -210,10 +213,21 @@ bool Session::wait(const QString& doing)
     m_silence.stop();
     if (!m_timedOut)
         return true;
+    // a server that waits for plain text says nothing to a TLS greeting
+    const QString hint = m_server->useSSL() && !m_watch->isAnswered()
+                             ? QStringLiteral(" If the server does not speak HTTPS there, add it without "
+                                              "--ssl.")
+                             : QString();
     fail(ExitStatus::TimeOut,
-         QStringLiteral("%1 at %2: nothing was heard for %3. Try again later, or allow more with --timeout.")
-             .arg(doing, m_server->address(), durationText(m_invocation.timeout() / 1000)));
+         QStringLiteral("%1 at %2: nothing was heard for %3. Try again later, or allow more with "
+                        "--timeout.%4")
+             .arg(doing, m_server->address(), durationText(m_invocation.timeout() / 1000), hint));
     return false;
+}
+
+bool Session::isWebPage() const
+{
+    return m_watch->last().isWebPage && m_watch->last().httpStatus == 200;
 }
 
 int Session::explain(Task::Status status, const QString& doing)
@@ -231,7 +245,7 @@ void Session::pause(int ms)
 QString Session::reason(Task::Status status) const
 {
     const ReplyWatch::Outcome& last = m_watch->last();
-    if (last.isWebPage && last.httpStatus == 200) {
+    if (isWebPage()) {
         return QStringLiteral(
             "a web page came instead of a fax server's answer. Check address and port: some other "
             "server may listen there.");
@@ -275,6 +289,10 @@ QString Session::networkReason(const ReplyWatch::Outcome& last, bool useSSL)
             return answer +
                    QStringLiteral(
                        " What was asked for does not exist there (any more); check the URL or address.");
+        case 409:
+            return answer +
+                   QStringLiteral(" It is no longer in a state that allows this; see \"qdfax queue\" and "
+                                  "\"qdfax sent\".");
         default:
             break;
         }
@@ -310,6 +328,10 @@ QString Session::networkReason(const ReplyWatch::Outcome& last, bool useSSL)
     case QNetworkReply::OperationCanceledError:
         return QStringLiteral("the answer is larger than any real one, and was cut off.");
     default:
+        // what the socket does not know either is an end in the middle; an unreachable network has a text
+        if (last.error == QNetworkReply::UnknownNetworkError &&
+            (last.socketError.isEmpty() || last.socketError == QLatin1String("Unknown error")))
+            return QStringLiteral("the connection ended before the answer came. Try again later.");
         return QStringLiteral("%1. Check address and network.")
             .arg(last.socketError.isEmpty() ? QStringLiteral("the connection failed (%1)").arg(last.error)
                                             : last.socketError);

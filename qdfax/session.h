@@ -50,6 +50,8 @@ public:
         m_last = Outcome();
         m_finished = 0;
     }
+    /// Whether any reply has begun.
+    bool isAnswered() const { return m_isAnswered; }
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -66,6 +68,7 @@ private:
     Outcome m_last;
     int m_pending{0};
     int m_finished{0};
+    bool m_isAnswered{false};
 };
 
 /**
@@ -172,6 +175,7 @@ private:
     bool waitForLogin();
     /// Runs the event loop until somebody quits it. False, with the sentence said, when the time is up.
     bool wait(const QString& doing);
+    bool isWebPage() const;
     QString reason(Task::Status status) const;
 
     const Invocation& m_invocation;

@@ -358,7 +358,7 @@ private Q_SLOTS:
         row("TLS on a plain port", 2, "without --ssl");
         row("plain on a TLS port", 2, "with --ssl");
         row("html", 7, "web page");
-        row("body=<html><body>Login</body></html>", 3,
+        row("body=<html><body>Login</body></html>", 7,
             "web page"); // well-formed, without the word that verifies
         row("notxml", 7, "cannot be understood");
         row("empty", 7, "cannot be understood");
@@ -762,6 +762,50 @@ private Q_SLOTS:
         QVERIFY2(result.err.contains(says.toUtf8()), result.err);
         for (const WireRequest& request : other.requests())
             QCOMPARE(request.header("Accept-Encoding"), QByteArray("identity"));
+    }
+
+    void doubtIsSaid_data()
+    {
+        QTest::addColumn<QString>("fault");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<bool>("isInDoubt");
+        QTest::newRow("cut inside the answer") << s("cut=40") << 2 << true;
+        QTest::newRow("unreadable answer") << s("truncated") << 7 << true;
+        QTest::newRow("bad gateway") << s("status=502") << 2 << true;
+        QTest::newRow("gateway time-out") << s("status=504") << 2 << true;
+        QTest::newRow("refused") << s("status=403") << 2 << false;
+    }
+    void doubtIsSaid()
+    {
+        QFETCH(QString, fault);
+        QFETCH(bool, isInDoubt);
+        addServer();
+        QVERIFY(m_sim->addFault(fault + s(",method=POST")));
+        const Result result = run("send text.txt --to 5");
+        QTEST(result.status, "status");
+        QVERIFY2(result.err.contains("not known") == isInDoubt, result.err);
+    }
+
+    void conflictNamesTheLogs()
+    {
+        addServer();
+        QVERIFY(m_sim->addFault(QStringLiteral("status=409,path=/qdws/v1/o")));
+        for (const char* command : {"abort", "reschedule"}) {
+            const Result result = run({s(command), s("/qdws/v1/ofax/17")});
+            CHECK_RUN(result, 2);
+            QVERIFY2(result.err.contains("no longer in a state"), result.err);
+        }
+    }
+
+    void silentPortHintsAtSsl()
+    {
+        QTcpServer silent; // takes the connection and never speaks
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        const QString address = s("127.0.0.1:") + QString::number(silent.serverPort());
+        const Result secure = run(
+            {s("server"), s("add"), address, s("--login"), s("mary"), s("--ssl"), s("--timeout"), s("1")});
+        CHECK_RUN(secure, 10);
+        QVERIFY2(secure.err.contains("without --ssl"), secure.err);
     }
 };
 
