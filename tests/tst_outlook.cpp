@@ -6,6 +6,7 @@
 #include "fakeoutlook.h"
 #include "outlookcontact.h"
 #include "outlookcontactprovider.h"
+#include "outlookcontactproviderdisassemblethread.h"
 #include "testkit.h"
 
 #include <QAbstractItemModelTester>
@@ -174,6 +175,7 @@ private Q_SLOTS:
     void nothingToRead();
     void switchesFolder();
     void switchesWhileReading();
+    void interrupted();
     void shrinksWhileRead();
     void largeFolder();
     void neverHalfRebuilt();
@@ -490,6 +492,24 @@ void TestOutlook::switchesWhileReading()
     QVERIFY(world.rows(first).isEmpty());
 }
 
+// Not even for a moment is half a folder to be seen.
+void TestOutlook::interrupted()
+{
+    m_contacts->items = contacts(10);
+    World world(m_contacts);
+    QVERIFY(world.sync());
+    QPointer<OutlookContactProviderDisassembleThread> thread(new OutlookContactProviderDisassembleThread(
+        world.manager->storage(), world.provider->sourceId(), world.provider));
+    thread->setEntryID(m_contacts->key());
+    m_outlook->beforeItem = [](int number) {
+        if (number == 5)
+            QThread::currentThread()->requestInterruption();
+    };
+    thread->start();
+    QTRY_VERIFY(!thread);
+    QVERIFY(world.rows(world.provider->sourceId()).isEmpty());
+}
+
 void TestOutlook::shrinksWhileRead()
 {
     m_contacts->items = contacts(10);
@@ -595,6 +615,9 @@ void TestOutlook::destroyedWhileReading()
     world.provider->syncContacts(ContactList::OutlookContacts, false);
     world.provider->syncContacts(ContactList::OutlookContacts, false);
     QSignalSpy idle(world.manager.get(), &ContactManager::onSyncStop);
+    int readBefore = 0;
+    connect(world.provider, &ContactProvider::errorSyncedContacts,
+            [&] { readBefore = m_outlook->itemsRead; });
     const unsigned int source = world.provider->sourceId();
     QVERIFY(reading.tryAcquire(1, 20000));
     if (byManager) {
@@ -609,7 +632,8 @@ void TestOutlook::destroyedWhileReading()
     const QStringList end{s("stop"), s("error 2")};
     QCOMPARE(*world.said, QStringList({s("start"), s("start")}) + end + end);
 
-    // it was waited for: what it read is there, whole
+    // they were waited for before anything was said, and what they read is there, whole
+    QCOMPARE(readBefore, 600);
     if (byManager)
         world.manager = std::make_unique<ContactManager>();
     QCOMPARE(world.rows(source).size(), 300);
