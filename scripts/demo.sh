@@ -50,7 +50,7 @@ make_pdf() { # FILE PAGES
 }
 
 say "Starting qdsim"
-"$bin/qdsim" --user "anna:$QDFAX_PASSWORD:global" --spool "$work/spool" --speed 20 --inbound 5 \
+"$bin/qdsim" --user "anna:$QDFAX_PASSWORD:global" --spool "$work/spool" --speed 20 --inbound 5 --contacts 2000 --groups 5 \
   >"$work/qdsim.out" 2>"$work/qdsim.log" &
 sim=$!
 for _ in $(seq 100); do
@@ -109,5 +109,15 @@ run download --inbox 1 --to "$work/downloads"
 location=$("$bin/qdfax" inbox --json | jq -r '.[0].location')
 wget -q -O "$work/direct" --user anna --password "$QDFAX_PASSWORD" --header 'Content-Type: application/xml' "$location"
 cmp "$work/direct" "$(find "$work/downloads" -type f)" && echo "The document is the server's, byte for byte."
+
+say "Keeping the contact books, and sending to a group"
+run contacts sync
+run contacts search richter --limit 5
+run contacts add 'Rosa Demo' --fax 5550199
+friend=$("$bin/qdfax" contacts search richter --json | jq -r 'map(select(.fax != ""))[0].id')
+run contacts add 'Demo team' --book personal-groups --member 'Rosa Demo' --member "$friend"
+run contacts sync
+run send "$work/outbox/terms.txt" --to-contact 'Demo team' --no-cover --subject 'To the team' --wait
+[ "$("$bin/qdfax" sent --json | jq 'map(select(.subject == "To the team" and .state == "sent")) | length')" -eq 2 ]
 
 say "Everything worked"
