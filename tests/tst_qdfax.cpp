@@ -1,5 +1,6 @@
 // The program qdfax as users start it, against a simulated server and against servers that misbehave.
 
+#include "qdfaxprogram.h"
 #include "scriptedserver.h"
 #include "shorthand.h"
 #include "simwire.h"
@@ -21,62 +22,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <termios.h>
 #include <unistd.h>
-
-namespace {
-
-const int longest = 60000; // ms, of one run
-
-struct Result
-{
-    int status{-1};
-    QByteArray out;
-    QByteArray err;
-    QJsonArray array() const { return QJsonDocument::fromJson(out).array(); }
-    /// A value of one of the objects that make up the output.
-    QVariant value(int index, const char* name) const
-    {
-        return array().at(index).toObject().value(QLatin1String(name)).toVariant();
-    }
-    QJsonObject object() const { return QJsonDocument::fromJson(out).object(); }
-};
-
-/// A run of qdfax. In a terminal of its own, if told so, or with a limit to the size of files.
-class Program : public QProcess
-{
-public:
-    QString terminal;
-    rlim_t largestFile{0};
-
-protected:
-    void setupChildProcess() override
-    {
-        setsid();
-        if (!terminal.isEmpty()) {
-            const int slave = ::open(terminal.toLocal8Bit().constData(), O_RDWR);
-            ioctl(slave, TIOCSCTTY, 0);
-            for (int descriptor = 0; descriptor < 3; ++descriptor)
-                dup2(slave, descriptor);
-        }
-        if (largestFile > 0) {
-            const rlimit limit = {largestFile, largestFile};
-            setrlimit(RLIMIT_FSIZE, &limit);
-            ::signal(SIGXFSZ, SIG_IGN); // writing fails, as on a full disk
-        }
-    }
-};
-
-} // namespace
-
-#define CHECK_RUN(run, expected)                                                                             \
-    do {                                                                                                     \
-        const Result result_ = (run);                                                                        \
-        QVERIFY2(result_.status == (expected),                                                               \
-                 (QByteArray::number(result_.status) + ": " + result_.out + result_.err).constData());       \
-    } while (false)
 
 class TestQdfax : public QObject
 {
@@ -92,24 +40,7 @@ class TestQdfax : public QObject
 
     void start(Program& program, const QStringList& arguments)
     {
-        program.setProgram(s(QDFAX_PROGRAM));
-        program.setArguments(arguments);
-        program.setWorkingDirectory(m_folder->path());
-        program.setProcessEnvironment(m_environment);
-        program.start();
-    }
-
-    static Result finish(Program& program)
-    {
-        // this thread's event loop goes on: servers of the test live on it
-        const auto ended = [&program] { return program.state() == QProcess::NotRunning; };
-        if (!QTest::qWaitFor(ended, longest))
-            program.kill();
-        Result result;
-        result.status = program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
-        result.out = program.readAllStandardOutput();
-        result.err = program.readAllStandardError();
-        return result;
+        program.begin(arguments, m_folder->path(), m_environment);
     }
 
     Result run(const QStringList& arguments, const QByteArray& input = QByteArray())
@@ -118,7 +49,7 @@ class TestQdfax : public QObject
         start(program, arguments);
         program.write(input);
         program.closeWriteChannel();
-        return finish(program);
+        return program.finish();
     }
 
     /// One line as a shell would split it; quotes keep blanks.
@@ -276,10 +207,10 @@ private Q_SLOTS:
                 return tcgetattr(slave, &state) == 0 && (state.c_lflag & ECHO) != 0;
             };
             QVERIFY(hasEcho());
-            QTRY_VERIFY_WITH_TIMEOUT((read(), shown.contains("Password of mary@")), longest);
+            QTRY_VERIFY_WITH_TIMEOUT((read(), shown.contains("Password of mary@")), Program::longest);
             QVERIFY(!hasEcho());
             QCOMPARE(::write(terminal, typed.constData(), size_t(typed.size())), ssize_t(typed.size()));
-            const Result result = finish(program);
+            const Result result = program.finish();
             read();
             CHECK_RUN(result, typed.endsWith('\n') ? 0 : 130);
             QVERIFY2(!shown.contains("s3c"), shown);
@@ -602,7 +533,7 @@ private Q_SLOTS:
         Program program;
         program.largestFile = 1000000;
         start(program, {s("download"), s("--inbox"), s("1")});
-        const Result full = finish(program);
+        const Result full = program.finish();
         CHECK_RUN(full, 11);
         QVERIFY2(full.err.contains(fax.filename.toUtf8()), full.err);
     }
@@ -662,9 +593,9 @@ private Q_SLOTS:
         });
         Program program;
         start(program, {s("download"), s("http://") + other.address() + s("/x.tif")});
-        QTRY_COMPARE_WITH_TIMEOUT(readFile(path("x.tif")), QByteArray("half"), longest);
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(path("x.tif")), QByteArray("half"), Program::longest);
         QCOMPARE(::kill(pid_t(program.processId()), SIGINT), 0);
-        const Result result = finish(program);
+        const Result result = program.finish();
         CHECK_RUN(result, 130);
         QVERIFY2(result.err.contains("x.tif"), result.err);
     }
@@ -694,14 +625,14 @@ private Q_SLOTS:
         Program program;
         program.setStandardOutputFile(s("/dev/full"));
         start(program, {s("help")});
-        CHECK_RUN(finish(program), 11);
+        CHECK_RUN(program.finish(), 11);
         // a reader that has had enough is nothing to complain of
         Program piped;
         QProcess reader;
         piped.setStandardOutputProcess(&reader);
         start(piped, {s("watch"), s("sent"), s("--interval"), s("1")});
         reader.start(s("true"), QStringList());
-        const Result ended = finish(piped);
+        const Result ended = piped.finish();
         QTRY_COMPARE(reader.state(), QProcess::NotRunning);
         CHECK_RUN(ended, 141);
         QCOMPARE(ended.err, QByteArray());
