@@ -606,9 +606,12 @@ void TestOutlook::destroyedWhileReading()
     QFETCH(bool, byManager);
     m_contacts->items = contacts(300);
     QSemaphore reading;
+    QSemaphore goOn; // the threads stand still until their end is settled
     m_outlook->beforeItem = [&](int number) {
-        if (number == item)
+        if (number == item) {
             reading.release();
+            goOn.acquire();
+        }
     };
     World world(m_contacts);
     // the second waits for the first
@@ -621,9 +624,11 @@ void TestOutlook::destroyedWhileReading()
     const unsigned int source = world.provider->sourceId();
     QVERIFY(reading.tryAcquire(1, 20000));
     if (byManager) {
+        goOn.release(2);
         world.manager.reset();
     } else {
         world.manager->deleteProvider(world.provider.data());
+        goOn.release(2);
         QTRY_VERIFY(!world.provider);
         QCOMPARE(idle.count(), 1);
         QVERIFY(!world.manager->isSync());
