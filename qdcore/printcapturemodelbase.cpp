@@ -26,9 +26,14 @@ PrintCaptureModelBase::PrintCaptureModelBase(const DateTimeConverter& converter,
 
 PrintCaptureModelBase::~PrintCaptureModelBase() = default;
 
-QDir PrintCaptureModelBase::captureFolder()
+QString PrintCaptureModelBase::folder()
 {
-    return QDir(appFolder(QStringLiteral("/Print Captures")), actionFilesFilter());
+    return appFolder(QStringLiteral("/Print Captures"));
+}
+
+QDir PrintCaptureModelBase::listedFiles()
+{
+    return QDir(folder(), actionFilesFilter());
 }
 
 int PrintCaptureModelBase::rowCount(const QModelIndex& parent) const
@@ -111,7 +116,7 @@ void PrintCaptureModelBase::slotUpdate()
 {
     beginResetModel();
     m_entries.clear();
-    const QFileInfoList files = captureFolder().entryInfoList();
+    const QFileInfoList files = listedFiles().entryInfoList();
     m_entries.reserve(files.size());
     for (QFileInfo file : files)
         addEntry(file);
@@ -156,7 +161,7 @@ bool PrintCaptureModelBase::removePrintCapture(const QFileInfo& file)
 
 void PrintCaptureModelBase::deleteAll()
 {
-    auto* remover = new FilesRemoveRunnable(captureFolder());
+    auto* remover = new FilesRemoveRunnable(listedFiles());
     connect(remover, &FilesRemoveRunnable::signalRemovingComplete, this, &PrintCaptureModelBase::slotUpdate,
             Qt::QueuedConnection);
     connect(remover, &FilesRemoveRunnable::signalRemovingComplete, this,

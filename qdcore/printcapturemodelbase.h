@@ -33,6 +33,9 @@ public:
     PrintCaptureModelBase(const DateTimeConverter& converter, bool newFaxAction, QObject* parent = nullptr);
     ~PrintCaptureModelBase() override;
 
+    /// The path of the folder as of now. It need not exist.
+    static QString folder();
+
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
@@ -115,7 +118,7 @@ private:
     enum Column { Name, Pages, CreatedAt, Actions };
     enum Action { NewFax, View, Delete };
 
-    QDir captureFolder();
+    QDir listedFiles();
     ActionBarItem actionBar() const;
 
     const DateTimeConverter& m_converter;
