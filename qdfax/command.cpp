@@ -145,8 +145,7 @@ const QVector<Command>& commands()
 {
     static const QVector<Command> all = serverCommands() + profileCommands() + sendCommands() +
                                         logCommands() + downloadCommands() + contactCommands() +
-                                        outlookCommands() +
-                                        helpCommands();
+                                        outlookCommands() + captureCommands() + helpCommands();
     return all;
 }
 
@@ -178,6 +177,25 @@ QList<QCommandLineOption> globalOptions(const Command& command)
             options.append(option);
     }
     return options;
+}
+
+bool needsDisplay(const QStringList& arguments)
+{
+    QCommandLineParser words;
+    words.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    words.addOptions(globalOptions());
+    if (!words.parse(arguments))
+        return false;
+    int wordCount = 0;
+    const Command* command = findCommand(words.positionalArguments(), &wordCount);
+    if (!command || !command->needsDisplay)
+        return false;
+    // what is not understood, or asks for help, is answered without
+    QCommandLineParser parser;
+    parser.addOptions(globalOptions(*command));
+    parser.addOptions(command->options);
+    const int count = parser.parse(arguments) ? parser.positionalArguments().size() - wordCount : -1;
+    return count >= command->leastArguments && count <= command->mostArguments;
 }
 
 int runCommandLine(const QStringList& arguments)

@@ -29,6 +29,7 @@ struct Command
     int leastArguments{0};
     int mostArguments{0};                  ///< -1: any number.
     std::function<int(Invocation&)> run{}; ///< Returns an exit status; has said why when it is not Ok.
+    bool needsDisplay{false};              ///< It opens windows, so the program has to be a QApplication.
 
     bool hasOption(const QString& option) const;
 };
@@ -46,6 +47,7 @@ QVector<Command> outlookCommands();
 QVector<Command> contactCommands();
 QVector<Command> contactChangeCommands(); ///< Part of contactCommands(), as the next.
 QVector<Command> contactFileCommands();
+QVector<Command> captureCommands();
 QVector<Command> helpCommands();
 
 /// The options that every command takes.
@@ -56,6 +58,10 @@ QList<QCommandLineOption> globalOptions(const Command& command);
 /// Help for all, or for one command.
 QString generalHelp();
 QString commandHelp(const Command& command);
+
+/// Whether a command line is that of a command which opens windows. To be asked before there is an
+/// application.
+bool needsDisplay(const QStringList& arguments);
 
 /// Runs a whole command line, the program's name first; returns the exit status.
 int runCommandLine(const QStringList& arguments);

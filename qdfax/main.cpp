@@ -2,9 +2,12 @@
 #include "logger.h"
 #include "terminal.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QStandardPaths>
 #include <QTextCodec>
+
+#include <cstdlib>
+#include <memory>
 
 namespace {
 
@@ -24,6 +27,32 @@ void logMessage(QtMsgType type, const QMessageLogContext& context, const QString
     busy = false;
 }
 
+/// Qt ends the program when it can open no display.
+void sayNoDisplay(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    logMessage(type, context, text);
+    if (type != QtFatalMsg)
+        return;
+    Terminal::writeError(
+        QStringLiteral("qdfax: There is no display to open a window on. \"qdfax captures list\" and "
+                       "the commands beside it need none."));
+    std::_Exit(ExitStatus::Error);
+}
+
+std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    if (!needsDisplay(arguments))
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qInstallMessageHandler(sayNoDisplay);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    // a command ends by itself; a window that closes may be followed by another one
+    QApplication::setQuitOnLastWindowClosed(false);
+    return application;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -33,13 +62,13 @@ int main(int argc, char** argv)
     // Names, arguments and the settings file are UTF-8 whatever the locale: in the C locale everything
     // outside ASCII would turn into question marks.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    const QCoreApplication application(argc, argv);
 
     // the library keeps everything below this folder and looks for no other
     if (qEnvironmentVariableIsEmpty("APPDATA")) {
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
         qputenv("APPDATA", folder.toLocal8Bit());
     }
+    const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
     qInstallMessageHandler(logMessage);
     return runCommandLine(QCoreApplication::arguments());
 }

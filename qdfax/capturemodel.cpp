@@ -1,0 +1,172 @@
+#include "capturemodel.h"
+
+#include "displaytext.h"
+#include "pdfpages.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+
+namespace {
+
+QFileInfo companionOf(const QFileInfo& file)
+{
+    return QFileInfo(file.dir().filePath(file.completeBaseName() + QStringLiteral(".TIF")));
+}
+
+CaptureModel::Companion stateOf(const QFileInfo& companion, const QFileInfo& file)
+{
+    if (!companion.exists())
+        return CaptureModel::NoTiff;
+    if (!companion.isFile() || !companion.isReadable())
+        return CaptureModel::UnreadableTiff;
+    return companion.lastModified() < file.lastModified() ? CaptureModel::OlderTiff : CaptureModel::Tiff;
+}
+
+QIcon imageOf(const QString& name)
+{
+    QIcon image(name);
+    image.addFile(name + QStringLiteral("-selected"), QSize(), QIcon::Selected);
+    return image;
+}
+
+} // namespace
+
+/// A static library's resources are linked by name.
+static void addResources()
+{
+    Q_INIT_RESOURCE(qdfax);
+}
+
+CaptureModel::CaptureModel(const DateTimeConverter& converter, bool newFaxAction, QObject* parent)
+    : PrintCaptureModelBase(converter, newFaxAction, parent)
+{
+    addResources();
+    m_image = imageOf(QStringLiteral(":/qdfax/document"));
+    m_imageWithTiff = imageOf(QStringLiteral(":/qdfax/document-tiff"));
+    m_pool.setMaxThreadCount(1);
+    connect(this, &QAbstractItemModel::modelAboutToBeReset, this, [this] {
+        m_pool.clear();
+        m_documents.clear();
+        m_rows.clear();
+        m_waiting.clear();
+    });
+    connect(this, &QAbstractItemModel::modelReset, this, [this] {
+        if (m_waiting.isEmpty())
+            Q_EMIT counted();
+    });
+}
+
+CaptureModel::~CaptureModel()
+{
+    m_pool.clear();
+    m_pool.waitForDone();
+}
+
+bool CaptureModel::addEntry(QFileInfo& file)
+{
+    Entry entry = entryOf(file);
+    const QFileInfo companion = companionOf(file);
+    Document document;
+    document.file = file;
+    document.created = entry.created;
+    document.companion = stateOf(companion, file);
+    document.companionSize = companion.size();
+    if (document.companion != NoTiff)
+        entry.toolTip += QLatin1Char('\n') + companionText(document);
+
+    const Count known = m_counts.value(file.filePath());
+    if (known.size == file.size() && known.modified == file.lastModified())
+        entry.pages = known.pages;
+    else
+        count(file);
+    m_rows.insert(file.filePath(), m_documents.size());
+    m_documents.append(document);
+    appendEntry(entry);
+    return true;
+}
+
+void CaptureModel::count(const QFileInfo& file)
+{
+    const QString path = file.filePath();
+    m_waiting.insert(path);
+    Count count;
+    count.size = file.size();
+    count.modified = file.lastModified();
+    m_pool.start([this, path, count] {
+        Count done = count;
+        done.pages = pdfPages(path);
+        QMetaObject::invokeMethod(
+            this, [this, path, done] { takeCount(path, done); }, Qt::QueuedConnection);
+    });
+}
+
+void CaptureModel::takeCount(const QString& path, const Count& count)
+{
+    m_counts.insert(path, count);
+    // the table may have been refreshed meanwhile, and the file be another
+    const int row = m_rows.value(path, -1);
+    if (row < 0 || m_documents.at(row).file.size() != count.size ||
+        m_documents.at(row).file.lastModified() != count.modified)
+        return;
+    setPages(row, count.pages);
+    if (m_waiting.remove(path) && m_waiting.isEmpty())
+        Q_EMIT counted();
+}
+
+QVector<CaptureModel::Document> CaptureModel::documents() const
+{
+    QVector<Document> documents = m_documents;
+    for (int row = 0; row < documents.size(); ++row)
+        documents[row].pages = entries().at(row).pages;
+    return documents;
+}
+
+QVector<CaptureModel::Document> CaptureModel::countedDocuments()
+{
+    if (!m_waiting.isEmpty()) {
+        QEventLoop loop;
+        connect(this, &CaptureModel::counted, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+    return documents();
+}
+
+QStringList CaptureModel::filesWithoutPages() const
+{
+    QStringList files;
+    for (const Entry& entry : entries()) {
+        if (entry.pages == 0)
+            files.append(entry.file.filePath());
+    }
+    return files;
+}
+
+QString CaptureModel::companionText(const Document& document)
+{
+    switch (document.companion) {
+    case Tiff:
+        return QStringLiteral("TIFF, %1").arg(sizeText(document.companionSize));
+    case OlderTiff:
+        return QStringLiteral("TIFF, %1, older than the document").arg(sizeText(document.companionSize));
+    case UnreadableTiff:
+        return QStringLiteral("TIFF that cannot be read");
+    case NoTiff:
+        break;
+    }
+    return QString();
+}
+
+QVariant CaptureModel::data(const QModelIndex& index, int role) const
+{
+    if (role == Qt::DecorationRole && index.isValid() && index.column() == 0 &&
+        index.row() < m_documents.size())
+        return m_documents.at(index.row()).companion == NoTiff ? m_image : m_imageWithTiff;
+    return PrintCaptureModelBase::data(index, role);
+}
+
+bool CaptureModel::removeExtraFiles(QFileInfo& file)
+{
+    const QFileInfo companion = companionOf(file);
+    return !companion.exists() || QFile::remove(companion.filePath());
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "printcapturemodelbase.h"
+
+#include <QHash>
+#include <QSet>
+#include <QThreadPool>
+#include <QVector>
+
+/**
+ * The captured print jobs with their pages counted, and with the TIFF files that lie beside them.
+ *
+ * Pages are counted by a thread of its own, so that a folder of large documents is shown at once; until then,
+ * and for what is no PDF, a row shows 0. What was counted is not counted again until the file changes.
+ */
+class CaptureModel : public PrintCaptureModelBase
+{
+    Q_OBJECT
+
+public:
+    /// What lies beside a document under its name with the ending ".TIF".
+    enum Companion { NoTiff, Tiff, OlderTiff, UnreadableTiff };
+
+    struct Document
+    {
+        QFileInfo file;
+        QDateTime created;
+        int pages{0};
+        Companion companion{NoTiff};
+        qint64 companionSize{0}; ///< Bytes.
+    };
+
+    CaptureModel(const DateTimeConverter& converter, bool newFaxAction, QObject* parent = nullptr);
+    ~CaptureModel() override;
+
+    /// The rows. Waits until the pages are counted.
+    QVector<Document> countedDocuments();
+    /// The rows as they stand.
+    QVector<Document> documents() const;
+    /// "TIFF, 48 KB"; empty without one.
+    static QString companionText(const Document& document);
+
+    /// Documents on which no page was found: no PDFs, or not complete yet.
+    QStringList filesWithoutPages() const;
+
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+Q_SIGNALS:
+    /// Every row's pages are known.
+    void counted();
+
+protected:
+    bool addEntry(QFileInfo& file) override;
+    bool removeExtraFiles(QFileInfo& file) override;
+
+private:
+    struct Count
+    {
+        qint64 size{-1};
+        QDateTime modified;
+        int pages{0};
+    };
+
+    void count(const QFileInfo& file);
+    void takeCount(const QString& path, const Count& count);
+
+    QVector<Document> m_documents;  ///< The rows; the pages are those of the base class.
+    QHash<QString, int> m_rows;     ///< By path.
+    QHash<QString, Count> m_counts; ///< By path; what is known, also of files that are no rows now.
+    QSet<QString> m_waiting;        ///< Paths of the rows that are not counted yet.
+    QIcon m_image;
+    QIcon m_imageWithTiff;
+    QThreadPool m_pool;
+};

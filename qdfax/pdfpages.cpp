@@ -1,0 +1,30 @@
+#include "pdfpages.h"
+
+#ifdef QDFAX_WITH_POPPLER
+
+#include <QVariant>
+
+#include <poppler-qt5.h>
+
+#include <memory>
+
+int pdfPages(const QString& path)
+{
+    // what is wrong with a file is not worth a remark for each of its objects
+    static const bool silent = [] {
+        Poppler::setDebugErrorFunction([](const QString&, const QVariant&) {}, QVariant());
+        return true;
+    }();
+    Q_UNUSED(silent)
+    const std::unique_ptr<Poppler::Document> document(Poppler::Document::load(path));
+    return document ? qMax(0, document->numPages()) : 0;
+}
+
+#else
+
+int pdfPages(const QString&)
+{
+    return 0;
+}
+
+#endif

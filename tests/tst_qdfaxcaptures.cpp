@@ -1,0 +1,471 @@
+// The captured print jobs in qdfax: the commands as users type them, the window and its dialogue as users
+// click.
+
+#include "actionbaritemdelegate.h"
+#include "capturemodel.h"
+#include "capturewindow.h"
+#include "command.h"
+#include "datetimeconverter.h"
+#include "faxdialog.h"
+#include "folderwatch.h"
+#include "simserver.h"
+
+#include <QApplication>
+#include <QBuffer>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QProcess>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+namespace {
+
+QString s(const char* utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+void write(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        qFatal("%s cannot be written", qPrintable(path));
+}
+
+QByteArray read(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray pdf(int pages)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QPdfWriter writer(&buffer);
+    QPainter painter(&writer);
+    for (int page = 1; page < pages; ++page)
+        writer.newPage();
+    painter.end();
+    return buffer.data();
+}
+
+template <typename T>
+T* visible()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* wanted = qobject_cast<T*>(widget)) {
+            if (wanted->isVisible())
+                return wanted;
+        }
+    }
+    return nullptr;
+}
+
+/// Does one thing after the other, each as soon as it can be done, while the program runs its own event
+/// loops.
+class User : public QObject
+{
+public:
+    explicit User(const QVector<std::function<bool()>>& steps)
+        : m_steps(steps)
+    {
+        m_timer.start(5);
+        m_patience.start(30000);
+        connect(&m_timer, &QTimer::timeout, this, [this] {
+            if (m_done < m_steps.size() && m_steps.at(m_done)())
+                ++m_done;
+        });
+        connect(&m_patience, &QTimer::timeout, this, [this] { qFatal("step %d cannot be done", m_done); });
+    }
+    bool isDone() const { return m_done == m_steps.size(); }
+
+private:
+    QVector<std::function<bool()>> m_steps;
+    int m_done{0};
+    QTimer m_timer;
+    QTimer m_patience;
+};
+
+} // namespace
+
+class TestQdfaxCaptures : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void counting();
+    void companions();
+    void folderThatComesAndGoes();
+    void windowFollowsTheFolder();
+    void commands();
+    void commandsThatFail_data();
+    void commandsThatFail();
+    void watching();
+    void newFax();
+    void newFaxThatFails();
+
+private:
+    QString path(const char* name) const { return CaptureModel::folder() + QLatin1Char('/') + s(name); }
+    QProcess& start(QProcess& program, const QStringList& arguments);
+    /// Runs the program without a display; the output is @p out.
+    int run(const char* line, QByteArray* out = nullptr);
+    bool clickAction(int row, int action);
+
+    QTemporaryDir m_appData;
+};
+
+void TestQdfaxCaptures::initTestCase()
+{
+    qputenv("APPDATA", m_appData.path().toUtf8()); // before anything asks for it
+    qputenv("QDFAX_PASSWORD", "secret");
+}
+
+void TestQdfaxCaptures::init()
+{
+    QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
+    QVERIFY(QDir().mkpath(CaptureModel::folder()));
+}
+
+QProcess& TestQdfaxCaptures::start(QProcess& program, const QStringList& arguments)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(s(name));
+    program.setProcessEnvironment(environment);
+    program.start(s(QDFAX_PROGRAM), arguments);
+    return program;
+}
+
+int TestQdfaxCaptures::run(const char* line, QByteArray* out)
+{
+    QProcess program;
+    if (!start(program, QProcess::splitCommand(s(line))).waitForFinished())
+        return -1;
+    if (out)
+        *out = program.readAllStandardOutput();
+    return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
+}
+
+bool TestQdfaxCaptures::clickAction(int row, int action)
+{
+    auto* window = visible<CaptureWindow>();
+    if (!window)
+        return false;
+    auto* table = window->findChild<QTableView*>(s("tableViewPrintCapture"));
+    const auto* delegate = qobject_cast<ActionBarItemDelegate*>(table->itemDelegate());
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                      delegate->actionRect(table->model()->index(row, 3), action).center());
+    return true;
+}
+
+void TestQdfaxCaptures::counting()
+{
+#ifndef QDFAX_WITH_POPPLER
+    QSKIP("This build has no reader of PDFs");
+#endif
+    write(path("a 12.pdf"), pdf(12));
+    write(path("b none.pdf"), "nothing of the kind");
+    write(path("c cut.pdf"), pdf(3).left(200));
+    write(path("d empty.pdf"), "");
+    QVERIFY(QDir().mkpath(path("e folder.pdf")));
+    write(path("f 1.pdf"), pdf(1));
+    const DateTimeConverter converter;
+    CaptureModel model(converter, true);
+    model.slotUpdate();
+    QVector<int> pages;
+    for (const auto& document : model.countedDocuments())
+        pages.append(document.pages);
+    QCOMPARE(pages, (QVector<int>{12, 0, 0, 0, 0, 1}));
+    QCOMPARE(model.index(0, 1).data().toInt(), 12);
+
+    // known counts stay over a refresh, and a document that was replaced is counted again
+    QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+    model.slotUpdate();
+    QCOMPARE(model.index(0, 1).data().toInt(), 12);
+    write(path("f 1.pdf"), pdf(4));
+    model.slotUpdate();
+    QCOMPARE(model.countedDocuments().at(5).pages, 4);
+
+    for (int i = 0; i < 20; ++i) // refreshes and the end come at any time
+        write(path("x%1.pdf").arg(i), pdf(2));
+    CaptureModel hasty(converter, true);
+    hasty.slotUpdate();
+    QFile::remove(path("x1.pdf"));
+    hasty.slotUpdate();
+    QCOMPARE(hasty.countedDocuments().size(), 25);
+    CaptureModel gone(converter, true);
+    gone.slotUpdate();
+}
+
+void TestQdfaxCaptures::companions()
+{
+    for (const char* name : {"a.pdf", "b.pdf", "b.TIF", "c.pdf"})
+        write(path(name), "x");
+    QVERIFY(QDir().mkpath(path("c.TIF")));
+    write(path("d.TIF"), "older");
+    QFile older(path("d.TIF"));
+    QVERIFY(older.open(QIODevice::ReadWrite));
+    QVERIFY(older.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
+    write(path("d.pdf"), "x");
+    const DateTimeConverter converter;
+    CaptureModel model(converter, true);
+    model.slotUpdate();
+    const auto documents = model.countedDocuments();
+    QCOMPARE(documents.size(), 4);
+    QCOMPARE(documents.at(0).companion, CaptureModel::NoTiff);
+    QCOMPARE(documents.at(1).companion, CaptureModel::Tiff);
+    QCOMPARE(documents.at(2).companion, CaptureModel::UnreadableTiff);
+    QCOMPARE(documents.at(3).companion, CaptureModel::OlderTiff);
+    QCOMPARE(model.index(0, 0).data(Qt::ToolTipRole).toString(), s("a.pdf"));
+    QCOMPARE(model.index(1, 0).data(Qt::ToolTipRole).toString(), s("b.pdf\nTIFF, 1 B"));
+    QVERIFY(captureSummary(model).endsWith(s("3 with a TIFF file")));
+    const auto pictureOf = [&](int row) {
+        return model.index(row, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16, 16).toImage();
+    };
+    QVERIFY(!pictureOf(0).isNull() && pictureOf(0) != pictureOf(1));
+
+    QVERIFY(model.removePrintCapture(1)); // both go
+    QVERIFY(!QFile::exists(path("b.pdf")) && !QFile::exists(path("b.TIF")));
+    QVERIFY(!model.removePrintCapture(2)); // a folder is no file
+}
+
+void TestQdfaxCaptures::folderThatComesAndGoes()
+{
+    QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
+    FolderWatch watch(CaptureModel::folder());
+    QSignalSpy changed(&watch, &FolderWatch::changed);
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(QDir().mkpath(CaptureModel::folder()));
+        QVERIFY(changed.wait());
+        changed.clear();
+        write(path("a.pdf"), "x");
+        QVERIFY(changed.wait());
+        changed.clear();
+        watch.setFiles({path("a.pdf")});
+        write(path("a.pdf"), "xyz"); // in place: the folder does not change
+        QVERIFY(changed.wait());
+        changed.clear();
+        QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
+        QVERIFY(changed.wait());
+        changed.clear();
+    }
+}
+
+void TestQdfaxCaptures::windowFollowsTheFolder()
+{
+    const DateTimeConverter converter;
+    QSettings settings(m_appData.filePath(s("test.ini")), QSettings::IniFormat);
+    CaptureModel model(converter, true);
+    model.slotUpdate();
+    QPointer<CaptureWindow> window = new CaptureWindow(model, converter, settings);
+    window->show();
+    auto* table = window->findChild<QTableView*>(s("tableViewPrintCapture"));
+    const auto says = [&](const char* text) {
+        for (const QLabel* label : window->findChildren<QLabel*>()) {
+            if (label->isVisible() && label->text() == s(text))
+                return true;
+        }
+        return false;
+    };
+    QVERIFY(says("No documents"));
+    QVERIFY(!window->findChild<QWidget*>(s("status"))->isVisible());
+    write(path("a.pdf"), pdf(2));
+    write(path("a.TIF"), "x");
+    QTRY_COMPARE(table->model()->rowCount(), 1);
+#ifdef QDFAX_WITH_POPPLER
+    QTRY_VERIFY(says("1 document, 2 pages, 1 with a TIFF file"));
+#endif
+    QFile::remove(path("a.pdf"));
+    QTRY_VERIFY(says("No documents"));
+    QVERIFY(!window->findChild<QWidget*>(s("pushButtonDeleteAll"))->isEnabled());
+    window->close();
+    QTRY_VERIFY(!window);
+}
+
+void TestQdfaxCaptures::commands()
+{
+    for (const char* name : {"a.pdf", "b.pdf", "c.pdf", "c.TIF", "1.pdf", "<b>\n\x1b[31m.pdf"})
+        write(path(name), "x");
+    QByteArray out;
+    QCOMPARE(run("captures list", &out), 0);
+    QCOMPARE(out.count('\n'), 6);
+    QVERIFY(!out.contains('\x1b'));
+    QCOMPARE(run("captures list --json", &out), 0);
+    const QJsonArray listed = QJsonDocument::fromJson(out).array();
+    QCOMPARE(listed.size(), 5);
+    for (const QJsonValue& value : listed) {
+        const QJsonObject document = value.toObject();
+        QVERIFY(QFile::exists(document.value(s("file")).toString()));
+        QCOMPARE(document.value(s("tiff")).toString(),
+                 document.value(s("name")).toString() == s("c.pdf") ? s("present") : s("none"));
+    }
+
+    QCOMPARE(run("captures delete a.pdf nosuch.pdf"), 9);
+    QVERIFY(QFile::exists(path("a.pdf"))); // all or nothing
+    QCOMPARE(run("captures delete a.pdf c.pdf a.pdf", &out), 0);
+    QCOMPARE(out, QByteArray("Deleted: 2\n"));
+    QVERIFY(!QFile::exists(path("a.pdf")) && !QFile::exists(path("c.TIF")));
+    QCOMPARE(run("captures delete 1 --json"), 0); // the newest
+    QCOMPARE(run("captures delete-all"), 1);
+    QVERIFY(QFile::exists(path("b.pdf")) || QFile::exists(path("1.pdf")));
+    QVERIFY(QDir().mkpath(path("stays.pdf")));
+    QCOMPARE(run("captures delete-all --yes"), 11);
+    QVERIFY(QDir(path("stays.pdf")).exists());
+    QVERIFY(QDir().rmdir(path("stays.pdf")));
+    QCOMPARE(run("captures delete-all --yes"), 0);
+    QVERIFY(QDir(CaptureModel::folder()).isEmpty());
+    QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
+    QCOMPARE(run("captures list"), 0);
+    QCOMPARE(run("captures delete-all --yes"), 0);
+}
+
+void TestQdfaxCaptures::commandsThatFail_data()
+{
+    QTest::addColumn<int>("status");
+    const auto row = [](const char* line, int status) { QTest::newRow(line) << status; };
+    row("captures", 2); // there is no display
+    row("captures view a.pdf", 2);
+    row("captures --help", 0); // for help none is needed
+    row("help captures", 0);
+    row("captures nosuch", 1);
+    row("captures list a.pdf", 1);
+    row("captures view", 1);
+    row("captures delete", 1);
+    row("captures delete 0", 9);
+    row("captures delete 2", 9);
+    row("captures watch --rounds 0", 1);
+    row("help captures list", 0);
+}
+
+void TestQdfaxCaptures::commandsThatFail()
+{
+    QFETCH(int, status);
+    write(path("a.pdf"), "x");
+    QCOMPARE(run(QTest::currentDataTag()), status);
+    QVERIFY(QFile::exists(path("a.pdf")));
+}
+
+void TestQdfaxCaptures::watching()
+{
+    QProcess program;
+    start(program, {s("captures"), s("watch"), s("--json"), s("--rounds"), s("3")});
+    QByteArray out;
+    const auto rounds = [&] {
+        out += program.readAllStandardOutput();
+        return out.count("]\n");
+    };
+    QTRY_COMPARE_WITH_TIMEOUT(rounds(), 1, 30000);
+    write(path("a.pdf"), "x");
+    QTRY_COMPARE_WITH_TIMEOUT(rounds(), 2, 30000);
+    QVERIFY(out.contains("a.pdf"));
+    QFile::remove(path("a.pdf"));
+    QTRY_COMPARE_WITH_TIMEOUT(rounds(), 3, 30000);
+    QTRY_COMPARE(program.state(), QProcess::NotRunning);
+    QCOMPARE(program.exitCode(), 0);
+}
+
+void TestQdfaxCaptures::newFax()
+{
+    SimOptions options;
+    options.speed = 0;
+    options.spoolDir = m_appData.filePath(s("spool"));
+    SimUser mary;
+    QString error;
+    QVERIFY(SimUser::parse(s("mary:secret"), &mary, &error));
+    options.users = {mary};
+    SimServer sim(options);
+    QVERIFY2(sim.start(&error), qPrintable(error));
+    QCOMPARE(runCommandLine(
+                 {s("qdfax"), s("server"), s("add"), sim.address(), s("--login"), s("mary"), s("--default")}),
+             0);
+    const QByteArray content = pdf(3);
+    write(path("offer.pdf"), content);
+
+    const auto dialog = [] { return visible<FaxDialog>(); };
+    const auto button = [&](const char* name) { return dialog()->findChild<QPushButton*>(s(name)); };
+    const auto type = [&](const char* field, const char* text) {
+        QTest::keyClicks(dialog()->findChild<QLineEdit*>(s(field)), s(text));
+        return true;
+    };
+    const User user({
+        [&] { return clickAction(0, 0); },
+        [&] { return dialog() && !visible<CaptureWindow>() && !button("send")->isEnabled(); },
+        [&] { return type("number", "no digits") && !button("send")->isEnabled(); },
+        [&] {
+            dialog()->findChild<QLineEdit*>(s("number"))->clear();
+            return type("number", "+49 30 5550100") && type("name", "Poe, Mary \\ Sons") &&
+                   button("send")->isEnabled();
+        },
+        [&] {
+            QTest::mouseClick(button("send"), Qt::LeftButton); // returns when the fax is on its way
+            return dialog()->findChild<QLabel*>(s("text"))->text().contains(s("has taken the fax"));
+        },
+        [&] { return dialog()->close(); },
+        [&] { return visible<CaptureWindow>() && visible<CaptureWindow>()->close(); },
+    });
+    QCOMPARE(runCommandLine({s("qdfax"), s("captures")}), 0);
+    QVERIFY(user.isDone());
+    QCOMPARE(sim.refusals(), QStringList());
+    QCOMPARE(sim.faxes().size(), 1);
+    QCOMPARE(sim.faxes().at(0).recipient.fax, s("+49 30 5550100"));
+    QCOMPARE(sim.faxes().at(0).recipient.name, s("Poe, Mary \\ Sons"));
+    const QVector<SimAttachment> attachments = sim.attachments(sim.faxes().at(0).id);
+    QCOMPARE(attachments.size(), 1);
+    QCOMPARE(attachments.at(0).contentType, s("application/pdf"));
+    QCOMPARE(read(attachments.at(0).path), content);
+}
+
+void TestQdfaxCaptures::newFaxThatFails()
+{
+    // the server of the test before is gone
+    write(path("offer.pdf"), pdf(1));
+    const auto dialog = [] { return visible<FaxDialog>(); };
+    const User user({
+        [&] { return clickAction(0, 0); },
+        [&] {
+            if (!dialog())
+                return false;
+            QTest::keyClicks(dialog()->findChild<QLineEdit*>(s("number")), s("555"));
+            QTest::keyClick(dialog(), Qt::Key_Return);
+            return true;
+        },
+        [&] {
+            return dialog()->findChild<QLabel*>(s("text"))->text().contains(s("connection is refused")) &&
+                   dialog()->findChild<QPushButton*>(s("send"))->isEnabled();
+        },
+        [&] {
+            QTest::keyClick(dialog(), Qt::Key_Escape);
+            return true;
+        },
+        [&] { return visible<CaptureWindow>() && visible<CaptureWindow>()->close(); },
+    });
+    QCOMPARE(runCommandLine({s("qdfax"), s("captures")}), 2);
+    QVERIFY(user.isDone());
+}
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false); // as in qdfax
+    TestQdfaxCaptures test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_qdfaxcaptures.moc"
