@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The whole story in one run: builds, starts qdsim (a simulated fax server) on this machine, sends a fax through it with
-# qdfax and shows it arriving byte for byte. Exit status 0 only if every step worked.
+# qdfax, shows it arriving byte for byte, and keeps and uses the contact books. Exit status 0 only if every step worked.
 #
 # Usage: scripts/demo.sh          Installs what the build needs (Debian packages) where it is missing.
 # Nothing but 127.0.0.1 is spoken to, and nothing outside a temporary folder is written.
