@@ -79,6 +79,7 @@ QString shownText(const QString& plain)
 ActionBarItemDelegate::ActionBarItemDelegate(QAbstractItemView* view)
     : QStyledItemDelegate(view)
     , m_view(view)
+    , m_viewport(view->viewport())
 {
     view->setMouseTracking(true);
     view->viewport()->installEventFilter(this);
@@ -201,26 +202,20 @@ bool ActionBarItemDelegate::editorEvent(QEvent* event, QAbstractItemModel* model
 
 bool ActionBarItemDelegate::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched != m_view->viewport())
+    if (watched != m_viewport)
         return QStyledItemDelegate::eventFilter(watched, event);
+    // events come also while the view is being destroyed, and is no view any more
+    if (!qobject_cast<QAbstractItemView*>(watched->parent()))
+        return false;
 
     // Ahead of the view, which tells a delegate only of events in cells, and of releases only where the press
     // was.
-    const auto* mouse = static_cast<QMouseEvent*>(event);
     switch (event->type()) {
     case QEvent::MouseMove:
-        setHovered(buttonAt(mouse->pos()));
-        break;
     case QEvent::MouseButtonPress:
-        setHovered(buttonAt(mouse->pos()));
-        setPressed(mouse->button() == Qt::LeftButton ? m_hovered : Button());
-        break;
-    case QEvent::MouseButtonDblClick: // the second click of two is none of its own
-        setPressed(Button());
-        break;
+    case QEvent::MouseButtonDblClick:
     case QEvent::MouseButtonRelease:
-        if (!(buttonAt(mouse->pos()) == m_pressed))
-            setPressed(Button());
+        followMouse(*static_cast<QMouseEvent*>(event));
         break;
     case QEvent::Leave:
     case QEvent::Hide:
@@ -230,6 +225,27 @@ bool ActionBarItemDelegate::eventFilter(QObject* watched, QEvent* event)
         break;
     }
     return false;
+}
+
+void ActionBarItemDelegate::followMouse(const QMouseEvent& mouse)
+{
+    const Button button = buttonAt(mouse.pos());
+    switch (mouse.type()) {
+    case QEvent::MouseMove:
+        setHovered(button);
+        break;
+    case QEvent::MouseButtonPress:
+        setHovered(button);
+        setPressed(mouse.button() == Qt::LeftButton ? button : Button());
+        break;
+    case QEvent::MouseButtonDblClick: // the second click of two is none of its own
+        setPressed(Button());
+        break;
+    default:
+        if (!(button == m_pressed))
+            setPressed(Button());
+        break;
+    }
 }
 
 void ActionBarItemDelegate::setHovered(const Button& button)

@@ -6,6 +6,7 @@
 #include <QStyledItemDelegate>
 
 class QAbstractItemView;
+class QMouseEvent;
 
 /**
  * Paints cells that hold an ActionBarItem as a row of flat icon buttons, and lets the mouse click them.
@@ -51,10 +52,12 @@ private:
     };
 
     Button buttonAt(const QPoint& position) const;
+    void followMouse(const QMouseEvent& mouse);
     void setHovered(const Button& button);
     void setPressed(const Button& button);
 
     QAbstractItemView* m_view;
+    const QObject* m_viewport;
     Button m_hovered;
     Button m_pressed;
 };
