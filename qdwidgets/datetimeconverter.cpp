@@ -40,6 +40,10 @@ QString DateTimeConverter::toText(const QDateTime& time) const
     const QDateTime there = toZone(time);
     if (!there.isValid())
         return QString();
-    return m_format.isEmpty() ? m_locale.toString(there, QLocale::ShortFormat)
-                              : m_locale.toString(there, m_format);
+    if (!m_format.isEmpty())
+        return m_locale.toString(there, m_format);
+    // the short format of no locale at all is a long one, with the month in English
+    if (m_locale.language() == QLocale::C)
+        return there.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+    return m_locale.toString(there, QLocale::ShortFormat);
 }

@@ -24,7 +24,8 @@ public:
     /// system.
     explicit DateTimeConverter(QObject* parent = nullptr);
 
-    /// A format as QLocale::toString() takes it. Empty: the locale's own short one.
+    /// A format as QLocale::toString() takes it. Empty: the locale's own short one, or "2024-11-22 16:05" in
+    /// the C locale.
     const QString& format() const { return m_format; }
     void setFormat(const QString& format);
 

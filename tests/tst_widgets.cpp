@@ -443,9 +443,14 @@ void TestWidgets::filterMatchesWhatIsShown()
 void TestWidgets::converter()
 {
     DateTimeConverter converter;
+    converter.setLocale(QLocale::c());
     QSignalSpy changed(&converter, &DateTimeConverter::changed);
     const QDateTime time = moment(1, 15);
-    QCOMPARE(converter.toText(time), QLocale().toString(time.toLocalTime(), QLocale::ShortFormat));
+    QCOMPARE(converter.toText(time), time.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm")));
+    const QLocale american(QLocale::English, QLocale::UnitedStates);
+    converter.setLocale(american);
+    QCOMPARE(converter.toText(time), american.toString(time.toLocalTime(), QLocale::ShortFormat));
+    changed.clear();
     QCOMPARE(converter.toText(QDateTime()), QString());
     converter.setLocale(QLocale(QLocale::German, QLocale::Germany));
     converter.setFormat(QStringLiteral("dddd HH:mm"));
