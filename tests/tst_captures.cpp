@@ -575,9 +575,11 @@ void TestCaptures::readOnlyFolder()
     const QStringList folders{m_appData->path(), QFileInfo(folder()).path(), folder()};
     for (const QString& each : folders)
         QVERIFY(QFile::setPermissions(each, readOnly));
-    m_model->slotUpdate();
+    QVERIFY(QFile::setPermissions(path(QStringLiteral("a.pdf")), QFile::Permissions())); // nor may it be read
     {
         const OrdinaryUser user;
+        m_model->slotUpdate();
+        QCOMPARE(m_model->index(0, 0).data().toString(), QStringLiteral("a.pdf"));
         QVERIFY(m_model->removePrintCapture(0)); // logged only
         QSignalSpy done(m_model.get(), &PrintCaptureModelBase::signalDeleteAllComlete);
         m_model->deleteAll();
@@ -662,7 +664,8 @@ void TestCaptures::icons()
             }
         }
         QVERIFY(inked > size * size / 8);
-        QVERIFY2(solid * 3 >= inked, qPrintable(QStringLiteral("%1 of %2").arg(solid).arg(inked))); // lines on the grid of pixels
+        QVERIFY2(solid * 3 >= inked,
+                 qPrintable(QStringLiteral("%1 of %2").arg(solid).arg(inked))); // lines on the grid of pixels
     }
 }
 
