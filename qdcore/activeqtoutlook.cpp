@@ -3,6 +3,8 @@
 #include <QAxObject>
 #include <QVariant>
 
+#include <limits>
+
 #include <objbase.h>
 
 // Members are read by dynamicCall() and querySubObject() alone: property() finds nothing on an object that
@@ -39,11 +41,17 @@ QString text(QAxObject& object, const char* name)
 int number(QAxObject& object, const char* name)
 {
     const QVariant value = object.dynamicCall(name);
-    if (value.type() == QVariant::String)
-        return -1;
-    bool isNumber = false;
-    const int result = value.toInt(&isNumber);
-    return isNumber ? result : -1;
+    switch (value.userType()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+        break;
+    default:
+        return -1; // also where QVariant would make a number of it
+    }
+    const qlonglong wide = value.toLongLong();
+    return wide >= 0 && wide <= std::numeric_limits<int>::max() ? int(wide) : -1;
 }
 
 class AxItem : public OutlookItem

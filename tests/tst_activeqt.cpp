@@ -1,20 +1,14 @@
 // The file that speaks to Outlook by COM automation, over objects that stand in for Outlook's.
 
 #include "activeqtoutlook_p.h"
+#include "shorthand.h"
 
 #include <QAxObject>
 #include <QTest>
 
+#include <limits>
+
 #include <objbase.h>
-
-namespace {
-
-QString s(const char* text)
-{
-    return QString::fromLatin1(text);
-}
-
-} // namespace
 
 class TestActiveQt : public QObject
 {
@@ -24,16 +18,15 @@ private Q_SLOTS:
     {
         AxScript::inst() = AxScript();
         ComCalls::inst() = ComCalls();
-        OutlookPort::setCurrent(QSharedPointer<ActiveQtOutlook>::create());
+        OutlookPort::setCurrent(QSharedPointer<OutlookPort>()); // the system's own
+        QVERIFY(OutlookPort::current().dynamicCast<ActiveQtOutlook>());
     }
-    void cleanup()
-    {
-        OutlookPort::setCurrent(QSharedPointer<OutlookPort>());
-        QCOMPARE(AxScript::inst().alive, 0);
-    }
+    void cleanup() { QCOMPARE(AxScript::inst().alive, 0); }
 
     void everyMember();
     void oddValues();
+    void numbers_data();
+    void numbers();
     void nothingThere();
 };
 
@@ -113,6 +106,44 @@ void TestActiveQt::oddValues()
     QVERIFY(odd->fullName().isNull());
     QVERIFY(odd->entryID().isNull());
     QVERIFY(!odd->lastModificationTime().isValid());
+}
+
+void TestActiveQt::numbers_data()
+{
+    const Rows<QVariant, int> row("value", "number");
+    row("int", 2, 2);
+    row("unsigned", 2U, 2);
+    row("64 bits", Q_INT64_C(2), 2);
+    row("unsigned, 64 bits", Q_UINT64_C(2), 2);
+    row("the largest", std::numeric_limits<int>::max(), std::numeric_limits<int>::max());
+    row("negative", -2, -1);
+    row("too large", 0x80000000U, -1);
+    row("too large by 64 bits", Q_INT64_C(0x100000002), -1);
+    row("negative once it is signed", ~Q_UINT64_C(0), -1);
+    row("truth", true, -1);
+    row("fraction", 2.0, -1);
+    row("text", s("2"), -1);
+    row("bytes", QByteArray("2"), -1);
+    row("time", QDateTime(QDate(2026, 3, 4), QTime(5, 6, 7)), -1);
+    row("nothing", QVariant(), -1);
+}
+
+void TestActiveQt::numbers()
+{
+    QFETCH(QVariant, value);
+    AxScript& script = AxScript::inst();
+    const QString folder = s("Session.GetDefaultFolder(10)");
+    const QString item = folder + s(".Items.Item(1)");
+    script.objects = QStringList{s("Session"), folder, folder + s(".Folders"), folder + s(".Items"), item};
+    for (const char* name : {".DefaultItemType", ".Folders.Count", ".Items.Count", ".Items.Item(1).Class"})
+        script.values.insert(folder + s(name), value);
+    const OutlookAccess access;
+    const auto contacts =
+        access.createApplication()->session()->defaultFolder(OutlookSession::contactsFolder);
+    QTEST(contacts->defaultItemType(), "number");
+    QTEST(contacts->folders()->count(), "number");
+    QTEST(contacts->items()->count(), "number");
+    QTEST(contacts->items()->item(1)->itemClass(), "number");
 }
 
 void TestActiveQt::nothingThere()
