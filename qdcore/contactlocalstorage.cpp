@@ -550,17 +550,19 @@ bool ContactLocalStorage::scopeBegin()
     return thread.bracket && !thread.hasFailed();
 }
 
-void ContactLocalStorage::scopeEnd()
+bool ContactLocalStorage::scopeEnd()
 {
     std::unique_lock<std::recursive_mutex> lock(m_transactionMutex);
     if (!m_depth) // No bracket is open, so there is none to unlock.
-        return;
+        return false;
     QD_LOG(DEBUG, tr("Transaction commit started", "Logger"));
+    Thread& thread = getDbForThread();
+    bool holds = thread.bracket && !thread.hasFailed();
     if (--m_depth == 0) {
-        Thread& thread = getDbForThread();
         const std::unique_ptr<StoreBracket> bracket = std::move(thread.bracket);
         if (bracket) {
             bracket->end();
+            holds = !bracket->isFailed();
             if (bracket->takeLost())
                 QD_LOG(ERROR, tr("Error to add contact (db insert)", "Logger"));
         }
@@ -570,6 +572,7 @@ void ContactLocalStorage::scopeEnd()
     m_transactionMutex.unlock();
     lock.unlock();
     QD_LOG(DEBUG, tr("Transaction mutex unlocked", "Logger"));
+    return holds;
 }
 
 void ContactLocalStorage::freeStorageForThread()

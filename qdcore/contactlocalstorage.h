@@ -143,8 +143,9 @@ public:
     /// bracket.
     bool scopeBegin();
     /// Ends a bracket. That of the outermost one commits, or takes everything back when the bracket has
-    /// failed or cannot be committed, and lets other threads write.
-    void scopeEnd();
+    /// failed or cannot be committed, and lets other threads write. Returns whether what the bracket wrote
+    /// holds: that of the outermost one, whether it is stored.
+    bool scopeEnd();
 
     /// Closes the calling thread's connection. Due before a thread ends; using the store again opens a new
     /// one.

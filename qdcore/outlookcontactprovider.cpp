@@ -120,13 +120,17 @@ void OutlookContactProvider::syncContacts(ContactList::Type type, bool)
         return;
     QD_LOG(DEBUG, tr("sync count (%1)", "Logger").arg(m_syncCount));
 
-    if (!m_storage || m_sourceId == 0 || type != ContactList::OutlookContacts)
+    if (!m_storage || m_sourceId == 0 || type != ContactList::OutlookContacts) {
+        m_isStored = false;
         return slotDisassembleContactFromThread(type);
+    }
     m_threads.removeAll(QPointer<OutlookContactProviderDisassembleThread>());
     auto* thread = new OutlookContactProviderDisassembleThread(m_storage, m_sourceId, this);
     m_threads.append(thread);
     thread->setContactsType(ContactList::OutlookContacts);
     thread->setEntryID(m_entryID);
+    connect(thread, &OutlookContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
+            [this, thread] { m_isStored = thread->isStored(); });
     connect(thread, &OutlookContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
             &OutlookContactProvider::slotDisassembleContactFromThread);
     thread->start();

@@ -47,6 +47,9 @@ public:
                      unsigned int limit) override;
     /// Always reads the whole folder, and always ends with syncedContacts().
     void syncContacts(ContactList::Type type, bool full) override;
+    /// Whether the last synchronisation that ended changed the store. False where it had nothing to read
+    /// from, and where the store cannot be written.
+    bool isStored() const { return m_isStored; }
     /// An OutlookContact.
     QSharedPointer<ContactUnit> aggregateContact(unsigned int id) override;
 
@@ -62,5 +65,6 @@ private:
 
     OutlookAccess m_access;
     QString m_entryID;
+    bool m_isStored{false};
     QList<QPointer<OutlookContactProviderDisassembleThread>> m_threads;
 };

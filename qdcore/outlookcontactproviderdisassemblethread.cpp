@@ -38,13 +38,15 @@ void OutlookContactProviderDisassembleThread::run()
         // another folder may have been chosen meanwhile; the contacts of this one must not come back
         QString name;
         ContactLocalStorage::SourceType kind;
-        if (begun && m_storage->getSourceInfo(m_source, name, kind)) {
+        const bool isWanted = begun && m_storage->getSourceInfo(m_source, name, kind);
+        if (isWanted) {
             dropContacts();
             copyFolder(access);
             if (isInterruptionRequested())
                 dropContacts();
         }
-        m_storage->scopeEnd();
+        const bool holds = m_storage->scopeEnd();
+        m_isStored = isWanted && holds;
         m_storage->freeStorageForThread();
     }
     tsanHandOver(this);

@@ -7,6 +7,8 @@
 #include <QPointer>
 #include <QThread>
 
+#include <atomic>
+
 class OutlookAccess;
 class OutlookItem;
 
@@ -30,6 +32,9 @@ public:
     /// The folder's key.
     void setEntryID(const QString& entryID) { m_entryID = entryID; }
 
+    /// Once it has run: whether the store holds what it wrote. Where not, the store is as it was.
+    bool isStored() const { return m_isStored; }
+
 Q_SIGNALS:
     void doneDisassembleContactFromThread(ContactList::Type type);
 
@@ -45,4 +50,5 @@ private:
     unsigned int m_source;
     ContactList::Type m_type{ContactList::OutlookContacts};
     QString m_entryID;
+    std::atomic<bool> m_isStored{false};
 };

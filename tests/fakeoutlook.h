@@ -9,6 +9,7 @@
 #include <QThread>
 #include <QVector>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <mutex>
@@ -53,6 +54,8 @@ public:
     std::function<void(int)> beforeItem;
 
     std::atomic<int> applications{0}; ///< How often one was asked for.
+    std::atomic<int> running{0};      ///< Applications that somebody has.
+    std::atomic<int> starts{0};       ///< How often Outlook started: it ends when nobody has an application.
     std::atomic<int> openSessions{0}; ///< Logged on and not off.
     std::atomic<int> itemsRead{0};
 
@@ -65,30 +68,29 @@ public:
             parent ? parent->storeID : QStringLiteral("S:") + name; // the store's part may hold colons
         folder->itemType = itemType;
         (parent ? parent->folders : stores).append(folder);
+        m_folders.insert({folder->entryID, folder->storeID}, folder);
         return folder;
     }
+    FakeFolderPtr folder(const QString& entryID, const QString& storeID) const
+    {
+        return m_folders.value({entryID, storeID});
+    }
 
-    /// Whether every thread has left as often as it entered, and took no object with it.
+    /// Whether every thread has left as often as it entered, took no object with it, and used none but its
+    /// own.
     bool isBalanced() const
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        for (const Thread& thread : m_threads) {
-            if (thread.entered != thread.left || thread.objects != 0)
-                return false;
-        }
-        return m_violations == 0 && !m_threads.isEmpty();
+        return m_violations == 0 && !m_threads.isEmpty() &&
+               std::all_of(m_threads.cbegin(), m_threads.cend(), [](const Thread& thread) {
+                   return thread.entered == thread.left && thread.objects == 0;
+               });
     }
     /// Threads that have used it.
     int threadCount() const
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         return m_threads.size();
-    }
-    /// Uses on a thread that has not entered, or that is not the object's own.
-    int violations() const
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        return m_violations;
     }
 
     bool enterThread() override
@@ -106,39 +108,7 @@ public:
     }
     QSharedPointer<OutlookApplication> createApplication() override;
 
-    /// Everything that is handed out: belongs to the thread that asked for it.
-    class Object
-    {
-    public:
-        explicit Object(FakeOutlook& outlook)
-            : m_outlook(outlook)
-            , m_thread(QThread::currentThreadId())
-        {
-            m_outlook.count(1, m_thread);
-        }
-        ~Object() { m_outlook.count(-1, m_thread); }
-        Q_DISABLE_COPY(Object)
-
-    protected:
-        FakeOutlook& outlook() const
-        {
-            m_outlook.count(0, m_thread);
-            return m_outlook;
-        }
-
-    private:
-        FakeOutlook& m_outlook;
-        Qt::HANDLE m_thread;
-    };
-
-private:
-    struct Thread
-    {
-        int entered{0};
-        int left{0};
-        int objects{0};
-    };
-
+    /// Notes the use of an object, or its beginning (1) or end (-1), on this thread.
     void count(int objects, Qt::HANDLE owner)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -148,158 +118,154 @@ private:
             ++m_violations;
     }
 
+private:
+    struct Thread
+    {
+        int entered{0};
+        int left{0};
+        int objects{0};
+    };
+
+    QHash<QPair<QString, QString>, FakeFolderPtr> m_folders;
     mutable std::mutex m_mutex;
     QHash<Qt::HANDLE, Thread> m_threads;
-    int m_violations{0};
+    int m_violations{0}; ///< Uses on a thread that has not entered, or that is not the object's own.
 };
 
-class FakeOutlookItem : public OutlookItem, private FakeOutlook::Object
+/// What is handed out for something in memory: belongs to the thread that asked for it.
+template <typename Interface, typename Thing>
+class FakeObject : public Interface
 {
 public:
-    FakeOutlookItem(FakeOutlook& outlook, const FakeItem& item)
-        : Object(outlook)
-        , m_item(item)
-    {}
-    int itemClass() const override { return outlook(), m_item.itemClass; }
-    QString entryID() const override { return outlook(), m_item.entryID; }
-    QString fullName() const override { return outlook(), m_item.fullName; }
-    QString businessTelephoneNumber() const override { return outlook(), m_item.phone; }
-    QString businessFaxNumber() const override { return outlook(), m_item.fax; }
-    QString companyName() const override { return outlook(), m_item.company; }
-    QDateTime lastModificationTime() const override { return outlook(), m_item.modified; }
+    FakeObject(FakeOutlook& outlook, const Thing& thing)
+        : m_outlook(outlook)
+        , m_thing(thing)
+    {
+        m_outlook.count(1, m_thread);
+    }
+    ~FakeObject() override { m_outlook.count(-1, m_thread); }
+    Q_DISABLE_COPY(FakeObject)
+
+protected:
+    FakeOutlook& outlook() const
+    {
+        m_outlook.count(0, m_thread);
+        return m_outlook;
+    }
+    const Thing& thing() const { return outlook(), m_thing; }
+    void setThing(const Thing& thing) { m_thing = thing; }
+
+    /// A folder, unless it cannot be had.
+    QSharedPointer<OutlookFolder> given(const FakeFolderPtr& folder) const;
 
 private:
-    const FakeItem m_item;
+    FakeOutlook& m_outlook;
+    Thing m_thing;
+    const Qt::HANDLE m_thread{QThread::currentThreadId()};
 };
 
-class FakeOutlookItems : public OutlookItems, private FakeOutlook::Object
+class FakeOutlookItem : public FakeObject<OutlookItem, FakeItem>
 {
 public:
-    FakeOutlookItems(FakeOutlook& outlook, const FakeFolderPtr& folder)
-        : Object(outlook)
-        , m_folder(folder)
-    {}
-    int count() const override { return outlook(), m_folder->items.size(); }
+    using FakeObject::FakeObject;
+    int itemClass() const override { return thing().itemClass; }
+    QString entryID() const override { return thing().entryID; }
+    QString fullName() const override { return thing().fullName; }
+    QString businessTelephoneNumber() const override { return thing().phone; }
+    QString businessFaxNumber() const override { return thing().fax; }
+    QString companyName() const override { return thing().company; }
+    QDateTime lastModificationTime() const override { return thing().modified; }
+};
+
+class FakeOutlookItems : public FakeObject<OutlookItems, FakeFolderPtr>
+{
+public:
+    using FakeObject::FakeObject;
+    int count() const override { return thing()->items.size(); }
     QSharedPointer<OutlookItem> item(int number) const override
     {
         ++outlook().itemsRead;
         if (outlook().beforeItem)
             outlook().beforeItem(number);
-        if (number < 1 || number > m_folder->items.size() || m_folder->items.at(number - 1).fails)
-            return QSharedPointer<OutlookItem>();
-        return QSharedPointer<FakeOutlookItem>::create(outlook(), m_folder->items.at(number - 1));
+        const QVector<FakeItem>& items = thing()->items;
+        return number < 1 || number > items.size() || items.at(number - 1).fails
+                   ? QSharedPointer<FakeOutlookItem>()
+                   : QSharedPointer<FakeOutlookItem>::create(outlook(), items.at(number - 1));
     }
-
-private:
-    const FakeFolderPtr m_folder;
 };
 
-class FakeOutlookFolders : public OutlookFolders, private FakeOutlook::Object
+class FakeOutlookFolders : public FakeObject<OutlookFolders, QVector<FakeFolderPtr>>
 {
 public:
-    FakeOutlookFolders(FakeOutlook& outlook, const QVector<FakeFolderPtr>& folders)
-        : Object(outlook)
-        , m_folders(folders)
-    {}
-    int count() const override { return outlook(), m_folders.size(); }
-    QSharedPointer<OutlookFolder> item(int number) const override;
-
-private:
-    const QVector<FakeFolderPtr> m_folders;
+    using FakeObject::FakeObject;
+    int count() const override { return thing().size(); }
+    QSharedPointer<OutlookFolder> item(int number) const override { return given(thing().value(number - 1)); }
 };
 
-class FakeOutlookFolder : public OutlookFolder, private FakeOutlook::Object
+class FakeOutlookFolder : public FakeObject<OutlookFolder, FakeFolderPtr>
 {
 public:
-    FakeOutlookFolder(FakeOutlook& outlook, const FakeFolderPtr& folder)
-        : Object(outlook)
-        , m_folder(folder)
-    {}
-    QString name() const override { return outlook(), m_folder->name; }
-    QString entryID() const override { return outlook(), m_folder->entryID; }
-    QString storeID() const override { return outlook(), m_folder->storeID; }
-    int defaultItemType() const override { return outlook(), m_folder->itemType; }
+    using FakeObject::FakeObject;
+    QString name() const override { return thing()->name; }
+    QString entryID() const override { return thing()->entryID; }
+    QString storeID() const override { return thing()->storeID; }
+    int defaultItemType() const override { return thing()->itemType; }
     QSharedPointer<OutlookFolders> folders() const override
     {
-        return QSharedPointer<FakeOutlookFolders>::create(outlook(), m_folder->folders);
+        return QSharedPointer<FakeOutlookFolders>::create(outlook(), thing()->folders);
     }
     QSharedPointer<OutlookItems> items() const override
     {
-        return QSharedPointer<FakeOutlookItems>::create(outlook(), m_folder);
+        return QSharedPointer<FakeOutlookItems>::create(outlook(), thing());
     }
-
-private:
-    const FakeFolderPtr m_folder;
 };
 
-inline QSharedPointer<OutlookFolder> FakeOutlookFolders::item(int number) const
+template <typename Interface, typename Thing>
+QSharedPointer<OutlookFolder> FakeObject<Interface, Thing>::given(const FakeFolderPtr& folder) const
 {
-    if (number < 1 || number > m_folders.size() || m_folders.at(number - 1)->isGone)
-        return QSharedPointer<OutlookFolder>();
-    return QSharedPointer<FakeOutlookFolder>::create(outlook(), m_folders.at(number - 1));
+    return folder && !folder->isGone ? QSharedPointer<FakeOutlookFolder>::create(outlook(), folder)
+                                     : QSharedPointer<FakeOutlookFolder>();
 }
 
-class FakeOutlookSession : public OutlookSession, private FakeOutlook::Object
+/// Its state: whether it is logged on.
+class FakeOutlookSession : public FakeObject<OutlookSession, bool>
 {
 public:
-    explicit FakeOutlookSession(FakeOutlook& outlook)
-        : Object(outlook)
-    {}
+    using FakeObject::FakeObject;
     void logon() override
     {
         ++outlook().openSessions;
-        m_loggedOn = outlook().logsOn;
+        setThing(outlook().logsOn);
     }
     void logoff() override
     {
         --outlook().openSessions;
-        m_loggedOn = false;
+        setThing(false);
     }
     QSharedPointer<OutlookFolder> defaultFolder(int type) const override
     {
-        return given(type == contactsFolder ? outlook().defaultContacts : FakeFolderPtr());
+        return given(thing() && type == contactsFolder ? outlook().defaultContacts : FakeFolderPtr());
     }
     QSharedPointer<OutlookFolder> folderFromID(const QString& entryID, const QString& storeID) const override
     {
-        return given(find(outlook().stores, entryID, storeID));
+        return given(thing() ? outlook().folder(entryID, storeID) : FakeFolderPtr());
     }
     QSharedPointer<OutlookFolders> folders() const override
     {
-        return m_loggedOn ? QSharedPointer<FakeOutlookFolders>::create(outlook(), outlook().stores)
-                          : QSharedPointer<FakeOutlookFolders>();
+        return thing() ? QSharedPointer<FakeOutlookFolders>::create(outlook(), outlook().stores)
+                       : QSharedPointer<FakeOutlookFolders>();
     }
-
-private:
-    QSharedPointer<OutlookFolder> given(const FakeFolderPtr& folder) const
-    {
-        return m_loggedOn && folder && !folder->isGone
-                   ? QSharedPointer<FakeOutlookFolder>::create(outlook(), folder)
-                   : QSharedPointer<FakeOutlookFolder>();
-    }
-    static FakeFolderPtr find(const QVector<FakeFolderPtr>& among, const QString& entryID,
-                              const QString& storeID)
-    {
-        for (const FakeFolderPtr& folder : among) {
-            if (folder->entryID == entryID && folder->storeID == storeID)
-                return folder;
-            if (const FakeFolderPtr found = find(folder->folders, entryID, storeID))
-                return found;
-        }
-        return FakeFolderPtr();
-    }
-
-    bool m_loggedOn{false};
 };
 
-class FakeOutlookApplication : public OutlookApplication, private FakeOutlook::Object
+/// Its state: how many there were before it.
+class FakeOutlookApplication : public FakeObject<OutlookApplication, int>
 {
 public:
-    explicit FakeOutlookApplication(FakeOutlook& outlook)
-        : Object(outlook)
-    {}
+    using FakeObject::FakeObject;
+    ~FakeOutlookApplication() override { --outlook().running; }
     QSharedPointer<OutlookSession> session() const override
     {
-        return outlook().hasSession ? QSharedPointer<FakeOutlookSession>::create(outlook())
+        return outlook().hasSession ? QSharedPointer<FakeOutlookSession>::create(outlook(), false)
                                     : QSharedPointer<FakeOutlookSession>();
     }
 };
@@ -307,6 +273,9 @@ public:
 inline QSharedPointer<OutlookApplication> FakeOutlook::createApplication()
 {
     ++applications;
-    return isInstalled ? QSharedPointer<FakeOutlookApplication>::create(*this)
-                       : QSharedPointer<FakeOutlookApplication>();
+    if (!isInstalled)
+        return QSharedPointer<OutlookApplication>();
+    const int before = running++;
+    starts += before == 0;
+    return QSharedPointer<FakeOutlookApplication>::create(*this, before);
 }
