@@ -102,14 +102,14 @@ std::unique_ptr<ContactCache> ContactCache::open(const Invocation& call, int* st
     return cache;
 }
 
-QString ContactCache::unusableStore()
+QString ContactCache::unusableStore(const char* refill)
 {
     return QStringLiteral(
                "The contacts kept in %1 cannot be used: the file contacts.sqlite there is damaged, "
-               "locked, or not permitted. When it is damaged, move it away and run \"qdfax "
-               "contacts sync\".")
+               "locked, or not permitted. When it is damaged, move it away and run \"qdfax %2\".")
         .arg(QDir::toNativeSeparators(SettingsFile::defaultPath().section(QLatin1Char('/'), 0, -3) +
-                                      QStringLiteral("/Contacts")));
+                                      QStringLiteral("/Contacts")),
+             QLatin1String(refill));
 }
 
 ContactCache::ContactCache(ContactLocalStorage& store, quint32 source)

@@ -54,8 +54,8 @@ public:
     ContactCache(ContactLocalStorage& store, quint32 source);
     ~ContactCache();
 
-    /// What to say of a store in which nothing can be kept.
-    static QString unusableStore();
+    /// What to say of a store in which nothing can be kept. @p refill: the command that fills a new one.
+    static QString unusableStore(const char* refill = "contacts sync");
 
     /// A page of a book, or of what both books have of a type. @p limit 0: all.
     QVector<StoredContact> list(ContactList::Type book, uint offset = 0, uint limit = 0) const;

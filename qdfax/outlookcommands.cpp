@@ -1,12 +1,12 @@
 #include "command.h"
 
+#include "contactcache.h"
 #include "contactlocalstorage.h"
 #include "contactmanager.h"
-#include "contactprovider.h"
 #include "contactsoptionsoutlook.h"
+#include "outlookcontactprovider.h"
 #include "settingsfile.h"
 
-#include <QDir>
 #include <QEventLoop>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -15,19 +15,31 @@ namespace {
 
 const auto chooseHint = QStringLiteral("\"qdfax outlook folders\" shows what there is.");
 
-/// What the commands have in common: there is an Outlook, and the settings can be read.
-int begin(const Invocation& call, SettingsFile& settings)
+/// What a command has for as long as it runs: Outlook, which would end after each use and start again for the
+/// next if nobody kept it, and the settings.
+class OutlookUse
 {
-    if (!OutlookAccess().createApplication()) {
-        return call.fail(ExitStatus::NotSupported,
-                         QStringLiteral("Outlook is not available: it has to be installed on this computer, "
-                                        "and that takes Windows."));
+public:
+    /// Returns an exit status; has said why when it is not Ok.
+    int begin(const Invocation& call)
+    {
+        if (!m_application) {
+            return call.fail(ExitStatus::NotSupported,
+                             QStringLiteral("Outlook is not available: it has to be installed on this "
+                                            "computer, and that takes Windows."));
+        }
+        settings.load();
+        if (!settings.problem().isEmpty())
+            return call.fail(ExitStatus::Settings, settings.problem());
+        return ExitStatus::Ok;
     }
-    settings.load();
-    if (!settings.problem().isEmpty())
-        return call.fail(ExitStatus::Settings, settings.problem());
-    return ExitStatus::Ok;
-}
+
+    SettingsFile settings;
+
+private:
+    const OutlookAccess m_access;
+    const QSharedPointer<OutlookApplication> m_application{m_access.createApplication()};
+};
 
 /// The folders below a parent, as they are shown to people or, nested, as JSON.
 QJsonArray walk(const ContactsOptionsOutlook& model, const QModelIndex& parent, int depth, Table& table)
@@ -55,12 +67,12 @@ QJsonArray walk(const ContactsOptionsOutlook& model, const QModelIndex& parent, 
 
 int outlookFolders(Invocation& call)
 {
-    SettingsFile settings;
-    const int status = begin(call, settings);
+    OutlookUse outlook;
+    const int status = outlook.begin(call);
     if (status != ExitStatus::Ok)
         return status;
     ContactsOptionsOutlook model;
-    model.setSelectedEntryID(settings.outlookFolder());
+    model.setSelectedEntryID(outlook.settings.outlookFolder());
 
     Table table({{QString(), Table::Left, 0, 0},
                  {QStringLiteral("Folder"), Table::Left, 0, 0},
@@ -77,16 +89,15 @@ int outlookFolders(Invocation& call)
     return ExitStatus::Ok;
 }
 
-/// Takes the contacts of every Outlook folder but one out of the cache.
-void forgetOtherFolders(ContactLocalStorage& storage, const QString& key)
+/// Takes the contacts of every Outlook folder but one out of the cache. Returns whether they are out.
+bool forgetOtherFolders(ContactLocalStorage& storage, quint32 kept)
 {
     const QList<quint32> sources = storage.getSourceList(ContactLocalStorage::SourceOutlook);
     for (const quint32 source : sources) {
-        QString name;
-        ContactLocalStorage::SourceType type;
-        if (storage.getSourceInfo(source, name, type) && name != key)
+        if (source != kept)
             storage.deleteSource(source);
     }
+    return storage.getSourceList(ContactLocalStorage::SourceOutlook) == QList<quint32>{kept};
 }
 
 int outlookChoose(Invocation& call)
@@ -94,8 +105,8 @@ int outlookChoose(Invocation& call)
     if (call.isSet("default") == !call.arguments().isEmpty())
         return call.failUsage(
             QStringLiteral("Name a folder by its key, or take the default with --default."));
-    SettingsFile settings;
-    const int status = begin(call, settings);
+    OutlookUse outlook;
+    const int status = outlook.begin(call);
     if (status != ExitStatus::Ok)
         return status;
 
@@ -108,7 +119,12 @@ int outlookChoose(Invocation& call)
                               : QStringLiteral("\"%1\" is not the key of a contact folder. ").arg(key)) +
                              chooseHint);
     }
-    const QString trouble = settings.edit(
+    // adding tells whether the cache can be written, before anything is changed
+    ContactLocalStorage storage;
+    const quint32 source = storage.addSource(key, ContactLocalStorage::SourceOutlook);
+    if (source == 0)
+        return call.fail(ExitStatus::File, ContactCache::unusableStore("outlook choose"));
+    const QString trouble = outlook.settings.edit(
         [&key](SettingsFile& file) {
             file.setOutlookFolder(key);
             return true;
@@ -116,8 +132,10 @@ int outlookChoose(Invocation& call)
         nullptr);
     if (!trouble.isEmpty())
         return call.fail(ExitStatus::Settings, trouble);
-    ContactLocalStorage storage;
-    forgetOtherFolders(storage, key);
+    if (!forgetOtherFolders(storage, source)) {
+        return call.fail(ExitStatus::File, QStringLiteral("The folder is chosen, but the contacts of the one "
+                                                          "before could not be taken out of the cache."));
+    }
     if (call.isJson())
         call.json(QJsonObject{{QStringLiteral("key"), key}});
     else
@@ -127,11 +145,11 @@ int outlookChoose(Invocation& call)
 
 int outlookSync(Invocation& call)
 {
-    SettingsFile settings;
-    const int status = begin(call, settings);
+    OutlookUse outlook;
+    const int status = outlook.begin(call);
     if (status != ExitStatus::Ok)
         return status;
-    const QString key = settings.outlookFolder();
+    const QString key = outlook.settings.outlookFolder();
     if (key.isEmpty()) {
         return call.fail(
             ExitStatus::Settings,
@@ -147,16 +165,21 @@ int outlookSync(Invocation& call)
     ContactManager manager;
     manager.setOutlookEntryID(key, false);
     manager.initOutlook(false);
-    const unsigned int source = manager.outlookSourceId();
+    auto* provider = qobject_cast<OutlookContactProvider*>(manager.providers().first().data());
+    const unsigned int source = provider->sourceId();
     if (source == 0)
-        return call.fail(ExitStatus::File,
-                         QStringLiteral("The contacts could not be stored. Check permissions "
-                                        "and free space."));
+        return call.fail(ExitStatus::File, ContactCache::unusableStore("outlook sync"));
     QEventLoop loop;
     QObject::connect(&manager, &ContactManager::onSyncStop, &loop, &QEventLoop::quit);
-    manager.providers().first()->syncContacts(ContactList::OutlookContacts, true);
+    provider->syncContacts(ContactList::OutlookContacts, true);
     if (manager.isSync())
         loop.exec();
+    if (!provider->isStored()) {
+        return call.fail(
+            ExitStatus::File,
+            QStringLiteral("The contacts could not be stored, and those copied before stay: check "
+                           "permissions and free space."));
+    }
     const int count = manager.storage()
                           ->getContactList(source, ContactLocalStorage::TypeContact,
                                            ContactLocalStorage::LocationPersonal, 0, 0, 0)

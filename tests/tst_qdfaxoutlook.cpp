@@ -5,13 +5,15 @@
 #include "contactlocalstorage.h"
 #include "fakeoutlook.h"
 #include "settingsfile.h"
+#include "shorthand.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QTest>
@@ -30,12 +32,7 @@
 
 namespace {
 
-QString s(const char* text)
-{
-    return QString::fromUtf8(text);
-}
-
-/// What is written to a stream while this lives.
+/// What is written to a stream until text() is called, once.
 class Captured
 {
 public:
@@ -47,17 +44,11 @@ public:
         m_file.open();
         dup2(m_file.handle(), fileno(m_stream));
     }
-    ~Captured() { text(); }
-
-    /// Ends it.
     QByteArray text()
     {
-        if (m_saved >= 0) {
-            std::fflush(m_stream);
-            dup2(m_saved, fileno(m_stream));
-            close(m_saved);
-            m_saved = -1;
-        }
+        std::fflush(m_stream);
+        dup2(m_saved, fileno(m_stream));
+        close(m_saved);
         m_file.seek(0);
         return m_file.readAll();
     }
@@ -68,30 +59,33 @@ private:
     int m_saved;
 };
 
-struct Run
-{
-    explicit Run(std::initializer_list<const char*> arguments)
-    {
-        QStringList line{s("qdfax")};
-        for (const char* argument : arguments)
-            line << s(argument);
-        Captured output(stdout);
-        Captured error(stderr);
-        status = runCommandLine(line);
-        out = output.text();
-        err = error.text();
-    }
-    int status;
-    QByteArray out;
-    QByteArray err;
-};
-
 } // namespace
 
 class TestQdfaxOutlook : public QObject
 {
     Q_OBJECT
 
+    struct Result
+    {
+        int status;
+        QByteArray out;
+        QByteArray err;
+    };
+    /// Runs "qdfax outlook" and the rest of the line, for which Outlook starts no more than once.
+    Result run(const QString& line)
+    {
+        m_outlook->starts = 0;
+        Captured output(stdout);
+        Captured error(stderr);
+        const int status = runCommandLine((s("qdfax outlook ") + line).split(QLatin1Char(' ')));
+        const Result result{status, output.text(), error.text()};
+        [&] {
+            QVERIFY(m_outlook->starts <= 1);
+            QCOMPARE(result.err.count('\n'), status == 0 ? 0 : 1);
+        }();
+        return result;
+    }
+    /// How many contacts of a folder are in the cache; -1: it is no source.
     int copied(const FakeFolderPtr& folder)
     {
         ContactLocalStorage storage;
@@ -102,7 +96,6 @@ class TestQdfaxOutlook : public QObject
                                                  ContactLocalStorage::AnyLocation, 0, 0, 0)
                                  .size();
     }
-
     QString folder() const { return m_folder.filePath(s("Quendra Client Software")); }
 
     QTemporaryDir m_folder;
@@ -122,12 +115,10 @@ private Q_SLOTS:
         m_contacts = m_outlook->add(mailbox, s("Contacts"), OutlookFolder::contactItems);
         m_team = m_outlook->add(m_contacts, s("Team"), OutlookFolder::contactItems);
         m_outlook->defaultContacts = m_contacts;
-        for (const char* id : {"a", "b", "c"}) {
-            FakeItem item;
-            item.entryID = item.fullName = s(id);
-            m_contacts->items.append(item);
-        }
-        m_team->items.append(m_contacts->items.first());
+        m_contacts->items.resize(3);
+        for (FakeItem& item : m_contacts->items)
+            item.entryID = QString::number(&item - m_contacts->items.constData());
+        m_team->items.resize(1);
     }
     void cleanup()
     {
@@ -135,113 +126,124 @@ private Q_SLOTS:
         QVERIFY(m_outlook->isBalanced());
     }
 
-    void notAvailable_data()
-    {
-        QTest::addColumn<QByteArray>("command");
-        QTest::addColumn<QByteArray>("argument");
-        QTest::newRow("folders") << QByteArray("folders") << QByteArray();
-        QTest::newRow("choose") << QByteArray("choose") << QByteArray("a:b");
-        QTest::newRow("choose the default") << QByteArray("choose") << QByteArray("--default");
-        QTest::newRow("sync") << QByteArray("sync") << QByteArray("--json");
-    }
     void notAvailable()
     {
-        QFETCH(QByteArray, command);
-        QFETCH(QByteArray, argument);
-        m_outlook->isInstalled = false;
-        for (int i = 0; i < 2; ++i) {
-            const Run run = argument.isEmpty() ? Run({"outlook", command.constData()})
-                                               : Run({"outlook", command.constData(), argument.constData()});
-            QCOMPARE(run.status, 4);
-            QCOMPARE(run.out, QByteArray());
-            QCOMPARE(run.err.count('\n'), 1);
-            QVERIFY2(run.err.startsWith("qdfax: Outlook is not available"), run.err);
+        for (const char* line : {"folders", "choose a:b", "choose --default", "sync --json"}) {
+            m_outlook->isInstalled = false;
+            OutlookPort::setCurrent(m_outlook);
+            for (int i = 0; i < 2; ++i) {
+                const Result result = run(s(line));
+                QCOMPARE(result.status, 4);
+                QCOMPARE(result.out, QByteArray());
+                QVERIFY2(result.err.startsWith("qdfax: Outlook is not available"), result.err);
 #ifdef Q_OS_WIN
-            break;
+                break;
 #endif
-            // and what there is on this platform without any double
-            OutlookPort::setCurrent(QSharedPointer<OutlookPort>());
+                // and what there is on this platform without any double
+                OutlookPort::setCurrent(QSharedPointer<OutlookPort>());
+            }
         }
         QVERIFY(!QFile::exists(SettingsFile::defaultPath()));
     }
 
     void wholeWay()
     {
-        QCOMPARE(Run({"outlook", "sync"}).status, int(ExitStatus::Settings));
-        QCOMPARE(Run({"outlook", "choose"}).status, int(ExitStatus::Usage));
-        QCOMPARE(Run({"outlook", "choose", "--default", "a:b"}).status, int(ExitStatus::Usage));
-        QCOMPARE(Run({"outlook", "choose", "E-Inbox:S:Mailbox"}).status, int(ExitStatus::NotFound));
+        QCOMPARE(run(s("sync")).status, int(ExitStatus::Settings));
+        QCOMPARE(run(s("choose")).status, int(ExitStatus::Usage));
+        QCOMPARE(run(s("choose --default a:b")).status, int(ExitStatus::Usage));
+        QCOMPARE(run(s("choose E-Inbox:S:Mailbox")).status, int(ExitStatus::NotFound));
 
-        Run choose({"outlook", "choose", "--default"});
-        QVERIFY2(choose.status == 0, choose.err);
-        const Run sync({"outlook", "sync"});
-        QVERIFY2(sync.status == 0, sync.err);
-        QCOMPARE(sync.out, QByteArray("3 contacts copied.\n"));
+        QCOMPARE(run(s("choose --default")).status, 0);
+        QCOMPARE(run(s("sync")).out, QByteArray("3 contacts copied.\n"));
+        QCOMPARE(int(m_outlook->starts), 1);
         QCOMPARE(copied(m_contacts), 3);
-
-        const Run folders({"outlook", "folders"});
-        QCOMPARE(folders.out, QByteArray("   Folder      Contacts  Key\n"
-                                         "   Mailbox\n"
-                                         "*    Contacts  yes       E-Contacts:S:Mailbox\n"
-                                         "       Team    yes       E-Team:S:Mailbox\n"));
+        QCOMPARE(run(s("folders")).out, QByteArray("   Folder      Contacts  Key\n"
+                                                   "   Mailbox\n"
+                                                   "*    Contacts  yes       E-Contacts:S:Mailbox\n"
+                                                   "       Team    yes       E-Team:S:Mailbox\n"));
 
         // another one takes its place, in the settings and in the cache
-        const QByteArray team = m_team->key().toUtf8();
-        choose = Run({"outlook", "choose", team.constData()});
-        QVERIFY2(choose.status == 0, choose.err);
+        QCOMPARE(run(s("choose ") + m_team->key()).status, 0);
         QCOMPARE(copied(m_contacts), -1);
-        QCOMPARE(Run({"outlook", "sync", "--json"}).out.simplified(),
+        QCOMPARE(run(s("sync --json")).out.simplified(),
                  QByteArray("{ \"contacts\": 1, \"key\": \"E-Team:S:Mailbox\" }"));
         QCOMPARE(copied(m_team), 1);
         const QJsonObject mailbox =
-            QJsonDocument::fromJson(Run({"outlook", "folders", "--json"}).out).array().first().toObject();
+            QJsonDocument::fromJson(run(s("folders --json")).out).array().first().toObject();
         QCOMPARE(mailbox.value(s("contacts")).toBool(true), false);
         const QJsonObject contacts = mailbox.value(s("folders")).toArray().first().toObject();
         QCOMPARE(contacts.value(s("chosen")).toBool(true), false);
         QCOMPARE(contacts.value(s("folders")).toArray().first().toObject().value(s("chosen")).toBool(), true);
 
         m_team->isGone = true;
-        QCOMPARE(Run({"outlook", "sync"}).status, int(ExitStatus::NotFound));
+        QCOMPARE(run(s("sync")).status, int(ExitStatus::NotFound));
         QCOMPARE(copied(m_team), 1); // what was copied is kept for as long as nobody chooses another
         m_outlook->defaultContacts.clear();
-        QCOMPARE(Run({"outlook", "choose", "--default"}).status, int(ExitStatus::NotFound));
+        QCOMPARE(run(s("choose --default")).status, int(ExitStatus::NotFound));
     }
 
     void keepsTheSettings()
     {
-        QFile file(SettingsFile::defaultPath());
+        const QString file = SettingsFile::defaultPath();
         QVERIFY(QDir().mkpath(QFileInfo(file).path()));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("<settings><strange>kept</strange></settings>");
-        file.close();
-        QCOMPARE(Run({"outlook", "choose", "--default"}).status, 0);
+        writeFile(file, "<settings><strange>kept</strange></settings>");
+        QCOMPARE(run(s("choose --default")).status, 0);
         SettingsFile settings;
         QCOMPARE(settings.load(), SettingsFile::Good);
         QCOMPARE(settings.outlookFolder(), m_contacts->key());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.readAll().contains("<strange>kept</strange>"));
-        file.close();
+        QVERIFY(readFile(file).contains("<strange>kept</strange>"));
 
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("damaged");
-        file.close();
-        for (const char* command : {"folders", "sync"})
-            QCOMPARE(Run({"outlook", command}).status, int(ExitStatus::Settings));
-        QCOMPARE(Run({"outlook", "choose", "--default"}).status, int(ExitStatus::Settings));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("damaged"));
+        writeFile(file, "damaged");
+        for (const char* line : {"folders", "sync", "choose --default"})
+            QCOMPARE(run(s(line)).status, int(ExitStatus::Settings));
+        QCOMPARE(readFile(file), QByteArray("damaged"));
     }
 
+    void unusableCache_data()
+    {
+        // chosen, copied: what is said of choosing another folder, and of copying; empty: it goes well
+        const Rows<QString, QByteArray, QByteArray> row("fault", "chosen", "copied");
+        row("cannot be opened", "folder", "cannot be used", "cannot be used");
+        row("is no database", "file", "cannot be used", "cannot be used");
+        row("takes no source", "BEFORE INSERT ON sources", "cannot be used", "");
+        row("takes no contact", "BEFORE INSERT ON contacts", "", "could not be stored");
+        row("lets no contact go", "BEFORE DELETE ON contacts", "could not be taken out",
+            "could not be stored");
+    }
     void unusableCache()
     {
-        QCOMPARE(Run({"outlook", "choose", "--default"}).status, 0);
-        QDir cache(folder() + s("/Contacts"));
-        QVERIFY(cache.removeRecursively());
-        QFile inTheWay(cache.path());
-        QVERIFY(inTheWay.open(QIODevice::WriteOnly));
-        const Run run({"outlook", "sync"});
-        QCOMPARE(run.status, int(ExitStatus::File));
-        QVERIFY2(run.err.contains("could not be stored"), run.err);
+        QFETCH(QString, fault);
+        QFETCH(QByteArray, chosen);
+        QFETCH(QByteArray, copied);
+        QCOMPARE(run(s("choose --default")).status, 0);
+        QCOMPARE(run(s("sync")).status, 0);
+        const QString cache = folder() + s("/Contacts");
+        if (fault == s("folder")) {
+            QVERIFY(QDir(cache).removeRecursively());
+            writeFile(cache, "in the way");
+        } else if (fault == s("file")) {
+            writeFile(cache + s("/contacts.sqlite"), QByteArray(5000, '?'));
+        } else {
+            {
+                auto other = QSqlDatabase::addDatabase(s("QSQLITE"), s("other"));
+                other.setDatabaseName(cache + s("/contacts.sqlite"));
+                QVERIFY(other.open());
+                QVERIFY(QSqlQuery(other).exec(
+                    s("CREATE TRIGGER fault %1 BEGIN SELECT RAISE(ABORT, 'fault'); END").arg(fault)));
+            }
+            QSqlDatabase::removeDatabase(s("other"));
+        }
+        const auto check = [](const Result& result, const QByteArray& said) {
+            QCOMPARE(result.status, said.isEmpty() ? int(ExitStatus::Ok) : int(ExitStatus::File));
+            QVERIFY2(result.err.contains(said), result.err);
+        };
+        check(run(s("sync")), copied);
+        if (copied == "could not be stored")
+            QCOMPARE(this->copied(m_contacts), 3);
+        check(run(s("choose ") + m_team->key()), chosen);
+        SettingsFile settings;
+        settings.load();
+        QCOMPARE(settings.outlookFolder(), chosen == "cannot be used" ? m_contacts->key() : m_team->key());
     }
 };
 
