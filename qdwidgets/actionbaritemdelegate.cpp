@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QStyleOption>
 #include <QTextDocument>
 #include <QToolTip>
@@ -172,6 +173,12 @@ QSize ActionBarItemDelegate::sizeHint(const QStyleOptionViewItem& option, const 
     return barSize(option, itemOf(index));
 }
 
+QWidget* ActionBarItemDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                                             const QModelIndex& index) const
+{
+    return isActionBar(index) ? nullptr : QStyledItemDelegate::createEditor(parent, option, index);
+}
+
 bool ActionBarItemDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,
                                         const QStyleOptionViewItem& option, const QModelIndex& index)
 {
@@ -186,18 +193,32 @@ bool ActionBarItemDelegate::editorEvent(QEvent* event, QAbstractItemModel* model
             break;
         const bool isClick = released == m_pressed;
         setPressed(Button());
-        if (isClick) {
-            ActionBarItem item = itemOf(index);
-            item.setClickedAction(released.action);
-            // last: whatever this leads to, nothing of before is touched after it
-            model->setData(index, QVariant::fromValue(item), Qt::EditRole);
-        }
+        if (isClick)
+            click(model, released);
         return true;
     }
     default:
         break;
     }
     return QStyledItemDelegate::editorEvent(event, model, option, index);
+}
+
+void ActionBarItemDelegate::click(QAbstractItemModel* model, const Button& button)
+{
+    // two clicks that were waiting for a busy program are one: the first may open a dialog
+    if (m_clickPending)
+        return;
+    m_clickPending = true;
+    const auto write = [this, model = QPointer<QAbstractItemModel>(model), button] {
+        m_clickPending = false;
+        if (!model || !button.index.isValid())
+            return;
+        ActionBarItem item = itemOf(button.index);
+        item.setClickedAction(button.action);
+        // last: this delegate may be gone after it
+        model->setData(button.index, QVariant::fromValue(item), Qt::EditRole);
+    };
+    QMetaObject::invokeMethod(this, write, Qt::QueuedConnection);
 }
 
 bool ActionBarItemDelegate::eventFilter(QObject* watched, QEvent* event)

@@ -14,7 +14,9 @@ class QMouseEvent;
  * Cells with other data look as ever, so one delegate serves a whole view. The buttons follow the view's
  * style, palette, icon size and layout direction, and the cell's alignment; a pointing hand shows where one
  * can click. A button released under the mouse that pressed it writes the item, with the action's number in
- * it, to the model: setData() with the edit role. The model may change, reset or run an event loop in there.
+ * it, to the model: setData() with the edit role. That happens when control returns to the event loop, when
+ * no function of the view is running any more: the model may change, reset, run an event loop or destroy the
+ * view in there. A click on a row that is gone by then, and another one before then, are none.
  *
  * Tool tips, of actions and of all other cells, are shown as plain text, whatever markup they contain.
  *
@@ -34,6 +36,9 @@ public:
                const QModelIndex& index) const override;
     /// Room for the buttons, the item's spacing and margins.
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    /// Null for a cell with actions: nobody types there.
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const override;
     bool editorEvent(QEvent* event, QAbstractItemModel* model, const QStyleOptionViewItem& option,
                      const QModelIndex& index) override;
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
@@ -53,6 +58,7 @@ private:
 
     Button buttonAt(const QPoint& position) const;
     void followMouse(const QMouseEvent& mouse);
+    void click(QAbstractItemModel* model, const Button& button);
     void setHovered(const Button& button);
     void setPressed(const Button& button);
 
@@ -60,4 +66,5 @@ private:
     const QObject* m_viewport;
     Button m_hovered;
     Button m_pressed;
+    bool m_clickPending{false}; ///< Until it is written.
 };
