@@ -24,8 +24,9 @@ QT_END_NAMESPACE
 /**
  * The window that lists captured print jobs, with actions for each.
  *
- * It opens modal, sorted by time, the newest first; Escape does not close it. Widgets can be found by their
- * object names: "tableViewPrintCapture", "label", "status", "pushButtonDeleteAll", "pushButtonClose".
+ * It opens modal, sorted by time, the newest first; Escape does not close it. Enter presses "Close", or
+ * "Delete All" while that has the focus. Widgets can be found by their object names: "tableViewPrintCapture",
+ * "label", "status", "pushButtonDeleteAll", "pushButtonClose".
  *
  * Make it with new: it deletes itself when it is closed. Model, converter and settings belong to the
  * application and must outlive it. It does not read the folder by itself: call the model's slotUpdate(), or

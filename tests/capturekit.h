@@ -1,0 +1,120 @@
+#pragma once
+
+// What tests of windows of captured print jobs need.
+
+#include "actionbaritemdelegate.h"
+#include "printcapturebase.h"
+#include "printcapturemodelbase.h"
+#include "shorthand.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTest>
+#include <QTimer>
+
+/// Answers the next message box with the mouse, as a user would, and remembers what it said.
+class BoxAnswer : public QObject
+{
+public:
+    /// @p button NoButton: the Escape key.
+    explicit BoxAnswer(QMessageBox::StandardButton button)
+    {
+        m_timer.start(1);
+        connect(&m_timer, &QTimer::timeout, this, [this, button] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box || !box->isVisible() || !said.isEmpty())
+                return;
+            said = box->windowTitle() + QLatin1Char('|') + box->text();
+            buttons = box->standardButtons();
+            icon = box->icon();
+            format = box->textFormat();
+            if (button == QMessageBox::NoButton)
+                QTest::keyClick(box, Qt::Key_Escape);
+            else
+                QTest::mouseClick(box->button(button), Qt::LeftButton);
+        });
+    }
+
+    QString said; ///< Title and text, with a bar between.
+    QMessageBox::StandardButtons buttons;
+    QMessageBox::Icon icon{QMessageBox::NoIcon};
+    Qt::TextFormat format{Qt::RichText};
+
+private:
+    QTimer m_timer;
+};
+
+inline QTableView* tableOf(const PrintCaptureBase& window)
+{
+    return window.findChild<QTableView*>(s("tableViewPrintCapture"));
+}
+
+inline void clickButton(const PrintCaptureBase& window, const char* name)
+{
+    QTest::mouseClick(window.findChild<QPushButton*>(s(name)), Qt::LeftButton);
+}
+
+/// Returns when everything that the click leads to is done.
+inline void clickAction(const PrintCaptureBase& window, int row, int action)
+{
+    const QTableView* table = tableOf(window);
+    const auto* delegate = qobject_cast<ActionBarItemDelegate*>(table->itemDelegate());
+    const QPoint button = delegate->actionRect(table->model()->index(row, 3), action).center();
+    QTest::mouseMove(table->viewport(), button);
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, button);
+    QCoreApplication::processEvents(); // clicks are written by the event loop
+}
+
+const int manyCaptures = 10000;
+
+/// Fills the folder, with companions.
+inline void addManyCaptures()
+{
+    for (int i = 0; i < manyCaptures; ++i) {
+        for (const char* ending : {".pdf", ".TIF"})
+            QFile(s("%1/capture %2%3").arg(PrintCaptureModelBase::folder()).arg(i).arg(s(ending)))
+                .open(QIODevice::WriteOnly);
+    }
+}
+
+/// Deletes them as a user does. Meanwhile the window is asked to paint whenever the loop is idle, and has to;
+/// and the folder is read at most @p mostReads times.
+inline void deleteManyCaptures(PrintCaptureBase& window, PrintCaptureModelBase& model, int mostReads)
+{
+    struct Painted : public QObject
+    {
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            count += event->type() == QEvent::Paint;
+            return false;
+        }
+        int count{0};
+    } painted;
+    window.installEventFilter(&painted);
+    QTimer idle;
+    QObject::connect(&idle, &QTimer::timeout, &window, [&] { window.update(); });
+
+    QCOMPARE(tableOf(window)->model()->rowCount(), manyCaptures);
+    QSignalSpy read(&model, &QAbstractItemModel::modelReset);
+    QSignalSpy done(&model, &PrintCaptureModelBase::signalDeleteAllComlete);
+    const BoxAnswer yes(QMessageBox::Yes);
+    clickButton(window, "pushButtonDeleteAll");
+    QElapsedTimer clock;
+    clock.start();
+    idle.start(0);
+    QVERIFY(done.wait(60000));
+    qInfo("%d documents with companions deleted in %d ms, in which the window was painted %d times",
+          manyCaptures, int(clock.elapsed()), painted.count);
+    QVERIFY(done.first().first().toBool());
+    QVERIFY(painted.count >= 5);
+    QVERIFY2(read.count() <= mostReads, QByteArray::number(read.count()));
+    QVERIFY(QDir(PrintCaptureModelBase::folder()).isEmpty());
+    QCOMPARE(tableOf(window)->model()->rowCount(), 0);
+    QVERIFY(tableOf(window)->isEnabled());
+    QTRY_VERIFY(!QApplication::overrideCursor());
+}
