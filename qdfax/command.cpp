@@ -71,6 +71,32 @@ int leadingOptions(const QStringList& arguments, QStringList* rest)
     return -1;
 }
 
+/// The global options that hold numbers.
+struct GlobalValues
+{
+    int timeout{defaultTimeout}; ///< In s.
+    std::optional<int> logLevel;
+    const char* wrongOption{nullptr}; ///< The one that is not understood, if any.
+    QString error;
+};
+
+GlobalValues globalValues(const Command& command, const QCommandLineParser& parser)
+{
+    GlobalValues values;
+    const auto number = [&](const char* option, int highest) -> std::optional<int> {
+        const QString name = QLatin1String(option);
+        if (values.wrongOption || command.hasOption(name) || !parser.isSet(name))
+            return std::nullopt;
+        const auto parsed = parseInteger(parser.value(name), 0, highest, &values.error);
+        if (!parsed)
+            values.wrongOption = option;
+        return parsed;
+    };
+    values.timeout = number("timeout", longestTimeout).value_or(defaultTimeout);
+    values.logLevel = number("log-level", 4);
+    return values;
+}
+
 int runCommand(const QStringList& arguments)
 {
     QStringList words;
@@ -120,22 +146,12 @@ int runCommand(const QStringList& arguments)
     }
 
     Invocation invocation(*command, parser, positional);
-    QString error;
-    int timeout = defaultTimeout;
-    if (!command->hasOption(QStringLiteral("timeout")) && invocation.isSet("timeout")) {
-        const std::optional<int> seconds =
-            parseInteger(invocation.value("timeout"), 0, longestTimeout, &error);
-        if (!seconds)
-            return invocation.failOption("timeout", error);
-        timeout = *seconds;
-    }
-    invocation.setTimeout(timeout * 1000);
-    if (invocation.isSet("log-level")) {
-        const std::optional<int> level = parseInteger(invocation.value("log-level"), 0, 4, &error);
-        if (!level)
-            return invocation.failOption("log-level", error);
-        Logger::inst().setLevel(Logger::LEVEL(*level));
-    }
+    const GlobalValues values = globalValues(*command, parser);
+    if (values.wrongOption)
+        return invocation.failOption(values.wrongOption, values.error);
+    invocation.setTimeout(values.timeout * 1000);
+    if (values.logLevel)
+        Logger::inst().setLevel(Logger::LEVEL(*values.logLevel));
     return command->run(invocation);
 }
 
@@ -194,8 +210,11 @@ bool needsDisplay(const QStringList& arguments)
     QCommandLineParser parser;
     parser.addOptions(globalOptions(*command));
     parser.addOptions(command->options);
-    const int count = parser.parse(arguments) ? parser.positionalArguments().size() - wordCount : -1;
-    return count >= command->leastArguments && count <= command->mostArguments;
+    if (!parser.parse(arguments) || globalValues(*command, parser).wrongOption)
+        return false;
+    const int count = parser.positionalArguments().size() - wordCount;
+    return count >= command->leastArguments &&
+           (command->mostArguments < 0 || count <= command->mostArguments);
 }
 
 int runCommandLine(const QStringList& arguments)
