@@ -7,12 +7,10 @@
 #include <QEventLoop>
 #include <QFile>
 
-namespace {
+#include <algorithm>
+#include <tuple>
 
-QFileInfo companionOf(const QFileInfo& file)
-{
-    return QFileInfo(file.dir().filePath(file.completeBaseName() + QStringLiteral(".TIF")));
-}
+namespace {
 
 CaptureModel::Companion stateOf(const QFileInfo& companion, const QFileInfo& file)
 {
@@ -52,9 +50,20 @@ CaptureModel::CaptureModel(const DateTimeConverter& converter, bool newFaxAction
         m_waiting.clear();
     });
     connect(this, &QAbstractItemModel::modelReset, this, [this] {
+        for (auto known = m_counts.begin(); known != m_counts.end();) {
+            if (m_rows.contains(known.key()))
+                ++known;
+            else
+                known = m_counts.erase(known);
+        }
         if (m_waiting.isEmpty())
             Q_EMIT counted();
     });
+}
+
+QFileInfo CaptureModel::companionOf(const QFileInfo& file)
+{
+    return QFileInfo(file.dir().filePath(file.completeBaseName() + QStringLiteral(".TIF")));
 }
 
 CaptureModel::~CaptureModel()
@@ -66,14 +75,11 @@ CaptureModel::~CaptureModel()
 bool CaptureModel::addEntry(QFileInfo& file)
 {
     Entry entry = entryOf(file);
-    const QFileInfo companion = companionOf(file);
     Document document;
     document.file = file;
     document.created = entry.created;
-    document.companion = stateOf(companion, file);
-    document.companionSize = companion.size();
-    if (document.companion != NoTiff)
-        entry.toolTip += QLatin1Char('\n') + companionText(document);
+    document.tiff = companionOf(file);
+    document.companion = stateOf(document.tiff, file);
 
     const Count known = m_counts.value(file.filePath());
     if (known.size == file.size() && known.modified == file.lastModified())
@@ -132,23 +138,29 @@ QVector<CaptureModel::Document> CaptureModel::countedDocuments()
     return documents();
 }
 
-QStringList CaptureModel::filesWithoutPages() const
+QFileInfoList CaptureModel::filesToWatch() const
 {
-    QStringList files;
-    for (const Entry& entry : entries()) {
-        if (entry.pages == 0)
-            files.append(entry.file.filePath());
+    QVector<Document> likely = documents();
+    std::stable_sort(likely.begin(), likely.end(), [](const Document& a, const Document& b) {
+        return std::make_tuple(a.pages > 0, b.created) < std::make_tuple(b.pages > 0, a.created);
+    });
+    QFileInfoList files;
+    for (const Document& document : qAsConst(likely)) {
+        files.append(document.file);
+        if (document.companion != NoTiff)
+            files.append(document.tiff);
     }
     return files;
 }
 
 QString CaptureModel::companionText(const Document& document)
 {
+    const QString size = sizeText(document.tiff.size());
     switch (document.companion) {
     case Tiff:
-        return QStringLiteral("TIFF, %1").arg(sizeText(document.companionSize));
+        return QStringLiteral("TIFF, %1").arg(size);
     case OlderTiff:
-        return QStringLiteral("TIFF, %1, older than the document").arg(sizeText(document.companionSize));
+        return QStringLiteral("TIFF, %1, older than the document").arg(size);
     case UnreadableTiff:
         return QStringLiteral("TIFF that cannot be read");
     case NoTiff:
@@ -159,9 +171,13 @@ QString CaptureModel::companionText(const Document& document)
 
 QVariant CaptureModel::data(const QModelIndex& index, int role) const
 {
-    if (role == Qt::DecorationRole && index.isValid() && index.column() == 0 &&
-        index.row() < m_documents.size())
-        return m_documents.at(index.row()).companion == NoTiff ? m_image : m_imageWithTiff;
+    if (!index.isValid() || index.row() >= m_documents.size())
+        return QVariant();
+    const Document& document = m_documents.at(index.row());
+    if (role == Qt::DecorationRole && index.column() == 0)
+        return document.companion == NoTiff ? m_image : m_imageWithTiff;
+    if (role == Qt::ToolTipRole && index.column() == 1 && document.companion != NoTiff)
+        return companionText(document);
     return PrintCaptureModelBase::data(index, role);
 }
 

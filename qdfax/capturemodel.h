@@ -8,7 +8,8 @@
 #include <QVector>
 
 /**
- * The captured print jobs with their pages counted, and with the TIFF files that lie beside them.
+ * The captured print jobs with their pages counted, and with the TIFF files that lie beside them: the image
+ * of a name tells whether there is one, the tool tip of the pages in which state it is.
  *
  * Pages are counted by a thread of its own, so that a folder of large documents is shown at once; until then,
  * and for what is no PDF, a row shows 0. What was counted is not counted again until the file changes.
@@ -27,11 +28,14 @@ public:
         QDateTime created;
         int pages{0};
         Companion companion{NoTiff};
-        qint64 companionSize{0}; ///< Bytes.
+        QFileInfo tiff; ///< The companion, or where it would be.
     };
 
     CaptureModel(const DateTimeConverter& converter, bool newFaxAction, QObject* parent = nullptr);
     ~CaptureModel() override;
+
+    /// Where the companion of a document is, or would be.
+    static QFileInfo companionOf(const QFileInfo& file);
 
     /// The rows. Waits until the pages are counted.
     QVector<Document> countedDocuments();
@@ -40,8 +44,10 @@ public:
     /// "TIFF, 48 KB"; empty without one.
     static QString companionText(const Document& document);
 
-    /// Documents on which no page was found: no PDFs, or not complete yet.
-    QStringList filesWithoutPages() const;
+    /// Documents and companions, those first that are most likely to change where they are: documents on
+    /// which no page was found, which may still be written, then the newest. As they were when the folder was
+    /// read.
+    QFileInfoList filesToWatch() const;
 
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
@@ -66,7 +72,7 @@ private:
 
     QVector<Document> m_documents;  ///< The rows; the pages are those of the base class.
     QHash<QString, int> m_rows;     ///< By path.
-    QHash<QString, Count> m_counts; ///< By path; what is known, also of files that are no rows now.
+    QHash<QString, Count> m_counts; ///< By path; what is known of the rows.
     QSet<QString> m_waiting;        ///< Paths of the rows that are not counted yet.
     QIcon m_image;
     QIcon m_imageWithTiff;

@@ -88,7 +88,7 @@ public:
                                      {QStringLiteral("created"), toJson(document.created)},
                                      {QStringLiteral("bytes"), document.file.size()},
                                      {QStringLiteral("tiff"), states.value(document.companion)},
-                                     {QStringLiteral("tiffBytes"), document.companionSize}});
+                                     {QStringLiteral("tiffBytes"), document.tiff.size()}});
         }
         return array;
     }
@@ -132,15 +132,20 @@ int view(Invocation& call)
     return ExitStatus::Ok;
 }
 
-/// Says what became of documents that were to go.
+/// Says what became of documents that were to go, with their companions.
 int reportDeleted(const Invocation& call, const QStringList& wanted)
 {
     QStringList left;
+    int deleted = 0;
     for (const QString& path : wanted) {
         if (QFileInfo::exists(path))
             left.append(QFileInfo(path).fileName());
+        else
+            ++deleted;
+        const QFileInfo companion = CaptureModel::companionOf(QFileInfo(path));
+        if (companion.exists())
+            left.append(companion.fileName());
     }
-    const int deleted = wanted.size() - left.size();
     if (call.isJson())
         call.json(QJsonObject{{QStringLiteral("deleted"), deleted},
                               {QStringLiteral("left"), QJsonArray::fromStringList(left)}});
@@ -149,8 +154,8 @@ int reportDeleted(const Invocation& call, const QStringList& wanted)
     if (left.isEmpty())
         return ExitStatus::Ok;
     return call.fail(ExitStatus::File,
-                     QStringLiteral("%1 of %2 cannot be deleted: %3. Check the rights of %4.")
-                         .arg(QString::number(left.size()), QString::number(wanted.size()),
+                     QStringLiteral("Files that cannot be deleted: %1 (%2). Check the rights of %3.")
+                         .arg(QString::number(left.size()),
                               left.mid(0, 3).join(QStringLiteral(", ")) +
                                   (left.size() > 3 ? QStringLiteral(", ...") : QString()),
                               QDir::toNativeSeparators(CaptureModel::folder())));
@@ -201,9 +206,13 @@ int watch(Invocation& call)
         rounds = *number;
     }
     FolderWatch folder(CaptureModel::folder());
-    Captures captures;
     QEventLoop loop;
-    QObject::connect(&folder, &FolderWatch::changed, &loop, &QEventLoop::quit);
+    bool isChanged = false; // reading waits for the count of pages, and changes come in there too
+    QObject::connect(&folder, &FolderWatch::changed, &loop, [&] {
+        isChanged = true;
+        loop.quit();
+    });
+    Captures captures;
     if (!call.isJson() && Terminal::isOutput())
         Terminal::write("\x1b[2J");
     for (int round = 1;; ++round) {
@@ -222,8 +231,10 @@ int watch(Invocation& call)
             return ExitStatus::File;
         if (round == rounds)
             return ExitStatus::Ok;
-        folder.setFiles(captures.model().filesWithoutPages());
-        loop.exec();
+        folder.setFiles(captures.model().filesToWatch());
+        if (!isChanged)
+            loop.exec();
+        isChanged = false;
         captures.read();
     }
 }
@@ -305,7 +316,8 @@ QVector<Command> captureCommands()
     deleteCommand.description =
         viewCommand.description +
         QStringLiteral(
-            "\nNothing is deleted when one of them does not exist. A TIFF file beside one goes too.");
+            "\nNothing is deleted when one of them does not exist. A TIFF file beside one goes too.\n"
+            "JSON: how many documents were deleted, and the names of all files that were left.");
     deleteCommand.examples = QStringList{QStringLiteral("qdfax captures delete 1 offer.pdf")};
     deleteCommand.leastArguments = 1;
     deleteCommand.mostArguments = -1;

@@ -12,8 +12,6 @@
 
 namespace {
 
-const int mostWatchedFiles = 100;
-
 QString counted(int number, const QString& one, const QString& several)
 {
     return QStringLiteral("%1 %2").arg(number).arg(number == 1 ? one : several);
@@ -35,7 +33,7 @@ CaptureWindow::CaptureWindow(CaptureModel& model, const DateTimeConverter& conve
     table->verticalHeader()->hide();
     findChild<QBoxLayout*>(QStringLiteral("horizontalLayout"))->addWidget(m_summary);
 
-    connect(&m_watch, &FolderWatch::changed, this, &CaptureWindow::slotUpdate);
+    connect(&m_watch, &FolderWatch::changed, this, &CaptureWindow::follow);
     connect(&model, &QAbstractItemModel::modelReset, this, &CaptureWindow::summarise);
     connect(&model, &CaptureModel::counted, this, &CaptureWindow::summarise);
     summarise();
@@ -44,8 +42,14 @@ CaptureWindow::CaptureWindow(CaptureModel& model, const DateTimeConverter& conve
 void CaptureWindow::summarise()
 {
     m_summary->setText(captureSummary(m_model));
-    // a document that is still being written has no pages yet, and changes without its folder knowing
-    m_watch.setFiles(m_model.filesWithoutPages().mid(0, mostWatchedFiles));
+    m_watch.setFiles(m_model.filesToWatch());
+}
+
+void CaptureWindow::follow()
+{
+    // while everything is being deleted, each look at the folder would be of the past; the end has its own
+    if (findChild<QTableView*>(QStringLiteral("tableViewPrintCapture"))->isEnabled())
+        slotUpdate();
 }
 
 QString captureSummary(const CaptureModel& model)

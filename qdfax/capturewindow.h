@@ -21,6 +21,7 @@ public:
 
 private:
     void summarise();
+    void follow();
 
     CaptureModel& m_model;
     FolderWatch m_watch;

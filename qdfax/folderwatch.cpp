@@ -1,28 +1,27 @@
 #include "folderwatch.h"
 
+#include <QDateTime>
 #include <QDir>
-#include <QFileInfo>
+#include <QSet>
 
 namespace {
 
-const int pause = 200; ///< ms without a change before one is told.
+const int pause = 200; ///< ms from a change until it is told, with those that follow it.
 
 } // namespace
 
 FolderWatch::FolderWatch(const QString& folder, QObject* parent)
     : QObject(parent)
     , m_folder(QDir::cleanPath(folder))
+    , m_watcher(this)
 {
     m_pause.setSingleShot(true);
     m_pause.setInterval(pause);
-    const auto note = [this] {
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, [this] {
         watchFolder();
-        // not started again: a change every moment would never be told
-        if (!m_pause.isActive())
-            m_pause.start();
-    };
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, note);
-    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, note);
+        note();
+    });
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FolderWatch::note);
     connect(&m_pause, &QTimer::timeout, this, &FolderWatch::changed);
     watchFolder();
 }
@@ -41,13 +40,36 @@ void FolderWatch::watchFolder()
     m_watcher.addPath(nearest);
 }
 
-void FolderWatch::setFiles(const QStringList& files)
+void FolderWatch::setFiles(const QFileInfoList& files)
 {
+    QSet<QString> wanted;
+    for (const QFileInfo& known : files) {
+        if (wanted.size() == mostFiles)
+            break;
+        const QFileInfo file(known.filePath());
+        if (file.isFile() && file.isReadable())
+            wanted.insert(file.filePath());
+    }
     const QStringList watched = m_watcher.files();
-    if (watched == files)
-        return;
-    if (!watched.isEmpty())
-        m_watcher.removePaths(watched);
-    if (!files.isEmpty())
-        m_watcher.addPaths(files);
+    for (const QString& path : watched) {
+        if (!wanted.remove(path))
+            m_watcher.removePath(path);
+    }
+    if (!wanted.isEmpty())
+        m_watcher.addPaths(wanted.values());
+
+    for (const QFileInfo& known : files) {
+        if (!wanted.contains(known.filePath()))
+            continue;
+        const QFileInfo file(known.filePath());
+        if (file.size() != known.size() || file.lastModified() != known.lastModified())
+            return note();
+    }
+}
+
+void FolderWatch::note()
+{
+    // not started again: a change every moment would never be told
+    if (!m_pause.isActive())
+        m_pause.start();
 }

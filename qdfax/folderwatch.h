@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <QObject>
 #include <QString>
@@ -9,8 +10,9 @@
 /**
  * Tells when a folder changes: files that come, go or are replaced, and the folder itself.
  *
- * The folder need not exist: then the nearest one above it is watched until it does. Many changes in a row
- * are one.
+ * The folder need not exist: then the nearest one above it is watched until it does. Changes are told a
+ * moment after the first of them, all that came until then as one: during a long series again and again, and
+ * once after its last.
  */
 class FolderWatch : public QObject
 {
@@ -19,14 +21,20 @@ class FolderWatch : public QObject
 public:
     explicit FolderWatch(const QString& folder, QObject* parent = nullptr);
 
-    /// Also tells of changes inside these files, which a folder knows nothing of. Replaces those before.
-    void setFiles(const QStringList& files);
+    /// The most files that are watched: each takes one of the few watches that the system has for a user.
+    static constexpr int mostFiles = 200;
+
+    /// Also tells of changes inside these files, which a folder knows nothing of: of the first mostFiles that
+    /// can be read and are no folders. Replaces those before. What is known of a file tells a change that
+    /// came before this call.
+    void setFiles(const QFileInfoList& files);
 
 Q_SIGNALS:
     void changed();
 
 private:
     void watchFolder();
+    void note();
 
     QString m_folder;
     QFileSystemWatcher m_watcher;

@@ -1,7 +1,7 @@
 // The captured print jobs in qdfax: the commands as users type them, the window and its dialogue as users
 // click.
 
-#include "actionbaritemdelegate.h"
+#include "capturekit.h"
 #include "capturemodel.h"
 #include "capturewindow.h"
 #include "command.h"
@@ -10,9 +10,7 @@
 #include "folderwatch.h"
 #include "simserver.h"
 
-#include <QApplication>
 #include <QBuffer>
-#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -21,36 +19,12 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QProcess>
-#include <QPushButton>
 #include <QSettings>
-#include <QSignalSpy>
-#include <QTableView>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 
 #include <functional>
-#include <memory>
 
 namespace {
-
-QString s(const char* utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
-void write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("%s cannot be written", qPrintable(path));
-}
-
-QByteArray read(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QByteArray pdf(int pages)
 {
@@ -113,7 +87,9 @@ private Q_SLOTS:
     void counting();
     void companions();
     void folderThatComesAndGoes();
+    void filesThatCannotBeWatched();
     void windowFollowsTheFolder();
+    void deleteTenThousand();
     void commands();
     void commandsThatFail_data();
     void commandsThatFail();
@@ -126,7 +102,13 @@ private:
     QProcess& start(QProcess& program, const QStringList& arguments);
     /// Runs the program without a display; the output is @p out.
     int run(const char* line, QByteArray* out = nullptr);
-    bool clickAction(int row, int action);
+    static bool clickAction(int row, int action)
+    {
+        const auto* window = visible<CaptureWindow>();
+        if (window)
+            ::clickAction(*window, row, action);
+        return window;
+    }
 
     QTemporaryDir m_appData;
 };
@@ -163,29 +145,17 @@ int TestQdfaxCaptures::run(const char* line, QByteArray* out)
     return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
 }
 
-bool TestQdfaxCaptures::clickAction(int row, int action)
-{
-    auto* window = visible<CaptureWindow>();
-    if (!window)
-        return false;
-    auto* table = window->findChild<QTableView*>(s("tableViewPrintCapture"));
-    const auto* delegate = qobject_cast<ActionBarItemDelegate*>(table->itemDelegate());
-    QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
-                      delegate->actionRect(table->model()->index(row, 3), action).center());
-    return true;
-}
-
 void TestQdfaxCaptures::counting()
 {
 #ifndef QDFAX_WITH_POPPLER
     QSKIP("This build has no reader of PDFs");
 #endif
-    write(path("a 12.pdf"), pdf(12));
-    write(path("b none.pdf"), "nothing of the kind");
-    write(path("c cut.pdf"), pdf(3).left(200));
-    write(path("d empty.pdf"), "");
+    writeFile(path("a 12.pdf"), pdf(12));
+    writeFile(path("b none.pdf"), "nothing of the kind");
+    writeFile(path("c cut.pdf"), pdf(3).left(200));
+    writeFile(path("d empty.pdf"), "");
     QVERIFY(QDir().mkpath(path("e folder.pdf")));
-    write(path("f 1.pdf"), pdf(1));
+    writeFile(path("f 1.pdf"), pdf(1));
     const DateTimeConverter converter;
     CaptureModel model(converter, true);
     model.slotUpdate();
@@ -199,12 +169,12 @@ void TestQdfaxCaptures::counting()
     QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
     model.slotUpdate();
     QCOMPARE(model.index(0, 1).data().toInt(), 12);
-    write(path("f 1.pdf"), pdf(4));
+    writeFile(path("f 1.pdf"), pdf(4));
     model.slotUpdate();
     QCOMPARE(model.countedDocuments().at(5).pages, 4);
 
     for (int i = 0; i < 20; ++i) // refreshes and the end come at any time
-        write(path("x%1.pdf").arg(i), pdf(2));
+        writeFile(path("x%1.pdf").arg(i), pdf(2));
     CaptureModel hasty(converter, true);
     hasty.slotUpdate();
     QFile::remove(path("x1.pdf"));
@@ -216,30 +186,32 @@ void TestQdfaxCaptures::counting()
 
 void TestQdfaxCaptures::companions()
 {
-    for (const char* name : {"a.pdf", "b.pdf", "b.TIF", "c.pdf"})
-        write(path(name), "x");
+    for (const char* name : {"a.pdf", "b.pdf", "b.TIF", "c.pdf", "d.pdf", "d.TIF"})
+        writeFile(path(name), "x");
     QVERIFY(QDir().mkpath(path("c.TIF")));
-    write(path("d.TIF"), "older");
     QFile older(path("d.TIF"));
     QVERIFY(older.open(QIODevice::ReadWrite));
     QVERIFY(older.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
-    write(path("d.pdf"), "x");
     const DateTimeConverter converter;
     CaptureModel model(converter, true);
-    model.slotUpdate();
-    const auto documents = model.countedDocuments();
-    QCOMPARE(documents.size(), 4);
-    QCOMPARE(documents.at(0).companion, CaptureModel::NoTiff);
-    QCOMPARE(documents.at(1).companion, CaptureModel::Tiff);
-    QCOMPARE(documents.at(2).companion, CaptureModel::UnreadableTiff);
-    QCOMPARE(documents.at(3).companion, CaptureModel::OlderTiff);
-    QCOMPARE(model.index(0, 0).data(Qt::ToolTipRole).toString(), s("a.pdf"));
-    QCOMPARE(model.index(1, 0).data(Qt::ToolTipRole).toString(), s("b.pdf\nTIFF, 1 B"));
+    const auto texts = [&] {
+        model.slotUpdate();
+        QStringList texts;
+        for (int row = 0; row < 4; ++row)
+            texts.append(model.index(row, 1).data(Qt::ToolTipRole).toString());
+        return texts;
+    };
+    QCOMPARE(texts(), (QStringList{QString(), s("TIFF, 1 B"), s("TIFF that cannot be read"),
+                                   s("TIFF, 1 B, older than the document")}));
+    QCOMPARE(model.index(1, 0).data(Qt::ToolTipRole).toString(), s("b.pdf")); // nothing but the name
     QVERIFY(captureSummary(model).endsWith(s("3 with a TIFF file")));
     const auto pictureOf = [&](int row) {
         return model.index(row, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16, 16).toImage();
     };
     QVERIFY(!pictureOf(0).isNull() && pictureOf(0) != pictureOf(1));
+    older.close();
+    writeFile(path("d.TIF"), "newer");
+    QCOMPARE(texts().at(3), s("TIFF, 5 B"));
 
     QVERIFY(model.removePrintCapture(1)); // both go
     QVERIFY(!QFile::exists(path("b.pdf")) && !QFile::exists(path("b.TIF")));
@@ -251,21 +223,47 @@ void TestQdfaxCaptures::folderThatComesAndGoes()
     QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
     FolderWatch watch(CaptureModel::folder());
     QSignalSpy changed(&watch, &FolderWatch::changed);
+    const auto isTold = [&] {
+        const bool told = changed.wait();
+        changed.clear();
+        return told;
+    };
     for (int i = 0; i < 2; ++i) {
         QVERIFY(QDir().mkpath(CaptureModel::folder()));
-        QVERIFY(changed.wait());
-        changed.clear();
-        write(path("a.pdf"), "x");
-        QVERIFY(changed.wait());
-        changed.clear();
-        watch.setFiles({path("a.pdf")});
-        write(path("a.pdf"), "xyz"); // in place: the folder does not change
-        QVERIFY(changed.wait());
-        changed.clear();
+        QVERIFY(isTold());
+        writeFile(path("a.pdf"), "x");
+        QVERIFY(isTold());
+        QFileInfo known(path("a.pdf"));
+        known.size();
+        watch.setFiles({known});
+        writeFile(path("a.pdf"), "xyz"); // in place: the folder does not change
+        QVERIFY(isTold());
+        watch.setFiles({});
+        writeFile(path("a.pdf"), "xy");
+        watch.setFiles({known}); // it was another one
+        QVERIFY(isTold());
         QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
-        QVERIFY(changed.wait());
-        changed.clear();
+        QVERIFY(isTold());
     }
+}
+
+void TestQdfaxCaptures::filesThatCannotBeWatched()
+{
+    QVERIFY(QDir().mkpath(path("folder.pdf")));
+    QFileInfoList files{QFileInfo(path("folder.pdf")), QFileInfo(path("missing.pdf"))};
+    for (int i = 0; i <= FolderWatch::mostFiles; ++i) {
+        writeFile(path("x%1.pdf").arg(i), "x");
+        files.append(QFileInfo(path("x%1.pdf").arg(i)));
+    }
+    FolderWatch watch(CaptureModel::folder());
+    const auto* watcher = watch.findChild<QFileSystemWatcher*>();
+    for (int i = 0; i < 2; ++i) {
+        watch.setFiles(files);
+        QCOMPARE(watcher->files().size(), FolderWatch::mostFiles);
+        QCOMPARE(watcher->directories(), QStringList{CaptureModel::folder()});
+    }
+    watch.setFiles(files.mid(2, 1));
+    QCOMPARE(watcher->files(), QStringList{path("x0.pdf")});
 }
 
 void TestQdfaxCaptures::windowFollowsTheFolder()
@@ -276,22 +274,24 @@ void TestQdfaxCaptures::windowFollowsTheFolder()
     model.slotUpdate();
     QPointer<CaptureWindow> window = new CaptureWindow(model, converter, settings);
     window->show();
-    auto* table = window->findChild<QTableView*>(s("tableViewPrintCapture"));
     const auto says = [&](const char* text) {
-        for (const QLabel* label : window->findChildren<QLabel*>()) {
-            if (label->isVisible() && label->text() == s(text))
-                return true;
-        }
-        return false;
+        const auto labels = window->findChildren<QLabel*>();
+        return std::any_of(labels.cbegin(), labels.cend(), [text](const QLabel* label) {
+            return label->isVisible() && label->text() == s(text);
+        });
     };
     QVERIFY(says("No documents"));
     QVERIFY(!window->findChild<QWidget*>(s("status"))->isVisible());
-    write(path("a.pdf"), pdf(2));
-    write(path("a.TIF"), "x");
-    QTRY_COMPARE(table->model()->rowCount(), 1);
+    writeFile(path("a.pdf"), pdf(2));
+    writeFile(path("a.TIF"), "x");
+    QTRY_COMPARE(tableOf(*window)->model()->rowCount(), 1);
 #ifdef QDFAX_WITH_POPPLER
     QTRY_VERIFY(says("1 document, 2 pages, 1 with a TIFF file"));
+    writeFile(path("a.pdf"), pdf(3)); // in place
+    QTRY_VERIFY(says("1 document, 3 pages, 1 with a TIFF file"));
 #endif
+    writeFile(path("a.TIF"), "longer");
+    QTRY_COMPARE(model.index(0, 1).data(Qt::ToolTipRole).toString(), s("TIFF, 6 B"));
     QFile::remove(path("a.pdf"));
     QTRY_VERIFY(says("No documents"));
     QVERIFY(!window->findChild<QWidget*>(s("pushButtonDeleteAll"))->isEnabled());
@@ -299,10 +299,23 @@ void TestQdfaxCaptures::windowFollowsTheFolder()
     QTRY_VERIFY(!window);
 }
 
+void TestQdfaxCaptures::deleteTenThousand()
+{
+    addManyCaptures();
+    const DateTimeConverter converter;
+    QSettings settings(m_appData.filePath(s("test.ini")), QSettings::IniFormat);
+    CaptureModel model(converter, true);
+    model.slotUpdate();
+    CaptureWindow window(model, converter, settings);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    deleteManyCaptures(window, model, 1);
+}
+
 void TestQdfaxCaptures::commands()
 {
     for (const char* name : {"a.pdf", "b.pdf", "c.pdf", "c.TIF", "1.pdf", "<b>\n\x1b[31m.pdf"})
-        write(path(name), "x");
+        writeFile(path(name), "x");
     QByteArray out;
     QCOMPARE(run("captures list", &out), 0);
     QCOMPARE(out.count('\n'), 6);
@@ -329,6 +342,13 @@ void TestQdfaxCaptures::commands()
     QCOMPARE(run("captures delete-all --yes"), 11);
     QVERIFY(QDir(path("stays.pdf")).exists());
     QVERIFY(QDir().rmdir(path("stays.pdf")));
+    for (const char* command : {"captures delete a.pdf", "captures delete-all --yes"}) {
+        writeFile(path("a.pdf"), "x");
+        QVERIFY(QDir().mkpath(path("a.TIF")));
+        QCOMPARE(run(command, &out), 11); // the companion stays
+        QCOMPARE(out, QByteArray("Deleted: 1\n"));
+    }
+    QVERIFY(QDir().rmdir(path("a.TIF")));
     QCOMPARE(run("captures delete-all --yes"), 0);
     QVERIFY(QDir(CaptureModel::folder()).isEmpty());
     QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
@@ -338,13 +358,15 @@ void TestQdfaxCaptures::commands()
 
 void TestQdfaxCaptures::commandsThatFail_data()
 {
-    QTest::addColumn<int>("status");
-    const auto row = [](const char* line, int status) { QTest::newRow(line) << status; };
+    const Rows<int> row("status");
     row("captures", 2); // there is no display
     row("captures view a.pdf", 2);
-    row("captures --help", 0); // for help none is needed
+    row("captures --help", 0); // for help none is needed, nor for saying what is wrong with a line
     row("help captures", 0);
     row("captures nosuch", 1);
+    row("captures --nosuch", 1);
+    row("captures --timeout soon", 1);
+    row("captures view a.pdf --log-level 5", 1);
     row("captures list a.pdf", 1);
     row("captures view", 1);
     row("captures delete", 1);
@@ -357,7 +379,7 @@ void TestQdfaxCaptures::commandsThatFail_data()
 void TestQdfaxCaptures::commandsThatFail()
 {
     QFETCH(int, status);
-    write(path("a.pdf"), "x");
+    writeFile(path("a.pdf"), "x");
     QCOMPARE(run(QTest::currentDataTag()), status);
     QVERIFY(QFile::exists(path("a.pdf")));
 }
@@ -372,7 +394,7 @@ void TestQdfaxCaptures::watching()
         return out.count("]\n");
     };
     QTRY_COMPARE_WITH_TIMEOUT(rounds(), 1, 30000);
-    write(path("a.pdf"), "x");
+    writeFile(path("a.pdf"), "x");
     QTRY_COMPARE_WITH_TIMEOUT(rounds(), 2, 30000);
     QVERIFY(out.contains("a.pdf"));
     QFile::remove(path("a.pdf"));
@@ -396,7 +418,7 @@ void TestQdfaxCaptures::newFax()
                  {s("qdfax"), s("server"), s("add"), sim.address(), s("--login"), s("mary"), s("--default")}),
              0);
     const QByteArray content = pdf(3);
-    write(path("offer.pdf"), content);
+    writeFile(path("offer.pdf"), content);
 
     const auto dialog = [] { return visible<FaxDialog>(); };
     const auto button = [&](const char* name) { return dialog()->findChild<QPushButton*>(s(name)); };
@@ -429,13 +451,13 @@ void TestQdfaxCaptures::newFax()
     const QVector<SimAttachment> attachments = sim.attachments(sim.faxes().at(0).id);
     QCOMPARE(attachments.size(), 1);
     QCOMPARE(attachments.at(0).contentType, s("application/pdf"));
-    QCOMPARE(read(attachments.at(0).path), content);
+    QCOMPARE(readFile(attachments.at(0).path), content);
 }
 
 void TestQdfaxCaptures::newFaxThatFails()
 {
     // the server of the test before is gone
-    write(path("offer.pdf"), pdf(1));
+    writeFile(path("offer.pdf"), pdf(1));
     const auto dialog = [] { return visible<FaxDialog>(); };
     const User user({
         [&] { return clickAction(0, 0); },
