@@ -22,7 +22,7 @@ QString counted(int number, const QString& one, const QString& several)
 CaptureWindow::CaptureWindow(CaptureModel& model, const DateTimeConverter& converter, QSettings& settings)
     : PrintCaptureBase(&model, converter, settings, false)
     , m_model(model)
-    , m_watch(CaptureModel::folder())
+    , m_watch(CaptureModel::folder(), this)
     , m_summary(new QLabel(this))
 {
     setWindowIcon(QIcon(QStringLiteral(":/icons/new-fax-action-icon")));
