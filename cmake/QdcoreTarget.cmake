@@ -21,6 +21,13 @@ set(CMAKE_AUTORCC ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
+# How the sanitizers behave in tests. Leaks of programs that a test starts count like its own.
+set(qdcore_sanitizer_environment
+  "ASAN_OPTIONS=detect_stack_use_after_return=1"
+  "UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1"
+  "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
+  "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
+
 # qdcore_target(NAME): applies the house rules to a target.
 function(qdcore_target name)
   target_compile_definitions(${name} PRIVATE

@@ -1,9 +1,9 @@
 #include "discover.h"
 
-#include <QHash>
+#include "discoverreply_p.h"
+
 #include <QNetworkInterface>
 #include <QPointer>
-#include <QTextStream>
 #include <QTimerEvent>
 #include <QUdpSocket>
 
@@ -16,27 +16,6 @@ const int repetitions = 3;
 
 /// Datagrams read before the event loop has its turn again; a flood would keep it for ever.
 const int datagramsAtOnce = 64;
-
-/// Reads a reply. False when it is not one.
-bool readReply(const QByteArray& datagram, DiscoverEntry& entry)
-{
-    QTextStream lines(datagram);
-    lines.setCodec("UTF-8");
-    if (lines.readLine().compare(QLatin1String("200 OK"), Qt::CaseInsensitive) != 0)
-        return false;
-
-    QHash<QString, QString> properties;
-    QString line;
-    while (lines.readLineInto(&line)) {
-        const int colon = line.indexOf(QLatin1Char(':'));
-        if (colon >= 0)
-            properties.insert(line.left(colon).toLower(), line.mid(colon + 1));
-    }
-    entry.inetAddr = properties.value(QStringLiteral("inet_addr")).trimmed();
-    entry.model = properties.value(QStringLiteral("model")).trimmed();
-    entry.version = properties.value(QStringLiteral("version")).trimmed();
-    return true;
-}
 
 } // namespace
 
@@ -104,7 +83,7 @@ void Discover::processDiscover()
         if (socket->readDatagram(datagram.data(), size, &sender, &port) != size)
             continue;
         DiscoverEntry entry;
-        if (readReply(datagram, entry))
+        if (readDiscoverReply(datagram, entry))
             Q_EMIT discoveredEntry(entry);
     }
 }

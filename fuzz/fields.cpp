@@ -1,0 +1,307 @@
+#include "fields.h"
+
+#include "faxserver.h"
+
+#include <QDateTime>
+
+#include <algorithm>
+#include <functional>
+
+namespace {
+
+QString number(int value)
+{
+    return QString::number(value);
+}
+
+void add(Fields& fields, const char* name, const QString& value)
+{
+    fields.append({QString::fromLatin1(name), value});
+}
+
+void addPrefixed(Fields& fields, const char* prefix, const Fields& more)
+{
+    for (const auto& field : more)
+        fields.append({QString::fromLatin1(prefix) + field.first, field.second});
+}
+
+QString valueOf(const Fields& fields, const QString& name)
+{
+    for (const auto& field : fields) {
+        if (field.first == name)
+            return field.second;
+    }
+    return QString();
+}
+
+void addOptions(Fields& fields, const BaseScheduleOptions& options)
+{
+    add(fields, "priority", number(options.priority()));
+    add(fields, "tryNumber", number(options.tryNumber()));
+    add(fields, "maxTries", number(options.maxTries()));
+    add(fields, "tryInterval", number(options.tryInterval()));
+    add(fields, "receipt", number(options.receipt()));
+    add(fields, "receiptAttachment", number(options.receiptAttachment()));
+    add(fields, "faxPageSize", number(options.faxPageSize()));
+    add(fields, "faxReceipt", number(options.faxReceipt()));
+    add(fields, "printer", options.selectPrinter());
+    add(fields, "printWithFirstPage", number(options.printWithFirstPage()));
+    add(fields, "supportReceiptOptions", number(options.isSupportReceiptOptions()));
+    add(fields, "supportFaxPageSizeOptions", number(options.isSupporFaxPageSizeOptions()));
+}
+
+/// Whether XML can hold the character, alone or (surrogates) as one of a pair.
+bool isAllowed(QChar c)
+{
+    return c.unicode() >= 0x20 ? c.unicode() < 0xfffe
+                               : c == QLatin1Char('\t') || c == QLatin1Char('\n') || c == QLatin1Char('\r');
+}
+
+/// What XML keeps of a text.
+QString throughXml(const QString& text)
+{
+    QString kept;
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate())
+            kept += text.mid(i++, 2);
+        else if (!c.isSurrogate() && isAllowed(c))
+            kept += c;
+    }
+    return kept.trimmed().isEmpty() ? QString() : kept;
+}
+
+// --- What is not read back as it was
+
+/// Everything there is to know about a field when it is asked what becomes of it.
+struct Case
+{
+    Form form;
+    int version;
+    QString value;
+    const Fields& fields;
+    QString fresh; ///< The field of a record that nothing was read into.
+    QString again; ///< The field as it was read again.
+
+    bool is(const char* field) const
+    {
+        return valueOf(fields, QString::fromLatin1(field)) == QLatin1String("1");
+    }
+};
+
+struct Exception
+{
+    const char* records; ///< Their names, between blanks.
+    const char*
+        fields; ///< Likewise; "*" is every field. A field within a field is contact.name or options.priority.
+    const char* why;
+    std::function<bool(const Case&)> applies;
+    std::function<QString(const Case&)> becomes;
+};
+
+QString fresh(const Case& c)
+{
+    return c.fresh;
+}
+
+bool always(const Case&)
+{
+    return true;
+}
+
+/// The one table. The first row that applies to a field counts, and after it the first row of all, which
+/// holds for every text.
+const Exception exceptions[] = {
+    {" * ", " * ",
+     "XML cannot hold control characters and halves of surrogate pairs, which are left out; the parser drops "
+     "a text of "
+     "nothing but blanks",
+     always, [](const Case& c) { return throughXml(c.value); }},
+    {" QuendraContact ", " url user ", "a server's contact is kept in settings as any contact is",
+     [](const Case& c) { return c.form == Form::Storage; }, fresh},
+    {" QuendraInfo FaxServer ", " uptime info.uptime ", "means something only when it comes from the server",
+     always, fresh},
+    {" FaxServer ", " password ",
+     "an empty one is enciphered, and what deciphers to nothing is taken as it stands",
+     [](const Case& c) { return c.value.isEmpty(); }, [](const Case& c) { return c.again; }},
+    {" CoverPage ", " name type url subject comments ", "the rest of a page that is switched off is not read",
+     [](const Case& c) { return !c.is("enabled"); }, fresh},
+    {" FaxScheduleOptions FaxUserScheduleOptions FaxUser FaxServer ",
+     " tryNumber options.tryNumber scheduleMessage ", "the server's to say, never the client's", always,
+     fresh},
+    {" FaxScheduleOptions ", " maxTries ", "the default is not written, and what is missing reads as 0",
+     [](const Case& c) { return c.value.toInt() == BaseScheduleOptions::def_maxTries; },
+     [](const Case&) { return QStringLiteral("0"); }},
+    {" FaxScheduleOptions ", " dateToSend ", "a time that is over means now",
+     [](const Case& c) {
+         return QDateTime::fromString(c.value, Qt::ISODate) <= QDateTime::currentDateTime().addSecs(60);
+     },
+     fresh},
+    {" FaxUser FaxServer ",
+     " options.priority options.maxTries options.tryInterval options.receipt options.receiptAttachment "
+     "options.faxPageSize options.faxReceipt options.printer options.printWithFirstPage ",
+     "servers of the older protocol are not sent schedule options",
+     [](const Case& c) { return c.form == Form::Fax && c.version != 2; }, fresh},
+    {" FaxScheduleOptions FaxUserScheduleOptions FaxUser FaxServer ",
+     " faxReceipt printer printWithFirstPage options.faxReceipt options.printer options.printWithFirstPage ",
+     "not written for a server that prints no receipts",
+     [](const Case& c) { return !c.is("supportReceiptOptions") && !c.is("options.supportReceiptOptions"); },
+     fresh},
+    {" FaxScheduleOptions FaxUserScheduleOptions FaxUser FaxServer ", " faxPageSize options.faxPageSize ",
+     "not written for a server that takes no page size",
+     [](const Case& c) {
+         return !c.is("supportFaxPageSizeOptions") && !c.is("options.supportFaxPageSizeOptions");
+     },
+     fresh},
+};
+
+bool names(const char* list, const QString& name)
+{
+    return QLatin1String(list) == QLatin1String(" * ") ||
+           QString::fromLatin1(list).contains(QLatin1Char(' ') + name + QLatin1Char(' '));
+}
+
+} // namespace
+
+Fields fieldsOf(const Contact& record)
+{
+    Fields fields;
+    add(fields, "name", record.name());
+    add(fields, "organization", record.organization());
+    add(fields, "phone", record.phone());
+    add(fields, "fax", record.fax());
+    add(fields, "email", record.email());
+    return fields;
+}
+
+Fields fieldsOf(const QuendraContact& record)
+{
+    Fields fields = fieldsOf(static_cast<const Contact&>(record));
+    add(fields, "user", record.user());
+    add(fields, "url", record.url().toString());
+    return fields;
+}
+
+Fields fieldsOf(const QuendraContactGroup& record)
+{
+    Fields fields;
+    add(fields, "name", record.name());
+    add(fields, "description", record.description());
+    add(fields, "url", record.url().toString());
+    return fields;
+}
+
+Fields fieldsOf(const QuendraInfo& record)
+{
+    Fields fields;
+    add(fields, "model", record.model());
+    add(fields, "version", record.version());
+    add(fields, "serial", record.serial());
+    add(fields, "hostname", record.hostname());
+    add(fields, "description", record.description());
+    add(fields, "channels", record.channels());
+    add(fields, "uptime", record.uptime());
+    add(fields, "protocolVersion", number(record.protocolVersion()));
+    return fields;
+}
+
+Fields fieldsOf(const CoverPage& record)
+{
+    Fields fields;
+    add(fields, "enabled", number(record.enabled()));
+    add(fields, "name", record.name());
+    add(fields, "type", record.type());
+    add(fields, "url", record.url().toString());
+    add(fields, "subject", record.subject());
+    add(fields, "comments", record.comments());
+    return fields;
+}
+
+Fields fieldsOf(const FaxScheduleOptions& record)
+{
+    Fields fields;
+    addOptions(fields, record);
+    add(fields, "dateToSend", record.dateToSend().toString(Qt::ISODate));
+    add(fields, "scheduleMessage", record.scheduleMessage());
+    return fields;
+}
+
+Fields fieldsOf(const FaxUserScheduleOptions& record)
+{
+    Fields fields;
+    addOptions(fields, record);
+    return fields;
+}
+
+Fields fieldsOf(const FaxUser& record)
+{
+    Fields fields;
+    addPrefixed(fields, "contact.", fieldsOf(record.contact()));
+    add(fields, "usedCoverPage", number(record.isUsedCoverPage()));
+    add(fields, "defaultCoverpage", record.defaultCoverpage());
+    addPrefixed(fields, "options.", fieldsOf(record.faxScheduleOptions()));
+    return fields;
+}
+
+Fields fieldsOf(const FaxServer& record)
+{
+    Fields fields;
+    add(fields, "address", record.address());
+    add(fields, "useSSL", number(record.useSSL()));
+    add(fields, "login", record.login());
+    add(fields, "password", record.password());
+    addPrefixed(fields, "info.", fieldsOf(record.info()));
+    fields += fieldsOf(record.user());
+    return fields;
+}
+
+Fields freshServer(const FaxServer& like)
+{
+    FaxUser user;
+    user.setSupportReceiptOptions(like.isPrintReceiptSupported());
+    user.setSupportFaxPageSizeOptions(like.isFaxPageSizeSupported());
+    Fields fields;
+    for (const char* name : {"address", "useSSL", "login", "password"})
+        add(fields, name, QString());
+    addPrefixed(fields, "info.", fieldsOf(QuendraInfo()));
+    return fields + fieldsOf(user);
+}
+
+QString toText(const Fields& fields)
+{
+    QString text;
+    for (const auto& field : fields)
+        text += field.first + QLatin1String(" = ") + field.second + QLatin1Char('\n');
+    return text;
+}
+
+Fields readAgain(const QString& record, Form form, int version, const Fields& fields,
+                 const Fields& freshFields, const Fields& again)
+{
+    Fields expected;
+    for (int i = 0; i < fields.size(); ++i) {
+        const QString& name = fields.at(i).first;
+        Case c{form, version, fields.at(i).second, fields, freshFields.at(i).second, again.at(i).second};
+        const auto row =
+            std::find_if(std::begin(exceptions) + 1, std::end(exceptions), [&](const Exception& e) {
+                return names(e.records, record) && names(e.fields, name) && e.applies(c);
+            });
+        if (row != std::end(exceptions))
+            c.value = row->becomes(c);
+        expected.append({name, exceptions[0].becomes(c)});
+    }
+    return expected;
+}
+
+bool mayBeRefused(const QString& record, const Fields& fields)
+{
+    const auto isLost = [&fields](const char* name) {
+        return throughXml(valueOf(fields, QString::fromLatin1(name))).isEmpty();
+    };
+    // required when they are read, and left out when they are empty
+    if (record == QLatin1String("QuendraContactGroup"))
+        return isLost("name") || isLost("description");
+    if (record == QLatin1String("QuendraInfo"))
+        return isLost("model") || isLost("version");
+    return false;
+}

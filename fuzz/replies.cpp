@@ -1,0 +1,354 @@
+// The replies to every operation: whatever a server sends, a task ends once, with an outcome that fits, and
+// leaves nothing behind.
+
+#include "fuzz.h"
+
+#include "fakenetwork.h"
+#include "faxserver.h"
+#include "quendracontact.h"
+#include "quendracontactgroup.h"
+#include "tasks/taskabort.h"
+#include "tasks/taskaddcontact.h"
+#include "tasks/taskcheckpermissions.h"
+#include "tasks/taskdeletecontact.h"
+#include "tasks/taskgetcontacts.h"
+#include "tasks/taskgetcontactsoids.h"
+#include "tasks/taskgetcoverpages.h"
+#include "tasks/taskgetfaxentry.h"
+#include "tasks/taskgetfaxuser.h"
+#include "tasks/taskgetinboundfaxentry.h"
+#include "tasks/taskgetoutboundfaxentry.h"
+#include "tasks/taskgetprinternames.h"
+#include "tasks/taskgetquendrainfo.h"
+#include "tasks/taskmodifycontact.h"
+#include "tasks/taskmodifyfaxuser.h"
+#include "tasks/taskreschedule.h"
+#include "tasks/taskschedule.h"
+#include "tasks/taskverifylogin.h"
+#include "xmlguard_p.h"
+
+#include <QCoreApplication>
+#include <QDomDocument>
+#include <QEvent>
+#include <QRegularExpression>
+
+namespace {
+
+using Code = QNetworkReply::NetworkError;
+
+/// A server without the login that a manager would start.
+class Server : public FaxServer
+{
+public:
+    Server(FaxManager& manager, bool isNew)
+        : FaxServer(manager)
+    {
+        setAddress(QStringLiteral("server"));
+        setLogin(QStringLiteral("anna"));
+        QuendraInfo info;
+        info.setModel(QStringLiteral("ABC40"));
+        info.setVersion(isNew ? QStringLiteral("3.6.1") : QStringLiteral("1.0"));
+        info.computeProtocolVersion();
+        setInfo(info);
+    }
+};
+
+/// What came of a task.
+struct Outcome
+{
+    int done{0};
+    QList<Task::Status> errors;
+    bool isOver() const { return done + errors.size() > 0; }
+};
+
+// A receiver looks at what it is given.
+
+void use(const BaseFaxEntry& entry)
+{
+    PROMISE(entry.state() >= 0 && entry.state() <= 9);
+    entry.sentAt().toString();
+    entry.subject().size();
+    entry.recipient().size();
+    entry.entryUrl().toString();
+    entry.pages();
+}
+
+void use(const BaseFaxEntry::FaxEntriesPtrListPtr& entries)
+{
+    for (const auto& entry : *entries)
+        use(*entry);
+}
+
+void use(const InboundFaxEntriesPtrListPtr& entries)
+{
+    for (const auto& entry : *entries) {
+        use(*entry);
+        entry->deliveredTo().size();
+        entry->deliveredType().size();
+    }
+}
+
+void use(const ContactList& contacts)
+{
+    const ContactList copy = contacts;
+    PROMISE(copy == contacts || contacts.contacts().isEmpty());
+}
+
+void use(const ContactUnit& unit)
+{
+    PROMISE(unit == unit);
+}
+
+template <typename Value>
+void use(const Value& value)
+{
+    const Value copy = value;
+    Q_UNUSED(copy)
+}
+
+/// An operation: how it is prepared, and how it may end.
+struct Operation
+{
+    enum Mapping { AlwaysError, AuthApart, ContentApart, Contact };
+
+    Mapping mapping;       ///< Of network errors.
+    Task::Status unusable; ///< The end of a good reply that is XML but not what it should be; Unknown: none.
+};
+
+/// By Task::Type.
+const Operation operations[] = {
+    {Operation::AuthApart, Task::Error},           // GetQuendraInfo
+    {Operation::AuthApart, Task::AuthError},       // VerifyLogin
+    {Operation::AlwaysError, Task::Error},         // GetFaxUser
+    {Operation::AlwaysError, Task::Error},         // ModifyFaxUser
+    {Operation::ContentApart, Task::InvalidReply}, // Schedule
+    {Operation::AuthApart, Task::Unknown},         // GetContacts
+    {Operation::Contact, Task::InvalidReply},      // AddContact
+    {Operation::Contact, Task::InvalidReply},      // ModifyContact
+    {Operation::AlwaysError, Task::Unknown},       // GetContactsOids
+    {Operation::Contact, Task::InvalidReply},      // DeleteContact
+    {Operation::AlwaysError, Task::Unknown},       // GetCoverPages
+    {Operation::AuthApart, Task::Unknown},         // GetFaxEntry
+    {Operation::AuthApart, Task::Unknown},         // GetInboundFaxEntry
+    {Operation::AuthApart, Task::Unknown},         // GetOutboundFaxEntry
+    {Operation::AuthApart, Task::Error},           // Abort
+    {Operation::AuthApart, Task::Error},           // Reschedule
+    {Operation::AuthApart, Task::Error},           // ChekPermissions
+    {Operation::AlwaysError, Task::Unknown},       // GetPrinterNames
+};
+
+Task::Status statusOf(Operation::Mapping mapping, Code code)
+{
+    if (mapping == Operation::AuthApart && code == QNetworkReply::AuthenticationRequiredError)
+        return Task::AuthError;
+    if (mapping == Operation::ContentApart || mapping == Operation::Contact) {
+        if (code == QNetworkReply::UnknownContentError)
+            return Task::InvalidReply;
+    }
+    if (mapping == Operation::Contact) {
+        if (code == QNetworkReply::ContentAccessDenied)
+            return Task::AccessDenied;
+        if (code == QNetworkReply::ContentNotFoundError)
+            return Task::NotFound;
+        if (code == QNetworkReply::ContentOperationNotPermittedError)
+            return Task::NotPermitted;
+    }
+    return Task::Error;
+}
+
+const Code codes[] = {QNetworkReply::NoError,
+                      QNetworkReply::AuthenticationRequiredError,
+                      QNetworkReply::ContentAccessDenied,
+                      QNetworkReply::ContentOperationNotPermittedError,
+                      QNetworkReply::ContentNotFoundError,
+                      QNetworkReply::UnknownContentError,
+                      QNetworkReply::RemoteHostClosedError,
+                      QNetworkReply::InternalServerError};
+
+bool isXml(const QByteArray& body)
+{
+    static const QRegularExpression bare(QStringLiteral("&(?!(amp;|lt;|gt;|apos;|quot;))"));
+    const QString text = QString::fromUtf8(body).replace(bare, QStringLiteral("&amp;"));
+    return isFitForDom(text) && QDomDocument().setContent(text);
+}
+
+/// Makes the tasks of one server, with parameters that let them be sent.
+class Tasks
+{
+public:
+    Tasks(FaxServer& server, Outcome& outcome, int variant)
+        : m_server(server)
+        , m_outcome(outcome)
+        , m_book(ContactList::Type(1 + variant % 4))
+        , m_variant(variant)
+    {}
+
+    Task* make(Task::Type type)
+    {
+        const QUrl entry(QStringLiteral("http://elsewhere:9/qdws/v1/ofax/12"));
+        switch (type) {
+        case Task::GetQuendraInfo:
+            return watched(type, &TaskGetQuendraInfo::doneGetFaxInfo);
+        case Task::VerifyLogin:
+            return watched(type, &TaskVerifyLogin::doneVerifyLogin);
+        case Task::GetFaxUser:
+            return watched(type, &TaskGetFaxUser::doneGetFaxUser);
+        case Task::ModifyFaxUser: {
+            auto* task = watched(type, &TaskModifyFaxUser::doneModifyFaxUser);
+            task->setUser(FaxUser());
+            return task;
+        }
+        case Task::Schedule: {
+            auto* task = watched(type, &TaskSchedule::doneFaxSchedule);
+            FaxDocument document;
+            document.recipients().addContact(Contact());
+            task->setFaxDocument(document);
+            return task;
+        }
+        case Task::GetContacts: {
+            auto* task = watched(type, &TaskGetContacts::doneGetContacts);
+            watch(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync);
+            task->setContactsType(m_book);
+            task->setContactsLastTimeSync(m_variant & 4 ? 7 : 0);
+            return task;
+        }
+        case Task::AddContact:
+            return withContact(watched(type, &TaskAddContact::doneAddContact));
+        case Task::ModifyContact:
+            return withContact(watched(type, &TaskModifyContact::doneModifyContact));
+        case Task::DeleteContact:
+            return withContact(watched(type, &TaskDeleteContact::doneDeleteContact));
+        case Task::GetContactsOids: {
+            auto* task = watched(type, &TaskGetContactsOids::doneGetContactsOids);
+            task->setContactsType(m_book);
+            return task;
+        }
+        case Task::GetCoverPages:
+            return watched(type, &TaskGetCoverPages::doneGetCoverPages);
+        case Task::GetFaxEntry: {
+            auto* task = watched(type, &TaskGetFaxEntry::doneGetFaxEntry);
+            task->setTaskEntryType(TaskGetFaxEntry::TaskEntryType(m_variant % 3));
+            return task;
+        }
+        case Task::GetInboundFaxEntry:
+            return watched(type, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry);
+        case Task::GetOutboundFaxEntry:
+            return watched(type, &TaskGetOutboundFaxEntry::doneGetFaxEntry);
+        case Task::Abort: {
+            auto* task = watched(type, &TaskAbort::doneAbort);
+            task->setFaxEntryUrl(entry);
+            return task;
+        }
+        case Task::Reschedule: {
+            auto* task = watched(type, &TaskReschedule::doneReschedule);
+            task->setFaxEntryUrl(entry);
+            return task;
+        }
+        case Task::ChekPermissions:
+            return watched(type, &TaskChekPermissions::doneCheckPermissions);
+        case Task::GetPrinterNames:
+            return watched(type, &TaskGetPrinterNames::doneGetPrinterNames);
+        }
+        return nullptr;
+    }
+
+private:
+    template <typename T, typename... Values>
+    void watch(T* task, void (T::*done)(Values...))
+    {
+        QObject::connect(task, done, [&outcome = m_outcome](Values... values) {
+            ++outcome.done;
+            (use(values), ...);
+        });
+    }
+
+    template <typename T, typename... Values>
+    T* watched(Task::Type type, void (T::*done)(Values...))
+    {
+        auto* task = qobject_cast<T*>(m_server.addTask(type));
+        PROMISE(task && task->type() == type);
+        watch(task, done);
+        QObject::connect(task, &Task::errorExecute,
+                         [&outcome = m_outcome](Task::Status status) { outcome.errors.append(status); });
+        return task;
+    }
+
+    template <typename T>
+    T* withContact(T* task)
+    {
+        QuendraContact contact;
+        contact.setUrl(QUrl(QStringLiteral("http://elsewhere/qdws/v1/contacts/anna/3")));
+        QuendraContactGroup group;
+        group.setUrl(QUrl(QStringLiteral("http://elsewhere/qdws/v1/contact_groups/anna/3")));
+        if (m_variant % 2)
+            task->setContact(group, m_book);
+        else
+            task->setContact(contact, m_book);
+        return task;
+    }
+
+    FaxServer& m_server;
+    Outcome& m_outcome;
+    ContactList::Type m_book;
+    int m_variant;
+};
+
+} // namespace
+
+/// The type, a variant of its parameters, the network error and the number of pieces; then the reply, and
+/// after lines of "--" those to the requests for the members of groups.
+FUZZ_TARGET(replies)
+{
+    static FakeManager manager;
+    FuzzChoices choices(input);
+    const auto type = Task::Type(choices.choose(int(std::size(operations))));
+    const int variant = choices.choose(16);
+    const Code code = codes[choices.choose(int(std::size(codes)))];
+    const Code memberCode = codes[choices.choose(int(std::size(codes)))];
+    const int pieces = 1 + choices.choose(4);
+    const QString rest = QString::fromLatin1(choices.rest());
+    QList<QByteArray> bodies;
+    for (const QString& body : rest.split(QStringLiteral("\n--\n")))
+        bodies.append(body.toLatin1());
+
+    Outcome outcome;
+    {
+        Server server(manager, variant & 8);
+        const QPointer<Task> task = Tasks(server, outcome, variant).make(type);
+        task->execute();
+        task->execute();
+        PROMISE(!outcome.isOver());
+
+        const QByteArray first = bodies.takeFirst();
+        FakeReply* reply = manager.network().next();
+        PROMISE(reply && !manager.network().next());
+        reply->deliver(first, pieces, code);
+        bool hasMembers = false;
+        while (FakeReply* member = manager.network().next()) {
+            PROMISE(!outcome.isOver() && type == Task::GetContacts);
+            PROMISE(member->url().host() == QLatin1String("server"));
+            hasMembers = true;
+            member->deliver(bodies.isEmpty() ? QByteArray("<reply/>") : bodies.takeFirst(), pieces,
+                            memberCode);
+        }
+        PROMISE(outcome.done + outcome.errors.size() == 1);
+
+        const Operation& operation = operations[type];
+        const Task::Status status = outcome.errors.value(0, Task::Ok);
+        if (code != QNetworkReply::NoError)
+            PROMISE_THAT(status == statusOf(operation.mapping, code), QString::number(status));
+        else if (!isXml(first))
+            PROMISE_THAT(status == Task::InvalidReply, QString::number(status));
+        else if (hasMembers)
+            PROMISE(status == Task::Ok || status == Task::Error || status == Task::InvalidReply);
+        else
+            PROMISE_THAT(status == Task::Ok || status == operation.unusable, QString::number(status));
+        PROMISE(server.lastStatus() == status);
+
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        PROMISE(!task);
+        PROMISE(outcome.done + outcome.errors.size() == 1);
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    PROMISE(manager.network().left() == 0);
+}
