@@ -28,11 +28,11 @@ FUZZ_TARGET(discovery)
     const bool isReply = readDiscoverReply(input, entry);
 
     static const QRegularExpression lineEnd(QStringLiteral("\r?\n"));
-    const QStringList lines = QString::fromUtf8(input).split(lineEnd);
+    const QStringList lines = QString::fromUtf8(input.constData(), input.size()).split(lineEnd);
     PROMISE(isReply == (lines.first().toLower() == QLatin1String("200 ok")));
     if (isReply) {
         PROMISE(entry.inetAddr == lastOf(lines, QStringLiteral("inet_addr")));
-        PROMISE(entry.model == lastOf(lines, QStringLiteral("model")));
+        PROMISE_THAT(entry.model == lastOf(lines, QStringLiteral("model")), entry.model);
         PROMISE(entry.version == lastOf(lines, QStringLiteral("version")));
     } else {
         PROMISE(entry.inetAddr == before.inetAddr && entry.model == before.model &&

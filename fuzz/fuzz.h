@@ -27,7 +27,8 @@ QString fuzzFolder();
 /// Checks what must hold whatever the input. @p detail is evaluated only when it does not.
 #define PROMISE_THAT(condition, detail)                                                                      \
     (static_cast<bool>(condition) ? void() : brokenPromise(#condition, detail, __FILE__, __LINE__))
-#define PROMISE(condition) PROMISE_THAT(condition, QString())
+#define PROMISE(condition)                                                                                   \
+    (static_cast<bool>(condition) ? void() : brokenPromise(#condition, QString(), __FILE__, __LINE__))
 
 /// Defines a target: FUZZ_TARGET(cipher) { ... input ... }
 #define FUZZ_TARGET(name)                                                                                    \

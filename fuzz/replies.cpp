@@ -326,7 +326,8 @@ FUZZ_TARGET(replies)
         bool hasMembers = false;
         while (FakeReply* member = manager.network().next()) {
             PROMISE(!outcome.isOver() && type == Task::GetContacts);
-            PROMISE(member->url().host() == QLatin1String("server"));
+            // an address of no use ends with an error of the access manager's
+            PROMISE(member->url().isEmpty() || member->url().host() == QLatin1String("server"));
             hasMembers = true;
             member->deliver(bodies.isEmpty() ? QByteArray("<reply/>") : bodies.takeFirst(), pieces,
                             memberCode);

@@ -162,5 +162,6 @@ QByteArray PasswordCipher::decipher(const QByteArray& cipher)
 
 QString PasswordCipher::decipherText(const QString& cipher)
 {
-    return QString::fromUtf8(decipher(QByteArray::fromBase64(cipher.toLatin1())));
+    const QByteArray plain = decipher(QByteArray::fromBase64(cipher.toLatin1()));
+    return QString::fromUtf8(plain.constData(), plain.size()); // given the array alone it ends at a null byte
 }

@@ -9,8 +9,21 @@
 #include <QDomDocument>
 #include <QFile>
 #include <QTextStream>
+#include <QXmlInputSource>
 
 namespace {
+
+/// The content of a file as the parser will decode it, by its byte order mark or its declaration. Looking at
+/// anything else would let a declared encoding (UTF-7, say) or a null byte hide what the parser then sees.
+QString decoded(const QByteArray& content)
+{
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    QXmlInputSource source;
+    source.setData(content);
+    return source.data();
+    QT_WARNING_POP
+}
 
 /// The version that the outermost object of a settings file is always handed.
 const int storageProtocolVersion = 1;
@@ -52,12 +65,12 @@ bool QuendraStorage::Load(IQuendraStorage& object)
     QFile file(m_filename);
     if (!file.open(QIODevice::ReadOnly))
         return false;
-    const QByteArray content = file.readAll();
+    const QString content = decoded(file.readAll());
     file.close();
 
     QDomDocument document;
     // Qt leaves what it had parsed up to the error, which would pass for a shorter configuration.
-    if (!isFitForDom(QString::fromUtf8(content)) || !document.setContent(content))
+    if (!isFitForDom(content) || !document.setContent(content))
         document.clear();
     return object.readStorage(document.documentElement(), storageProtocolVersion);
 }

@@ -236,6 +236,7 @@ QString Task::fixAmp(const QByteArray& data)
     static const QLatin1String entities[] = {QLatin1String("amp;"), QLatin1String("lt;"),
                                              QLatin1String("gt;"), QLatin1String("apos;"),
                                              QLatin1String("quot;")};
+    // Ends at a null byte, which XML cannot hold: what stands in front of one must be a whole document.
     const QString text = QString::fromUtf8(data);
     QString repaired;
     int copied = 0;
