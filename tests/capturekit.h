@@ -29,10 +29,15 @@ public:
             auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
             if (!box || !box->isVisible() || !said.isEmpty())
                 return;
-            said = box->windowTitle() + QLatin1Char('|') + box->text();
-            buttons = box->standardButtons();
-            icon = box->icon();
-            format = box->textFormat();
+            const bool asks = box->icon() == QMessageBox::Warning &&
+                              box->standardButtons() == (QMessageBox::Yes | QMessageBox::No);
+            const bool complains =
+                box->icon() == QMessageBox::Critical && box->standardButtons() == QMessageBox::Ok;
+            const char* kind = box->textFormat() != Qt::PlainText ? "markup"
+                               : asks                             ? "asks"
+                               : complains                        ? "complains"
+                                                                  : "";
+            said = QStringList{s(kind), box->windowTitle(), box->text()}.join(QLatin1Char('|'));
             if (button == QMessageBox::NoButton)
                 QTest::keyClick(box, Qt::Key_Escape);
             else
@@ -40,10 +45,7 @@ public:
         });
     }
 
-    QString said; ///< Title and text, with a bar between.
-    QMessageBox::StandardButtons buttons;
-    QMessageBox::Icon icon{QMessageBox::NoIcon};
-    Qt::TextFormat format{Qt::RichText};
+    QString said; ///< "asks" (Yes or No) or "complains" (Ok), title and text, with bars between.
 
 private:
     QTimer m_timer;

@@ -107,12 +107,10 @@ class TestCaptures : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void init();
     void cleanup();
 
     void tableOfTheFolder();
-    void foldersThatAreNone_data();
     void foldersThatAreNone();
     void actions_data();
     void actions();
@@ -154,6 +152,13 @@ private:
     }
     void add(const char* names) { add(list(names)); }
     QString pathOf(const char* name) const { return path(s(name)); }
+    /// The result that the model tells.
+    bool deleteAll()
+    {
+        QSignalSpy done(m_model.get(), &PrintCaptureModelBase::signalDeleteAllComlete);
+        m_model->deleteAll();
+        return done.wait() && done.count() == 1 && done.first().first().toBool();
+    }
     QStringList names() const { return QDir(folder()).entryList(QDir::Files, QDir::Name); }
 
     /// Opens the window over what the folder holds.
@@ -176,13 +181,9 @@ private:
     QTableView* m_table{nullptr};
 };
 
-void TestCaptures::initTestCase()
-{
-    qRegisterMetaType<QFileInfo>("QFileInfo");
-}
-
 void TestCaptures::init()
 {
+    qRegisterMetaType<QFileInfo>("QFileInfo");
     m_appData = std::make_unique<QTemporaryDir>();
     qputenv("APPDATA", m_appData->path().toUtf8());
     QVERIFY(QDir().mkpath(folder()));
@@ -254,29 +255,21 @@ void TestCaptures::tableOfTheFolder()
     QVERIFY(!m_model->data(QModelIndex()).isValid());
 }
 
-void TestCaptures::foldersThatAreNone_data()
-{
-    const Rows<bool> row("isFile");
-    row("missing", false);
-    row("a file", true);
-}
-
 void TestCaptures::foldersThatAreNone()
 {
-    QFETCH(bool, isFile);
-    add("a.pdf");
-    m_model->slotUpdate();
-    QCOMPARE(m_model->rowCount(), 1);
-    QVERIFY(QDir(folder()).removeRecursively());
-    if (isFile)
-        writeFile(folder(), "");
-    m_model->slotUpdate();
-    QCOMPARE(m_model->rowCount(), 0);
-    QCOMPARE(QFileInfo(folder()).isFile(), isFile); // it was not made either
-    QSignalSpy done(m_model.get(), &PrintCaptureModelBase::signalDeleteAllComlete);
-    m_model->deleteAll();
-    QVERIFY(done.wait());
-    QVERIFY(done.first().first().toBool());
+    for (const bool isFile : {false, true}) {
+        add("a.pdf");
+        m_model->slotUpdate();
+        QCOMPARE(m_model->rowCount(), 1);
+        QVERIFY(QDir(folder()).removeRecursively());
+        if (isFile)
+            writeFile(folder(), "");
+        m_model->slotUpdate();
+        QCOMPARE(m_model->rowCount(), 0);
+        QVERIFY(deleteAll());
+        QVERIFY(!QDir(folder()).exists()); // nor was it made
+        QVERIFY(isFile || QDir().mkpath(folder()));
+    }
 }
 
 void TestCaptures::actions_data()
@@ -335,12 +328,10 @@ void TestCaptures::clickMayRefresh()
     add("a.pdf");
     m_model->slotUpdate();
     QString name;
-    connect(m_model.get(), &PrintCaptureModelBase::signalNewFax, this, [&] {
-        QFile::remove(pathOf("a.pdf"));
-        m_model->slotUpdate();
-    });
-    connect(m_model.get(), &PrintCaptureModelBase::signalNewFax, this,
-            [&](const QString&, const QString& document) { name = document; });
+    const auto clicked = &PrintCaptureModelBase::signalNewFax;
+    connect(m_model.get(), clicked, [this] { QFile::remove(pathOf("a.pdf")); });
+    connect(m_model.get(), clicked, m_model.get(), &Model::slotUpdate);
+    connect(m_model.get(), clicked, [&](const QString&, const QString& document) { name = document; });
     ActionBarItem item;
     item.setClickedAction(0);
     QVERIFY(m_model->setData(m_model->index(0, 3), QVariant::fromValue(item)));
@@ -367,9 +358,10 @@ void TestCaptures::removeByRow()
              QStringList{s("printcapturemodelbase.cpp Can't delete file ") + pathOf("c.pdf")});
 
     for (int row : {-1, 4}) {
-        QVERIFY_EXCEPTION_THROWN(m_model->removePrintCapture(row), std::out_of_range);
+        QVERIFY_EXCEPTION_THROWN(m_model->removeRows(row, 1), std::out_of_range);
         try {
-            m_model->removeRows(row, 1);
+            m_model->removePrintCapture(row);
+            QFAIL("no error");
         } catch (const std::out_of_range& error) {
             QCOMPARE(error.what(), "invalid vector<T> subscript");
         }
@@ -437,14 +429,11 @@ void TestCaptures::removeAll()
     m_model->slotUpdate();
     QThread* thread = nullptr;
     int rowsThen = -1;
-    QSignalSpy done(m_model.get(), &PrintCaptureModelBase::signalDeleteAllComlete);
     connect(m_model.get(), &PrintCaptureModelBase::signalDeleteAllComlete, this, [&] {
         thread = QThread::currentThread();
         rowsThen = m_model->rowCount();
     });
-    m_model->deleteAll();
-    QVERIFY(done.wait());
-    QCOMPARE(done, (QList<QVariantList>{{result}}));
+    QCOMPARE(deleteAll(), result);
     QCOMPARE(thread, QThread::currentThread());
     QCOMPARE(rowsThen, 0);
     QCOMPARE(names(), left);
@@ -465,10 +454,7 @@ void TestCaptures::readOnlyFolder()
         m_model->slotUpdate();
         QCOMPARE(m_model->index(0, 0).data().toString(), s("a.pdf"));
         QVERIFY(m_model->removePrintCapture(0)); // logged only
-        QSignalSpy done(m_model.get(), &PrintCaptureModelBase::signalDeleteAllComlete);
-        m_model->deleteAll();
-        QVERIFY(done.wait());
-        QVERIFY(!done.first().first().toBool());
+        QVERIFY(!deleteAll());
         QCOMPARE(m_model->rowCount(), 1);
     }
     QCOMPARE(m_log->messages(s("WARNING")).size(), 1);
@@ -503,6 +489,7 @@ void TestCaptures::oddNames()
     while (m_table->model()->rowCount() > 0) {
         const BoxAnswer yes(QMessageBox::Yes);
         click(0, 2);
+        QVERIFY(!yes.said.isEmpty());
     }
     QVERIFY(names().isEmpty());
 }
@@ -536,8 +523,7 @@ void TestCaptures::icons()
             QVERIFY2(luminance <= 0.3 && luminance >= 0.17, qPrintable(color.name()));
         }
         QVERIFY(inked > size * size / 8);
-        QVERIFY2(solid * 3 >= inked,
-                 qPrintable(s("%1 of %2").arg(solid).arg(inked))); // lines on the grid of pixels
+        QVERIFY(solid * 3 >= inked); // lines on the grid of pixels
     }
 }
 
@@ -555,10 +541,10 @@ void TestCaptures::form()
     for (const char* layout : {"horizontalLayout_2", "horizontalLayout"})
         QVERIFY2(m_window->findChild<QLayout*>(s(layout)), layout);
     QCOMPARE(textOf("label") + textOf("status"), s("Status:Idle"));
-    const QPair<const char*, const char*> buttons[] = {{"pushButtonDeleteAll", "Delete All"},
-                                                       {"pushButtonClose", "Close"}};
-    for (const auto& button : buttons)
-        QCOMPARE(m_window->findChild<QPushButton*>(s(button.first))->text(), s(button.second));
+    for (const char* button : {"Delete All", "Close"}) {
+        const QString name = s("pushButton") + s(button).remove(QLatin1Char(' '));
+        QCOMPARE(m_window->findChild<QPushButton*>(name)->text(), s(button));
+    }
 
     QCOMPARE(m_table->lineWidth(), 1);
     QVERIFY(m_table->alternatingRowColors() && m_table->wordWrap() && m_table->isSortingEnabled());
@@ -622,9 +608,9 @@ void TestCaptures::view()
     const BoxAnswer answer(QMessageBox::Ok);
     click(0, 0);
     QCOMPARE(answer.said,
-             s("Quendra Client|This file does not have a program associated with it and cannot be opened. "
+             s("complains|Quendra Client|This file does not have a program associated with it and cannot be "
+               "opened. "
                "Install a program to open TIFF files, or create a file association for TIFF files."));
-    QCOMPARE(answer.icon, QMessageBox::Critical);
     QCOMPARE(m_log->messages(s("ERROR")),
              QStringList{s("printcapturebase.cpp Failed to open file: ") + pathOf("a b.pdf")});
 }
@@ -644,25 +630,23 @@ void TestCaptures::deleteOne()
     add("a.pdf b.pdf c.pdf");
     open();
     m_table->sortByColumn(0, Qt::AscendingOrder);
-    BoxAnswer box{QMessageBox::StandardButton(answer)};
+    const BoxAnswer box{QMessageBox::StandardButton(answer)};
     // Qt's proxy notices that the model was reset inside
     const char* warning = "QSortFilterProxyModel: inconsistent changes reported by source model";
     if (deleted)
         QTest::ignoreMessage(QtWarningMsg, warning);
     click(1, 2);
-    QCOMPARE(box.said, s("Quindra Client|Are you sure you want to delete the document?"));
-    QCOMPARE(box.icon, QMessageBox::Warning);
-    QCOMPARE(box.buttons, QMessageBox::Yes | QMessageBox::No);
+    QCOMPARE(box.said, s("asks|Quindra Client|Are you sure you want to delete the document?"));
     QCOMPARE(names().contains(s("b.pdf")), !deleted);
     QCOMPARE(m_table->model()->rowCount(), deleted ? 2 : 3);
     QCOMPARE(shownName(0), s("a.pdf"));
     QVERIFY(isEnabled("pushButtonDeleteAll"));
     if (deleted) {
         QTest::ignoreMessage(QtWarningMsg, warning);
-        BoxAnswer again(QMessageBox::Yes);
+        const BoxAnswer again(QMessageBox::Yes);
         click(0, 2);
         QCOMPARE(names(), list("c.pdf"));
-        BoxAnswer last(QMessageBox::Yes);
+        const BoxAnswer last(QMessageBox::Yes);
         click(0, 2);
         QVERIFY(names().isEmpty());
         QVERIFY(!isEnabled("pushButtonDeleteAll"));
@@ -676,9 +660,7 @@ void TestCaptures::deleteAllAsks()
     {
         const BoxAnswer no(QMessageBox::No);
         click("pushButtonDeleteAll");
-        QCOMPARE(no.said, s("Quendra Client|Are you sure you want to delete all the print captures?"));
-        QCOMPARE(no.buttons, QMessageBox::Yes | QMessageBox::No);
-        QCOMPARE(no.icon, QMessageBox::Warning);
+        QCOMPARE(no.said, s("asks|Quendra Client|Are you sure you want to delete all the print captures?"));
     }
     QCOMPARE(names().size(), 2);
     QVERIFY(m_table->isEnabled() && !QApplication::overrideCursor());
@@ -732,8 +714,7 @@ void TestCaptures::newFax()
     open();
     QSignalSpy wanted(m_window, &PrintCaptureBase::signalSendNewFax);
     click(0, 0);
-    QCOMPARE(wanted.count(), 1);
-    QCOMPARE(wanted.first(), (QVariantList{pathOf("a.pdf"), s("a.pdf")}));
+    QCOMPARE(wanted, (QList<QVariantList>{{pathOf("a.pdf"), s("a.pdf")}}));
     QVERIFY(!m_window->isVisible());
     QTRY_VERIFY(!m_window);
 
@@ -759,12 +740,9 @@ void TestCaptures::missingFiles()
     open();
     QVERIFY(QFile::remove(path(name)));
     QSignalSpy wanted(m_window, &PrintCaptureBase::signalSendNewFax);
-    BoxAnswer ok(QMessageBox::Ok);
+    const BoxAnswer ok(QMessageBox::Ok);
     click(0, action);
-    QCOMPARE(ok.said, s("Quendra Client|") + text.arg(path(name)));
-    QCOMPARE(ok.icon, QMessageBox::Critical);
-    QCOMPARE(ok.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
-    QCOMPARE(ok.format, Qt::PlainText);
+    QCOMPARE(ok.said, s("complains|Quendra Client|") + text.arg(path(name)));
     QCOMPARE(wanted.count(), 0);
     QVERIFY(m_window && m_window->isVisible());
 
@@ -781,7 +759,6 @@ void TestCaptures::keysAndClose()
     add("a.pdf");
     open();
     QTest::keyClick(m_window, Qt::Key_Escape);
-    QVERIFY(m_window->isVisible());
     QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
     QApplication::sendEvent(m_window, &escape);
     QVERIFY(!escape.isAccepted());
@@ -800,10 +777,6 @@ void TestCaptures::keysAndClose()
     QTRY_VERIFY(!m_window);
 
     open();
-    click("pushButtonClose");
-    QVERIFY(!m_window->isVisible());
-    QTRY_VERIFY(!m_window);
-    open();
     QTimer::singleShot(0, m_window, &QWidget::close); // by the window's frame
     QCOMPARE(m_window->exec(), int(QDialog::Rejected));
     QTRY_VERIFY(!m_window);
@@ -816,6 +789,7 @@ void TestCaptures::geometry()
     QCoreApplication::processEvents();
     const QRect wanted = m_window->geometry();
     click("pushButtonClose");
+    QVERIFY(!m_window->isVisible());
     QTRY_VERIFY(!m_window);
     m_settings->sync();
     QSettings file(m_settings->fileName(), QSettings::IniFormat); // a later run of the program
@@ -835,15 +809,14 @@ void TestCaptures::geometry()
 void TestCaptures::printerStatus()
 {
     open();
-    m_window->slotPrinterStatusChanged(PrintCaptureBase::PrinterStatus(2));
-    QVERIFY(!isEnabled("pushButtonDeleteAll")); // there is nothing
-    add("a.pdf");
-    m_window->slotUpdate();
-    QVERIFY(isEnabled("pushButtonDeleteAll"));
     const auto isEnabledAfter = [this](int status) {
         m_window->slotPrinterStatusChanged(PrintCaptureBase::PrinterStatus(status));
         return isEnabled("pushButtonDeleteAll");
     };
+    QVERIFY(!isEnabledAfter(2)); // there is nothing
+    add("a.pdf");
+    m_window->slotUpdate();
+    QVERIFY(isEnabled("pushButtonDeleteAll"));
     for (int idle : {2, 5, 6}) {
         for (int status : {0, 3, 4, 7, -1, idle}) // none of the others changes anything
             QVERIFY(isEnabledAfter(status));
@@ -859,23 +832,19 @@ void TestCaptures::sortByTitles()
 {
     add("b.pdf C.pdf a.pdf");
     open();
-    const auto clickTitle = [this](int column) {
+    const auto shownAfter = [this](int clickedTitle) {
         QHeaderView* header = m_table->horizontalHeader();
-        const QPoint middle(header->sectionViewportPosition(column) + header->sectionSize(column) / 2, 5);
-        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, middle);
+        const int x = header->sectionViewportPosition(clickedTitle) + header->sectionSize(clickedTitle) / 2;
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(x, 5));
+        return QStringList{shownName(0), shownName(1), shownName(2)};
     };
-    const auto shown = [this] { return QStringList{shownName(0), shownName(1), shownName(2)}; };
     const QStringList ascending = list("a.pdf b.pdf C.pdf");
-    clickTitle(0);
-    QCOMPARE(shown(), ascending);
-    clickTitle(3);
-    QCOMPARE(shown(), ascending);
-    clickTitle(0);
-    QCOMPARE(shown(), QStringList(ascending.crbegin(), ascending.crend()));
+    QCOMPARE(shownAfter(0), ascending);
+    QCOMPARE(shownAfter(3), ascending);
+    QCOMPARE(shownAfter(0), QStringList(ascending.crbegin(), ascending.crend()));
     m_model->setPages(2, 7); // C.pdf
     m_model->setPages(0, 9); // a.pdf
-    clickTitle(1);
-    QCOMPARE(shown(), list("b.pdf C.pdf a.pdf"));
+    QCOMPARE(shownAfter(1), list("b.pdf C.pdf a.pdf"));
 }
 
 void TestCaptures::forSubclasses()
