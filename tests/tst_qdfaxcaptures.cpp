@@ -94,6 +94,7 @@ private Q_SLOTS:
     void commandsThatFail_data();
     void commandsThatFail();
     void watching();
+    void changeWhileReading();
     void newFax();
     void newFaxThatFails();
 
@@ -409,6 +410,23 @@ void TestQdfaxCaptures::watching()
     QTRY_COMPARE_WITH_TIMEOUT(rounds(), 3, 30000);
     QTRY_COMPARE(program.state(), QProcess::NotRunning);
     QCOMPARE(program.exitCode(), 0);
+}
+
+void TestQdfaxCaptures::changeWhileReading()
+{
+    QFile slow(
+        path("slow.pdf")); // all of it is searched for pages, for longer than a change takes to be told
+    QVERIFY(slow.open(QIODevice::WriteOnly) && slow.write("%PDF-1.4\n") && slow.resize(40 << 20));
+    slow.close();
+    QObject meanwhile;
+    QTimer::singleShot(0, &meanwhile, [this] { writeFile(path("late.pdf"), "x"); });
+    bool isLost = false;
+    QTimer::singleShot(20000, &meanwhile, [&] {
+        isLost = true;
+        writeFile(path("another.pdf"), "x");
+    });
+    QCOMPARE(runCommandLine({s("qdfax"), s("captures"), s("watch"), s("--json"), s("--rounds"), s("2")}), 0);
+    QVERIFY(!isLost);
 }
 
 void TestQdfaxCaptures::newFax()
