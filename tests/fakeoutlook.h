@@ -5,7 +5,10 @@
 
 #include "outlookport.h"
 
+#include <QFile>
 #include <QHash>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QThread>
 #include <QVector>
 
@@ -278,4 +281,44 @@ inline QSharedPointer<OutlookApplication> FakeOutlook::createApplication()
     const int before = running++;
     starts += before == 0;
     return QSharedPointer<FakeOutlookApplication>::create(*this, before);
+}
+
+/// An Outlook that stands for the system's own while this lives: a mailbox with mail and with contacts, among
+/// them those of the team.
+struct FakeMailbox
+{
+    FakeMailbox()
+    {
+        OutlookPort::setCurrent(outlook);
+        team->items.resize(1);
+        outlook->defaultContacts = contacts;
+    }
+    ~FakeMailbox() { OutlookPort::setCurrent(QSharedPointer<OutlookPort>()); }
+    Q_DISABLE_COPY(FakeMailbox)
+
+    const QSharedPointer<FakeOutlook> outlook{new FakeOutlook};
+    const FakeFolderPtr mailbox{outlook->add(FakeFolderPtr(), QStringLiteral("Mailbox"), 0)};
+    const FakeFolderPtr mail{outlook->add(mailbox, QStringLiteral("Inbox"), 0)};
+    const FakeFolderPtr contacts{
+        outlook->add(mailbox, QStringLiteral("Contacts"), OutlookFolder::contactItems)};
+    const FakeFolderPtr team{outlook->add(contacts, QStringLiteral("Team"), OutlookFolder::contactItems)};
+};
+
+/// Runs a statement on the file of the contacts, beside the library; returns the first column.
+inline QStringList onStore(const QString& statement)
+{
+    const QString name = QStringLiteral("beside");
+    QStringList column;
+    {
+        auto database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        database.setDatabaseName(QFile::decodeName(qgetenv("APPDATA")) +
+                                 QStringLiteral("/Quendra Client Software/Contacts/contacts.sqlite"));
+        QSqlQuery query(database.open() ? database : QSqlDatabase());
+        if (!query.exec(statement))
+            column.append(QStringLiteral("failed"));
+        while (query.next())
+            column.append(query.value(0).toString());
+    }
+    QSqlDatabase::removeDatabase(name);
+    return column;
 }

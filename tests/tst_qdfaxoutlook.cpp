@@ -2,7 +2,6 @@
 // one.
 
 #include "command.h"
-#include "contactlocalstorage.h"
 #include "fakeoutlook.h"
 #include "settingsfile.h"
 #include "shorthand.h"
@@ -12,13 +11,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QTest>
 
 #include <cstdio>
+#include <memory>
 
 #ifdef Q_OS_WIN
 #include <io.h>
@@ -88,19 +86,18 @@ class TestQdfaxOutlook : public QObject
     /// How many contacts of a folder are in the cache; -1: it is no source.
     int copied(const FakeFolderPtr& folder)
     {
-        ContactLocalStorage storage;
-        const quint32 source = storage.getSource(folder->key(), ContactLocalStorage::SourceOutlook);
-        return source == 0 ? -1
-                           : storage
-                                 .getContactList(source, ContactLocalStorage::AnyType,
-                                                 ContactLocalStorage::AnyLocation, 0, 0, 0)
-                                 .size();
+        const QStringList found =
+            onStore(s("SELECT (SELECT count(*) FROM contacts WHERE source = sources.id) FROM sources "
+                      "WHERE name = '%1' AND type = 2")
+                        .arg(folder->key()));
+        return found.isEmpty() ? -1 : found.first().toInt();
     }
     QString folder() const { return m_folder.filePath(s("Quendra Client Software")); }
 
     QTemporaryDir m_folder;
     QSharedPointer<FakeOutlook> m_outlook;
     FakeFolderPtr m_contacts, m_team;
+    std::unique_ptr<FakeMailbox> m_mailbox;
 
 private Q_SLOTS:
     void init()
@@ -108,21 +105,17 @@ private Q_SLOTS:
         // the library remembers where the settings are: one place for all, emptied
         qputenv("APPDATA", QFile::encodeName(m_folder.path()));
         QVERIFY(QDir(folder()).removeRecursively());
-        m_outlook = QSharedPointer<FakeOutlook>::create();
-        OutlookPort::setCurrent(m_outlook);
-        const auto mailbox = m_outlook->add(FakeFolderPtr(), s("Mailbox"), 0);
-        m_outlook->add(mailbox, s("Inbox"), 0);
-        m_contacts = m_outlook->add(mailbox, s("Contacts"), OutlookFolder::contactItems);
-        m_team = m_outlook->add(m_contacts, s("Team"), OutlookFolder::contactItems);
-        m_outlook->defaultContacts = m_contacts;
+        m_mailbox = std::make_unique<FakeMailbox>();
+        m_outlook = m_mailbox->outlook;
+        m_contacts = m_mailbox->contacts;
+        m_team = m_mailbox->team;
         m_contacts->items.resize(3);
         for (FakeItem& item : m_contacts->items)
             item.entryID = QString::number(&item - m_contacts->items.constData());
-        m_team->items.resize(1);
     }
     void cleanup()
     {
-        OutlookPort::setCurrent(QSharedPointer<OutlookPort>());
+        m_mailbox.reset();
         QVERIFY(m_outlook->isBalanced());
     }
 
@@ -224,14 +217,7 @@ private Q_SLOTS:
         } else if (fault == s("file")) {
             writeFile(cache + s("/contacts.sqlite"), QByteArray(5000, '?'));
         } else {
-            {
-                auto other = QSqlDatabase::addDatabase(s("QSQLITE"), s("other"));
-                other.setDatabaseName(cache + s("/contacts.sqlite"));
-                QVERIFY(other.open());
-                QVERIFY(QSqlQuery(other).exec(
-                    s("CREATE TRIGGER fault %1 BEGIN SELECT RAISE(ABORT, 'fault'); END").arg(fault)));
-            }
-            QSqlDatabase::removeDatabase(s("other"));
+            onStore(s("CREATE TRIGGER fault %1 BEGIN SELECT RAISE(ABORT, 'fault'); END").arg(fault));
         }
         const auto check = [](const Result& result, const QByteArray& said) {
             QCOMPARE(result.status, said.isEmpty() ? int(ExitStatus::Ok) : int(ExitStatus::File));
