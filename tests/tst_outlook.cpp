@@ -158,11 +158,7 @@ private Q_SLOTS:
         m_contacts->items[5].fails = true;
         World world(m_contacts);
         const quint32 source = world.provider->sourceId();
-        QString name;
-        ContactLocalStorage::SourceType kind;
-        QVERIFY(world.manager->storage()->getSourceInfo(source, name, kind));
-        QCOMPARE(name, m_contacts->key());
-        QCOMPARE(kind, ContactLocalStorage::SourceOutlook);
+        QCOMPARE(onStore(s("SELECT type||' '||name FROM sources")), QStringList{s("2 ") + m_contacts->key()});
         QVERIFY(world.sync());
         QCOMPARE(*world.said, success);
         QCOMPARE(world.rows(source), QStringList({row(contact(1)), s("I2: 1/2 0 Name 2||12|22||Company 2"),
@@ -763,6 +759,7 @@ private Q_SLOTS:
         QVERIFY(isChecked(contactsIndex));
         QVERIFY(!isChecked(team));
 
+        // only replaced by another, never unchecked
         QVERIFY(!model.setData(contactsIndex, Qt::Unchecked, Qt::CheckStateRole));
         QVERIFY(!model.setData(team, Qt::PartiallyChecked, Qt::CheckStateRole));
         QVERIFY(!model.setData(team, Qt::Checked, Qt::EditRole));
