@@ -19,6 +19,11 @@
 
 namespace {
 
+/// How much of a reply waits in the access manager until it is read, in bytes. Without a limit its thread
+/// goes on reading, and decompressing, whatever a server sends, for as long as the event loop is busy with
+/// something else.
+constexpr qint64 waitingSize = 16 * 1024;
+
 /// More ampersands than a text of 256 MiB has any use for.
 constexpr int maxAmpersands = 16 * 1024 * 1024;
 
@@ -47,15 +52,35 @@ void Task::setReply(QNetworkReply* reply)
 {
     m_reply = reply;
     connect(reply, &QNetworkReply::finished, this, &Task::slotFinished);
-    limitSize(reply);
+    collect(reply);
 }
 
-void Task::limitSize(QNetworkReply* reply)
+void Task::collect(QNetworkReply* reply)
 {
-    connect(reply, &QNetworkReply::readyRead, this, [reply] {
-        if (reply->bytesAvailable() > maxReplySize)
+    m_collected.insert(reply, QByteArray());
+    reply->setReadBufferSize(waitingSize);
+    connect(reply, &QNetworkReply::readyRead, this, [this, reply] {
+        const auto body = m_collected.find(reply);
+        if (body == m_collected.end())
+            return;
+        if (body->size() + reply->bytesAvailable() <= maxReplySize) {
+            body->append(reply->readAll());
+        } else {
+            m_collected.erase(body);
             reply->abort();
+        }
     });
+}
+
+QByteArray Task::takeBody(QNetworkReply* reply)
+{
+    const auto body = m_collected.find(reply);
+    if (body == m_collected.end())
+        return QByteArray();
+    const QByteArray rest = reply->readAll();
+    const QByteArray whole = body->isEmpty() ? rest : body->append(rest);
+    m_collected.erase(body);
+    return whole;
 }
 
 void Task::slotFinished()
@@ -220,7 +245,7 @@ bool Task::succeeded() const
 QByteArray Task::body()
 {
     if (!m_bodyRead && m_reply) {
-        m_body = m_reply->readAll();
+        m_body = takeBody(m_reply);
         m_bodyRead = true;
     }
     return m_body;

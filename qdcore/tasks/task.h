@@ -3,6 +3,7 @@
 #include "qdcore_global.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QNetworkReply>
 #include <QObject>
 #include <QPointer>
@@ -111,11 +112,15 @@ protected:
     /// The reply; null until the request is sent, and after the access manager is gone.
     QNetworkReply* reply() const { return m_reply; }
 
-    /// Takes a reply just sent: its end calls onFinished(), and it is cut off beyond maxReplySize.
+    /// Takes a reply just sent: its end calls onFinished(), and its body is collected.
     void setReply(QNetworkReply* reply);
 
-    /// Cuts a reply off when more than maxReplySize bytes of it are waiting.
-    void limitSize(QNetworkReply* reply);
+    /// Collects the body of a reply as it comes, with as little of it waiting in the access manager as
+    /// possible, and cuts the reply off when it is larger than maxReplySize.
+    void collect(QNetworkReply* reply);
+
+    /// What was collected of a finished reply, once; nothing of one that was cut off.
+    QByteArray takeBody(QNetworkReply* reply);
 
     /// Aborts a reply that nobody waits for any more and deletes it later. The task hears nothing of it.
     void letGo(QNetworkReply* reply);
@@ -221,5 +226,6 @@ private:
     QPointer<QNetworkReply> m_reply;
     QByteArray m_body;
     bool m_bodyRead{false};
+    QHash<QNetworkReply*, QByteArray> m_collected; ///< The bodies of the replies that are under way.
     bool m_failed{false};
 };
