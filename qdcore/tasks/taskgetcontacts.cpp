@@ -10,6 +10,14 @@
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 
+namespace {
+
+/// Many more than the access manager has connections. A reply can name a million members, and a request takes
+/// some kilobytes.
+constexpr int maxPendingMembers = 100;
+
+} // namespace
+
 TaskGetContacts::TaskGetContacts(FaxServer& server)
     : Task(server)
 {}
@@ -98,17 +106,21 @@ void TaskGetContacts::readGroups(const QDomElement& root)
         auto& group = static_cast<QuendraContactGroup&>(m_contacts.addContact(read));
         for (QDomElement member = element.firstChildElement(memberName); !member.isNull();
              member = member.nextSiblingElement(memberName)) {
-            requestMember(QUrl(member.text(), QUrl::TolerantMode), &group);
+            m_waitingMembers.enqueue({member.text(), &group});
         }
     }
+    requestMembers();
 }
 
-void TaskGetContacts::requestMember(const QUrl& member, QuendraContactGroup* group)
+void TaskGetContacts::requestMembers()
 {
-    QNetworkReply* reply = nam().get(request(resourceUrl(member)));
-    limitSize(reply);
-    connect(reply, &QNetworkReply::finished, this, &TaskGetContacts::slotFinishedGroup);
-    m_pendingGroups.insert(reply, group);
+    while (m_pendingGroups.size() < maxPendingMembers && !m_waitingMembers.isEmpty()) {
+        const auto [member, group] = m_waitingMembers.dequeue();
+        QNetworkReply* reply = nam().get(request(resourceUrl(QUrl(member, QUrl::TolerantMode))));
+        collect(reply);
+        connect(reply, &QNetworkReply::finished, this, &TaskGetContacts::slotFinishedGroup);
+        m_pendingGroups.insert(reply, group);
+    }
 }
 
 void TaskGetContacts::slotFinishedGroup()
@@ -117,9 +129,10 @@ void TaskGetContacts::slotFinishedGroup()
     QuendraContactGroup* group = m_pendingGroups.take(reply);
     if (!group)
         return;
-    const QByteArray body = reply->readAll();
+    const QByteArray body = takeBody(reply);
     const int error = reply->isFinished() ? int(reply->error()) : int(QNetworkReply::OperationCanceledError);
     reply->deleteLater();
+    requestMembers();
 
     // after one failure the rest is only waited for
     if (m_groupFailed || error != QNetworkReply::NoError) {

@@ -4,13 +4,15 @@
 #include "tasks/task.h"
 
 #include <QMap>
+#include <QPair>
+#include <QQueue>
 
 class QuendraContactGroup;
 
 /**
  * Reads a contact book, whole or what changed since a time of the server's.
  *
- * The entries of a group book name their members by URL only; the task fetches each of them, all at once
+ * The entries of a group book name their members by URL only; the task fetches each of them, many at once
  * through the access manager, and ends when the last is there. One member that cannot be fetched fails the
  * whole book.
  */
@@ -48,7 +50,7 @@ private Q_SLOTS:
 private:
     void readContacts(const QDomElement& root);
     void readGroups(const QDomElement& root);
-    void requestMember(const QUrl& member, QuendraContactGroup* group);
+    void requestMembers();
     void succeed();
 
     ContactList::Type m_contactsType{ContactList::Unknown};
@@ -56,5 +58,6 @@ private:
     unsigned int m_lastTimeSync{0};
     unsigned int m_serverTime{0};
     QMap<QNetworkReply*, QuendraContactGroup*> m_pendingGroups; ///< Requests for members, and whose members.
+    QQueue<QPair<QString, QuendraContactGroup*>> m_waitingMembers; ///< URLs not yet requested, and whose.
     bool m_groupFailed{false};
 };
