@@ -9,24 +9,10 @@
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "simserver.h"
+#include "testkit.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QTimer>
-
-/// Runs the event loop until a condition holds. False after 20 seconds. Thousands of short waits would take
-/// minutes with QTRY_VERIFY, which looks every 50 ms.
-template <typename Condition>
-bool spinUntil(Condition condition)
-{
-    QTimer wake;
-    wake.start(5);
-    const QDeadlineTimer deadline(20000);
-    while (!condition() && !deadline.hasExpired())
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
-    return condition();
-}
 
 /// One entry of a book, as text that can be compared: fields, and of a group the uids of its members in
 /// order.

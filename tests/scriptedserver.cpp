@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QSslSocket>
 #include <QTemporaryDir>
+#include <QTimer>
 
 QByteArray WireRequest::header(const QByteArray& name) const
 {
@@ -17,9 +18,8 @@ QByteArray WireRequest::header(const QByteArray& name) const
     return QByteArray();
 }
 
-ScriptedServer::ScriptedServer(bool tls, QObject* parent)
-    : QTcpServer(parent)
-    , m_tls(tls)
+ScriptedServer::ScriptedServer(bool tls, const QHostAddress& where)
+    : m_tls(tls)
 {
     if (tls) {
         const QTemporaryDir folder;
@@ -32,8 +32,8 @@ ScriptedServer::ScriptedServer(bool tls, QObject* parent)
         m_key = QSslKey(&keyFile, QSsl::Rsa);
         m_certificate = QSslCertificate::fromPath(certificate).value(0);
     }
-    if (!listen(QHostAddress::LocalHost))
-        qFatal("cannot listen on 127.0.0.1");
+    if (!listen(where))
+        qFatal("cannot listen on %s", qPrintable(where.toString()));
 }
 
 bool ScriptedServer::makeCertificate(const QString& certificateFile, const QString& keyFile)
@@ -48,12 +48,25 @@ bool ScriptedServer::makeCertificate(const QString& certificateFile, const QStri
 
 QString ScriptedServer::address() const
 {
-    return QStringLiteral("127.0.0.1:%1").arg(serverPort());
+    return QStringLiteral("%1:%2").arg(serverAddress().toString()).arg(serverPort());
 }
 
 void ScriptedServer::setAnswer(const QByteArray& answer)
 {
     m_answer = [answer](const WireRequest&) { return answer; };
+}
+
+void ScriptedServer::setMore(std::function<QByteArray(const WireRequest&)> more, int interval)
+{
+    m_more = std::move(more);
+    m_interval = interval;
+}
+
+void ScriptedServer::sendMore(QTcpSocket* socket, const WireRequest& request)
+{
+    const QByteArray piece = m_more ? m_more(request) : QByteArray();
+    if (!piece.isEmpty())
+        socket->write(piece);
 }
 
 QByteArray ScriptedServer::reply(const QByteArray& body, const QByteArray& status,
@@ -147,11 +160,21 @@ bool ScriptedServer::readOne(QTcpSocket* socket, Connection& connection)
         return false;
     }
     const QByteArray answer = m_answer(request);
-    if (m_hangUp == HangUp::InsideReply) {
-        socket->write(answer.left(answer.size() / 2));
+    if (m_hangUp == HangUp::InsideReply || m_hangUp == HangUp::AfterReply) {
+        socket->write(m_hangUp == HangUp::InsideReply ? answer.left(answer.size() / 2) : answer);
         hangUp(socket);
         return false;
     }
     socket->write(answer);
+    if (m_more && m_interval == 0) {
+        connect(socket, &QTcpSocket::bytesWritten, this, [this, socket, request] {
+            if (socket->bytesToWrite() == 0)
+                sendMore(socket, request);
+        });
+    } else if (m_more) {
+        auto* timer = new QTimer(socket);
+        connect(timer, &QTimer::timeout, this, [this, socket, request] { sendMore(socket, request); });
+        timer->start(m_interval);
+    }
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QHostAddress>
 #include <QList>
 #include <QSslCertificate>
 #include <QSslKey>
@@ -38,13 +39,14 @@ public:
         InsideBody,  ///< When half the body is there.
         AfterBody,   ///< When all is there, without an answer.
         InsideReply, ///< After half the answer.
+        AfterReply,  ///< After the answer.
         NoAnswer     ///< Keeps the connection and says nothing.
     };
 
     /// With @p tls the server speaks TLS with a self-signed certificate made now.
-    explicit ScriptedServer(bool tls = false, QObject* parent = nullptr);
+    explicit ScriptedServer(bool tls = false, const QHostAddress& where = QHostAddress::LocalHost);
 
-    /// "127.0.0.1:PORT".
+    /// "127.0.0.1:PORT", or what else it listens on.
     QString address() const;
 
     /// The answer to every request: whole bytes from the status line on.
@@ -53,8 +55,16 @@ public:
     void setAnswer(std::function<QByteArray(const WireRequest&)> answer) { m_answer = std::move(answer); }
     void setHangUp(HangUp when) { m_hangUp = when; }
 
+    /// Pieces to be written after the answer to a request, until one is empty or the client has gone: each
+    /// when the one before has left, or every @p interval ms.
+    void setMore(std::function<QByteArray(const WireRequest&)> more, int interval = 0);
+
     /// Requests in the order in which their heads were complete; bodies may be incomplete after a hang-up.
     const QList<WireRequest>& requests() const { return m_requests; }
+
+    /// How many connections there ever were, and how many there are.
+    int connectionCount() const { return m_connectionCount; }
+    int openCount() const { return m_connections.size(); }
 
     /// A 200 answer, or another, with a body and its length.
     static QByteArray reply(const QByteArray& body, const QByteArray& status = "200 OK",
@@ -77,12 +87,15 @@ private:
     void read(QTcpSocket* socket);
     bool readOne(QTcpSocket* socket, Connection& connection);
     void hangUp(QTcpSocket* socket);
+    void sendMore(QTcpSocket* socket, const WireRequest& request);
 
     bool m_tls;
     QSslCertificate m_certificate;
     QSslKey m_key;
     std::function<QByteArray(const WireRequest&)> m_answer;
     HangUp m_hangUp{HangUp::Never};
+    std::function<QByteArray(const WireRequest&)> m_more;
+    int m_interval{0};
     QList<WireRequest> m_requests;
     QHash<QTcpSocket*, Connection> m_connections;
     int m_connectionCount{0};

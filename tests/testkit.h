@@ -5,11 +5,29 @@
 #include "logger.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QTimer>
+
+/// Runs the event loop until a condition holds. False after some seconds, 20 by default. Thousands of short
+/// waits would take minutes with QTRY_VERIFY, which looks every 50 ms.
+template <typename Condition>
+bool spinUntil(Condition condition, int seconds = 20)
+{
+    QTimer wake;
+    wake.start(5);
+    const QDeadlineTimer deadline(seconds * 1000);
+    while (!condition() && !deadline.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // no loop of its own does it
+    }
+    return condition();
+}
 
 /// A log of the test's own: everything is written into a fresh folder for as long as this lives.
 class TestLog

@@ -1,0 +1,614 @@
+// Servers that mean harm: what they send ends as documented, in bounded memory, and the event loop goes on;
+// what they are sent arrives once, and nobody else gets any of it.
+
+#include "contactlocalstorage.h"
+#include "contactmanager.h"
+#include "contactprovider.h"
+#include "downloader.h"
+#include "operations.h"
+#include "taskkit.h"
+#include "testkit.h"
+
+#include <QElapsedTimer>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QTest>
+
+#include <memory>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define QDCORE_SANITIZED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define QDCORE_SANITIZED
+#endif
+#endif
+
+Q_DECLARE_METATYPE(ScriptedServer::HangUp)
+
+namespace {
+
+constexpr int megabyte = 1024 * 1024;
+
+/// Watches the event loop and the memory of this process for as long as it lives.
+class Watch
+{
+public:
+    Watch()
+    {
+        QFile file(QStringLiteral("/proc/self/clear_refs")); // the peak counts from here
+        if (file.open(QIODevice::WriteOnly))
+            file.write("5");
+        m_before = status("VmRSS:");
+        m_since.start();
+        QObject::connect(&m_timer, &QTimer::timeout, [this] { look(); });
+        m_timer.start(5);
+    }
+
+    /// The longest time in ms for which no timer ran.
+    qint64 longestGap()
+    {
+        look();
+        return m_longest;
+    }
+
+    /// How much memory more than at the beginning there ever was, in MB; 0 where it is not known or not
+    /// comparable.
+    qint64 growth() const
+    {
+#ifdef QDCORE_SANITIZED
+        return 0;
+#else
+        return (status("VmHWM:") - m_before) / 1024;
+#endif
+    }
+
+private:
+    void look()
+    {
+        m_longest = qMax(m_longest, m_since.restart());
+    }
+
+    static qint64 status(const char* name)
+    {
+        QFile file(QStringLiteral("/proc/self/status"));
+        if (!file.open(QIODevice::ReadOnly))
+            return 0;
+        const QByteArray text = file.readAll();
+        const int at = text.indexOf(name);
+        return at < 0 ? 0 : text.mid(at + int(qstrlen(name)), 20).trimmed().split(' ').first().toLongLong();
+    }
+
+    QTimer m_timer;
+    QElapsedTimer m_since;
+    qint64 m_longest{0};
+    qint64 m_before{0};
+};
+
+QByteArray deflated(const QByteArray& body)
+{
+    return ScriptedServer::reply(qCompress(body, 9).mid(4), "200 OK", "Content-Encoding: deflate\r\n");
+}
+
+/// Compressed blanks without an end: a beginning, and a byte of which each stands for 1032 more.
+struct Bomb
+{
+    QByteArray beginning = qCompress(QByteArray(2000000, ' '), 9).mid(4);
+    Bomb() { beginning.truncate(beginning.size() / 2); }
+    char more() const { return beginning.back(); }
+};
+
+} // namespace
+
+class TestHostile : public QObject
+{
+    Q_OBJECT
+
+    ScriptedServer m_decoy{false,
+                           QHostAddress(QStringLiteral("127.0.0.2"))}; ///< Nobody may ever speak to it.
+
+    QString decoy() const { return QStringLiteral("http://") + m_decoy.address(); }
+
+private Q_SLOTS:
+    void cleanup() { QCOMPARE(m_decoy.connectionCount(), 0); }
+
+    void replies_data();
+    void replies();
+    void floods_data();
+    void floods();
+    void floodedDownload();
+    void drips_data();
+    void drips();
+    void manyMembers();
+    void redirects_data() { addOperationRows(); }
+    void redirects();
+    void challenges_data();
+    void challenges();
+    void foreignUrls_data() { addOperationRows(); }
+    void foreignUrls();
+    void foreignMembers();
+    void repliesNotAsked();
+    void oidsWithStatements_data();
+    void oidsWithStatements();
+    void sentOnce_data();
+    void sentOnce();
+};
+
+void TestHostile::replies_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<int>("status");
+
+    const int levels = 1000000;
+    const QByteArray deep = QByteArray("<a>").repeated(levels);
+    const auto row = [](const char* name, const QByteArray& answer, int status = Task::InvalidReply) {
+        QTest::newRow(name) << answer << status;
+    };
+    const auto plain = [row](const char* name, const QByteArray& body, int status = Task::InvalidReply) {
+        row(name, ScriptedServer::reply(body), status);
+    };
+    plain("a million levels", deep + QByteArray("</a>").repeated(levels));
+    plain("levels behind a quoted comment", "<a b=\"<!--\">" + deep);
+    plain("levels behind an entity that looks like a comment", "<!DOCTYPE a [<!ENTITY x \"<!--\">]>" + deep);
+    plain("levels behind a parameter entity", "<!DOCTYPE a [<!ENTITY % x \"<?p \"> %x; <!-- ?> ]>" + deep);
+    plain("ends before the levels", "<!DOCTYPE a [<!ENTITY % x \"<!--\"> %x; " +
+                                        QByteArray("</a>").repeated(levels) + " --> ]>" + deep);
+    plain("entities that grow",
+          "<!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">"
+          "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;\">]><r><message>&c;</message></r>");
+    plain("an entity from a file",
+          "<!DOCTYPE r [<!ENTITY f SYSTEM \"file:///etc/passwd\">]><r><message>&f;</message></r>");
+    plain("a document type from elsewhere",
+          "<!DOCTYPE r SYSTEM \"" + decoy().toUtf8() + "/r.dtd\"><r><message>Verified</message></r>", 0);
+    plain("a document type of no more than a name", "<!DOCTYPE r><r><message>Verified</message></r>", 0);
+    row("many siblings are no depth",
+        okReply("<message>Verified</message>" +
+                QByteArray("<a x='>'/><b></b><!-- <c> --><![CDATA[<d>]]>").repeated(300)),
+        0);
+    row("more elements than memory", deflated("<r>" + QByteArray("<a/>").repeated(3 * levels) + "</r>"));
+    row("more attributes than memory", deflated("<r " + QByteArray("a=''").repeated(3 * levels) + "/>"));
+    row("nothing but ampersands", deflated(QByteArray(20 * megabyte, '&')));
+    row("one element of 50 MB", deflated("<r><message>" + QByteArray(50 * megabyte, 'x') + "</message></r>"),
+        Task::AuthError);
+    row("compressed, but not",
+        ScriptedServer::reply("nothing of the kind", "200 OK", "Content-Encoding: gzip\r\n"), Task::Error);
+    row("a negative length", "HTTP/1.1 200 OK\r\nContent-Length: -1\r\nConnection: close\r\n\r\n<r/>",
+        Task::AuthError);
+    row("a chunk of a length that is none",
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n<r/>\r\n");
+    row("not HTTP", "SSH-2.0-x\r\n\r\n", Task::Error);
+}
+
+void TestHostile::replies()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(int, status);
+
+    ScriptedServer wire;
+    wire.setAnswer(answer);
+    wire.setHangUp(ScriptedServer::HangUp::AfterReply);
+    FaxManager manager(noContacts);
+    BareServer server(manager, wire.address());
+    Watch watch;
+    Outcome outcome(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return !outcome.task; }, 60));
+    QCOMPARE(outcome.errors, status ? QList<Task::Status>{Task::Status(status)} : QList<Task::Status>());
+    QCOMPARE(outcome.done, status ? 0 : 1);
+    qInfo("%lld ms, %lld MB", watch.longestGap(), watch.growth());
+    QVERIFY(watch.longestGap() < 20000);
+    QVERIFY(watch.growth() < 500);
+}
+
+void TestHostile::floods_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("beginning");
+    QTest::addColumn<QByteArray>("more");
+
+    const QByteArray ok = "HTTP/1.1 200 OK\r\n";
+    const QByteArray element = "\r\n<r><message>";
+    const QByteArray text(megabyte, 'x');
+    const QByteArray ofOneGigabyte = ok + "Content-Length: 1073741824\r\n" + element;
+    QTest::newRow("one element of 1 GB") << QByteArray("VerifyLogin") << ofOneGigabyte << text;
+    QTest::newRow("no end") << QByteArray("VerifyLogin") << ok + element << text;
+    QTest::newRow("no end, in chunks")
+        << QByteArray("VerifyLogin") << ok + "Transfer-Encoding: chunked\r\n\r\n"
+        << "100000\r\n" + text + "\r\n";
+    QTest::newRow("a failure without an end")
+        << QByteArray("VerifyLogin") << "HTTP/1.1 500 Oops\r\n" + element << text;
+    const Bomb bomb;
+    QTest::newRow("8 GB in 8 MB") << QByteArray("VerifyLogin")
+                                  << ok + "Content-Encoding: deflate\r\n\r\n" + bomb.beginning
+                                  << QByteArray(8 * megabyte, bomb.more());
+    QTest::newRow("a member of 1 GB") << QByteArray("GetContacts of groups") << ofOneGigabyte << text;
+}
+
+void TestHostile::floods()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(QByteArray, beginning);
+    QFETCH(QByteArray, more);
+
+    const Operation& flooded = operation(name);
+    ScriptedServer wire;
+    qint64 sent = 0;
+    const auto isFlooded = [](const WireRequest& request) { return !request.target.contains("groups"); };
+    wire.setAnswer(
+        [&](const WireRequest& request) { return isFlooded(request) ? beginning : serve(request); });
+    wire.setMore([&](const WireRequest& request) {
+        if (!isFlooded(request))
+            return QByteArray();
+        sent += more.size();
+        return more;
+    });
+    FaxManager manager(noContacts);
+    BareServer server(manager, wire.address());
+    Watch watch;
+    Outcome outcome(flooded.make(server), flooded.done);
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return !outcome.task; }, 120));
+    QCOMPARE(outcome.errors, QList<Task::Status>{Task::Error});
+    QCOMPARE(outcome.done, 0);
+    QVERIFY(spinUntil([&] { return wire.openCount() <= (name == "VerifyLogin" ? 0 : 1); }));
+    qInfo("%lld ms, %lld MB, %lld MB sent", watch.longestGap(), watch.growth(), sent / megabyte);
+    QVERIFY(watch.longestGap() < 20000);
+    QVERIFY(watch.growth() < 700);
+    QVERIFY(sent < 600 * qint64(megabyte)); // nobody took it to its end
+}
+
+void TestHostile::floodedDownload()
+{
+    // as much as there is room for on the disk; in memory it is little
+    const Bomb bomb;
+    for (const bool packed : {false, true}) {
+        ScriptedServer wire;
+        wire.setAnswer("HTTP/1.1 200 OK\r\n" +
+                       (packed ? "Content-Encoding: deflate\r\n\r\n" + bomb.beginning : QByteArray("\r\n")));
+        wire.setMore([&](const WireRequest&) { return QByteArray(megabyte, packed ? bomb.more() : 'x'); });
+        const QTemporaryDir folder;
+        QNetworkAccessManager manager;
+        Watch watch;
+        auto downloader = std::make_unique<Downloader>(nullptr, manager);
+        downloader->setDownloadPath(folder.path());
+        downloader->download(QUrl(QStringLiteral("http://%1/a.tif").arg(wire.address())), false);
+        const QString file = folder.filePath(QStringLiteral("a.tif"));
+        QVERIFY(spinUntil([&] { return QFileInfo(file).size() > 150 * qint64(megabyte); }, 60));
+        downloader.reset();
+        QVERIFY(spinUntil([&] { return wire.openCount() == 0; }));
+        qInfo("%lld ms, %lld MB", watch.longestGap(), watch.growth());
+        QVERIFY(watch.longestGap() < 10000);
+        QVERIFY(watch.growth() < 350);
+    }
+}
+
+void TestHostile::drips_data()
+{
+    QTest::addColumn<QByteArray>("beginning");
+    QTest::addColumn<QByteArray>("drop");
+
+    QTest::newRow("in the head") << QByteArray("HTTP/1.1 200 OK\r\nX-Long: ") << QByteArray("x");
+    QTest::newRow("in the body") << QByteArray("HTTP/1.1 200 OK\r\n\r\n<r><message>") << QByteArray("x");
+    QTest::newRow("in the size of a chunk")
+        << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n") << QByteArray("0");
+}
+
+void TestHostile::drips()
+{
+    QFETCH(QByteArray, beginning);
+    QFETCH(QByteArray, drop);
+
+    // a byte every few ms stands for one a second: what counts is that it never ends
+    ScriptedServer wire;
+    wire.setAnswer(beginning);
+    int dropped = 0;
+    wire.setMore([&](const WireRequest&) { return ++dropped, drop; }, 3);
+    FaxManager manager(noContacts);
+    auto* server = new BareServer(manager, wire.address());
+    Watch watch;
+    Outcome outcome(server->addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return dropped > 100; }));
+    QVERIFY(outcome.task && !outcome.isOver());
+    QCOMPARE(server->lastStatus(), Task::Unknown);
+    QVERIFY(watch.longestGap() < 5000);
+
+    delete server;
+    QVERIFY(!outcome.task);
+    QVERIFY(spinUntil([&] { return wire.openCount() == 0; })); // nor is the connection kept
+    QVERIFY(!outcome.isOver());
+}
+
+void TestHostile::manyMembers()
+{
+    constexpr int members = 300000;
+    const QByteArray groups =
+        okReply("<contact_group><name>A</name><description/>" +
+                QByteArray("<contact>http://h/qdws/v1/contacts/anna/1</contact>").repeated(members) +
+                "</contact_group>");
+    ScriptedServer wire;
+    wire.setAnswer([&](const WireRequest& request) {
+        return request.target.contains("groups") ? groups : okReply(memberXml(1));
+    });
+    FaxManager manager(noContacts);
+    auto* server = new BareServer(manager, wire.address());
+    Watch watch;
+    const Operation& book = operation("GetContacts of groups");
+    Outcome outcome(book.make(*server), book.done);
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return wire.requests().size() > 1000; }));
+    qInfo("%lld ms, %lld MB", watch.longestGap(), watch.growth());
+    QVERIFY(watch.longestGap() < 10000);
+    QVERIFY(watch.growth() < 500);
+    QVERIFY(!outcome.isOver());
+    delete server;
+    QVERIFY(spinUntil([&] { return manager.nam().findChildren<QNetworkReply*>().isEmpty(); }));
+    QVERIFY(!outcome.isOver());
+}
+
+void TestHostile::redirects()
+{
+    QFETCH(int, index);
+    const Operation& operation = operations().at(index);
+
+    ScriptedServer wire;
+    FaxManager manager(noContacts);
+    manager.nam().setRedirectPolicy(
+        QNetworkRequest::NoLessSafeRedirectPolicy); // an application may ask for it
+    BareServer server(manager, wire.address());
+    int sent = 0;
+    for (const char* status : {"301 Moved", "302 Found", "303 See Other", "307 Temporary", "308 Permanent"}) {
+        wire.setAnswer(
+            ScriptedServer::reply("", status, "Location: " + decoy().toUtf8() + "/qdws/v1/verify\r\n"));
+        Outcome outcome(operation.make(server), operation.done);
+        outcome.task->execute();
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
+        // the redirect is the reply; those that would repeat a body that went out once are failures at once
+        const bool repeats = operation.hasBody() && (status[2] == '7' || status[2] == '8');
+        QCOMPARE(outcome.errors, QList<Task::Status>{repeats ? Task::Error : Task::InvalidReply});
+        QCOMPARE(wire.requests().size(), ++sent);
+    }
+
+    // members of groups have requests of their own
+    if (operation.name != "GetContacts of groups")
+        return;
+    wire.setAnswer([this](const WireRequest& request) {
+        return request.target.contains("groups")
+                   ? serve(request)
+                   : ScriptedServer::reply("", "302 Found", "Location: " + decoy().toUtf8() + "/\r\n");
+    });
+    Outcome outcome(operation.make(server), operation.done);
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return !outcome.task; }));
+    QCOMPARE(outcome.done, 0);
+    QCOMPARE(wire.requests().size(), sent + 3);
+}
+
+void TestHostile::challenges_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<int>("status");
+
+    for (const char* scheme :
+         {"Basic realm=\"x\"", "Digest realm=\"x\", nonce=\"1\", qop=\"auth\"", "NTLM", "Negotiate"}) {
+        QTest::addRow("401 %s", scheme)
+            << ScriptedServer::reply("", "401 No", QByteArray("WWW-Authenticate: ") + scheme + "\r\n")
+            << int(Task::AuthError);
+        QTest::addRow("407 %s", scheme)
+            << ScriptedServer::reply("", "407 No", QByteArray("Proxy-Authenticate: ") + scheme + "\r\n")
+            << int(Task::Error);
+    }
+}
+
+void TestHostile::challenges()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(int, status);
+
+    ScriptedServer wire;
+    wire.setAnswer(answer);
+    FaxManager manager(noContacts);
+    BareServer server(manager, wire.address());
+    Outcome outcome(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return !outcome.task; }));
+    QCOMPARE(outcome.errors, QList<Task::Status>{Task::Status(status)});
+    QCOMPARE(wire.requests().size(), 1); // the credentials went out once, in the form chosen by the client
+}
+
+void TestHostile::foreignUrls()
+{
+    QFETCH(int, index);
+    const Operation& operation = operations().at(index);
+
+    ScriptedServer wire;
+    wire.setAnswer([this](const WireRequest& request) {
+        return serve(request).replace("http://elsewhere:9", "https://u:p@" + m_decoy.address().toUtf8());
+    });
+    FaxManager manager(noContacts);
+    BareServer server(manager, wire.address());
+    for (const QString& host : {decoy(), QStringLiteral("//u:p@") + m_decoy.address(),
+                                QStringLiteral("ftp://") + m_decoy.address()}) {
+        Outcome outcome(operation.make(server, host), operation.done);
+        outcome.task->execute();
+        QVERIFY(spinUntil([&] { return outcome.isOver(); }));
+    }
+    QVERIFY(wire.requests().size() >= 3);
+    for (const WireRequest& request : wire.requests()) {
+        QCOMPARE(request.header("Host"), wire.address().toUtf8());
+        QCOMPARE(request.header("Authorization"), "Basic " + QByteArray("anna:se:cret").toBase64());
+        QVERIFY(!request.raw.contains(m_decoy.address().toUtf8()) || operation.hasBody());
+    }
+}
+
+void TestHostile::foreignMembers()
+{
+    const QByteArrayList urls{"file:///etc/passwd",
+                              "ftp://127.0.0.2/x",
+                              "//127.0.0.2/x",
+                              "mailto:anna@h",
+                              "data:text/xml,<r/>",
+                              "qrc:/icons/abort",
+                              "x y",
+                              "http://[::1",
+                              "",
+                              "../../../../etc",
+                              "http://a%00b/%2e%2e/",
+                              "http://h/a%0d%0aX-Evil:%201"};
+    QByteArray members;
+    for (const QByteArray& url : urls)
+        members += "<contact>" + url.toPercentEncoding(" /:@%[]<>,.-").replace("<", "&lt;") + "</contact>";
+    ScriptedServer wire;
+    wire.setAnswer([&](const WireRequest& request) {
+        return request.target.contains("groups")
+                   ? okReply("<contact_group><name>A</name><description/>" + members + "</contact_group>")
+                   : okReply("<message>nobody</message>");
+    });
+    FaxManager manager(noContacts);
+    BareServer server(manager, wire.address());
+    const Operation& book = operation("GetContacts of groups");
+    Outcome outcome(book.make(server), book.done);
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return !outcome.task; }));
+    QCOMPARE(outcome.done + outcome.errors.size(), 1);
+    QVERIFY(wire.requests().size() > 1); // whatever they name, the configured server is asked
+    for (const WireRequest& request : wire.requests()) {
+        QCOMPARE(request.header("Host"), wire.address().toUtf8());
+        QVERIFY(request.header("X-Evil").isNull());
+    }
+}
+
+void TestHostile::repliesNotAsked()
+{
+    // a second answer, or the beginning of one, comes behind the first; or an answer comes before it is asked
+    // for
+    const QByteArray verified = okReply("<message>Verified</message>");
+    const QByteArray extra[] = {okReply("<message>Attempting Abort</message>"), verified + verified,
+                                "HTTP/1.1 200 OK\r\nContent-Le", QByteArray(100000, 'x')};
+    for (const QByteArray& more : extra) {
+        ScriptedServer wire;
+        wire.setAnswer(verified + more);
+        FaxManager manager(noContacts);
+        BareServer server(manager, wire.address());
+        Outcome first(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+        first.task->execute();
+        QVERIFY(spinUntil([&] { return !first.task; }));
+        QCOMPARE(first.done, 1);
+        // it belongs to nobody: the next request has an answer of its own, on a connection of its own
+        wire.setAnswer(okReply("<message>no</message>"));
+        Outcome second(operation(Task::Abort).make(server), operation(Task::Abort).done);
+        second.task->execute();
+        QVERIFY(spinUntil([&] { return !second.task; }));
+        QCOMPARE(second.errors, QList<Task::Status>{Task::Error});
+        QCOMPARE(wire.requests().last().connection, 2);
+    }
+}
+
+void TestHostile::oidsWithStatements_data()
+{
+    QTest::addColumn<QByteArray>("oids");
+    for (const char* oids :
+         {"0) OR 1=1; DROP TABLE contacts; --", "1'; DELETE FROM contacts; --", "1 OR 1", "-1", "1e9", "0x1",
+          "99999999999999999999", "1,2) OR (1=1", "\xd9\xa1", "(SELECT id FROM contacts)"})
+        QTest::newRow(oids) << QByteArray(oids);
+}
+
+void TestHostile::oidsWithStatements()
+{
+    QFETCH(QByteArray, oids);
+
+    QTemporaryDir folder;
+    qputenv("APPDATA", QFile::encodeName(folder.path()));
+    ScriptedServer wire;
+    wire.setAnswer(&serve);
+    ContactManager contacts;
+    FaxManager manager(&contacts);
+    const QPointer<FaxServer> server =
+        manager.addServer(wire.address(), false, QStringLiteral("anna"), QStringLiteral("x"));
+    const QPointer<ContactProvider> provider = server->contactProvider();
+    int ends = 0;
+    connect(provider, &ContactProvider::syncedContacts, this, [&ends] { ++ends; });
+    connect(provider, &ContactProvider::errorSyncedContacts, this, [&ends] { ++ends; });
+    QVERIFY(spinUntil([&] { return ends == 4; }));
+    const auto stored = [&] {
+        return contacts.storage()->getContactList(provider->sourceId(), ContactLocalStorage::TypeContact,
+                                                  ContactLocalStorage::LocationPersonal, 0, 0, 0);
+    };
+    QCOMPARE(stored().size(), 2);
+
+    wire.setAnswer([&](const WireRequest& request) {
+        if (request.target.contains("_oids/"))
+            return okReply("<oids>" + oids + "</oids>");
+        return request.target.contains("query_time") ? okReply("<query_time>78</query_time>")
+                                                     : serve(request);
+    });
+    provider->syncContacts(ContactList::PersonalContacts, false);
+    QVERIFY(spinUntil([&] { return ends == 5 && !provider->isSync(); }));
+    QVERIFY(wire.requests().last().target.contains("query_time=77"));
+    QCOMPARE(stored().size(), 2); // such a list deletes nothing
+    wire.setAnswer(&serve);
+    provider->syncContacts(ContactList::PersonalContacts, true);
+    QVERIFY(spinUntil([&] { return ends == 6; }));
+    QCOMPARE(stored().size(), 2);
+}
+
+void TestHostile::sentOnce_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<ScriptedServer::HangUp>("hangUp");
+    QTest::addColumn<bool>("reused");
+
+    using HangUp = ScriptedServer::HangUp;
+    const struct
+    {
+        const char* name;
+        HangUp hangUp;
+    } moments[] = {{"after the head", HangUp::AfterHead},
+                   {"inside the body", HangUp::InsideBody},
+                   {"after the body", HangUp::AfterBody},
+                   {"inside the reply", HangUp::InsideReply}};
+    for (int i = 0; i < operations().size(); ++i) {
+        if (!operations().at(i).hasBody())
+            continue;
+        for (const auto& moment : moments) {
+            for (const bool reused : {false, true})
+                QTest::addRow("%s, %s, %s connection", operations().at(i).name.constData(), moment.name,
+                              reused ? "reused" : "fresh")
+                    << i << moment.hangUp << reused;
+        }
+    }
+}
+
+void TestHostile::sentOnce()
+{
+    QFETCH(int, index);
+    QFETCH(ScriptedServer::HangUp, hangUp);
+    QFETCH(bool, reused);
+
+    const Operation& operation = operations().at(index);
+    ScriptedServer wire;
+    wire.setAnswer(&serve);
+    FaxManager manager(noContacts);
+    BareServer server(manager, wire.address());
+    const auto verify = [&] {
+        Outcome outcome(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+        outcome.task->execute();
+        return spinUntil([&] { return outcome.done == 1; });
+    };
+    if (reused)
+        QVERIFY(verify());
+    wire.setHangUp(hangUp);
+    Outcome outcome(operation.make(server), operation.done);
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return !outcome.task; }));
+    QCOMPARE(outcome.done, 0);
+    QCOMPARE(outcome.errors, QList<Task::Status>{Task::Error});
+    // a second request, were there one, would come on a connection of its own; this one comes after it
+    wire.setHangUp(ScriptedServer::HangUp::Never);
+    QVERIFY(verify());
+    QCOMPARE(wire.requests().size(), reused ? 3 : 2);
+    QCOMPARE(wire.requests().at(reused ? 1 : 0).connection, 1);
+}
+
+QTEST_GUILESS_MAIN(TestHostile)
+#include "tst_hostile.moc"
