@@ -1,0 +1,301 @@
+// Servers and managers that go at any moment: after any number of turns of the event loop, and from inside
+// any slot.
+
+#include "contactmanager.h"
+#include "contactprovider.h"
+#include "operations.h"
+#include "quendracontact.h"
+#include "taskkit.h"
+#include "testkit.h"
+
+#include <QMetaMethod>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+/// Hears every signal of the objects it listens to.
+class Listener : public QObject
+{
+    Q_OBJECT
+public:
+    void listenTo(QObject* object)
+    {
+        static const QMetaMethod slot = staticMetaObject.method(staticMetaObject.indexOfSlot("hear()"));
+        const QMetaObject* type = object->metaObject();
+        for (int i = QObject::staticMetaObject.methodCount(); i < type->methodCount(); ++i) {
+            if (type->method(i).methodType() == QMetaMethod::Signal)
+                connect(object, type->method(i), this, slot);
+        }
+    }
+
+    int heard{0};
+    QByteArray last;
+    std::function<void()> onSignal;
+
+public Q_SLOTS:
+    void hear()
+    {
+        last = sender()->metaObject()->className() + QByteArray("::") +
+               sender()->metaObject()->method(senderSignalIndex()).name();
+        ++heard;
+        if (onSignal)
+            onSignal();
+    }
+};
+
+enum Victim { Server, ListedServer, Manager, Contacts };
+const char* const victims[] = {"server", "server taken off the list", "manager", "manager of contacts"};
+
+/// What is done with a server: an operation, a login or a synchronisation.
+struct Deed
+{
+    QByteArray name;
+    bool needsContacts{false};
+    std::function<Task*(FaxServer&)> begin;
+};
+
+QList<Deed> deeds()
+{
+    QList<Deed> all;
+    for (const Operation& operation : operations()) {
+        all.append({operation.name, false, [&operation](FaxServer& server) {
+                        Task* task = operation.make(server);
+                        task->execute();
+                        return task;
+                    }});
+    }
+    const auto add = [&all](const char* name, auto begin) {
+        all.append({name, true, [begin](FaxServer& server) -> Task* {
+                        begin(server);
+                        return nullptr;
+                    }});
+    };
+    add("login and synchronisation", [](FaxServer& server) { server.verifyUser(true); });
+    add("lists", [](FaxServer& server) {
+        server.updateCoverpagesList();
+        server.updatePrinternamesList();
+    });
+    add("full synchronisation",
+        [](FaxServer& server) { server.contactProvider()->syncContacts(ContactList::PersonalGroups, true); });
+    add("incremental synchronisation", [](FaxServer& server) {
+        server.contactProvider()->syncContacts(ContactList::PersonalContacts, false);
+    });
+    add("adding, changing and deleting", [](FaxServer& server) {
+        const QuendraContact person = personAt(QStringLiteral("http://h/qdws/v1/contacts/anna/7"));
+        const QPointer<ContactProvider> provider = server.contactProvider();
+        provider->addContact(person, ContactList::PersonalContacts);
+        provider->modifyContact(person, ContactList::PersonalContacts);
+        provider->deleteContact(person, ContactList::PersonalContacts);
+    });
+    return all;
+}
+
+/// One server of one manager, logged in, and what it says from then on.
+class World
+{
+public:
+    World(ScriptedServer& wire, bool withContacts, const QSharedPointer<int>& open)
+        : contacts(withContacts ? new ContactManager : nullptr)
+        , manager(new FaxManager(contacts))
+    {
+        server = manager->addServer(wire.address(), false, QStringLiteral("anna"), QStringLiteral("se:cret"));
+        if (contacts) {
+            QObject::connect(contacts, &ContactManager::onSyncStart, [open] { ++*open; });
+            QObject::connect(contacts, &ContactManager::onSyncStop, [open] { --*open; });
+        }
+        bool isIn = false;
+        const auto waiting = QObject::connect(server, &FaxServer::changedFaxUser, [&isIn] { isIn = true; });
+        isReady = spinUntil([&] { return isIn && !(contacts && contacts->isSync()); });
+        QObject::disconnect(waiting);
+    }
+    ~World()
+    {
+        delete manager;
+        delete contacts;
+    }
+
+    void begin(const Deed& deed)
+    {
+        provider = server->contactProvider();
+        task = deed.begin(*server);
+        for (QObject* object : std::initializer_list<QObject*>{task, server, manager})
+            if (object)
+                ofServer.listenTo(object);
+        for (QObject* object : std::initializer_list<QObject*>{contacts, provider})
+            if (object)
+                ofContacts.listenTo(object);
+    }
+
+    bool isOver() const
+    {
+        return (!server || server->findChildren<Task*>().isEmpty()) && !(provider && provider->isSync());
+    }
+
+    /// Lets whoever is left go on to the end. A synchronisation whose server was destroyed, not taken off the
+    /// list, has nobody to end it before its provider goes.
+    bool settles(Victim victim) const
+    {
+        if (victim == Contacts || victim == ListedServer)
+            return spinUntil([this] { return isOver(); });
+        for (int i = 0; i < 3; ++i)
+            QCoreApplication::processEvents();
+        return true;
+    }
+
+    /// Who has nothing to say after the victim is gone.
+    const Listener& heardOf(Victim victim) const { return victim == Contacts ? ofContacts : ofServer; }
+
+    void kill(Victim victim)
+    {
+        switch (victim) {
+        case Server:
+            delete server;
+            break;
+        case ListedServer:
+            manager->deleteServer(server);
+            break;
+        case Manager:
+            delete manager;
+            break;
+        case Contacts:
+            delete contacts;
+            break;
+        }
+    }
+
+    /// Whether the victim and everything that is its own is gone.
+    bool isGone(Victim victim) const
+    {
+        return victim == Contacts ? !contacts && !provider
+                                  : !server && !task && (victim != Manager || !manager) &&
+                                        (victim != ListedServer || !provider);
+    }
+
+    QPointer<ContactManager> contacts;
+    QPointer<FaxManager> manager;
+    QPointer<FaxServer> server;
+    QPointer<ContactProvider> provider;
+    QPointer<Task> task;
+    Listener ofServer;
+    Listener ofContacts;
+    bool isReady{false};
+};
+
+/// One turn of the event loop with something in it.
+void turn()
+{
+    QTimer wake;
+    wake.start(20);
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+} // namespace
+
+class TestLifetime : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+
+    static void rows(bool withAnswers)
+    {
+        QTest::addColumn<int>("index");
+        QTest::addColumn<int>("victim");
+        QTest::addColumn<bool>("good");
+        const QList<Deed> all = deeds();
+        for (int i = 0; i < all.size(); ++i) {
+            for (const int victim : {Server, ListedServer, Manager, Contacts}) {
+                if (victim == Contacts && !all.at(i).needsContacts)
+                    continue; // it has no part in an operation alone
+                for (const bool good : {true, false}) {
+                    if (good || withAnswers)
+                        QTest::addRow("%s, %s, %s", all.at(i).name.constData(), victims[victim],
+                                      good ? "good" : "401")
+                            << i << victim << good;
+                }
+            }
+        }
+    }
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("APPDATA", QFile::encodeName(m_folder.path())); }
+
+    void afterAnyTurn_data() { rows(false); }
+    void afterAnyTurn();
+    void insideAnySlot_data() { rows(true); }
+    void insideAnySlot();
+};
+
+void TestLifetime::afterAnyTurn()
+{
+    QFETCH(int, index);
+    QFETCH(int, victim);
+    const Deed deed = deeds().at(index);
+
+    const auto open = QSharedPointer<int>::create(0); // busy times begun and not ended
+    ScriptedServer wire;
+    wire.setAnswer(&serve);
+    bool wasOver = false;
+    for (int turns = 0; !wasOver; ++turns) {
+        QVERIFY(turns < 300);
+        World world(wire, deed.needsContacts, open);
+        QVERIFY(world.isReady);
+        world.begin(deed);
+        for (int i = 0; i < turns && !world.isOver(); ++i)
+            turn();
+        wasOver = world.isOver();
+        world.kill(Victim(victim));
+        // what has a successor on the event loop, and the threads' last words
+        QVERIFY2(spinUntil([&] { return world.isGone(Victim(victim)); }), qPrintable(QString::number(turns)));
+        const Listener& dead = world.heardOf(Victim(victim));
+        const int heard = dead.heard;
+        QVERIFY(world.settles(Victim(victim)));
+        QVERIFY2(dead.heard == heard, dead.last);
+    }
+    QCOMPARE(*open, 0);
+}
+
+void TestLifetime::insideAnySlot()
+{
+    QFETCH(int, index);
+    QFETCH(int, victim);
+    QFETCH(bool, good);
+    const Deed deed = deeds().at(index);
+
+    const auto open = QSharedPointer<int>::create(0); // busy times begun and not ended
+    ScriptedServer wire;
+    int reached = 0;
+    for (int number = 0; number <= reached; ++number) {
+        wire.setAnswer(&serve);
+        World world(wire, deed.needsContacts, open);
+        QVERIFY(world.isReady);
+        if (!good)
+            wire.setAnswer(ScriptedServer::reply("", "401 No"));
+        int signal = 0;
+        bool killed = false;
+        world.ofServer.onSignal = world.ofContacts.onSignal = [&] {
+            if (signal++ != number)
+                return;
+            killed = true;
+            world.kill(Victim(victim));
+        };
+        world.begin(deed);
+        QVERIFY(spinUntil([&] { return killed || world.isOver(); }));
+        if (!killed)
+            break; // there is no such signal
+        reached = number + 1;
+        const Listener& dead = world.heardOf(Victim(victim));
+        QVERIFY2(spinUntil([&] { return world.isGone(Victim(victim)); }), dead.last);
+        const int heard = dead.heard;
+        QVERIFY(world.settles(Victim(victim)));
+        QVERIFY2(dead.heard == heard, dead.last);
+    }
+    QCOMPARE(*open, 0);
+    QVERIFY(reached > 0);
+}
+
+QTEST_GUILESS_MAIN(TestLifetime)
+#include "tst_lifetime.moc"
