@@ -100,7 +100,14 @@ private Q_SLOTS:
 
 private:
     QString path(const char* name) const { return CaptureModel::folder() + QLatin1Char('/') + s(name); }
-    QProcess& start(QProcess& program, const QStringList& arguments);
+    static void start(QProcess& program, const char* line)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.remove(s(name));
+        program.setProcessEnvironment(environment);
+        program.start(s(QDFAX_PROGRAM), QProcess::splitCommand(s(line)));
+    }
     /// Runs the program without a display; the output is @p out.
     int run(const char* line, QByteArray* out = nullptr);
     static bool clickAction(int row, int action)
@@ -110,6 +117,22 @@ private:
             ::clickAction(*window, row, action);
         return window;
     }
+
+    static FaxDialog* dialog() { return visible<FaxDialog>(); }
+    static QPushButton* sendButton() { return dialog()->findChild<QPushButton*>(s("send")); }
+    static bool says(const char* text)
+    {
+        return dialog()->findChild<QLabel*>(s("text"))->text().contains(s(text));
+    }
+    static bool type(const char* field, const char* text)
+    {
+        auto* edit = dialog()->findChild<QLineEdit*>(s(field));
+        edit->clear();
+        QTest::keyClicks(edit, s(text));
+        return true;
+    }
+    /// The last step of a user.
+    static bool closeWindow() { return visible<CaptureWindow>() && visible<CaptureWindow>()->close(); }
 
     QTemporaryDir m_appData;
 };
@@ -126,20 +149,11 @@ void TestQdfaxCaptures::init()
     QVERIFY(QDir().mkpath(CaptureModel::folder()));
 }
 
-QProcess& TestQdfaxCaptures::start(QProcess& program, const QStringList& arguments)
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
-        environment.remove(s(name));
-    program.setProcessEnvironment(environment);
-    program.start(s(QDFAX_PROGRAM), arguments);
-    return program;
-}
-
 int TestQdfaxCaptures::run(const char* line, QByteArray* out)
 {
     QProcess program;
-    if (!start(program, QProcess::splitCommand(s(line))).waitForFinished())
+    start(program, line);
+    if (!program.waitForFinished())
         return -1;
     if (out)
         *out = program.readAllStandardOutput();
@@ -164,10 +178,8 @@ void TestQdfaxCaptures::counting()
     for (const auto& document : model.countedDocuments())
         pages.append(document.pages);
     QCOMPARE(pages, (QVector<int>{12, 0, 0, 0, 0, 1}));
-    QCOMPARE(model.index(0, 1).data().toInt(), 12);
 
     // known counts stay over a refresh, and a document that was replaced is counted again
-    QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
     model.slotUpdate();
     QCOMPARE(model.index(0, 1).data().toInt(), 12);
     writeFile(path("f 1.pdf"), pdf(4));
@@ -332,11 +344,9 @@ void TestQdfaxCaptures::commands()
     QCOMPARE(run("captures list --json", &out), 0);
     const QJsonArray listed = QJsonDocument::fromJson(out).array();
     QCOMPARE(listed.size(), 5);
-    for (const QJsonValue& value : listed) {
-        const QJsonObject document = value.toObject();
-        QVERIFY(QFile::exists(document.value(s("file")).toString()));
-        QCOMPARE(document.value(s("tiff")).toString(),
-                 document.value(s("name")).toString() == s("c.pdf") ? s("present") : s("none"));
+    for (const QJsonValue& document : listed) {
+        QVERIFY(QFile::exists(document[s("file")].toString()));
+        QCOMPARE(document[s("tiff")].toString(), s(document[s("name")] == s("c.pdf") ? "present" : "none"));
     }
 
     QCOMPARE(run("captures delete a.pdf nosuch.pdf"), 9);
@@ -396,7 +406,7 @@ void TestQdfaxCaptures::commandsThatFail()
 void TestQdfaxCaptures::watching()
 {
     QProcess program;
-    start(program, {s("captures"), s("watch"), s("--json"), s("--rounds"), s("3")});
+    start(program, "captures watch --json --rounds 3");
     QByteArray out;
     const auto rounds = [&] {
         out += program.readAllStandardOutput();
@@ -446,27 +456,20 @@ void TestQdfaxCaptures::newFax()
     const QByteArray content = pdf(3);
     writeFile(path("offer.pdf"), content);
 
-    const auto dialog = [] { return visible<FaxDialog>(); };
-    const auto button = [&](const char* name) { return dialog()->findChild<QPushButton*>(s(name)); };
-    const auto type = [&](const char* field, const char* text) {
-        QTest::keyClicks(dialog()->findChild<QLineEdit*>(s(field)), s(text));
-        return true;
-    };
     const User user({
-        [&] { return clickAction(0, 0); },
-        [&] { return dialog() && !visible<CaptureWindow>() && !button("send")->isEnabled(); },
-        [&] { return type("number", "no digits") && !button("send")->isEnabled(); },
-        [&] {
-            dialog()->findChild<QLineEdit*>(s("number"))->clear();
+        [] { return clickAction(0, 0); },
+        [] { return dialog() && !visible<CaptureWindow>() && !sendButton()->isEnabled(); },
+        [] { return type("number", "no digits") && !sendButton()->isEnabled(); },
+        [] {
             return type("number", "+49 30 5550100") && type("name", "Poe, Mary \\ Sons") &&
-                   button("send")->isEnabled();
+                   sendButton()->isEnabled();
         },
-        [&] {
-            QTest::mouseClick(button("send"), Qt::LeftButton); // returns when the fax is on its way
-            return dialog()->findChild<QLabel*>(s("text"))->text().contains(s("has taken the fax"));
+        [] {
+            QTest::mouseClick(sendButton(), Qt::LeftButton); // returns when the fax is on its way
+            return says("has taken the fax");
         },
-        [&] { return dialog()->close(); },
-        [&] { return visible<CaptureWindow>() && visible<CaptureWindow>()->close(); },
+        [] { return dialog()->close(); },
+        closeWindow,
     });
     QCOMPARE(runCommandLine({s("qdfax"), s("captures")}), 0);
     QVERIFY(user.isDone());
@@ -484,25 +487,16 @@ void TestQdfaxCaptures::newFaxThatFails()
 {
     // the server of the test before is gone
     writeFile(path("offer.pdf"), pdf(1));
-    const auto dialog = [] { return visible<FaxDialog>(); };
+    const auto pressed = [](Qt::Key key) {
+        QTest::keyClick(dialog(), key);
+        return true;
+    };
     const User user({
-        [&] { return clickAction(0, 0); },
-        [&] {
-            if (!dialog())
-                return false;
-            QTest::keyClicks(dialog()->findChild<QLineEdit*>(s("number")), s("555"));
-            QTest::keyClick(dialog(), Qt::Key_Return);
-            return true;
-        },
-        [&] {
-            return dialog()->findChild<QLabel*>(s("text"))->text().contains(s("connection is refused")) &&
-                   dialog()->findChild<QPushButton*>(s("send"))->isEnabled();
-        },
-        [&] {
-            QTest::keyClick(dialog(), Qt::Key_Escape);
-            return true;
-        },
-        [&] { return visible<CaptureWindow>() && visible<CaptureWindow>()->close(); },
+        [] { return clickAction(0, 0); },
+        [&] { return dialog() && type("number", "555") && pressed(Qt::Key_Return); },
+        [] { return says("connection is refused") && sendButton()->isEnabled(); },
+        [&] { return pressed(Qt::Key_Escape); },
+        closeWindow,
     });
     QCOMPARE(runCommandLine({s("qdfax"), s("captures")}), 2);
     QVERIFY(user.isDone());
