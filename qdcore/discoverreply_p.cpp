@@ -5,8 +5,9 @@
 
 bool readDiscoverReply(const QByteArray& datagram, DiscoverEntry& entry)
 {
-    QTextStream lines(datagram);
-    lines.setCodec("UTF-8");
+    // decoded at once: a stream over the bytes guesses at encodings, and drops what is cut off at the end
+    QString text = QString::fromUtf8(datagram.constData(), datagram.size());
+    QTextStream lines(&text, QIODevice::ReadOnly);
     if (lines.readLine().compare(QLatin1String("200 OK"), Qt::CaseInsensitive) != 0)
         return false;
 
