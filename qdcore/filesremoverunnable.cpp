@@ -1,5 +1,7 @@
 #include "filesremoverunnable.h"
 
+#include "tsan_p.h"
+
 #include <QFile>
 
 FilesRemoveRunnable::FilesRemoveRunnable(const QDir& dir)
@@ -8,6 +10,7 @@ FilesRemoveRunnable::FilesRemoveRunnable(const QDir& dir)
 
 void FilesRemoveRunnable::run()
 {
+    tsanTakeOver(this);
     bool result = true;
     const QFileInfoList files = m_dir.entryInfoList();
     for (const QFileInfo& file : files) {

@@ -4,6 +4,7 @@
 #include "appfolder_p.h"
 #include "filesremoverunnable.h"
 #include "log_p.h"
+#include "tsan_p.h"
 
 #include <QDir>
 #include <QFile>
@@ -166,6 +167,7 @@ void PrintCaptureModelBase::deleteAll()
             Qt::QueuedConnection);
     connect(remover, &FilesRemoveRunnable::signalRemovingComplete, this,
             &PrintCaptureModelBase::signalDeleteAllComlete, Qt::QueuedConnection);
+    tsanHandOver(remover);
     QThreadPool::globalInstance()->start(remover);
 }
 
