@@ -27,7 +27,7 @@ FUZZ_TARGET(discovery)
     DiscoverEntry entry = before;
     const bool isReply = readDiscoverReply(input, entry);
 
-    static const QRegularExpression lineEnd(QStringLiteral("\r?\n|\r$"));
+    static const QRegularExpression lineEnd(QStringLiteral("\r?\n|\r\\z"));
     const QStringList lines = QString::fromUtf8(input.constData(), input.size()).split(lineEnd);
     PROMISE(isReply == (lines.first().toLower() == QLatin1String("200 ok")));
     if (isReply) {
