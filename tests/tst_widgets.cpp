@@ -22,22 +22,16 @@ namespace {
 enum Column { Name, Time, Actions };
 const int rows = 3;
 
-QIcon plainIcon(const QColor& color)
-{
-    QPixmap pixmap(16, 16);
-    pixmap.fill(color);
-    return QIcon(pixmap);
-}
-
 ActionBarItem threeActions()
 {
     ActionBarItem item;
     item.setSpacing(10);
     item.setMargin(10);
-    const QPair<QColor, const char*> actions[] = {
-        {Qt::red, "First"}, {Qt::green, "Second"}, {Qt::blue, "<b>Third</b>"}};
-    for (const auto& action : actions)
-        item.addAction(plainIcon(action.first), s(action.second));
+    for (const char* action : {"red First", "lime Second", "blue <b>Third</b>"}) {
+        QPixmap pixmap(16, 16);
+        pixmap.fill(s(action).section(QLatin1Char(' '), 0, 0));
+        item.addAction(pixmap, s(action).section(QLatin1Char(' '), 1));
+    }
     return item;
 }
 
@@ -53,6 +47,11 @@ QStringList shownTexts(const Model& model, int column = 0)
 QDateTime moment(int month, int day)
 {
     return QDateTime(QDate(2024, month, day), QTime(12, 30), Qt::UTC);
+}
+
+ActionBarItem itemAt(const QAbstractItemModel& model, int row)
+{
+    return model.index(row, Actions).data().value<ActionBarItem>();
 }
 
 /// A table of a name, a time and actions, with everything of this library on it.
@@ -88,10 +87,7 @@ public:
     using QTableView::sizeHintForColumn;
 
     QPoint button(int row, int action) const { return rect(row, action).center(); }
-    int clicked(int row) const
-    {
-        return model.index(row, Actions).data().value<ActionBarItem>().clickedAction();
-    }
+    int clicked(int row) const { return itemAt(model, row).clickedAction(); }
     QRect rect(int row, int action) const { return delegate.actionRect(model.index(row, Actions), action); }
     QImage picture() { return viewport()->grab().toImage(); }
     void click(const QPoint& position, Qt::MouseButton mouseButton = Qt::LeftButton)
@@ -156,7 +152,6 @@ private Q_SLOTS:
     void toolTips();
     void actionColumnIsNotSorted();
     void actionColumnIsNotNarrow();
-    void stretchedActionColumn_data();
     void stretchedActionColumn();
     void times();
     void converter();
@@ -242,7 +237,7 @@ void TestWidgets::clickMayDestroyTheView()
     connect(&model, &QAbstractItemModel::dataChanged, this, [&] { delete table; });
     table->click(table->delegate.actionRect(proxy->index(0, Actions), 1).center());
     QVERIFY(!table);
-    QCOMPARE(model.index(0, Actions).data().value<ActionBarItem>().clickedAction(), 1);
+    QCOMPARE(itemAt(model, 0).clickedAction(), 1);
 }
 
 void TestWidgets::hover()
@@ -316,10 +311,10 @@ void TestWidgets::painting()
 void TestWidgets::toolTips()
 {
     Table table;
-    QVERIFY(toolTipAt(table, table.button(0, 1)).contains(s("Second")));
     const auto read = [](const QString& html) {
         return QTextDocumentFragment::fromHtml(html).toPlainText().remove(QChar(0x200B));
     };
+    QCOMPARE(read(toolTipAt(table, table.button(0, 1))), s("Second"));
     QCOMPARE(read(toolTipAt(table, table.button(0, 2))), s("<b>Third</b>"));
     toolTipAt(table, table.visualRect(table.model.index(0, Time)).center());
     QTRY_COMPARE(QToolTip::text(), QString());
@@ -362,44 +357,38 @@ void TestWidgets::actionColumnIsNotNarrow()
     QTRY_COMPARE(table.columnWidth(Actions), needed);
 
     ActionBarItem more = threeActions();
-    more.addAction(plainIcon(Qt::black), s("Fourth"));
+    more.addAction(QIcon(), s("Fourth"));
     table.model.setData(table.model.index(0, Actions), QVariant::fromValue(more));
     QTRY_VERIFY(table.columnWidth(Actions) > needed);
 }
 
-void TestWidgets::stretchedActionColumn_data()
-{
-    const Rows<bool> row("asLast");
-    row("as the last section", true);
-    row("by its mode", false);
-}
-
 void TestWidgets::stretchedActionColumn()
 {
-    QFETCH(bool, asLast);
-    Table table;
-    const int needed = table.sizeHintForColumn(Actions);
-    table.setColumnWidth(Actions, 20);
-    table.header->setSectionResizeMode(Name, QHeaderView::Stretch);
-    if (asLast)
-        table.header->setStretchLastSection(true);
-    else
-        table.header->setSectionResizeMode(Actions, QHeaderView::Stretch);
-    QTRY_VERIFY(table.columnWidth(Actions) > needed);
+    for (const bool asLast : {true, false}) { // or by its mode
+        Table table;
+        const int needed = table.sizeHintForColumn(Actions);
+        table.setColumnWidth(Actions, 20);
+        table.header->setSectionResizeMode(Name, QHeaderView::Stretch);
+        if (asLast)
+            table.header->setStretchLastSection(true);
+        else
+            table.header->setSectionResizeMode(Actions, QHeaderView::Stretch);
+        QTRY_VERIFY(table.columnWidth(Actions) > needed);
 
-    QSignalSpy resized(table.header, &QHeaderView::sectionResized);
-    table.resize(table.columnWidth(Time) + needed + 20, 200);
-    QTRY_COMPARE(table.columnWidth(Actions), needed);
-    // and that was all: nobody pulls it to and fro
-    for (int i = 0; i < 60; ++i) {
-        if (i == 10)
-            resized.clear();
-        QCoreApplication::processEvents();
+        QSignalSpy resized(table.header, &QHeaderView::sectionResized);
+        table.resize(table.columnWidth(Time) + needed + 20, 200);
+        QTRY_COMPARE(table.columnWidth(Actions), needed);
+        // and that was all: nobody pulls it to and fro
+        for (int i = 0; i < 60; ++i) {
+            if (i == 10)
+                resized.clear();
+            QCoreApplication::processEvents();
+        }
+        QCOMPARE(resized.count(), 0);
+        QCOMPARE(table.columnWidth(Actions), needed);
+        table.resize(700, 200);
+        QTRY_VERIFY(table.columnWidth(Actions) > needed);
     }
-    QCOMPARE(resized.count(), 0);
-    QCOMPARE(table.columnWidth(Actions), needed);
-    table.resize(700, 200);
-    QTRY_VERIFY(table.columnWidth(Actions) > needed);
 }
 
 void TestWidgets::times()
@@ -446,13 +435,13 @@ void TestWidgets::times()
 void TestWidgets::converter()
 {
     DateTimeConverter converter;
-    converter.setLocale(QLocale::c());
     QSignalSpy changed(&converter, &DateTimeConverter::changed);
     const QDateTime time = moment(1, 15);
-    QCOMPARE(converter.toText(time), time.toLocalTime().toString(s("yyyy-MM-dd HH:mm")));
     const QLocale american(QLocale::English, QLocale::UnitedStates);
     converter.setLocale(american);
     QCOMPARE(converter.toText(time), american.toString(time.toLocalTime(), QLocale::ShortFormat));
+    converter.setLocale(QLocale::c());
+    QCOMPARE(converter.toText(time), time.toLocalTime().toString(s("yyyy-MM-dd HH:mm")));
     changed.clear();
     QCOMPARE(converter.toText(QDateTime()), QString());
     converter.setLocale(QLocale(QLocale::German, QLocale::Germany));
