@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <functional>
+#include <string>
 #include <vector>
 
 /// Wall-clock milliseconds that @p work takes.
@@ -18,6 +19,13 @@ double milliseconds(Work work)
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
+/// A measurement of something that went wrong says nothing: ends the program.
+[[noreturn]] inline void fail(const char* what)
+{
+    std::fprintf(stderr, "wrong result: %s\n", what);
+    std::exit(2);
+}
+
 inline double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
@@ -26,32 +34,61 @@ inline double median(std::vector<double> values)
 }
 
 /**
- * A run of rows. Each row has a limit, and the program's exit code says whether all were kept.
+ * A run of rows, printed as "name ours baseline ratio limit ok|OVER". The program's exit code says whether
+ * all limits were kept.
  *
- * With arguments only the rows so named are run.
+ * Command line: [--size N] [--rounds N] [--verbose] [NAME...]. With names only the rows so named are run, or
+ * whose name begins with one and a hyphen. --size replaces the size of the work, and leaves out what has
+ * none.
+ * --verbose tells each round's figures on standard error.
  */
 class Bench
 {
 public:
+    /// Returns a figure of a round, which is given by its number so that data differ from round to round, and
+    /// which may prepare and clean up outside what it measures. Milliseconds where the row says nothing else.
+    using Measure = std::function<double(int)>;
+
     Bench(int argc, char** argv)
-        : m_names(argv + 1, argv + argc)
     {
-        std::printf("%-16s %10s %8s %8s %8s %12s %12s\n", "row", "median", "limit", "min", "max", "ours ms",
-                    "baseline ms");
+        for (int i = 1; i < argc; ++i) {
+            const std::string argument = argv[i];
+            if (argument == "--size" && i + 1 < argc)
+                m_size = std::atoi(argv[++i]);
+            else if (argument == "--rounds" && i + 1 < argc)
+                m_rounds = std::atoi(argv[++i]);
+            else if (argument == "--verbose")
+                m_isVerbose = true;
+            else
+                m_names.push_back(argument);
+        }
     }
 
-    /// Compares two measurements, each given the number of its round and returning milliseconds, so that it
-    /// can prepare and clean up outside what counts. They take turns, also in who begins, and the row's
-    /// result is the median of the ratios of the rounds: what slows the machine down for a while slows both.
-    void ratio(const char* name, double limit, const std::function<double(int)>& ours,
-               const std::function<double(int)>& baseline, int rounds = 11)
+    /// How large a row's work is: what the command line says, or @p standard.
+    int size(int standard) const { return m_size > 0 ? m_size : standard; }
+
+    /// For a row whose work has a size that cannot be chosen, or not so large.
+    bool hasSize(int least, int most) const { return m_size == 0 || (m_size >= least && m_size <= most); }
+
+    /// Whether a row is to be run; for what is prepared once for all its rounds.
+    bool wants(const std::string& name) const
     {
-        if (!wanted(name))
+        return m_names.empty() || std::any_of(m_names.begin(), m_names.end(), [&](const std::string& wanted) {
+                   return name == wanted || name.compare(0, wanted.size() + 1, wanted + '-') == 0;
+               });
+    }
+
+    /// Compares two measurements. They take turns, also in who begins, and the row's result is the median of
+    /// the ratios of the rounds: what slows the machine down for a while slows both.
+    void ratio(const std::string& name, double limit, const Measure& ours, const Measure& baseline,
+               int rounds = 11)
+    {
+        if (!wants(name))
             return;
         std::vector<double> ratios;
-        std::vector<double> times;
-        std::vector<double> baselineTimes;
-        for (int round = 0; round < rounds; ++round) {
+        std::vector<double> results;
+        std::vector<double> baselineResults;
+        for (int round = 0; round < (m_rounds ? m_rounds : rounds); ++round) {
             double first = 0;
             double second = 0;
             if (round % 2) {
@@ -61,44 +98,67 @@ public:
                 first = ours(round);
                 second = baseline(round);
             }
-            times.push_back(first);
-            baselineTimes.push_back(second);
+            results.push_back(first);
+            baselineResults.push_back(second);
             ratios.push_back(first / second);
+            tell(name, first, second);
         }
-        const auto [least, most] = std::minmax_element(ratios.begin(), ratios.end());
-        report(name, median(ratios), limit, *least, *most);
-        std::printf(" %12.2f %12.2f\n", median(times), median(baselineTimes));
+        const double result = median(ratios);
+        m_exceeded |= result > limit;
+        std::printf("%s %.2f %.2f %.3f %g %s\n", name.c_str(), median(results), median(baselineResults),
+                    result, limit, verdict(result, limit));
+        std::fflush(stdout);
     }
 
     /// Measures against a fixed limit in milliseconds; the worst of the rounds counts.
-    void worst(const char* name, double limit, const std::function<double(int)>& ours, int rounds = 9)
+    void worst(const std::string& name, double limit, const Measure& ours, int rounds = 9)
     {
-        if (!wanted(name))
+        const std::vector<double> results = alone(name, ours, rounds);
+        if (results.empty())
             return;
-        std::vector<double> times;
-        for (int round = 0; round < rounds; ++round)
-            times.push_back(ours(round));
-        const auto [least, most] = std::minmax_element(times.begin(), times.end());
-        report(name, *most, limit, *least, *most);
-        std::printf(" %12.2f\n", median(times));
+        const double result = *std::max_element(results.begin(), results.end());
+        m_exceeded |= result > limit;
+        printAlone(name, result, limit);
+    }
+
+    /// As worst(), but the median is shown, and being over is not held against anyone.
+    void reported(const std::string& name, double limit, const Measure& ours, int rounds = 9)
+    {
+        const std::vector<double> results = alone(name, ours, rounds);
+        if (!results.empty())
+            printAlone(name, median(results), limit);
     }
 
     int exitCode() const { return m_exceeded ? 1 : 0; }
 
 private:
-    bool wanted(const char* name) const
+    std::vector<double> alone(const std::string& name, const Measure& ours, int rounds) const
     {
-        return m_names.empty() || std::any_of(m_names.begin(), m_names.end(), [name](const char* wanted) {
-                   return std::strcmp(wanted, name) == 0;
-               });
+        std::vector<double> results;
+        for (int round = 0; wants(name) && round < (m_rounds ? m_rounds : rounds); ++round) {
+            results.push_back(ours(round));
+            tell(name, results.back(), 0);
+        }
+        return results;
     }
 
-    void report(const char* name, double result, double limit, double least, double most)
+    void tell(const std::string& name, double ours, double baseline) const
     {
-        m_exceeded |= result > limit;
-        std::printf("%-16s %10.3f %8.2f %8.3f %8.3f", name, result, limit, least, most);
+        if (m_isVerbose)
+            std::fprintf(stderr, "  %s %.3f %.3f %.3f\n", name.c_str(), ours, baseline, ours / baseline);
     }
 
-    std::vector<const char*> m_names;
+    static void printAlone(const std::string& name, double result, double limit)
+    {
+        std::printf("%s %.2f - - %g %s\n", name.c_str(), result, limit, verdict(result, limit));
+        std::fflush(stdout);
+    }
+
+    static const char* verdict(double result, double limit) { return result > limit ? "OVER" : "ok"; }
+
+    std::vector<std::string> m_names;
+    int m_size{0};
+    int m_rounds{0};
+    bool m_isVerbose{false};
     bool m_exceeded{false};
 };

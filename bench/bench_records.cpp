@@ -9,8 +9,6 @@
 
 namespace {
 
-const int entries = 10000;
-
 QByteArray inboundEntry(int i)
 {
     const QByteArray n = QByteArray::number(i);
@@ -57,7 +55,7 @@ QByteArray statusEntry(int i)
            "</subject></cover_page></fax_entry>\n";
 }
 
-QByteArray log(int round, QByteArray (*entry)(int))
+QByteArray log(int round, int entries, QByteArray (*entry)(int))
 {
     QByteArray bytes = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<log><message>Success</message>\n";
     for (int i = 0; i < entries; ++i)
@@ -65,22 +63,21 @@ QByteArray log(int round, QByteArray (*entry)(int))
     return bytes + "</log>\n";
 }
 
+/// Reads a log as the task does that fetched it, beside the DOM's own work. Neither side's time holds the end
+/// of what it made.
 template <typename Entry>
-void row(Bench& bench, const char* name, double limit, const char* tag, QByteArray (*entry)(int))
+void row(Bench& bench, const char* name, const char* tag, QByteArray (*entry)(int))
 {
-    const auto parsed = [entry](int round, auto read) {
-        const QByteArray bytes = log(round, entry);
-        QDomDocument document;
-        return milliseconds([&] {
-            document.setContent(bytes);
-            read(document.documentElement());
-        });
-    };
+    const int entries = bench.size(10000);
     bench.ratio(
-        name, limit,
-        [&](int round) {
+        name, 1.35,
+        [=](int round) {
+            const QByteArray bytes = log(round, entries, entry);
+            QDomDocument document;
             QVector<QSharedPointer<BaseFaxEntry>> records;
-            return parsed(round, [&](const QDomElement& root) {
+            const double time = milliseconds([&] {
+                document.setContent(bytes);
+                const QDomElement root = document.documentElement();
                 const QString name = QLatin1String(tag);
                 records.reserve(root.childNodes().size());
                 for (QDomElement child = root.firstChildElement(name); !child.isNull();
@@ -89,11 +86,16 @@ void row(Bench& bench, const char* name, double limit, const char* tag, QByteArr
                     if (record->readFax(child, 2))
                         records.append(record);
                 }
-                if (records.size() != entries || records.last()->pages() == 0)
-                    std::abort();
             });
+            if (records.size() != entries || records.last()->pages() == 0)
+                fail(name);
+            return time;
         },
-        [&](int round) { return parsed(round, [](const QDomElement&) {}); });
+        [=](int round) {
+            const QByteArray bytes = log(round, entries, entry);
+            QDomDocument document;
+            return milliseconds([&] { document.setContent(bytes); });
+        });
 }
 
 } // namespace
@@ -101,8 +103,8 @@ void row(Bench& bench, const char* name, double limit, const char* tag, QByteArr
 int main(int argc, char** argv)
 {
     Bench bench(argc, argv);
-    row<InboundFaxEntry>(bench, "inbound-log", 1.35, "inbound_fax_entry", inboundEntry);
-    row<OutboundFaxEntry>(bench, "outbound-log", 1.35, "outbound_fax_entry", outboundEntry);
-    row<FaxEntry>(bench, "status-log", 1.35, "fax_entry", statusEntry);
+    row<InboundFaxEntry>(bench, "log-parse", "inbound_fax_entry", inboundEntry);
+    row<OutboundFaxEntry>(bench, "log-parse-outbound", "outbound_fax_entry", outboundEntry);
+    row<FaxEntry>(bench, "log-parse-status", "fax_entry", statusEntry);
     return bench.exitCode();
 }

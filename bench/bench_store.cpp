@@ -17,15 +17,7 @@ namespace {
 
 using Store = ContactLocalStorage;
 
-const int book = 10000;
-const int groups = 500;
-const int membersOfGroup = 40;
-
-[[noreturn]] void fail(const char* what)
-{
-    std::fprintf(stderr, "wrong result: %s\n", what);
-    std::exit(2);
-}
+const int membersOfGroup = 100;
 
 /// The texts of one contact; no two contacts and no two rounds have the same.
 struct Row
@@ -42,7 +34,7 @@ struct Row
     {}
 };
 
-QVector<Row> rows(int round, int count = book)
+QVector<Row> rows(int round, int count)
 {
     QVector<Row> result;
     result.reserve(count);
@@ -181,7 +173,7 @@ struct Filled
     std::unique_ptr<Store> store = std::make_unique<Store>();
     quint32 source = newSource(*store);
 
-    explicit Filled(int round, int count = book) { fill(*store, source, rows(round, count), 1000); }
+    Filled(int round, int count) { fill(*store, source, rows(round, count), 1000); }
 };
 
 double storeFirst(int round, int count)
@@ -196,30 +188,30 @@ double storeFirst(int round, int count)
     return time;
 }
 
-double plainStoreFirst(int round)
+double plainStoreFirst(int round, int count)
 {
     Folder folder;
     Store().addSource(QStringLiteral("user@fax"), Store::SourceQuendra);
-    const QVector<Row> contacts = rows(round);
+    const QVector<Row> contacts = rows(round, count);
     Plain plain(folder);
     return milliseconds([&] { fillPlain(plain, contacts); });
 }
 
-double storeAgain(int round)
+double storeAgain(int round, int count)
 {
-    Filled filled(round);
-    const QVector<Row> contacts = rows(round + 1);
+    Filled filled(round, count);
+    const QVector<Row> contacts = rows(round + 1, count);
     const double time = milliseconds([&] { fill(*filled.store, filled.source, contacts, 2000); });
     if (filled.store->getContactLastTimeStamp(filled.source, Store::AnyType, Store::AnyLocation) != 2000)
         fail("store-again");
     return time;
 }
 
-double plainStoreAgain(int round)
+double plainStoreAgain(int round, int count)
 {
-    Filled filled(round);
+    Filled filled(round, count);
     filled.store.reset();
-    const QVector<Row> contacts = rows(round + 1);
+    const QVector<Row> contacts = rows(round + 1, count);
     Plain plain(filled.folder);
     return milliseconds([&] {
         sqlite3_stmt* update = plain.prepare(updateContact);
@@ -234,80 +226,121 @@ double plainStoreAgain(int round)
 }
 
 /// Which contact is the nth member of a group.
-int memberOf(int group, int n)
+int memberOf(int group, int n, int contacts)
 {
-    return (group * 19 + n * 241) % book;
+    return (group * 19 + n * 241) % contacts;
 }
 
-double storeGroups(int round)
+void addGroups(Filled& filled, int groups)
 {
-    Filled filled(round);
+    const QString none = QLatin1String("");
+    filled.store->scopeBegin();
+    for (int g = 0; g < groups; ++g) {
+        filled.store->addContact(filled.source, Store::TypeGroup, Store::LocationPersonal,
+                                 QString::number(g + 1), 1000, QStringLiteral("Group %1").arg(g), none, none,
+                                 none, none, none);
+    }
+    filled.store->scopeEnd();
+}
+
+/// The members of groups, first and again, as a synchronisation stores them: with @p whole the groups and
+/// their members themselves as well, otherwise the memberships of contacts that are known.
+double storeGroups(int round, int memberships, bool whole)
+{
+    const int groups = memberships / membersOfGroup;
+    Filled filled(round, memberships);
+    if (!whole)
+        addGroups(filled, groups);
     Store& store = *filled.store;
     const quint32 source = filled.source;
-    const QVector<Row> contacts = rows(round);
-    const QString none;
-    const double time = milliseconds([&] {
-        store.scopeBegin();
-        for (int g = 0; g < groups; ++g) {
-            const quint32 group =
-                store.addContact(source, Store::TypeGroup, Store::LocationPersonal, QString::number(g + 1),
-                                 1000, QStringLiteral("Group %1").arg(g), none, none, none, none, none);
-            store.unlinkContactAndGroup(0, group);
-            for (int m = 0; m < membersOfGroup; ++m) {
-                const Row& row = contacts.at(memberOf(g, m));
-                store.linkContactAndGroup(
-                    store.addContact(source, Store::TypeContact, Store::LocationPersonal, row.uid, 0,
-                                     row.name, none, row.phone, row.fax, row.email, row.organization),
-                    group);
+    const QString none = QLatin1String("");
+    double time = 0;
+    for (int again = 0; again < 2; ++again) {
+        const QVector<Row> contacts = rows(round + 1 + again, memberships);
+        time += milliseconds([&] {
+            store.scopeBegin();
+            for (int g = 0; g < groups; ++g) {
+                quint32 group = quint32(memberships + g + 1);
+                if (whole) {
+                    group = store.addContact(source, Store::TypeGroup, Store::LocationPersonal,
+                                             QString::number(g + 1), 1000, QStringLiteral("Group %1").arg(g),
+                                             none, none, none, none, none);
+                }
+                store.unlinkContactAndGroup(0, group);
+                for (int m = 0; m < membersOfGroup; ++m) {
+                    const int member = memberOf(g, m, memberships);
+                    quint32 id = quint32(member + 1);
+                    if (whole) {
+                        const Row& row = contacts.at(member);
+                        id =
+                            store.addContact(source, Store::TypeContact, Store::LocationPersonal, row.uid, 0,
+                                             row.name, none, row.phone, row.fax, row.email, row.organization);
+                    }
+                    store.linkContactAndGroup(id, group);
+                }
             }
-        }
-        store.scopeEnd();
-    });
-    const quint32 last =
-        store.getContact(source, Store::TypeGroup, Store::LocationPersonal, QString::number(groups));
+            store.scopeEnd();
+        });
+    }
+    const quint32 last = quint32(memberships + groups);
     if (store.getContactList(source, Store::AnyType, Store::AnyLocation, last, 0, 0).size() != membersOfGroup)
         fail("store-groups");
     return time;
 }
 
-double plainStoreGroups(int round)
+double plainStoreGroups(int round, int memberships, bool whole)
 {
-    Filled filled(round);
+    const int groups = memberships / membersOfGroup;
+    Filled filled(round, memberships);
+    if (!whole)
+        addGroups(filled, groups);
     filled.store.reset();
-    const QVector<Row> contacts = rows(round);
     Plain plain(filled.folder);
-    return milliseconds([&] {
-        sqlite3_stmt* insert = plain.prepare(insertContact);
-        sqlite3_stmt* update = plain.prepare(
-            "UPDATE contacts SET name=?, description=?, phone=?, fax=?, email=?, organization=? WHERE id=?");
-        sqlite3_stmt* unlink = plain.prepare("DELETE FROM groups WHERE contactgroup=?");
-        sqlite3_stmt* link = plain.prepare("INSERT INTO groups(contact, contactgroup) VALUES(?, ?)");
-        const QString empty = QLatin1String("");
-        plain.run("BEGIN");
-        for (int g = 0; g < groups; ++g) {
-            const int group = book + g + 1;
-            plain.step(insert, QString::number(g + 1), 2, 2, 1, 1000, QStringLiteral("Group %1").arg(g),
-                       empty, empty, empty, empty, empty);
-            plain.step(unlink, group);
-            for (int m = 0; m < membersOfGroup; ++m) {
-                const int id = memberOf(g, m) + 1;
-                const Row& row = contacts.at(id - 1);
-                plain.step(update, row.name, empty, row.phone, row.fax, row.email, row.organization, id);
-                plain.step(link, id, group);
+    const QString empty = QLatin1String("");
+    double time = 0;
+    for (int again = 0; again < 2; ++again) {
+        const QVector<Row> contacts = rows(round + 1 + again, memberships);
+        time += milliseconds([&] {
+            sqlite3_stmt* insert = plain.prepare(insertContact);
+            sqlite3_stmt* update = plain.prepare("UPDATE contacts SET name=?, description=?, phone=?, fax=?, "
+                                                 "email=?, organization=? WHERE id=?");
+            sqlite3_stmt* unlink = plain.prepare("DELETE FROM groups WHERE contactgroup=?");
+            sqlite3_stmt* link = plain.prepare("INSERT INTO groups(contact, contactgroup) VALUES(?, ?)");
+            plain.run("BEGIN");
+            for (int g = 0; g < groups; ++g) {
+                const int group = memberships + g + 1;
+                if (whole && again) {
+                    plain.step(update, QStringLiteral("Group %1").arg(g), empty, empty, empty, empty, empty,
+                               group);
+                } else if (whole) {
+                    plain.step(insert, QString::number(g + 1), 2, 2, 1, 1000,
+                               QStringLiteral("Group %1").arg(g), empty, empty, empty, empty, empty);
+                }
+                plain.step(unlink, group);
+                for (int m = 0; m < membersOfGroup; ++m) {
+                    const int id = memberOf(g, m, memberships) + 1;
+                    if (whole) {
+                        const Row& row = contacts.at(id - 1);
+                        plain.step(update, row.name, empty, row.phone, row.fax, row.email, row.organization,
+                                   id);
+                    }
+                    plain.step(link, id, group);
+                }
             }
-        }
-        plain.run("COMMIT");
-    });
+            plain.run("COMMIT");
+        });
+    }
+    return time;
 }
 
 /// Two sources with a book each; the contacts of the second are all members of a group.
 struct TwoSources : Filled
 {
-    explicit TwoSources(int round)
-        : Filled(round)
+    TwoSources(int round, int count)
+        : Filled(round, count)
     {
         const quint32 other = newSource(*store, "other@fax");
-        fill(*store, other, rows(round + 1), 1000);
+        fill(*store, other, rows(round + 1, count), 1000);
         const QList<quint32> ids = store->getContactList(other, Store::AnyType, Store::AnyLocation, 0, 0, 0);
         store->scopeBegin();
         for (const quint32 id : ids)
@@ -316,18 +349,18 @@ struct TwoSources : Filled
     }
 };
 
-double sourceDelete(int round)
+double sourceDelete(int round, int count)
 {
-    TwoSources filled(round);
+    TwoSources filled(round, count);
     const double time = milliseconds([&] { filled.store->deleteSource(filled.source); });
-    if (filled.store->quickSearch(QString(), 0, 0, 0).size() != book)
+    if (filled.store->quickSearch(QString(), 0, 0, 0).size() != count)
         fail("source-delete");
     return time;
 }
 
-double plainSourceDelete(int round)
+double plainSourceDelete(int round, int count)
 {
-    TwoSources filled(round);
+    TwoSources filled(round, count);
     filled.store.reset();
     Plain plain(filled.folder);
     plain.run("DROP TRIGGER delete_source");
@@ -358,37 +391,37 @@ ContactUnitPtr makeContact(Store::ContactType, Store::ContactLocation, const QSt
 
 const int page = 100;
 
-double listPages(int round)
+/// The last page of the book, so often that it takes a while.
+const int pageReads = 10;
+
+double listPages(Filled& filled, int count)
 {
-    Filled filled(round);
-    int count = 0;
+    int found = 0;
     const double time = milliseconds([&] {
-        for (int offset = 0; offset < book; offset += page) {
-            count += filled.store
+        for (int i = 0; i < pageReads; ++i) {
+            found += filled.store
                          ->getContactList(makeContact, filled.source, Store::TypeContact,
-                                          Store::LocationPersonal, 0, uint(offset), page, nullptr)
+                                          Store::LocationPersonal, 0, uint(count - page), page, nullptr)
                          .contacts()
                          .size();
         }
     });
-    if (count != book)
+    if (found != pageReads * page)
         fail("list-page");
     return time;
 }
 
-double plainListPages(int round)
+double plainListPages(const Filled& filled, int count)
 {
-    Filled filled(round);
-    filled.store.reset();
     Plain plain(filled.folder);
     sqlite3_stmt* list =
         plain.prepare("SELECT id, uid, type, location, name, description, phone, fax, email, organization "
                       "FROM contacts WHERE source=? AND location=? AND type=? LIMIT ? OFFSET ?");
-    int count = 0;
+    int found = 0;
     const double time = milliseconds([&] {
-        for (int offset = 0; offset < book; offset += page) {
+        for (int i = 0; i < pageReads; ++i) {
             ContactList contacts;
-            Plain::bindAll(list, 1, 2, 1, page, offset);
+            Plain::bindAll(list, int(filled.source), 2, 1, page, count - page);
             while (sqlite3_step(list) == SQLITE_ROW) {
                 contacts.contacts().append(makeContact(
                     Store::TypeContact, Store::LocationPersonal, Plain::text(list, 1), Plain::text(list, 4),
@@ -396,59 +429,63 @@ double plainListPages(int round)
                     Plain::text(list, 9), ContactList(), nullptr));
             }
             sqlite3_reset(list);
-            count += contacts.contacts().size();
+            found += contacts.contacts().size();
         }
     });
-    if (count != book)
+    if (found != pageReads * page)
         fail("plain list-page");
     return time;
 }
 
-const int searches = 50;
+const int searches = 5;
+const int hits = 100;
 
-double search(int round)
+/// A part of the names of a few contacts; the whole book is read for it.
+QString searched(int round, int i, int count)
 {
-    Filled filled(round);
-    int count = 0;
+    return QStringLiteral("CONTACT %1").arg((round * searches + i) * 37 % count);
+}
+
+double search(Filled& filled, int round, int count)
+{
+    int found = 0;
     const double time = milliseconds([&] {
         for (int i = 0; i < searches; ++i)
-            count +=
-                filled.store->quickSearch(QStringLiteral("CONTACT %1").arg(i), 0, filled.source, 0).size();
+            found +=
+                filled.store->quickSearch(searched(round, i, count), uint(hits), filled.source, 0).size();
     });
-    if (count < searches)
+    if (found < searches || found > searches * hits)
         fail("search");
     return time;
 }
 
-double plainSearch(int round)
+double plainSearch(const Filled& filled, int round, int count)
 {
-    Filled filled(round);
-    filled.store.reset();
     Plain plain(filled.folder);
-    sqlite3_stmt* find = plain.prepare("SELECT id, name FROM contacts WHERE name LIKE ? AND source=?");
-    int count = 0;
+    sqlite3_stmt* find =
+        plain.prepare("SELECT id, name FROM contacts WHERE name LIKE ? AND source=? LIMIT ?");
+    int found = 0;
     const double time = milliseconds([&] {
         for (int i = 0; i < searches; ++i) {
             QMap<quint32, QString> result;
-            const QString pattern =
-                QStringLiteral("%CONTACT %1%").replace(QStringLiteral("%1"), QString::number(i));
-            Plain::bindAll(find, pattern, 1);
+            const QString pattern = QLatin1Char('%') + searched(round, i, count) + QLatin1Char('%');
+            Plain::bindAll(find, pattern, int(filled.source), hits);
             while (sqlite3_step(find) == SQLITE_ROW)
                 result.insert(quint32(sqlite3_column_int64(find, 0)), Plain::text(find, 1));
             sqlite3_reset(find);
-            count += result.size();
+            found += result.size();
         }
     });
-    if (count < searches)
+    if (found < searches)
         fail("plain search");
     return time;
 }
 
-/// The longest that a reader waits for one search while another thread stores a book of 50,000.
-double readerWait(int round)
+/// The longest that a reader waits for one search while another thread stores a book.
+double readerWait(int round, int count)
 {
     Filled filled(round, 1000);
-    const QVector<Row> contacts = rows(round + 1, 5 * book);
+    const QVector<Row> contacts = rows(round + 1, count);
     std::atomic_bool done{false};
     std::thread writer([&] {
         fill(*filled.store, filled.source, contacts, 2000);
@@ -466,23 +503,51 @@ double readerWait(int round)
     return worst;
 }
 
+/// A row whose two sides are functions of the round and the size.
+void row(Bench& bench, const char* name, double limit, int size, double (*ours)(int, int),
+         double (*baseline)(int, int))
+{
+    bench.ratio(
+        name, limit, [=](int round) { return ours(round, size); },
+        [=](int round) { return baseline(round, size); });
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     Bench bench(argc, argv);
-    bench.ratio(
-        "store-first", 2.5, [](int round) { return storeFirst(round, book); }, plainStoreFirst);
-    bench.ratio("store-again", 3.0, storeAgain, plainStoreAgain);
-    bench.ratio("store-groups", 1.0, storeGroups, plainStoreGroups);
-    // The time for one contact in a book four times as large.
-    bench.ratio(
-        "store-growth", 1.5, [](int round) { return storeFirst(round, 4 * book) / 4; },
-        [](int round) { return storeFirst(round, book); });
-    bench.ratio("source-delete", 1.5, sourceDelete, plainSourceDelete);
-    bench.ratio("list-page", 1.3, listPages, plainListPages);
-    bench.ratio("search", 1.3, search, plainSearch);
-    bench.worst("reader-wait", 150, readerWait);
+    row(bench, "store-first", 2.5, bench.size(50000), storeFirst, plainStoreFirst);
+    row(bench, "store-again", 3.0, bench.size(50000), storeAgain, plainStoreAgain);
+    for (const bool whole : {false, true}) {
+        const int size = bench.size(20000);
+        bench.ratio(
+            whole ? "store-groups-whole" : "store-groups", 1.0,
+            [=](int round) { return storeGroups(round, size, whole); },
+            [=](int round) { return plainStoreGroups(round, size, whole); });
+    }
+    if (bench.hasSize(0, 0)) {
+        const auto growth = [](double (*work)(int, int)) {
+            return [work](int round) { return work(round, 100000) / work(round, 10000); };
+        };
+        bench.ratio("store-growth", 1.5, growth(storeFirst), growth(plainStoreFirst));
+    }
+    row(bench, "source-delete", 1.5, bench.size(50000), sourceDelete, plainSourceDelete);
+    if (bench.wants("list-page")) {
+        const int count = bench.size(50000);
+        Filled filled(0, count);
+        bench.ratio(
+            "list-page", 1.3, [&](int) { return listPages(filled, count); },
+            [&](int) { return plainListPages(filled, count); });
+    }
+    if (bench.wants("search")) {
+        const int count = bench.size(100000);
+        Filled filled(0, count);
+        bench.ratio(
+            "search", 1.3, [&](int round) { return search(filled, round, count); },
+            [&](int round) { return plainSearch(filled, round, count); });
+    }
+    bench.worst("reader-wait", 150, [&](int round) { return readerWait(round, bench.size(50000)); });
     return bench.exitCode();
 }
