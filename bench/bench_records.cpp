@@ -79,7 +79,6 @@ void row(Bench& bench, const char* name, const char* tag, QByteArray (*entry)(in
                 document.setContent(bytes);
                 const QDomElement root = document.documentElement();
                 const QString name = QLatin1String(tag);
-                records.reserve(root.childNodes().size());
                 for (QDomElement child = root.firstChildElement(name); !child.isNull();
                      child = child.nextSiblingElement(name)) {
                     const auto record = QSharedPointer<Entry>::create();

@@ -26,6 +26,9 @@ public:
     /// The text of the first child element of that name, empty if there is none.
     QString text(const QString& name) const;
 
+    /// The same as a decimal number, 0 if it is none.
+    int number(const QString& name) const;
+
     /// Puts the child's text into @p field if there is such a child. Returns whether there is.
     bool read(const QString& name, QString& field) const;
 

@@ -16,7 +16,7 @@ bool FaxEntry::readFax(const QDomElement& element, int protocolVersion)
     m_schedule.readFax(element, protocolVersion);
     m_from.readFax(children.element(QStringLiteral("sender")), protocolVersion);
     m_coverPage.readFax(children.element(QStringLiteral("cover_page")), 1);
-    m_pages = withCoverPage(children.text(QStringLiteral("pages")).toInt(), m_coverPage.enabled());
+    m_pages = withCoverPage(children.number(QStringLiteral("pages")), m_coverPage.enabled());
     m_previewUrl = EntryUrl::fromText(children.text(QStringLiteral("preview")));
     m_to.readFax(children.element(QStringLiteral("recipient")), 1);
     return true;

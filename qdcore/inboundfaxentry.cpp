@@ -15,10 +15,10 @@ bool InboundFaxEntry::readFax(const QDomElement& element, int)
     m_filename = children.text(QStringLiteral("filename"));
     m_location = EntryUrl::fromText(children.text(QStringLiteral("location")));
     m_completeTime = EntryDate::fromText(children.text(QStringLiteral("complete_time")));
-    m_pages = children.text(QStringLiteral("pages")).toInt();
+    m_pages = children.number(QStringLiteral("pages"));
     m_toName = children.text(QStringLiteral("recipient_name"));
-    m_error =
-        children.element(QStringLiteral("delivery_error")).firstChildElement(QStringLiteral("error")).text();
+    const QDomElement error = children.element(QStringLiteral("delivery_error"));
+    m_error = error.isNull() ? QString() : error.firstChildElement(QStringLiteral("error")).text();
     m_remoteId = children.text(QStringLiteral("remote_id"));
     m_channel = children.text(QStringLiteral("channel"));
     m_modem = children.text(QStringLiteral("modem"));

@@ -13,8 +13,8 @@ bool OutboundFaxEntry::readFax(const QDomElement& element, int protocolVersion)
     setFaxEntryStatusFromString(children.text(QStringLiteral("status")));
     m_entryUrl = EntryUrl::fromText(children.text(QStringLiteral("fax_entry_url")));
     m_previewUrl = EntryUrl::fromText(children.text(QStringLiteral("preview")));
-    const bool coverPageUsed = children.text(QStringLiteral("cover_page_used")).toInt() > 0;
-    m_pages = withCoverPage(children.text(QStringLiteral("pages")).toInt(), coverPageUsed);
+    const bool coverPageUsed = children.number(QStringLiteral("cover_page_used")) > 0;
+    m_pages = withCoverPage(children.number(QStringLiteral("pages")), coverPageUsed);
     m_startTime = EntryDate::fromText(children.text(QStringLiteral("start_time")));
     m_sentAt = EntryDate::fromText(children.text(QStringLiteral("end_time")));
     m_subject = children.text(QStringLiteral("subject"));

@@ -36,7 +36,6 @@ void Task::finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read re
 
     const QDomElement root = document.documentElement();
     const auto items = std::decay_t<ListPtr>::create();
-    items->reserve(qMax(0, root.childNodes().count() - 1));
     for (QDomElement item = root.firstChildElement(reply.element); !item.isNull();
          item = item.nextSiblingElement(reply.element)) {
         read(item, *items);
