@@ -1,0 +1,198 @@
+// The submission of a large document: its memory beside the size of the file, its time beside reading,
+// encoding and posting the same bytes.
+
+#include "attach.h"
+#include "bench.h"
+#include "benchserver.h"
+#include "contact.h"
+#include "diskdataprovider.h"
+#include "sink.h"
+#include "tasks/taskschedule.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QVector>
+
+namespace {
+
+const char* const childArgument = "--submit";
+
+/// A document of so many bytes that differs from round to round.
+class LargeFile
+{
+public:
+    explicit LargeFile(qint64 size)
+        : m_size(size)
+    {
+        QByteArray block = "%PDF-1.4\n";
+        quint32 state = 1;
+        while (block.size() < 1 << 20) {
+            state = state * 1664525u + 1013904223u;
+            block.append(char(state >> 24));
+        }
+        QFile file(path());
+        if (!file.open(QIODevice::WriteOnly))
+            fail("large file");
+        for (qint64 left = size; left > 0; left -= block.size())
+            file.write(block.constData(), qMin<qint64>(left, block.size()));
+    }
+
+    void change(int round) const
+    {
+        QFile file(path());
+        if (!file.open(QIODevice::ReadWrite))
+            fail("large file");
+        for (qint64 at = 4096; at < m_size; at += 1 << 20) {
+            file.seek(at);
+            file.write(QByteArray::number(round));
+        }
+    }
+
+    QString path() const { return m_dir.filePath(QStringLiteral("large.pdf")); }
+    qint64 size() const { return m_size; }
+
+private:
+    QTemporaryDir m_dir;
+    qint64 m_size;
+};
+
+FaxDocument document(const QString& path)
+{
+    DiskDataProvider provider;
+    provider.setFileName(path);
+    Content content;
+    content.setType(Content::Pdf);
+    content.setData(provider);
+    Attach attach;
+    attach.setLocation(Attach::Inline);
+    attach.setName(QStringLiteral("large.pdf"));
+    attach.setContent(content);
+    Contact recipient;
+    recipient.setName(QStringLiteral("Reception"));
+    recipient.setFax(QStringLiteral("+1 555 0100"));
+    FaxDocument document;
+    document.attachs().append(attach);
+    document.recipients().addContact(recipient);
+    return document;
+}
+
+/// Submits a file and waits for the answer. Returns when it began.
+double submit(FaxServer& server, const QString& path)
+{
+    auto* task = static_cast<TaskSchedule*>(server.addTask(Task::Schedule));
+    task->setFaxDocument(document(path));
+    QEventLoop loop;
+    QObject::connect(task, &TaskSchedule::doneFaxSchedule, &loop, &QEventLoop::quit);
+    QObject::connect(task, &Task::errorExecute, [] { fail("submission"); });
+    const double begin = clockMilliseconds();
+    task->execute();
+    loop.exec();
+    return begin;
+}
+
+QString addressOf(int port)
+{
+    return QStringLiteral("127.0.0.1:%1").arg(port);
+}
+
+/// A figure in kB of this process as Linux keeps it.
+double memory(const char* name)
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        fail("status");
+    const QByteArray status = file.readAll();
+    const int at = status.indexOf(name);
+    return at < 0 ? 0 : std::atof(status.constData() + at + std::strlen(name) + 1);
+}
+
+/// What a fresh process does: submits a small file, so that everything is loaded, and then the large one.
+/// Prints by how many MB its memory has grown at most.
+int child(char** argv)
+{
+    const QString small = QString::fromLocal8Bit(argv[2]);
+    const QString large = QString::fromLocal8Bit(argv[3]);
+    FaxManager manager{QPointer<ContactManager>()};
+    BareServer server(manager, addressOf(std::atoi(argv[4])));
+    submit(server, small);
+    QFile refs(QStringLiteral("/proc/self/clear_refs"));
+    if (refs.open(QIODevice::WriteOnly))
+        refs.write("5"); // the peak begins anew
+    refs.close();
+    const double before = memory("VmRSS");
+    submit(server, large);
+    std::printf("%.3f\n", (memory("VmHWM") - before) / 1024);
+    return 0;
+}
+
+double submitMemory(const Sink& sink, const LargeFile& small, const LargeFile& large)
+{
+    QProcess process;
+    process.start(QCoreApplication::applicationFilePath(),
+                  {QLatin1String(childArgument), small.path(), large.path(), QString::number(sink.port())});
+    if (!process.waitForFinished(120000) || process.exitCode() != 0)
+        fail("submit-memory");
+    return process.readAllStandardOutput().toDouble();
+}
+
+double submitTime(const Sink& sink, const LargeFile& large)
+{
+    FaxManager manager{QPointer<ContactManager>()};
+    BareServer server(manager, addressOf(sink.port()));
+    const double begin = submit(server, large.path());
+    if (sink.bodySize() < large.size() / 3 * 4)
+        fail("submit-time");
+    return sink.lastByte() - begin;
+}
+
+double plainSubmitTime(const Sink& sink, const LargeFile& large)
+{
+    QNetworkAccessManager manager;
+    const double begin = clockMilliseconds();
+    QFile file(large.path());
+    if (!file.open(QIODevice::ReadOnly))
+        fail("plain submit-time");
+    const QByteArray encoded = file.readAll().toBase64();
+    const QUrl url(QStringLiteral("http://") + addressOf(sink.port()) + QStringLiteral("/qdws/v1/ofax"));
+    if (bodyOf(manager.post(plainRequest(url), encoded)).isEmpty())
+        fail("plain submit-time");
+    return sink.lastByte() - begin;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    if (argc == 5 && std::strcmp(argv[1], childArgument) == 0)
+        return child(argv);
+    Bench bench(argc, argv);
+    if (!bench.wants("submit-memory") && !bench.wants("submit-time"))
+        return bench.exitCode();
+
+    const Sink sink("<?xml version=\"1.0\" encoding=\"utf-8\"?><fax_entries><fax_entry><state>pending</state>"
+                    "</fax_entry></fax_entries>");
+    const LargeFile small(1024);
+    const LargeFile large(qint64(bench.size(100 * 1024)) * 1024);
+    const double megabytes = double(large.size()) / 1024 / 1024;
+    bench.ratio(
+        "submit-memory", 5.5,
+        [&](int round) {
+            large.change(round);
+            return submitMemory(sink, small, large);
+        },
+        [&](int) { return megabytes; }, 9);
+    bench.ratio(
+        "submit-time", 2.0,
+        [&](int round) {
+            large.change(round);
+            return submitTime(sink, large);
+        },
+        [&](int round) {
+            large.change(round + 1);
+            return plainSubmitTime(sink, large);
+        });
+    return bench.exitCode();
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+// A fax server of the library that does nothing by itself, and the request that its tasks send.
+
+#include "contactmanager.h"
+#include "faxmanager.h"
+#include "faxserver.h"
+
+#include <QEventLoop>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QPointer>
+
+/// A server without the login that a manager would start.
+class BareServer : public FaxServer
+{
+public:
+    BareServer(FaxManager& manager, const QString& address)
+        : FaxServer(manager)
+    {
+        setAddress(address);
+        setLogin(QStringLiteral("alice"));
+        setPassword(QStringLiteral("secret"));
+    }
+};
+
+/// What a task sends, made by hand.
+inline QNetworkRequest plainRequest(const QUrl& url)
+{
+    QNetworkRequest request(url);
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/xml"));
+    request.setRawHeader("Authorization", "Basic " + QByteArray("alice:secret").toBase64());
+    request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+    return request;
+}
+
+/// Waits for a reply and returns its body; null when it failed. Deletes the reply.
+inline QByteArray bodyOf(QNetworkReply* reply)
+{
+    QEventLoop loop;
+    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    loop.exec();
+    const QByteArray body = reply->error() == QNetworkReply::NoError ? reply->readAll() : QByteArray();
+    reply->deleteLater();
+    return body;
+}

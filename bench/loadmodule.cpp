@@ -1,0 +1,19 @@
+// What an application does with the library right after loading it.
+
+#include "benchserver.h"
+#include "tasks/taskgetquendrainfo.h"
+
+#include <QCoreApplication>
+
+/// Asks the server at an address for its identity. Returns 0 when it answered.
+extern "C" Q_DECL_EXPORT int sendFirstTask(int argc, char** argv, const char* address)
+{
+    QCoreApplication application(argc, argv);
+    FaxManager manager{QPointer<ContactManager>()};
+    BareServer server(manager, QString::fromLatin1(address));
+    auto* task = static_cast<TaskGetQuendraInfo*>(server.addTask(Task::GetQuendraInfo));
+    QObject::connect(task, &TaskGetQuendraInfo::doneGetFaxInfo, [] { QCoreApplication::exit(0); });
+    QObject::connect(task, &Task::errorExecute, [] { QCoreApplication::exit(1); });
+    task->execute();
+    return QCoreApplication::exec();
+}
