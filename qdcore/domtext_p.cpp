@@ -2,6 +2,7 @@
 
 #include <QDomDocument>
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -137,7 +138,9 @@ int allowedUnits(const QString& text, int at)
 /// file with one.
 QString xmlText(const QString& text)
 {
-    int at = 0;
+    // Attachments are texts of many megabytes, and nothing in them is doubtful.
+    const auto isPlain = [](QChar c) { return c.unicode() >= 0x20 && c.unicode() < 0xd800; };
+    int at = int(std::find_if_not(text.cbegin(), text.cend(), isPlain) - text.cbegin());
     while (at < text.size()) {
         const int units = allowedUnits(text, at);
         if (units == 0)

@@ -7,6 +7,8 @@
 #include <QLocale>
 #include <QObject>
 
+#include <cstdio>
+
 namespace {
 
 /// Days whose files are kept, as removeOldLogs() takes it.
@@ -25,6 +27,30 @@ QString levelLabel(Logger::LEVEL level)
 QString dailyFileName(const QDate& date)
 {
     return QLocale::c().toString(date, QStringLiteral("'QuendraClientLog'-MM-dd-yyyy.'txt'"));
+}
+
+/// Whether a name matches "QuendraClientLog*.txt" as QDir does, in either case. Its own matching takes longer
+/// than listing the folder.
+bool isDailyFileName(const QString& name)
+{
+    const QLatin1String begin("QuendraClientLog");
+    const QLatin1String end(".txt");
+    return name.size() >= begin.size() + end.size() && name.startsWith(begin, Qt::CaseInsensitive) &&
+           name.endsWith(end, Qt::CaseInsensitive);
+}
+
+/// The time as a line begins with it, "MM-dd-yyyy hh:mm:ss AP:zzz000". Written by hand: reading a format anew
+/// for each line takes longer than writing the line.
+QString timeText(const QDateTime& dateTime)
+{
+    const QDate date = dateTime.date();
+    const QTime time = dateTime.time();
+    const int hour = time.hour() % 12;
+    char text[64];
+    std::snprintf(text, sizeof(text), "%02d-%02d-%04d %02d:%02d:%02d %s:%03d000", date.month(), date.day(),
+                  date.year(), hour ? hour : 12, time.minute(), time.second(), time.hour() < 12 ? "AM" : "PM",
+                  time.msec());
+    return QString::fromLatin1(text);
 }
 
 /// The day a file was made. Where the file system does not tell, its last modification: an invalid date would
@@ -77,12 +103,10 @@ void Logger::log(LEVEL level, const QString& message, const char* file, int line
     const QMutexLocker locker(&m_mutex);
     const QString place = QStringLiteral("%1:%2").arg(QFileInfo(QString::fromLocal8Bit(file)).fileName(),
                                                       QString::number(line));
-    // The locale is fixed because AP would otherwise follow the user's. One call of arg() fills all four
-    // places, so that a message keeps its own "%1".
+    // One call of arg() fills all four places, so that a message keeps its own "%1".
     const QString text =
         QStringLiteral("[%1] [%2] [%3] %4\r\n")
-            .arg(QLocale::c().toString(time, QStringLiteral("MM-dd-yyyy hh:mm:ss AP:zzz000")),
-                 levelLabel(level).leftJustified(7), place.leftJustified(25), message);
+            .arg(timeText(time), levelLabel(level).leftJustified(7), place.leftJustified(25), message);
     m_file.write(text.toUtf8());
     m_file.flush();
 }
@@ -138,11 +162,10 @@ void Logger::removeOldLogs(int days)
     }
 
     QStringList found;
-    const QStringList names =
-        QDir(path).entryList({QStringLiteral("QuendraClientLog*.txt")}, QDir::Files, QDir::Unsorted);
+    const QStringList names = QDir(path).entryList(QDir::Files, QDir::Unsorted);
     for (const QString& name : names) {
         // Asking for each file's times costs far more than listing the folder, and this runs on every line.
-        if (young.contains(name))
+        if (!isDailyFileName(name) || young.contains(name))
             continue;
         const QFileInfo file(path + QLatin1Char('/') + name);
         if (creationDate(file) > limit) {

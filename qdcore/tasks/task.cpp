@@ -14,6 +14,7 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <limits>
 
@@ -169,7 +170,8 @@ void Task::send(const QUrl& url, const LogText& log, const QByteArray& verb, con
 {
     if (isStarted())
         return;
-    Logger::inst().log(Logger::DEBUG, log.text.arg(url.toDisplayString()), log.file, log.line);
+    if (Logger::inst().level() >= Logger::DEBUG)
+        Logger::inst().log(Logger::DEBUG, log.text.arg(url.toDisplayString()), log.file, log.line);
 
     QNetworkRequest request = this->request(url);
     if (verb == "GET")
@@ -258,29 +260,32 @@ int Task::networkError() const
 
 QString Task::fixAmp(const QByteArray& data)
 {
-    static const QLatin1String entities[] = {QLatin1String("amp;"), QLatin1String("lt;"),
-                                             QLatin1String("gt;"), QLatin1String("apos;"),
-                                             QLatin1String("quot;")};
-    // Ends at a null byte, which XML cannot hold: what stands in front of one must be a whole document.
-    const QString text = QString::fromUtf8(data);
-    QString repaired;
-    int copied = 0;
-    for (int at = text.indexOf(QLatin1Char('&')); at >= 0; at = text.indexOf(QLatin1Char('&'), at + 1)) {
-        const QStringView rest = QStringView(text).mid(at + 1);
-        const bool isEntity = std::any_of(std::begin(entities), std::end(entities),
-                                          [rest](QLatin1String entity) { return rest.startsWith(entity); });
-        if (isEntity)
+    static const QByteArray entities[] = {"amp;", "lt;", "gt;", "apos;", "quot;"};
+    // Done before decoding: there are half as many bytes to look at and to move. Decoding ends at a null
+    // byte, which XML cannot hold: what stands in front of one must be a whole document.
+    const char* const end = data.constData() + data.size();
+    const char* copied = data.constData();
+    const auto next = [end](const char* from) {
+        return static_cast<const char*>(std::memchr(from, '&', size_t(end - from)));
+    };
+    QByteArray repaired;
+    for (const char* at = next(copied); at; at = next(at + 1)) {
+        const auto begins = [rest = at + 1, end](const QByteArray& entity) {
+            return end - rest >= entity.size() &&
+                   std::memcmp(rest, entity.constData(), size_t(entity.size())) == 0;
+        };
+        if (std::any_of(std::begin(entities), std::end(entities), begins))
             continue;
-        if (copied == 0)
-            repaired.reserve(text.size() + text.size() / 8);
-        repaired.append(text.constData() + copied, at + 1 - copied);
-        repaired.append(QLatin1String("amp;"));
+        if (repaired.isNull())
+            repaired.reserve(data.size() + data.size() / 8);
+        repaired.append(copied, int(at + 1 - copied));
+        repaired.append("amp;", 4);
         copied = at + 1;
     }
-    if (copied == 0)
-        return text;
-    repaired.append(text.constData() + copied, text.size() - copied);
-    return repaired;
+    if (repaired.isNull())
+        return QString::fromUtf8(data);
+    repaired.append(copied, int(end - copied));
+    return QString::fromUtf8(repaired);
 }
 
 bool Task::parse(const QByteArray& data, QDomDocument& document)

@@ -1,0 +1,79 @@
+#!/bin/bash
+# Measures the library beside baselines and prints a line a row: name, ours, baseline, ratio, limit, ok or OVER.
+# Fails when a row is over its limit. With names only those rows are run, or the rows that begin with one:
+#
+#   scripts/bench.sh [--verbose] [NAME...]
+#   scripts/bench.sh --growth        the rows that have a size at 1,000, 10,000 and 100,000, into docs/benchmarks.md
+#
+# What each row and its baseline are: bench/README.md.
+set -euo pipefail
+. "$(dirname "$0")/common.sh"
+
+install_packages >&2
+(cd "$root" && cmake --preset release -Wno-dev -DQDCORE_BUILD_BENCHMARKS=ON >/dev/null &&
+  cmake --build --preset release --target bench/all) >&2
+
+export LC_ALL=C.UTF-8 QT_QPA_PLATFORM=offscreen
+unset XDG_CURRENT_DESKTOP
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export APPDATA=$work XDG_RUNTIME_DIR=$work
+
+programs=(records tasks store sync submit logger captures load)
+
+# run ARGUMENT...: every program with these arguments; fails when one did.
+run() {
+  local result=0
+  for program in "${programs[@]}"; do
+    "$root/build/release/bin/bench_$program" "$@" || result=1
+  done
+  return $result
+}
+
+# The lines of one size, of three rounds: the figures grow by far more than they waver.
+growth() {
+  local sizes=(1000 10000 100000) size
+  for size in "${sizes[@]}"; do
+    say "Size $size" >&2
+    # being over is no failure here: the limits are meant for the sizes promised
+    run --size "$size" --rounds 3 >"$work/$size" || true
+    cat "$work/$size" >&2
+  done
+  {
+    cat <<TEXT
+# How cost grows with size
+
+Made by \`scripts/bench.sh --growth\` on $(nproc) processors. Each cell: ours beside the baseline, in milliseconds
+(\`submit-memory\`: MB), and the ratio. What the size counts, and what each row and its baseline do, is told in
+[bench/README.md](../bench/README.md). \`reader-wait\` has no baseline.
+
+| row | 1,000 | 10,000 | 100,000 |
+|---|---|---|---|
+TEXT
+    awk '
+         { name = $1; if (!(name in known)) { known[name] = 1; order[++count] = name }
+           cells[name, FILENAME] = $3 == "-" ? $2 : $2 " / " $3 " = " $4 }
+         END { for (i = 1; i <= count; ++i) {
+                 line = "| `" order[i] "` |"
+                 for (f = 1; f < ARGC; ++f)
+                   line = line " " ((order[i], ARGV[f]) in cells ? cells[order[i], ARGV[f]] : "-") " |"
+                 print line } }' "${sizes[@]/#/$work/}"
+  } >"$root/docs/benchmarks.md"
+  say "Written: docs/benchmarks.md" >&2
+}
+
+if [ "${1:-}" = --growth ]; then
+  growth
+  exit
+fi
+
+echo "name ours baseline ratio limit" >&2
+status=0
+run "$@" | tee "$work/lines" || status=1
+for name in "$@"; do
+  if [[ $name != --* ]] && ! grep -q "^$name[ -]" "$work/lines"; then
+    echo "There is no row $name." >&2
+    status=2
+  fi
+done
+exit $status
