@@ -3,6 +3,13 @@
 #include <QFile>
 #include <QFileInfo>
 
+namespace {
+
+/// Bytes read at once. A multiple of three, so that the base64 of blocks is that of the whole.
+constexpr int blockSize = 3 * 64 * 1024;
+
+} // namespace
+
 void DiskDataProvider::setFileName(const QString& fileName)
 {
     m_fileName = fileName;
@@ -14,9 +21,19 @@ QString DiskDataProvider::toBase64() const
     // a pipe or a device may have no end
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > maxFileSize)
         return QString();
-    QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return QString();
-    bytes = bytes.toBase64();
-    return QString::fromLatin1(bytes);
+
+    // Block by block: the file and its base64 as bytes would take time and memory beside the text.
+    QString text;
+    text.reserve(int((file.size() + 2) / 3 * 4));
+    QByteArray block;
+    qint64 total = 0;
+    do { // a short block is the last one: padding may stand at the end only
+        block = file.read(blockSize);
+        total += block.size();
+        if (total > maxFileSize)
+            return QString();
+        const QByteArray encoded = block.toBase64();
+        text += QLatin1String(encoded.constData(), encoded.size());
+    } while (block.size() == blockSize);
+    return file.error() == QFileDevice::NoError ? text : QString();
 }
