@@ -121,7 +121,7 @@ void OutlookContactProvider::syncContacts(ContactList::Type type, bool)
     QD_LOG(DEBUG, tr("sync count (%1)", "Logger").arg(m_syncCount));
 
     if (!m_storage || m_sourceId == 0 || type != ContactList::OutlookContacts) {
-        m_isStored = false;
+        m_isStored = m_isRead = false;
         return slotDisassembleContactFromThread(type);
     }
     m_threads.removeAll(QPointer<OutlookContactProviderDisassembleThread>());
@@ -130,7 +130,10 @@ void OutlookContactProvider::syncContacts(ContactList::Type type, bool)
     thread->setContactsType(ContactList::OutlookContacts);
     thread->setEntryID(m_entryID);
     connect(thread, &OutlookContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
-            [this, thread] { m_isStored = thread->isStored(); });
+            [this, thread] {
+                m_isStored = thread->isStored();
+                m_isRead = thread->isRead();
+            });
     connect(thread, &OutlookContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
             &OutlookContactProvider::slotDisassembleContactFromThread);
     thread->start();

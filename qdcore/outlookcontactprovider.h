@@ -47,9 +47,12 @@ public:
                      unsigned int limit) override;
     /// Always reads the whole folder, and always ends with syncedContacts().
     void syncContacts(ContactList::Type type, bool full) override;
-    /// Whether the last synchronisation that ended changed the store. False where it had nothing to read
-    /// from, and where the store cannot be written.
+    /// Whether the last synchronisation that ended changed the store. False where no folder is chosen, and
+    /// where the store cannot be written.
     bool isStored() const { return m_isStored; }
+    /// Whether the last synchronisation that ended read the folder to its end. Where Outlook failed before,
+    /// what it gave until then is what the store holds.
+    bool isRead() const { return m_isRead; }
     /// An OutlookContact.
     QSharedPointer<ContactUnit> aggregateContact(unsigned int id) override;
 
@@ -66,5 +69,6 @@ private:
     OutlookAccess m_access;
     QString m_entryID;
     bool m_isStored{false};
+    bool m_isRead{false};
     QList<QPointer<OutlookContactProviderDisassembleThread>> m_threads;
 };

@@ -41,7 +41,7 @@ void OutlookContactProviderDisassembleThread::run()
         const bool isWanted = begun && m_storage->getSourceInfo(m_source, name, kind);
         if (isWanted) {
             dropContacts();
-            copyFolder(access);
+            m_isRead = copyFolder(access);
             if (isInterruptionRequested())
                 dropContacts();
         }
@@ -62,14 +62,14 @@ void OutlookContactProviderDisassembleThread::dropContacts()
     m_storage->deleteContactList(m_source, kind, ContactLocalStorage::LocationPersonal);
 }
 
-void OutlookContactProviderDisassembleThread::copyFolder(const OutlookAccess& access)
+bool OutlookContactProviderDisassembleThread::copyFolder(const OutlookAccess& access)
 {
     const QSharedPointer<OutlookApplication> application = access.createApplication();
     if (!application || !isOutlookFolderKey(m_entryID))
-        return;
+        return false;
     const QSharedPointer<OutlookSession> session = application->session();
     if (!session)
-        return;
+        return false;
     session->logon();
     const QSharedPointer<OutlookFolder> folder = outlookFolder(*session, m_entryID);
     QSharedPointer<OutlookItems> items;
@@ -83,7 +83,9 @@ void OutlookContactProviderDisassembleThread::copyFolder(const OutlookAccess& ac
                 store(*item);
         }
     }
+    const bool isWhole = items && items->count() >= 0 && !isInterruptionRequested();
     session->logoff();
+    return isWhole;
 }
 
 void OutlookContactProviderDisassembleThread::store(const OutlookItem& item)

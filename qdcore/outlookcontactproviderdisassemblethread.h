@@ -34,6 +34,8 @@ public:
 
     /// Once it has run: whether the store holds what it wrote. Where not, the store is as it was.
     bool isStored() const { return m_isStored; }
+    /// Once it has run: whether Outlook gave the folder to its end.
+    bool isRead() const { return m_isRead; }
 
 Q_SIGNALS:
     void doneDisassembleContactFromThread(ContactList::Type type);
@@ -43,7 +45,8 @@ protected:
 
 private:
     void dropContacts();
-    void copyFolder(const OutlookAccess& access);
+    /// Returns whether it came to the end of the folder.
+    bool copyFolder(const OutlookAccess& access);
     void store(const OutlookItem& item);
 
     QPointer<ContactLocalStorage> m_storage;
@@ -51,4 +54,5 @@ private:
     ContactList::Type m_type{ContactList::OutlookContacts};
     QString m_entryID;
     std::atomic<bool> m_isStored{false};
+    std::atomic<bool> m_isRead{false};
 };

@@ -102,13 +102,13 @@ bool forgetOtherFolders(ContactLocalStorage& storage, quint32 kept)
 
 int outlookChoose(Invocation& call)
 {
-    if (call.isSet("default") == !call.arguments().isEmpty())
-        return call.failUsage(
-            QStringLiteral("Name a folder by its key, or take the default with --default."));
     OutlookUse outlook;
     const int status = outlook.begin(call);
     if (status != ExitStatus::Ok)
         return status;
+    if (call.isSet("default") == !call.arguments().isEmpty())
+        return call.failUsage(
+            QStringLiteral("Name a folder by its key, or take the default with --default."));
 
     const ContactsOptionsOutlook model;
     const QString key = call.isSet("default") ? model.defaultEntryID() : call.arguments().first();
@@ -121,6 +121,7 @@ int outlookChoose(Invocation& call)
     }
     // adding tells whether the cache can be written, before anything is changed
     ContactLocalStorage storage;
+    const bool isKnown = storage.getSource(key, ContactLocalStorage::SourceOutlook) != 0;
     const quint32 source = storage.addSource(key, ContactLocalStorage::SourceOutlook);
     if (source == 0)
         return call.fail(ExitStatus::File, ContactCache::unusableStore("outlook choose"));
@@ -130,8 +131,11 @@ int outlookChoose(Invocation& call)
             return true;
         },
         nullptr);
-    if (!trouble.isEmpty())
+    if (!trouble.isEmpty()) {
+        if (!isKnown)
+            storage.deleteSource(source);
         return call.fail(ExitStatus::Settings, trouble);
+    }
     if (!forgetOtherFolders(storage, source)) {
         return call.fail(ExitStatus::File, QStringLiteral("The folder is chosen, but the contacts of the one "
                                                           "before could not be taken out of the cache."));
@@ -167,8 +171,11 @@ int outlookSync(Invocation& call)
     manager.initOutlook(false);
     auto* provider = qobject_cast<OutlookContactProvider*>(manager.providers().first().data());
     const unsigned int source = provider->sourceId();
-    if (source == 0)
-        return call.fail(ExitStatus::File, ContactCache::unusableStore("outlook sync"));
+    if (source == 0) {
+        if (manager.storage()->addSource(key, ContactLocalStorage::SourceOutlook) == 0)
+            return call.fail(ExitStatus::File, ContactCache::unusableStore("outlook sync"));
+        return call.fail(ExitStatus::NotFound, QStringLiteral("Outlook does not open the folder any more."));
+    }
     QEventLoop loop;
     QObject::connect(&manager, &ContactManager::onSyncStop, &loop, &QEventLoop::quit);
     provider->syncContacts(ContactList::OutlookContacts, true);
@@ -179,6 +186,11 @@ int outlookSync(Invocation& call)
             ExitStatus::File,
             QStringLiteral("The contacts could not be stored, and those copied before stay: check "
                            "permissions and free space."));
+    }
+    if (!provider->isRead()) {
+        return call.fail(ExitStatus::NotFound,
+                         QStringLiteral("Outlook did not give the whole folder, and the cache holds only "
+                                        "what it gave. Try again while Outlook runs."));
     }
     const int count = manager.storage()
                           ->getContactList(source, ContactLocalStorage::TypeContact,

@@ -184,7 +184,7 @@ class FakeOutlookItems : public FakeObject<OutlookItems, FakeFolderPtr>
 {
 public:
     using FakeObject::FakeObject;
-    int count() const override { return thing()->items.size(); }
+    int count() const override { return thing()->isGone ? -1 : thing()->items.size(); }
     QSharedPointer<OutlookItem> item(int number) const override
     {
         ++outlook().itemsRead;

@@ -258,6 +258,8 @@ private Q_SLOTS:
         ends(ContactList::GlobalGroups, s("synced 4"));
 
         // and once the store is gone
+        QVERIFY(world.sync());
+        QVERIFY(world.provider->isStored());
         delete world.manager->storage();
         ends(contactBook, s("synced 5"));
         const int asked = m_outlook->applications;
@@ -321,6 +323,7 @@ private Q_SLOTS:
             const quint32 source = world.provider->sourceId();
             QVERIFY(world.sync());
             QCOMPARE(world.ids(source).size(), 3);
+            QVERIFY(world.provider->isStored() && world.provider->isRead());
             set(true);
             if (!key.isNull())
                 world.provider->setEntryID(key, false);
@@ -328,6 +331,7 @@ private Q_SLOTS:
             QVERIFY(world.sync());
             QCOMPARE(*world.said, success);
             QVERIFY(world.ids(source).isEmpty());
+            QVERIFY(!world.provider->isRead());
         }
         QCOMPARE(int(m_outlook->openSessions), 0);
     }
@@ -449,7 +453,7 @@ private Q_SLOTS:
         run(contactBook, nullptr);
         QCOMPARE(world.ids(source).size(), 10);
 
-        // interrupted, not even for a moment is half a folder to be seen
+        // interrupted, it leaves nothing
         m_outlook->beforeItem = [](int number) {
             if (number == 5)
                 QThread::currentThread()->requestInterruption();

@@ -121,7 +121,7 @@ private Q_SLOTS:
 
     void notAvailable()
     {
-        for (const char* line : {"folders", "choose a:b", "choose --default", "sync --json"}) {
+        for (const char* line : {"folders", "choose", "choose a:b", "choose --default", "sync --json"}) {
             m_outlook->isInstalled = false;
             OutlookPort::setCurrent(m_outlook);
             for (int i = 0; i < 2; ++i) {
@@ -168,7 +168,11 @@ private Q_SLOTS:
         QCOMPARE(contacts.value(s("chosen")).toBool(true), false);
         QCOMPARE(contacts.value(s("folders")).toArray().first().toObject().value(s("chosen")).toBool(), true);
 
-        m_team->isGone = true;
+        // gone while it is read: not passed off as a copy
+        m_outlook->beforeItem = [this](int) { m_team->isGone = true; };
+        QCOMPARE(run(s("sync")).status, int(ExitStatus::NotFound));
+        m_outlook->beforeItem = nullptr;
+        QCOMPARE(copied(m_team), 1); // what it gave until then
         QCOMPARE(run(s("sync")).status, int(ExitStatus::NotFound));
         QCOMPARE(copied(m_team), 1); // what was copied is kept for as long as nobody chooses another
         m_outlook->defaultContacts.clear();
