@@ -211,7 +211,6 @@ void TestHostile::floods_data()
     const QByteArray text(megabyte, 'x');
     const QByteArray ofOneGigabyte = ok + "Content-Length: 1073741824\r\n" + element;
     QTest::newRow("one element of 1 GB") << QByteArray("VerifyLogin") << ofOneGigabyte << text;
-    QTest::newRow("no end") << QByteArray("VerifyLogin") << ok + element << text;
     QTest::newRow("no end, in chunks")
         << QByteArray("VerifyLogin") << ok + "Transfer-Encoding: chunked\r\n\r\n"
         << "100000\r\n" + text + "\r\n";
@@ -234,8 +233,11 @@ void TestHostile::floods()
     ScriptedServer wire;
     qint64 sent = 0;
     const auto isFlooded = [](const WireRequest& request) { return !request.target.contains("groups"); };
-    wire.setAnswer(
-        [&](const WireRequest& request) { return isFlooded(request) ? beginning : serve(request); });
+    const QByteArray second = "<contact>http://elsewhere:9/qdws/v1/contacts/anna/2</contact>";
+    wire.setAnswer([&](const WireRequest& request) {
+        return isFlooded(request) ? beginning
+                                  : serve(request).replace(second, QByteArray(second.size(), ' '));
+    });
     wire.setMore([&](const WireRequest& request) {
         if (!isFlooded(request))
             return QByteArray();
@@ -254,7 +256,7 @@ void TestHostile::floods()
     qInfo("%lld ms, %lld MB, %lld MB sent", watch.longestGap(), watch.growth(), sent / megabyte);
     QVERIFY(watch.longestGap() < 20000);
     QVERIFY(watch.growth() < 700);
-    QVERIFY(sent < 600 * qint64(megabyte)); // nobody took it to its end
+    QVERIFY(sent < 400 * qint64(megabyte)); // nobody took it to its end
 }
 
 void TestHostile::floodedDownload()
@@ -273,7 +275,7 @@ void TestHostile::floodedDownload()
         downloader->setDownloadPath(folder.path());
         downloader->download(QUrl(QStringLiteral("http://%1/a.tif").arg(wire.address())), false);
         const QString file = folder.filePath(QStringLiteral("a.tif"));
-        QVERIFY(spinUntil([&] { return QFileInfo(file).size() > 150 * qint64(megabyte); }, 60));
+        QVERIFY(spinUntil([&] { return QFileInfo(file).size() > 100 * qint64(megabyte); }, 60));
         downloader.reset();
         QVERIFY(spinUntil([&] { return wire.openCount() == 0; }));
         qInfo("%lld ms, %lld MB", watch.longestGap(), watch.growth());

@@ -198,7 +198,10 @@ class TestLifetime : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_folder;
+    /// In memory where that can be had: hundreds of contact stores would wait for the disk.
+    QTemporaryDir m_folder{QFileInfo(QStringLiteral("/dev/shm")).isWritable()
+                               ? QStringLiteral("/dev/shm/lifetime-XXXXXX")
+                               : QDir::tempPath() + QStringLiteral("/lifetime-XXXXXX")};
 
     static void rows(bool withAnswers)
     {
