@@ -16,10 +16,6 @@ namespace {
 /// "(n)" goes in front of the dot and the three letters of an extension.
 const int extensionLength = 4;
 
-/// How much waits in the access manager to be written, in bytes. Without a limit its thread goes on reading,
-/// and decompressing, whatever a server sends, faster than it can be written.
-const qint64 waitingSize = 16 * 1024;
-
 #ifdef Q_OS_WIN
 /// Whether Windows takes the name for a device or resolves it to something else: "NUL.tif", "a.tif:stream",
 /// "a.tif ".
@@ -148,7 +144,6 @@ void Downloader::download(QUrl url, bool secure)
     }
 
     m_reply = m_manager.get(request);
-    m_reply->setReadBufferSize(waitingSize);
     connect(m_reply.data(), &QNetworkReply::finished, this, &Downloader::slotFinished);
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
