@@ -70,7 +70,7 @@ QVariant PrintCaptureModelBase::data(const QModelIndex& index, int role) const
     case Pages:
         return isAlignment ? int(Qt::AlignCenter) : entry.pages;
     case CreatedAt:
-        return isAlignment ? QVariant(int(Qt::AlignCenter)) : entry.created;
+        return isAlignment ? QVariant(int(Qt::AlignCenter)) : dated(index.row()).created;
     case Actions:
         return isAlignment ? QVariant(int(Qt::AlignCenter)) : QVariant::fromValue(actionBar());
     default:
@@ -188,20 +188,40 @@ QString PrintCaptureModelBase::actionFilesFilter()
 
 bool PrintCaptureModelBase::addEntry(QFileInfo& file)
 {
-    appendEntry(entryOf(file));
+    appendEntry(undated(file));
     return true;
 }
 
-PrintCaptureModelBase::Entry PrintCaptureModelBase::entryOf(const QFileInfo& file) const
+PrintCaptureModelBase::Entry PrintCaptureModelBase::undated(const QFileInfo& file)
 {
     Entry entry;
     entry.file = file;
     entry.name = file.fileName();
+    entry.toolTip = entry.name;
+    return entry;
+}
+
+PrintCaptureModelBase::Entry PrintCaptureModelBase::entryOf(const QFileInfo& file) const
+{
+    Entry entry = undated(file);
     entry.created = file.birthTime();
     if (!entry.created.isValid()) // not every file system keeps it
         entry.created = file.lastModified();
-    entry.toolTip = file.fileName();
     return entry;
+}
+
+const PrintCaptureModelBase::Entry& PrintCaptureModelBase::dated(int row) const
+{
+    if (m_entries.at(row).created.isNull())
+        m_entries[row].created = entryOf(m_entries.at(row).file).created;
+    return m_entries.at(row);
+}
+
+const QVector<PrintCaptureModelBase::Entry>& PrintCaptureModelBase::entries() const
+{
+    for (int row = 0; row < m_entries.size(); ++row)
+        dated(row);
+    return m_entries;
 }
 
 void PrintCaptureModelBase::appendEntry(const Entry& entry)

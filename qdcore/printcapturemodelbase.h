@@ -115,7 +115,7 @@ protected:
     /// For addEntry().
     void appendEntry(const Entry& entry);
     /// The rows, in the order of the folder's listing.
-    const QVector<Entry>& entries() const { return m_entries; }
+    const QVector<Entry>& entries() const;
     /// Sets the number of pages of a row at any time.
     void setPages(int row, int pages);
 
@@ -125,11 +125,15 @@ private:
 
     QDir listedFiles();
     ActionBarItem actionBar() const;
+    static Entry undated(const QFileInfo& file);
+    const Entry& dated(int row) const;
 
     const DateTimeConverter& m_converter;
     bool m_newFaxAction;
     QStringList m_titles;
-    QVector<Entry> m_entries;
+    /// A local time takes longer to make than listing a file, so it is made for rows that are asked for
+    /// theirs.
+    mutable QVector<Entry> m_entries;
     QIcon m_newFaxImage;
     QIcon m_viewImage;
     QIcon m_deleteImage;
