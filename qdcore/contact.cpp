@@ -16,13 +16,17 @@ Contact::~Contact() = default;
 
 bool Contact::readFax(const QDomElement& element, int)
 {
-    const DomChildren children(element);
+    readFields(DomChildren(element));
+    return true;
+}
+
+void Contact::readFields(const DomChildren& children)
+{
     m_name = children.text(nameTag);
     m_email = children.text(emailTag);
     m_phone = children.text(phoneTag);
     m_fax = children.text(faxTag);
     m_organization = children.text(organizationTag);
-    return true;
 }
 
 bool Contact::writeFax(QDomDocument& document, QDomElement& parent, int) const

@@ -5,12 +5,10 @@
 
 QuendraContact::~QuendraContact() = default;
 
-bool QuendraContact::readFax(const QDomElement& element, int protocolVersion)
+bool QuendraContact::readFax(const QDomElement& element, int)
 {
-    if (!Contact::readFax(element, protocolVersion))
-        return false;
-
     const DomChildren children(element);
+    readFields(children);
     QString address;
     if (!children.read(QStringLiteral("contact_url"), address))
         children.read(QStringLiteral("user_url"), address);
