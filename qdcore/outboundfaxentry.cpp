@@ -5,11 +5,11 @@
 
 OutboundFaxEntry::~OutboundFaxEntry() = default;
 
-bool OutboundFaxEntry::readFax(const QDomElement& element, int protocolVersion)
+bool OutboundFaxEntry::readFax(const QDomElement& element, int)
 {
     const DomChildren children(element);
-    m_recipient.readFax(element, protocolVersion);
-    m_sender.readFax(element, protocolVersion);
+    m_recipient.readFields(children);
+    m_sender.readFields(children);
     setFaxEntryStatusFromString(children.text(QStringLiteral("status")));
     m_entryUrl = EntryUrl::fromText(children.text(QStringLiteral("fax_entry_url")));
     m_previewUrl = EntryUrl::fromText(children.text(QStringLiteral("preview")));

@@ -6,7 +6,11 @@ Recepient::~Recepient() = default;
 
 bool Recepient::readFax(const QDomElement& element, int)
 {
-    const DomChildren children(element);
+    return readFields(DomChildren(element));
+}
+
+bool Recepient::readFields(const DomChildren& children)
+{
     setName(children.text(QStringLiteral("recipient_name")));
     setPhone(children.text(QStringLiteral("recipient_phone")));
     setFax(children.text(QStringLiteral("recipient_fax")));

@@ -6,7 +6,11 @@ Sender::~Sender() = default;
 
 bool Sender::readFax(const QDomElement& element, int)
 {
-    const DomChildren children(element);
+    return readFields(DomChildren(element));
+}
+
+bool Sender::readFields(const DomChildren& children)
+{
     setName(children.text(QStringLiteral("sender_name")));
     setEmail(children.text(QStringLiteral("sender_email")));
     setPhone(children.text(QStringLiteral("sender_phone")));
