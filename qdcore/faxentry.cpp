@@ -13,7 +13,7 @@ bool FaxEntry::readFax(const QDomElement& element, int protocolVersion)
     m_changeStateTime = EntryDate::fromText(children.text(QStringLiteral("stime")));
     m_url = EntryUrl::fromText(children.text(QStringLiteral("fax_entry_url")));
     m_agent = children.text(QStringLiteral("agent"));
-    m_schedule.readFax(element, protocolVersion);
+    m_schedule.readFields(children);
     m_from.readFax(children.element(QStringLiteral("sender")), protocolVersion);
     m_coverPage.readFax(children.element(QStringLiteral("cover_page")), 1);
     m_pages = withCoverPage(children.number(QStringLiteral("pages")), m_coverPage.enabled());

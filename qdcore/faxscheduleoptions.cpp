@@ -22,15 +22,19 @@ bool FaxScheduleOptions::isDefault() const
 
 bool FaxScheduleOptions::readFax(const QDomElement& element, int)
 {
-    const DomChildren children(element);
+    return readFields(DomChildren(element));
+}
+
+bool FaxScheduleOptions::readFields(const DomChildren& children)
+{
     QString text = children.text(QStringLiteral("schedule_all_at"));
     if (!text.isEmpty())
         m_dateToSend = utcFromText(text, QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLocalTime();
     text = children.text(QStringLiteral("priority"));
     if (!text.isEmpty())
         setPriority(static_cast<Priority>(text.toInt()));
-    setTryNumber(children.text(QStringLiteral("try_number")).toInt());
-    setMaxTries(children.text(QStringLiteral("max_tries")).toInt());
+    setTryNumber(children.number(QStringLiteral("try_number")));
+    setMaxTries(children.number(QStringLiteral("max_tries")));
     text = children.text(QStringLiteral("try_interval"));
     if (!text.isEmpty())
         setTryInterval(text.toInt());
