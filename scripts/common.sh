@@ -36,3 +36,20 @@ build() {
   say "Building (preset $preset)"
   (cd "$root" && cmake --preset "$preset" -Wno-dev >/dev/null && cmake --build --preset "$preset" ${@:+--target "$@"})
 }
+
+# start_qdsim PROGRAM FOLDER [OPTION...]: starts it in the background, with its output in FOLDER/qdsim.out and
+# FOLDER/qdsim.log. Sets sim, its process, and address, where it listens.
+start_qdsim() {
+  local program=$1 folder=$2; shift 2
+  "$program" "$@" >"$folder/qdsim.out" 2>"$folder/qdsim.log" &
+  sim=$!
+  for _ in $(seq 100); do
+    address=$(sed -n 's|.*http://\([0-9.:]*\).*|\1|p' "$folder/qdsim.out" | head -n 1)
+    [ -n "$address" ] && return 0
+    sleep 0.1
+  done
+  echo "qdsim did not start" >&2
+  return 1
+}
+
+stop_qdsim() { [ -z "${sim:-}" ] || { kill "$sim" 2>/dev/null && wait "$sim" 2>/dev/null || true; sim=; }; }

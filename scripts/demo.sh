@@ -11,10 +11,9 @@ install_packages jq
 build release qdfax qdsim
 
 work=$(mktemp -d)
-sim=
 finish() {
   local status=$?
-  [ -z "$sim" ] || { kill "$sim" 2>/dev/null && wait "$sim" 2>/dev/null || true; }
+  stop_qdsim
   [ $status -eq 0 ] || { echo; echo "The demonstration FAILED (exit status $status)." >&2; sed 's/^/qdsim: /' "$work/qdsim.log" >&2 || true; }
   rm -rf "$work"
   exit $status
@@ -50,15 +49,8 @@ make_pdf() { # FILE PAGES
 }
 
 say "Starting qdsim"
-"$bin/qdsim" --user "anna:$QDFAX_PASSWORD:global" --spool "$work/spool" --speed 20 --inbound 5 --contacts 2000 --groups 5 \
-  >"$work/qdsim.out" 2>"$work/qdsim.log" &
-sim=$!
-for _ in $(seq 100); do
-  address=$(sed -n 's|.*http://\([0-9.:]*\).*|\1|p' "$work/qdsim.out" | head -n 1)
-  [ -n "$address" ] && break
-  sleep 0.1
-done
-[ -n "$address" ] || { echo "qdsim did not start" >&2; exit 1; }
+start_qdsim "$bin/qdsim" "$work" \
+  --user "anna:$QDFAX_PASSWORD:global" --spool "$work/spool" --speed 20 --inbound 5 --contacts 2000 --groups 5
 cat "$work/qdsim.out"
 
 say "Adding the server and looking around"

@@ -1,0 +1,92 @@
+// The contacts of a server, searched while typing: findcontacts ADDRESS LOGIN PASSWORD [--grab FILE]
+//
+// The contact manager keeps the books in a local database, which background threads bring up to date; the
+// window only ever asks the database. With --grab it saves its picture after the first synchronisation and
+// ends.
+
+#include "contact.h"
+#include "contactgroup.h"
+#include "contactmanager.h"
+#include "faxmanager.h"
+#include "faxserver.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+class FindContacts : public QMainWindow
+{
+public:
+    explicit FindContacts(ContactManager& contacts)
+        : m_contacts(contacts)
+    {
+        auto* page = new QWidget(this);
+        auto* layout = new QVBoxLayout(page);
+        layout->addWidget(m_text);
+        layout->addWidget(m_table);
+        setCentralWidget(page);
+        resize(640, 400);
+
+        m_text->setPlaceholderText(tr("Search names"));
+        m_table->setHorizontalHeaderLabels({tr("Name"), tr("Organization"), tr("Fax")});
+        m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+
+        // The answer comes before quickSearch() returns.
+        connect(m_text, &QLineEdit::textChanged, this, &FindContacts::search);
+        connect(&m_contacts, &ContactManager::resultOfQuickSearch, this, &FindContacts::list);
+        connect(&m_contacts, &ContactManager::onSyncStart, this,
+                [this] { statusBar()->showMessage(tr("Synchronising…")); });
+        connect(&m_contacts, &ContactManager::onSyncStop, this, [this] {
+            statusBar()->clearMessage();
+            search();
+        });
+        search();
+    }
+
+private:
+    void search() { m_contacts.quickSearch(m_text->text(), 100, 0, 0); }
+
+    void list(const QuickSearchResalt& found)
+    {
+        m_table->setRowCount(0);
+        for (auto it = found.cbegin(); it != found.cend(); ++it) {
+            const auto unit = m_contacts.getContactById(it.key());
+            const auto contact = unit.dynamicCast<Contact>(); // null for a group
+            const int row = m_table->rowCount();
+            m_table->insertRow(row);
+            m_table->setItem(row, 0, new QTableWidgetItem(it.value()));
+            m_table->setItem(row, 1,
+                             new QTableWidgetItem(contact ? contact->organization() : tr("(a group)")));
+            m_table->setItem(row, 2, new QTableWidgetItem(contact ? contact->fax() : QString()));
+        }
+    }
+
+    ContactManager& m_contacts;
+    QLineEdit* m_text = new QLineEdit;
+    QTableWidget* m_table = new QTableWidget(0, 3);
+};
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    const QStringList arguments = app.arguments();
+    if (arguments.size() < 4)
+        qFatal("usage: findcontacts ADDRESS LOGIN PASSWORD [--grab FILE]");
+
+    ContactManager contacts; // before the fax manager, and destroyed after it
+    FaxManager manager{QPointer<ContactManager>(&contacts)};
+    manager.addServer(arguments[1], false, arguments[2], arguments[3]); // logs in, then synchronises
+
+    FindContacts window(contacts);
+    window.show();
+    const int grab = arguments.indexOf(QStringLiteral("--grab"));
+    if (grab > 0) {
+        QObject::connect(&contacts, &ContactManager::onSyncStop, &window,
+                         [&] { app.exit(window.grab().save(arguments.value(grab + 1)) ? 0 : 1); });
+    }
+    return app.exec();
+}

@@ -1,0 +1,72 @@
+// Sends a PDF as a fax: sendfax ADDRESS LOGIN PASSWORD NUMBER FILE
+//
+// The story of every request: a server makes a task, the task is given its parameters and executed, and ends
+// with one of two signals.
+
+#include "contact.h"
+#include "contactmanager.h"
+#include "faxmanager.h"
+#include "faxserver.h"
+#include "tasks/taskschedule.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QTextStream>
+
+static FaxDocument makeFax(const QString& number, const QString& file)
+{
+    Contact recipient;
+    recipient.setFax(number);
+
+    DiskDataProvider data;
+    data.setFileName(file); // read when the fax is submitted
+    Content content;
+    content.setType(Content::Pdf);
+    content.setData(data);
+    Attach attachment;
+    attachment.setLocation(Attach::Inline);
+    attachment.setName(QFileInfo(file).fileName());
+    attachment.setContent(content);
+
+    FaxDocument fax;
+    fax.recipients().addContact(recipient);
+    fax.attachs().append(attachment);
+    return fax;
+}
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    const QStringList arguments = app.arguments();
+    if (arguments.size() != 6)
+        qFatal("usage: sendfax ADDRESS LOGIN PASSWORD NUMBER FILE");
+    QTextStream out(stdout);
+
+    FaxManager manager{QPointer<ContactManager>()}; // no contacts needed here
+    QPointer<FaxServer> server = manager.addServer(arguments[1], false, arguments[2], arguments[3]);
+
+    // Adding a server logs in. The user's profile comes last, and a fax begins with its defaults.
+    QObject::connect(server, &FaxServer::changedFaxUser, [&](const FaxUser& user) {
+        FaxDocument fax = makeFax(arguments[4], arguments[5]);
+        fax.setFaxSchedule(FaxScheduleOptions(user.faxScheduleOptions()));
+
+        auto* task = static_cast<TaskSchedule*>(server->addTask(Task::Schedule));
+        task->setFaxDocument(fax);
+        QObject::connect(task, &TaskSchedule::doneFaxSchedule,
+                         [&](const BaseFaxEntry::FaxEntriesPtrListPtr& entries) {
+                             for (const auto& entry : *entries)
+                                 out << "queued: " << entry->recipient() << ' '
+                                     << entry->entryUrl().toDisplayString() << '\n';
+                             app.quit();
+                         });
+        task->execute();
+    });
+    // Whatever fails, login or submission, is also the server's last status.
+    QObject::connect(server, &FaxServer::changedLastStatus, [&](Task::Status status) {
+        if (status == Task::Ok)
+            return;
+        out << "failed: " << QVariant::fromValue(status).toString() << '\n';
+        app.exit(1);
+    });
+    return app.exec();
+}
