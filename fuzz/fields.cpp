@@ -102,6 +102,7 @@ struct Exception
     const char* why;
     std::function<bool(const Case&)> applies;
     std::function<QString(const Case&)> becomes;
+    bool isLast{false}; ///< Whether the text does not go through XML as it is.
 };
 
 QString fresh(const Case& c)
@@ -139,6 +140,9 @@ const Exception exceptions[] = {
     {" FaxServer ", " password ",
      "an empty one is enciphered, and what deciphers to nothing is taken as it stands",
      [](const Case& c) { return c.value.isEmpty(); }, [](const Case& c) { return c.again; }},
+    {" FaxServer ", " password ", "enciphered, so that UTF-8 alone decides what is kept", always,
+     [](const Case& c) { return QString::fromUtf8(c.value.toUtf8().constData(), c.value.toUtf8().size()); },
+     true},
     {" CoverPage ", " name type url subject comments ", "the rest of a page that is switched off is not read",
      [](const Case& c) { return !c.is("enabled"); }, fresh},
     {" FaxScheduleOptions FaxUserScheduleOptions FaxUser FaxServer ",
@@ -303,7 +307,8 @@ Fields readAgain(const QString& record, Form form, int version, const Fields& fi
             });
         if (row != std::end(exceptions))
             c.value = row->becomes(c);
-        expected.append({name, exceptions[0].becomes(c)});
+        const bool isLast = row != std::end(exceptions) && row->isLast;
+        expected.append({name, isLast ? c.value : exceptions[0].becomes(c)});
     }
     return expected;
 }
