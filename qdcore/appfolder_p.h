@@ -4,6 +4,9 @@
 
 #include <QString>
 
-/// The product's folder of the user followed by @p leaf, for instance "/Logs": the value of the environment variable
-/// APPDATA as it stands (empty when unset), the product's folder name, the leaf. Nothing is created.
+/// The product's folder of the user followed by @p leaf, for instance "/Logs": the value of the environment
+/// variable APPDATA as it stands (empty when unset), the product's folder name, the leaf. Nothing is created.
 QString appFolder(const QString& leaf);
+
+/// Takes a file from everybody but its owner, where the platform knows of owners. Does not open it.
+void keepToOwner(const QString& path);

@@ -5,10 +5,16 @@
 #include "storebracket_p.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTextStream>
 
 #include <algorithm>
 #include <memory>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -39,6 +45,21 @@ bool isObjectId(const QString& text)
     return !text.isEmpty() && text.size() <= 18 && std::all_of(text.cbegin(), text.cend(), [](QChar c) {
         return c >= QLatin1Char('0') && c <= QLatin1Char('9');
     });
+}
+
+/// Makes the file of the contacts, if there is none, and takes it from everybody but its owner. SQLite gives
+/// the files beside it (a journal) the same permissions.
+void makePrivate(const QString& file)
+{
+#ifdef Q_OS_UNIX
+    // Only one that is new is opened: closing a file gives up the locks that other connections of this
+    // process have on it.
+    const int descriptor =
+        ::open(QFile::encodeName(file).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (descriptor >= 0)
+        ::close(descriptor);
+#endif
+    keepToOwner(file);
 }
 
 /// The condition of a statement that deletes contacts.
@@ -83,6 +104,7 @@ ContactLocalStorage::ContactLocalStorage(QObject* parent)
     const QString path = folder();
     if (!QDir(path).exists() && !QDir().mkpath(path))
         QD_LOG(ERROR, tr("Error creating path %1", "Logger").arg(path));
+    makePrivate(m_file);
     if (!checkDB() && !makeDB())
         QD_LOG(ERROR, tr("Error creating database", "Logger"));
 }
@@ -112,12 +134,17 @@ bool ContactLocalStorage::checkDB()
 
 bool ContactLocalStorage::makeDB()
 {
+    // At once: a program that died between the tables and the triggers would leave a file that passes for
+    // whole.
     StoreConnection& connection = getDbForThread().connection;
-    for (int i = 0; i < static_cast<int>(StoreStatement::SchemaEnd); ++i) {
-        if (!connection.execute(storeStatement(static_cast<StoreStatement>(i))))
-            return false;
-    }
-    return true;
+    const auto run = [&connection](StoreStatement text) { return connection.execute(storeStatement(text)); };
+    bool ok = run(StoreStatement::Begin);
+    for (int i = 0; ok && i < static_cast<int>(StoreStatement::SchemaEnd); ++i)
+        ok = run(static_cast<StoreStatement>(i));
+    if (ok && run(StoreStatement::Commit))
+        return true;
+    run(StoreStatement::Rollback);
+    return false;
 }
 
 ContactLocalStorage::Thread& ContactLocalStorage::getDbForThread()

@@ -24,6 +24,8 @@ class StoreConnection;
  * it ends. Functions that write wait for a bracket that another thread has open. What is written in a bracket
  * is stored whole or not at all: see scopeBegin().
  *
+ * The file is readable by its owner only, and so is what SQLite puts beside it.
+ *
  * Ids are those of the tables' rows; 0 is none. Where a filter argument is 0 it does not filter. Nothing is
  * reported but by the return value: an id or timestamp of 0, false, an empty list.
  */

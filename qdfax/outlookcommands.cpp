@@ -131,6 +131,8 @@ int outlookChoose(Invocation& call)
             return true;
         },
         nullptr);
+    if (!outlook.settings.remark().isEmpty())
+        call.note(outlook.settings.remark());
     if (!trouble.isEmpty()) {
         if (!isKnown)
             storage.deleteSource(source);

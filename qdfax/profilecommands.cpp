@@ -132,6 +132,8 @@ int profileSet(Invocation& call)
             return true;
         },
         &movedTo);
+    if (!session.settings().remark().isEmpty())
+        call.note(session.settings().remark());
     if (!trouble.isEmpty())
         return call.fail(ExitStatus::Settings, QStringLiteral("The server took the profile. ") + trouble);
     show(call, server, server.user());

@@ -67,6 +67,8 @@ int editSettings(const Invocation& call, const std::function<bool(SettingsFile&)
     QString movedTo;
     SettingsFile settings;
     const QString problem = settings.edit(change, &movedTo);
+    if (!settings.remark().isEmpty())
+        call.note(settings.remark());
     if (!movedTo.isEmpty()) {
         call.note(QStringLiteral("The settings file was damaged. It is kept as %1, and a new one was begun.")
                       .arg(QDir::toNativeSeparators(movedTo)));

@@ -31,6 +31,7 @@ const auto versionAttribute = QStringLiteral("version");
 const qint64 largestFile = 16 * 1024 * 1024;
 const int deepestNesting = 32; // ours have four levels; the DOM's parser would follow any number into a crash
 const int lockTimeout = 10000; // ms
+const auto sideSuffix = QStringLiteral(".saving-"); // of the side file, before six letters of its own
 
 /// Empty when the bytes are XML that is safe to parse into a DOM, else what is wrong with them.
 QString xmlProblem(const QByteArray& bytes)
@@ -393,9 +394,29 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
     load();
     if (m_state == Newer || m_state == Unreadable)
         return problem();
+    removeSideFiles();
     if (!change(*this))
         return QString();
     return save(movedTo);
+}
+
+QString SettingsFile::remark() const
+{
+    return m_wasBrokenOff ? QStringLiteral("An earlier change of the settings was broken off and is not in "
+                                           "them. \"qdfax server list\" shows what is.")
+                          : QString();
+}
+
+/// Nobody else saves while the lock is held, so any side file is of a program that died before it was done.
+void SettingsFile::removeSideFiles()
+{
+    const QFileInfo info(m_path);
+    QDir folder = info.absoluteDir();
+    const QStringList left = folder.entryList(QDir::Files | QDir::Hidden);
+    for (const QString& name : left) {
+        if (name.startsWith(info.fileName() + sideSuffix))
+            m_wasBrokenOff = folder.remove(name) || m_wasBrokenOff;
+    }
 }
 
 QString SettingsFile::save(QString* movedTo)
@@ -405,7 +426,7 @@ QString SettingsFile::save(QString* movedTo)
             .arg(QDir::toNativeSeparators(m_path), why);
     };
     // QTemporaryFile lets nobody but the owner read it from the start
-    QTemporaryFile side(m_path + QStringLiteral(".XXXXXX"));
+    QTemporaryFile side(m_path + sideSuffix + QStringLiteral("XXXXXX"));
     if (!side.open())
         return failure(side.errorString());
     side.close();
@@ -417,19 +438,23 @@ QString SettingsFile::save(QString* movedTo)
         !flushToDisk(side.fileName()))
         return failure(QStringLiteral("what was written does not read back"));
 
+    QString aside;
     if (m_state == Damaged) {
         const QString base = m_path + QStringLiteral(".damaged-") +
                              QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-        QString aside = base;
+        aside = base;
         for (int n = 1; n < 100 && !QFile::rename(m_path, aside); ++n)
             aside = base + QLatin1Char('-') + QString::number(n);
         if (QFile::exists(m_path))
             return failure(QStringLiteral("the damaged file cannot be moved aside"));
-        if (movedTo)
-            *movedTo = aside;
     }
-    if (!replaceFile(side.fileName(), m_path))
+    if (!replaceFile(side.fileName(), m_path)) {
+        if (!aside.isEmpty())
+            QFile::rename(aside, m_path);
         return failure(QStringLiteral("the new file cannot be put in its place"));
+    }
+    if (movedTo)
+        *movedTo = aside;
     side.setAutoRemove(false);
     m_state = Good;
     return QString();

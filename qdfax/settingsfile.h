@@ -91,6 +91,9 @@ public:
     /// wait. Empty when all went well, else what is wrong. @p movedTo is set when a damaged file was moved
     /// aside. A change that returns false is not saved, without an error.
     QString edit(const std::function<bool(SettingsFile&)>& change, QString* movedTo);
+    /// What edit() found that the user should know: a program before this one died while it saved. Mostly
+    /// empty.
+    QString remark() const;
 
 private:
     bool readStorage(const QDomElement& element, int version) override;
@@ -98,10 +101,12 @@ private:
 
     void startEmpty();
     QDomElement entry(const QString& uid) const;
+    void removeSideFiles();
     QString save(QString* movedTo);
 
     QString m_path;
     State m_state{Missing};
     QString m_detail;
+    bool m_wasBrokenOff{false};
     QDomDocument m_document; ///< "settings" as read, with the changes.
 };
