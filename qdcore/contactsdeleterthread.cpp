@@ -24,7 +24,8 @@ void ContactsDeleterThread::run()
 {
     if (m_storage) {
         // whoever began a bracket ends it, also when beginning failed: the mutex is held either way
-        if (m_storage->scopeBegin())
+        if (m_storage->scopeBegin() &&
+            (!m_known || m_storage->getContactLastTimeStamp(m_source, m_type, m_location) == *m_known))
             m_storage->deleteContactsIfNotInUIDS(m_source, m_type, m_location, m_uids);
         m_storage->scopeEnd();
         m_storage->freeStorageForThread();

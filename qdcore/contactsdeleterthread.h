@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QThread>
 
+#include <optional>
+
 /**
  * Removes from the store, in the background and in one transaction, the units of a book that its source no
  * longer has.
@@ -24,6 +26,10 @@ public:
                           QObject* parent);
     ~ContactsDeleterThread() override;
 
+    /// What getContactLastTimeStamp() of the book was when the source was asked for its units. Where it is
+    /// another by now, somebody has stored newer ones, and nothing is deleted. Set before start().
+    void setKnown(unsigned int timestamp) { m_known = timestamp; }
+
 Q_SIGNALS:
     void doneContactsDeletion();
 
@@ -36,4 +42,5 @@ private:
     ContactLocalStorage::ContactType m_type;
     ContactLocalStorage::ContactLocation m_location;
     QList<QString> m_uids;
+    std::optional<unsigned int> m_known;
 };

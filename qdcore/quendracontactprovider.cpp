@@ -302,8 +302,8 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
     if (m_server->lastStatus() == Task::AuthError)
         m_server->verifyUser(false);
 
-    const bool isKnown = m_storage->getContactLastTimeStamp(m_sourceId, kindOf(type), locationOf(type)) != 0;
-    if (full || !isKnown)
+    const unsigned int known = lastTimeStamp(type);
+    if (full || known == 0)
         return requestContacts(type, 0);
 
     auto* task = createTask<TaskGetContactsOids>(
@@ -311,15 +311,9 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
     if (!task)
         return slotErrorSyncedContacts(Task::Error);
     task->setContactsType(type);
-    const int stored = m_conversions.value(type);
-    connect(task, &TaskGetContactsOids::doneGetContactsOids, this,
-            [this, stored](const QList<QString>& oids, ContactList::Type book) {
-                // a list that is older than what another run has stored meanwhile would delete it
-                if (m_conversions.value(book) == stored)
-                    slotSyncedContactOids(oids, book);
-                else
-                    requestChanges(book);
-            });
+    connect(
+        task, &TaskGetContactsOids::doneGetContactsOids, this,
+        [this, known](const QList<QString>& oids, ContactList::Type book) { useOids(oids, book, known); });
     connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorSyncedContacts);
     task->execute();
 }
@@ -332,18 +326,31 @@ void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned in
         return slotErrorSyncedContacts(Task::Error);
     task->setContactsType(type);
     task->setContactsLastTimeSync(lastTimeSync);
-    connect(task, &TaskGetContacts::doneGetContacts, this, &QuendraContactProvider::slotSyncedContact);
+    const unsigned int known = lastTimeStamp(type);
+    connect(task, &TaskGetContacts::doneGetContacts, this,
+            [this, known](const ContactList& contacts, unsigned int timestamp) {
+                useContacts(contacts, timestamp, true, known);
+            });
     connect(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync, this,
-            &QuendraContactProvider::slotSyncedContactAfterLastTimeSync);
+            [this, known](const ContactList& contacts, unsigned int timestamp) {
+                useContacts(contacts, timestamp, false, known);
+            });
     connect(task, &Task::errorExecute, this, &QuendraContactProvider::slotErrorSyncedContacts);
     task->execute();
 }
 
 void QuendraContactProvider::slotSyncedContactOids(const QList<QString>& oids, ContactList::Type type)
 {
+    useOids(oids, type, lastTimeStamp(type));
+}
+
+/// @p known is what the store knew of the book when the server was asked. Another run, also one of another
+/// program, may have stored the book since: what it brought is not in the list, and must not be deleted.
+void QuendraContactProvider::useOids(const QList<QString>& oids, ContactList::Type type, unsigned int known)
+{
     if (m_server && m_storage && ContactBook(type).isValid) {
         m_syncOids[type] = oids;
-        startDeleter(type, oids);
+        startDeleter(type, oids, known);
     }
     requestChanges(type);
 }
@@ -353,7 +360,13 @@ void QuendraContactProvider::requestChanges(ContactList::Type type)
 {
     if (!m_server || !m_storage || !ContactBook(type).isValid)
         return slotErrorSyncedContacts(Task::Error);
-    requestContacts(type, m_storage->getContactLastTimeStamp(m_sourceId, kindOf(type), locationOf(type)));
+    requestContacts(type, lastTimeStamp(type));
+}
+
+/// The time up to which the store knows a book, 0 when it does not.
+unsigned int QuendraContactProvider::lastTimeStamp(ContactList::Type type) const
+{
+    return m_storage ? m_storage->getContactLastTimeStamp(m_sourceId, kindOf(type), locationOf(type)) : 0;
 }
 
 void QuendraContactProvider::slotSyncedContact(const ContactList& contacts, unsigned int timestamp)
@@ -369,6 +382,12 @@ void QuendraContactProvider::slotSyncedContactAfterLastTimeSync(const ContactLis
 
 void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigned int timestamp, bool full)
 {
+    useContacts(contacts, timestamp, full, lastTimeStamp(contacts.contactsType()));
+}
+
+void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned int timestamp, bool full,
+                                         unsigned int known)
+{
     const ContactList::Type type = contacts.contactsType();
     if (!ContactBook(type).isValid)
         return; // the synchronisation stays open; only the destructor closes it
@@ -380,14 +399,14 @@ void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigne
         QList<QString> uids = m_syncOids.value(type);
         if (!uids.isEmpty())
             uids += uidsOf(contacts);
-        startDeleter(type, uids);
+        startDeleter(type, uids, known);
     }
 
-    ++m_conversions[type];
     m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());
     auto* thread = new QuendraContactProviderDisassembleThread(m_storage, m_sourceId, this);
     m_threads.append(thread);
     thread->setContacts(contacts, timestamp);
+    thread->setKnown(kindOf(type), locationOf(type), known);
     connect(thread, &QuendraContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
             &QuendraContactProvider::slotDisassembleContactFromThread);
     if (m_work.value(type).deleters > 0)
@@ -398,10 +417,12 @@ void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigne
 
 /// Starts a thread that deletes what the server no longer has. Were it to run after the thread that stores
 /// the book's units, it would delete what was just stored; that one therefore waits for it.
-void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QString>& uids)
+void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QString>& uids,
+                                          unsigned int known)
 {
     auto* deleter =
         new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type), uids, this);
+    deleter->setKnown(known);
     ++m_work[type].deleters;
     connect(deleter, &ContactsDeleterThread::doneContactsDeletion, this,
             [this, type] { deleterEnded(type); });

@@ -84,7 +84,10 @@ private:
     T* createTask(Task::Type type, const LogText& failure);
     void requestContacts(ContactList::Type type, unsigned int lastTimeSync);
     void requestChanges(ContactList::Type type);
-    void startDeleter(ContactList::Type type, const QList<QString>& uids);
+    void useOids(const QList<QString>& oids, ContactList::Type type, unsigned int known);
+    void useContacts(const ContactList& contacts, unsigned int timestamp, bool full, unsigned int known);
+    unsigned int lastTimeStamp(ContactList::Type type) const;
+    void startDeleter(ContactList::Type type, const QList<QString>& uids, unsigned int known);
     void deleterEnded(ContactList::Type type);
     bool endSync();
     QUrl unitUrl(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
@@ -94,5 +97,4 @@ private:
     QList<QPointer<QuendraContactProviderDisassembleThread>> m_threads;
     QMap<ContactList::Type, QList<QString>> m_syncOids; ///< What the server said it has, while synchronising.
     QMap<ContactList::Type, BookWork> m_work;
-    QMap<ContactList::Type, int> m_conversions; ///< How often a book has been stored.
 };

@@ -22,6 +22,23 @@ void QuendraContactProviderDisassembleThread::setContacts(const ContactList& con
     m_timestamp = timestamp;
 }
 
+void QuendraContactProviderDisassembleThread::setKnown(ContactLocalStorage::ContactType type,
+                                                       ContactLocalStorage::ContactLocation location,
+                                                       unsigned int timestamp)
+{
+    m_type = type;
+    m_location = location;
+    m_known = timestamp;
+}
+
+bool QuendraContactProviderDisassembleThread::isOutdated() const
+{
+    if (!m_known)
+        return false;
+    const unsigned int now = m_storage->getContactLastTimeStamp(m_source, m_type, m_location);
+    return now != *m_known && now > m_timestamp;
+}
+
 void QuendraContactProviderDisassembleThread::run()
 {
     if (m_storage) {
@@ -29,7 +46,7 @@ void QuendraContactProviderDisassembleThread::run()
         // the server may have been removed while the reply was on its way; its units must not come back
         QString name;
         ContactLocalStorage::SourceType kind;
-        if (begun && m_storage->getSourceInfo(m_source, name, kind)) {
+        if (begun && m_storage->getSourceInfo(m_source, name, kind) && !isOutdated()) {
             for (const auto& unit : qAsConst(m_contacts).contacts()) {
                 if (unit)
                     disassemble(*m_storage, m_source, *unit, m_timestamp, 0);

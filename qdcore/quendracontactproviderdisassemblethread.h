@@ -7,6 +7,8 @@
 #include <QPointer>
 #include <QThread>
 
+#include <optional>
+
 /**
  * Stores the units of a book as a fax server sent them, in the background and in one transaction.
  *
@@ -24,6 +26,12 @@ public:
     /// start().
     void setContacts(const ContactList& contacts, unsigned int timestamp);
 
+    /// What getContactLastTimeStamp() of the book was when the server was asked. Where it is another by now,
+    /// and later than the units' own, somebody has stored newer ones, and nothing is stored. (Alone that it
+    /// is later says nothing: the server's clock may have been set back.) Set before start().
+    void setKnown(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
+                  unsigned int timestamp);
+
 Q_SIGNALS:
     void doneDisassembleContactFromThread(ContactList::Type type);
 
@@ -31,8 +39,13 @@ protected:
     void run() override;
 
 private:
+    bool isOutdated() const;
+
     QPointer<ContactLocalStorage> m_storage;
     unsigned int m_source;
     ContactList m_contacts;
     unsigned int m_timestamp{0};
+    ContactLocalStorage::ContactType m_type{ContactLocalStorage::AnyType};
+    ContactLocalStorage::ContactLocation m_location{ContactLocalStorage::AnyLocation};
+    std::optional<unsigned int> m_known;
 };
