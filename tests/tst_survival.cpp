@@ -1,0 +1,466 @@
+// What is kept on this machine when a program is killed while it writes, has no room to, or is not alone.
+//
+// QDCORE_ROUNDS says how often programs are killed (15), QDCORE_SEED repeats a run.
+
+#include "contactworld.h"
+#include "qdfaxprogram.h"
+#include "shorthand.h"
+
+#include <QElapsedTimer>
+#include <QRandomGenerator>
+#include <QSet>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <thread>
+
+namespace {
+
+const int contactCount = 300;
+const int groupCount = 6;
+
+int rounds()
+{
+    return qEnvironmentVariableIsSet("QDCORE_ROUNDS") ? qEnvironmentVariableIntValue("QDCORE_ROUNDS") : 15;
+}
+
+/// What the programs that are to be killed do: synchronise the books of a server, so many times, and say on
+/// the way where they are. 0 when all went well.
+int synchronise(const QString& address, int times)
+{
+    const auto say = [](const char* word) { return ::write(STDOUT_FILENO, word, 1) == 1; };
+    say("b"); // begins
+    ContactWorld world;
+    QObject::connect(world.contacts, &ContactManager::onSyncStart, [&say] { say("s"); }); // synchronises
+    const QPointer<FaxServer> server = world.faxes->addServer(address, false, s("alice"), s("secret"));
+    world.watch(server->contactProvider());
+    bool ok = world.settleLogin(server);
+    for (int i = 1; ok && i < times; ++i)
+        ok = world.sync(server->contactProvider(), false);
+    return ok && world.counts->errors == 0 ? 0 : 1;
+}
+
+/// A program that synchronises.
+class Synchroniser : public QProcess
+{
+public:
+    Synchroniser(const SimServer& sim, int times)
+    {
+        setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        start(QCoreApplication::applicationFilePath(),
+              {s("--synchronise"), sim.address(), QString::number(times)});
+    }
+    /// Waits until it has said where it is. False when it never does.
+    bool reaches(char place)
+    {
+        while (!m_said.contains(place)) {
+            if (!waitForReadyRead(Program::longest))
+                return false;
+            m_said += readAllStandardOutput();
+        }
+        return true;
+    }
+    bool isOver() { return state() == NotRunning || waitForFinished(Program::longest); }
+
+private:
+    QByteArray m_said;
+};
+
+using Books = QVector<BookContent>; ///< Personal contacts and groups, global contacts and groups.
+
+Books onServer(const SimServer& sim)
+{
+    Books books;
+    for (int i = 0; i < 4; ++i)
+        books.append(ContactWorld::onServer(sim, s("alice"), i >= 2, i % 2 == 1));
+    return books;
+}
+
+Books inStore(const SimServer& sim)
+{
+    const ContactWorld world;
+    const quint32 source =
+        world.contacts->storage()->getSource(s("alice@") + sim.address(), ContactLocalStorage::SourceQuendra);
+    Books books;
+    for (int i = 0; i < 4; ++i)
+        books.append(source ? world.stored(source, i >= 2, i % 2 == 1) : BookContent());
+    return books;
+}
+
+BookContent reducedTo(const BookContent& book, const std::function<bool(const QString&)>& keep)
+{
+    BookContent left;
+    for (auto entry = book.begin(); entry != book.end(); ++entry) {
+        if (keep(entry.key()))
+            left.insert(entry.key(), entry.value());
+    }
+    return left;
+}
+
+} // namespace
+
+class TestSurvival : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QRandomGenerator m_random;
+    quint32 m_seed{0};
+
+    QString path(const char* below) const { return m_folder->filePath(QLatin1String(below)); }
+    QString database() const { return path("Quendra Client Software/Contacts/contacts.sqlite"); }
+    QString settings() const { return path("Quendra Client Software/Settings/qdfax.xml"); }
+
+    void pause(qint64 longest)
+    {
+        std::this_thread::sleep_for(std::chrono::microseconds(m_random.bounded(int(longest) + 1)));
+    }
+
+    /// The first column of all rows.
+    QStringList query(const char* text) const
+    {
+        QStringList result;
+        {
+            auto connection = QSqlDatabase::addDatabase(s("QSQLITE"), s("raw"));
+            connection.setDatabaseName(database());
+            QSqlQuery rows(connection);
+            if (!connection.open() || !rows.exec(QLatin1String(text)))
+                result << rows.lastError().text();
+            while (rows.next())
+                result << rows.value(0).toString();
+        }
+        QSqlDatabase::removeDatabase(s("raw"));
+        return result;
+    }
+
+    /// The file can be used, and nothing hangs in the air.
+    void checkDatabase() const
+    {
+        QCOMPARE(query("PRAGMA integrity_check"), QStringList(s("ok")));
+        QCOMPARE(query("SELECT contact FROM groups WHERE contact NOT IN (SELECT id FROM contacts) OR "
+                       "contactgroup NOT IN (SELECT id FROM contacts)"),
+                 QStringList());
+        QCOMPARE(query("SELECT uid FROM contacts GROUP BY source, type, location, uid HAVING count(*) > 1"),
+                 QStringList());
+    }
+
+    /// Contacts that are members of a group. A group brings its members along, into another book.
+    static QSet<QString> membersOf(const SimServer& sim)
+    {
+        QSet<QString> uids;
+        for (const QString& owner : {s("alice"), SimBooks::global()}) {
+            const auto groups = sim.book(owner, true);
+            for (const SimEntry& group : groups) {
+                for (const QString& member : group.members)
+                    uids.insert(member.section(QLatin1Char('/'), -1));
+            }
+        }
+        return uids;
+    }
+
+    /// Changes every entry of every book but the members of groups, so that no mixture of old and new goes
+    /// unnoticed; some go and some come.
+    static void changeAll(SimServer& sim, const QSet<QString>& kept, int round)
+    {
+        const QString mark = s(" #") + QString::number(round);
+        for (const QString& owner : {s("alice"), SimBooks::global()}) {
+            for (const bool groups : {false, true}) {
+                const SimBookId book{owner, groups};
+                const int moving = groups ? 1 : 10;
+                int deleted = 0;
+                auto entries = sim.book(owner, groups);
+                for (SimEntry& entry : entries) {
+                    if (!groups && kept.contains(entry.uid))
+                        continue;
+                    entry.person.name = entry.person.name.section(s(" #"), 0, 0) + mark;
+                    if (groups && entry.members.size() > 2)
+                        std::rotate(entry.members.begin(), entry.members.begin() + 1, entry.members.end());
+                    if (deleted < moving && ++deleted)
+                        sim.deleteEntry(book, entry.uid);
+                    else
+                        sim.modifyEntry(book, entry);
+                }
+                for (int i = 0; i < moving; ++i) {
+                    SimEntry entry;
+                    entry.person.name = s("new") + QString::number(i) + mark;
+                    if (groups)
+                        entry.members = entries.last().members.mid(0, 2);
+                    sim.addEntry(book, entry);
+                }
+            }
+        }
+    }
+
+    /// The account with the server, and what it has now, in the file.
+    void synchroniseHere(const SimServer& sim)
+    {
+        ContactWorld world;
+        QVERIFY(world.settleLogin(world.add(sim)));
+        QCOMPARE(world.counts->errors, 0);
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_seed = qEnvironmentVariableIsSet("QDCORE_SEED")
+                     ? quint32(qEnvironmentVariableIntValue("QDCORE_SEED"))
+                     : QRandomGenerator::global()->generate() >> 1;
+        m_random.seed(m_seed);
+        qInfo("seed %u", m_seed);
+    }
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        qputenv("APPDATA", m_folder->path().toLocal8Bit());
+    }
+
+    void killedWhileSynchronising()
+    {
+        SimServer sim(SynchronisedWorld::books(contactCount, groupCount, m_seed));
+        QVERIFY(sim.start());
+        const QSet<QString> members = membersOf(sim);
+        const auto isNoMember = [&members](const QString& uid) { return !members.contains(uid); };
+        qint64 whole = 0; // µs from where a program is waited for until its end
+        qint64 wholeFresh = 0;
+        QMap<QString, int> outcomes;
+        for (int round = 0; round <= rounds(); ++round) {
+            const bool isFresh = round % 5 == 0;
+            const bool isMeasured = round == 0 || round == 1; // is not killed
+            if (isFresh)
+                QVERIFY(QDir(path("Quendra Client Software/Contacts")).removeRecursively());
+            const Books old = isFresh ? Books(4) : onServer(sim);
+            changeAll(sim, members, round);
+            const Books now = onServer(sim);
+
+            Synchroniser program(sim, 1);
+            // without a file every other one dies while the file is made
+            const bool early = isFresh && round % 2 == 0 && !isMeasured;
+            QVERIFY(program.reaches(isFresh ? 'b' : 's'));
+            QElapsedTimer clock;
+            clock.start();
+            if (!isMeasured) {
+                pause(early ? wholeFresh / 10 : isFresh ? wholeFresh : whole);
+                program.kill();
+            }
+            QVERIFY(program.isOver());
+            if (isMeasured) {
+                QCOMPARE(program.exitCode(), 0);
+                (isFresh ? wholeFresh : whole) = clock.nsecsElapsed() / 1000;
+            }
+
+            outcomes[s("transactions cut")] += QFileInfo(database() + s("-journal")).size() > 0;
+            if (QFile::exists(database())) {
+                const int made =
+                    query("SELECT name FROM sqlite_master WHERE name NOT LIKE 'sqlite_%'").size();
+                QVERIFY2(made == 0 || made == 6, QByteArray::number(made).constData());
+            }
+            const Books found = inStore(sim);
+            checkDatabase();
+            for (int i = 0; i < 4; ++i) {
+                const bool groups = i % 2 == 1;
+                const auto others = [&](const BookContent& book) {
+                    return groups ? book : reducedTo(book, isNoMember);
+                };
+                const BookContent less =
+                    reducedTo(old[i], [&](const QString& uid) { return now[i].contains(uid); });
+                const QString outcome = others(found[i]) == others(now[i])   ? s("books new")
+                                        : others(found[i]) == others(old[i]) ? s("books old")
+                                        : others(found[i]) == others(less)   ? s("books old less deleted")
+                                                                             : s("mixed");
+                QVERIFY2(outcome != s("mixed"), qPrintable(s("book %1, round %2").arg(i).arg(round)));
+                ++outcomes[outcome];
+                // Members never change, but come with their book or with a group.
+                for (auto entry = found[i].begin(); !groups && entry != found[i].end(); ++entry)
+                    QVERIFY(isNoMember(entry.key()) || now[i].value(entry.key()) == entry.value());
+                if (!groups && !isFresh) {
+                    for (auto entry = now[i].begin(); entry != now[i].end(); ++entry)
+                        QVERIFY(isNoMember(entry.key()) || found[i].contains(entry.key()));
+                }
+            }
+
+            synchroniseHere(sim);
+            QCOMPARE(inStore(sim), now);
+            checkDatabase();
+        }
+        QStringList figures;
+        for (auto outcome = outcomes.begin(); outcome != outcomes.end(); ++outcome)
+            figures << s("%1 %2").arg(outcome.key()).arg(outcome.value());
+        qInfo("%d kills, seed %u: %s", rounds() - 1, m_seed, qPrintable(figures.join(s(", "))));
+    }
+
+    void twoSynchroniseIntoOneFile()
+    {
+        SimServer sim(SynchronisedWorld::books(contactCount, groupCount, m_seed));
+        QVERIFY(sim.start());
+        const QSet<QString> members = membersOf(sim);
+        synchroniseHere(sim);
+        for (int round = 0; round < std::max(1, rounds() / 10); ++round) {
+            Synchroniser one(sim, 12);
+            Synchroniser other(sim, 12);
+            while (one.state() != QProcess::NotRunning || other.state() != QProcess::NotRunning) {
+                // members stay: a group is read after its book, and ends with an error when one has gone
+                const SimBookId book{m_random.bounded(2) ? s("alice") : SimBooks::global(), false};
+                const auto entries = sim.book(book.owner);
+                SimEntry entry = entries.at(m_random.bounded(entries.size()));
+                if (!members.contains(entry.uid))
+                    sim.deleteEntry(book, entry.uid);
+                entry = entries.at(m_random.bounded(entries.size()));
+                entry.person.name += QLatin1Char('+');
+                sim.modifyEntry(book, entry);
+                entry = SimEntry();
+                entry.person.name = s("new");
+                sim.addEntry(book, entry);
+                one.waitForFinished(5);
+                other.waitForFinished(5);
+            }
+            QCOMPARE(one.exitStatus(), QProcess::NormalExit);
+            QCOMPARE(one.exitCode() + other.exitCode(), 0);
+            checkDatabase();
+            synchroniseHere(sim); // what is missing now and did not change would be missing for ever
+            QCOMPARE(inStore(sim), onServer(sim));
+        }
+    }
+
+    void killedWhileSaving()
+    {
+        const auto makeDefault = [this](Program& program, int server) {
+            program.begin({s("server"), s("default"), s("fax%1").arg(server)}, m_folder->path(),
+                          QProcessEnvironment::systemEnvironment());
+        };
+        const auto run = [&](int server) {
+            Program program;
+            makeDefault(program, server);
+            return program.finish();
+        };
+        const QByteArray stale = addTwo();
+        QByteArray texts[2] = {stale, stale};
+        qint64 whole = 0; // µs from where the file is locked until it is another
+        const QString lock = settings() + s(".lock");
+        const auto waitForLock = [&lock](QProcess& program) {
+            while (program.state() != QProcess::NotRunning && !QFile::exists(lock))
+                program.waitForFinished(0);
+        };
+        for (const int server : {0, 1}) {
+            Program program;
+            makeDefault(program, server);
+            waitForLock(program);
+            QElapsedTimer clock;
+            clock.start();
+            while (program.state() != QProcess::NotRunning && readFile(settings()) == texts[1 - server])
+                program.waitForFinished(0);
+            whole = clock.nsecsElapsed() / 1000;
+            CHECK_RUN(program.finish(), 0);
+            texts[server] = readFile(settings());
+        }
+        QVERIFY(texts[0] != texts[1]);
+
+        QMap<QString, int> outcomes;
+        for (int round = 0; round < rounds(); ++round) {
+            const int server = texts[0] == readFile(settings()) ? 1 : 0;
+            Program program;
+            makeDefault(program, server);
+            waitForLock(program);
+            pause(whole);
+            program.kill();
+            program.finish();
+            const QByteArray found = readFile(settings());
+            QVERIFY2(found == texts[0] || found == texts[1], found.constData());
+            const QDir folder = QFileInfo(settings()).dir();
+            const QStringList side = folder.entryList({s("qdfax.xml.saving-*")});
+            ++outcomes[found == texts[server] ? s("new")
+                       : side.isEmpty()       ? s("old")
+                                              : s("old, side file left")];
+            QVERIFY(side.isEmpty() || found == texts[1 - server]);
+            QCOMPARE(QFile::permissions(settings()) & s_others, QFile::Permissions());
+            for (const QString& name : side)
+                QCOMPARE(QFile::permissions(folder.filePath(name)) & s_others, QFile::Permissions());
+
+            // the next one works, says what happened and clears up
+            const Result next = run(server);
+            CHECK_RUN(next, 0);
+            QCOMPARE(next.err.contains("broken off"), !side.isEmpty());
+            QCOMPARE(readFile(settings()), texts[server]);
+            QCOMPARE(folder.entryList(QDir::Files), QStringList(s("qdfax.xml")));
+        }
+        QStringList figures;
+        for (auto outcome = outcomes.begin(); outcome != outcomes.end(); ++outcome)
+            figures << s("%1 %2").arg(outcome.key()).arg(outcome.value());
+        qInfo("%d kills, seed %u: %s", rounds(), m_seed, qPrintable(figures.join(s(", "))));
+    }
+
+    void noRoomForSettings()
+    {
+        addTwo();
+        const QByteArray before = readFile(settings());
+        // what is saved is a little shorter
+        for (int room = 1; room < before.size() * 9 / 10; room += std::max(1, before.size() / 8)) {
+            Program program;
+            program.largestFile = rlim_t(room);
+            program.begin({s("server"), s("default"), s("fax1")}, m_folder->path(),
+                          QProcessEnvironment::systemEnvironment());
+            const Result result = program.finish();
+            CHECK_RUN(result, 12);
+            QVERIFY2(result.err.contains("The file is as it was") ||
+                         result.err.contains("Nothing can be written"),
+                     result.err);
+            QCOMPARE(readFile(settings()), before);
+            QCOMPARE(QFileInfo(settings()).dir().entryList(QDir::Files), QStringList(s("qdfax.xml")));
+        }
+    }
+
+    /// Also files that were there before, and were open to others.
+    void filesAreTheOwners()
+    {
+        const auto others = [](const QString& file) { return QFile::permissions(file) & s_others; };
+        const QString log = database() + s("-journal");
+        for (const bool existed : {false, true}) {
+            if (existed)
+                QVERIFY(QFile::setPermissions(database(), QFile::ReadOwner | QFile::WriteOwner | s_others));
+            ContactLocalStorage store;
+            QCOMPARE(others(database()), QFile::Permissions());
+            QVERIFY(store.scopeBegin());
+            const quint32 source = store.addSource(s("x"), ContactLocalStorage::SourceQuendra);
+            store.deleteSource(source);
+            QVERIFY(QFile::exists(log));
+            QCOMPARE(others(log), QFile::Permissions());
+            QVERIFY(store.scopeEnd());
+        }
+    }
+
+private:
+    static constexpr QFile::Permissions s_others{QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                                 QFile::ReadOther | QFile::WriteOther | QFile::ExeOther};
+
+    /// Settings with two servers; nobody asks these. Returns the text of the file.
+    QByteArray addTwo()
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(s("QDFAX_PASSWORD"), s("secret"));
+        for (const char* server : {"fax0", "fax1"}) {
+            Program program;
+            program.begin({s("server"), s("add"), s(server), s("--login"), s("mary"), s("--no-check")},
+                          m_folder->path(), environment);
+            [&] { CHECK_RUN(program.finish(), 0); }();
+        }
+        return readFile(settings());
+    }
+};
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    const QStringList arguments = application.arguments();
+    if (arguments.value(1) == s("--synchronise"))
+        return synchronise(arguments.value(2), arguments.value(3).toInt());
+    TestSurvival test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_survival.moc"
