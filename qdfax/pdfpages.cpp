@@ -17,7 +17,8 @@ int pdfPages(const QString& path)
     }();
     Q_UNUSED(silent)
     const std::unique_ptr<Poppler::Document> document(Poppler::Document::load(path));
-    return document ? qMax(0, document->numPages()) : 0;
+    // nothing may be asked of a document whose password is not known
+    return document && !document->isLocked() ? qMax(0, document->numPages()) : 0;
 }
 
 #else
