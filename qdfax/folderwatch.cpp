@@ -7,6 +7,8 @@
 namespace {
 
 const int pause = 200; ///< ms from a change until it is told, with those that follow it.
+const int quiet = 500; ///< ms that nothing is written to a file before that is told.
+const int mostLooks = 10;
 
 } // namespace
 
@@ -17,27 +19,53 @@ FolderWatch::FolderWatch(const QString& folder, QObject* parent)
 {
     m_pause.setSingleShot(true);
     m_pause.setInterval(pause);
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, [this] {
-        watchFolder();
-        note();
-    });
-    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FolderWatch::note);
-    connect(&m_pause, &QTimer::timeout, this, &FolderWatch::changed);
+    m_quiet.setSingleShot(true);
+    m_quiet.setInterval(quiet);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FolderWatch::follow);
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, &m_quiet, QOverload<>::of(&QTimer::start));
+    for (QTimer* timer : {&m_pause, &m_quiet}) {
+        connect(timer, &QTimer::timeout, this, [this] {
+            m_pause.stop();
+            m_quiet.stop();
+            Q_EMIT changed();
+        });
+    }
     watchFolder();
 }
 
-void FolderWatch::watchFolder()
+QString FolderWatch::nearestFolder() const
 {
     QString nearest = m_folder;
     while (!QFileInfo(nearest).isDir() && nearest != QFileInfo(nearest).path())
         nearest = QFileInfo(nearest).path();
-    const QStringList watched = m_watcher.directories();
-    // A folder that was deleted and made again is another one, which only a new watch sees.
-    if (watched == QStringList{nearest} && nearest == m_folder)
-        return;
-    if (!watched.isEmpty())
-        m_watcher.removePaths(watched);
-    m_watcher.addPath(nearest);
+    return nearest;
+}
+
+void FolderWatch::watchFolder()
+{
+    QString nearest = nearestFolder();
+    for (int look = 0; look < mostLooks; ++look) {
+        const QStringList watched = m_watcher.directories();
+        if (!watched.isEmpty())
+            m_watcher.removePaths(watched);
+        // A folder does not tell that it was renamed: the one above it does.
+        m_watcher.addPaths({nearest, QFileInfo(nearest).path()});
+        // what came or went before the watch is not told
+        const QString before = nearest;
+        nearest = nearestFolder();
+        if (nearest == before)
+            return;
+    }
+}
+
+void FolderWatch::follow(const QString& folder)
+{
+    const bool wasThere = m_watcher.directories().contains(m_folder);
+    // A folder that was deleted or renamed and made again is another one, which only a new watch sees.
+    if (folder != m_folder || !wasThere)
+        watchFolder();
+    if (wasThere || folder == m_folder || m_watcher.directories().contains(m_folder))
+        note();
 }
 
 void FolderWatch::setFiles(const QFileInfoList& files)
@@ -63,7 +91,7 @@ void FolderWatch::setFiles(const QFileInfoList& files)
             continue;
         const QFileInfo file(known.filePath());
         if (file.size() != known.size() || file.lastModified() != known.lastModified())
-            return note();
+            return m_quiet.start();
     }
 }
 

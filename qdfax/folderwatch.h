@@ -12,7 +12,8 @@
  *
  * The folder need not exist: then the nearest one above it is watched until it does. Changes are told a
  * moment after the first of them, all that came until then as one: during a long series again and again, and
- * once after its last.
+ * once after its last. A file that is being written is told of when no more is written to it. What changes
+ * beside the folder may be told as well.
  */
 class FolderWatch : public QObject
 {
@@ -29,14 +30,19 @@ public:
     /// came before this call.
     void setFiles(const QFileInfoList& files);
 
+    /// Tells a change in a moment, as if there had been one.
+    void note();
+
 Q_SIGNALS:
     void changed();
 
 private:
+    QString nearestFolder() const;
     void watchFolder();
-    void note();
+    void follow(const QString& folder);
 
     QString m_folder;
     QFileSystemWatcher m_watcher;
-    QTimer m_pause;
+    QTimer m_pause; ///< Since the first change.
+    QTimer m_quiet; ///< Since the last change inside a file.
 };
