@@ -139,6 +139,8 @@ void ActionBarItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem&
         QStyleOptionToolButton tool;
         tool.rect = buttonRect(cell, item, action);
         tool.palette = cell.palette;
+        // images are drawn for the background of cells, which may be much darker than that of buttons
+        tool.palette.setBrush(QPalette::Button, cell.palette.base());
         tool.direction = cell.direction;
         tool.fontMetrics = cell.fontMetrics;
         tool.state = QStyle::State_AutoRaise | (cell.state & (QStyle::State_Enabled | QStyle::State_Active));
@@ -240,7 +242,11 @@ bool ActionBarItemDelegate::eventFilter(QObject* watched, QEvent* event)
         break;
     case QEvent::Leave:
     case QEvent::Hide:
-        setHovered(Button());
+        m_mouse.reset();
+        hover();
+        break;
+    case QEvent::Paint: // rows that come, go, move or are scrolled pass under a mouse that rests
+        hover();
         break;
     default:
         break;
@@ -251,12 +257,13 @@ bool ActionBarItemDelegate::eventFilter(QObject* watched, QEvent* event)
 void ActionBarItemDelegate::followMouse(const QMouseEvent& mouse)
 {
     const Button button = buttonAt(mouse.pos());
+    m_mouse = mouse.pos();
     switch (mouse.type()) {
     case QEvent::MouseMove:
-        setHovered(button);
+        hover();
         break;
     case QEvent::MouseButtonPress:
-        setHovered(button);
+        hover();
         setPressed(mouse.button() == Qt::LeftButton ? button : Button());
         break;
     case QEvent::MouseButtonDblClick: // the second click of two is none of its own
@@ -267,6 +274,11 @@ void ActionBarItemDelegate::followMouse(const QMouseEvent& mouse)
             setPressed(Button());
         break;
     }
+}
+
+void ActionBarItemDelegate::hover()
+{
+    setHovered(m_mouse ? buttonAt(*m_mouse) : Button());
 }
 
 void ActionBarItemDelegate::setHovered(const Button& button)

@@ -3,7 +3,10 @@
 #include "actionbaritem.h"
 
 #include <QPersistentModelIndex>
+#include <QPoint>
 #include <QStyledItemDelegate>
+
+#include <optional>
 
 class QAbstractItemView;
 class QMouseEvent;
@@ -58,12 +61,14 @@ private:
 
     Button buttonAt(const QPoint& position) const;
     void followMouse(const QMouseEvent& mouse);
+    void hover();
     void click(QAbstractItemModel* model, const Button& button);
     void setHovered(const Button& button);
     void setPressed(const Button& button);
 
     QAbstractItemView* m_view;
     const QObject* m_viewport;
+    std::optional<QPoint> m_mouse; ///< Where it is in the viewport, if it is there.
     Button m_hovered;
     Button m_pressed;
     bool m_clickPending{false}; ///< Until it is written.
