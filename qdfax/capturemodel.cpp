@@ -176,6 +176,8 @@ QVariant CaptureModel::data(const QModelIndex& index, int role) const
     const Document& document = m_documents.at(index.row());
     if (role == Qt::DecorationRole && index.column() == 0)
         return document.companion == NoTiff ? m_image : m_imageWithTiff;
+    if (role == Qt::DisplayRole && index.column() == 0)
+        return printable(document.file.fileName().replace(QLatin1Char('\n'), QLatin1Char(' '))); // one line
     if (role == Qt::ToolTipRole && index.column() == 1 && document.companion != NoTiff)
         return companionText(document);
     return PrintCaptureModelBase::data(index, role);

@@ -2,10 +2,15 @@
 
 #include "capturemodel.h"
 
+#include <QAbstractItemDelegate>
+#include <QApplication>
 #include <QBoxLayout>
 #include <QHeaderView>
 #include <QIcon>
+#include <QItemSelectionModel>
 #include <QLabel>
+#include <QPointer>
+#include <QScrollBar>
 #include <QTableView>
 
 #include <algorithm>
@@ -24,13 +29,16 @@ CaptureWindow::CaptureWindow(CaptureModel& model, const DateTimeConverter& conve
     , m_model(model)
     , m_watch(CaptureModel::folder(), this)
     , m_summary(new QLabel(this))
+    , m_table(findChild<QTableView*>(QStringLiteral("tableViewPrintCapture")))
 {
     setWindowIcon(QIcon(QStringLiteral(":/icons/new-fax-action-icon")));
     hidePrinterStatus();
     // room for names rather than around the actions, and no header for rows that have no titles
-    auto* table = findChild<QTableView*>(QStringLiteral("tableViewPrintCapture"));
-    table->horizontalHeader()->setStretchLastSection(false);
-    table->verticalHeader()->hide();
+    m_table->horizontalHeader()->setStretchLastSection(false);
+    m_table->verticalHeader()->hide();
+    // a row is one line high; of a long name beginning and ending tell more than the beginning alone
+    m_table->setWordWrap(false);
+    m_table->setTextElideMode(Qt::ElideMiddle);
     findChild<QBoxLayout*>(QStringLiteral("horizontalLayout"))->addWidget(m_summary);
 
     connect(&m_watch, &FolderWatch::changed, this, &CaptureWindow::follow);
@@ -48,8 +56,46 @@ void CaptureWindow::summarise()
 void CaptureWindow::follow()
 {
     // while everything is being deleted, each look at the folder would be of the past; the end has its own
-    if (findChild<QTableView*>(QStringLiteral("tableViewPrintCapture"))->isEnabled())
-        slotUpdate();
+    if (!m_table->isEnabled())
+        return;
+    // a click consists of what is pressed, released, and then written, all on the same row
+    if (QApplication::mouseButtons() != Qt::NoButton)
+        return m_watch.note();
+    const QPointer<CaptureWindow> self(this);
+    QCoreApplication::sendPostedEvents(m_table->itemDelegate(), QEvent::MetaCall);
+    if (self) // a click may end in a dialogue, and the application with it
+        refresh();
+}
+
+void CaptureWindow::refresh()
+{
+    // the tool tip is the name as it is, and no two rows have the same
+    const auto nameOf = [](const QModelIndex& index) {
+        return index.sibling(index.row(), 0).data(Qt::ToolTipRole).toString();
+    };
+    const QItemSelectionModel* before = m_table->selectionModel();
+    const QString current = nameOf(before->currentIndex());
+    const int column = before->currentIndex().column();
+    const QString selected = nameOf(before->selectedRows().value(0));
+    const int scrolled = m_table->verticalScrollBar()->value();
+
+    slotUpdate();
+
+    m_table->doItemsLayout();
+    const bool autoScroll = m_table->hasAutoScroll();
+    m_table->setAutoScroll(false);
+    for (int row = 0; row < m_table->model()->rowCount(); ++row) {
+        const QModelIndex index = m_table->model()->index(row, 0);
+        const QString name = nameOf(index);
+        if (name == current)
+            m_table->selectionModel()->setCurrentIndex(index.siblingAtColumn(column),
+                                                       QItemSelectionModel::NoUpdate);
+        if (name == selected)
+            m_table->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect |
+                                                         QItemSelectionModel::Rows);
+    }
+    m_table->setAutoScroll(autoScroll);
+    m_table->verticalScrollBar()->setValue(scrolled);
 }
 
 QString captureSummary(const CaptureModel& model)

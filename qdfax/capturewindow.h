@@ -7,10 +7,12 @@
 
 class CaptureModel;
 class QLabel;
+class QTableView;
 
 /**
- * The window of captured print jobs as qdfax opens it: follows the folder, and says below the table how much
- * there is, in place of the state of a printer, which qdfax does not know.
+ * The window of captured print jobs as qdfax opens it: follows the folder, though not while a mouse button is
+ * down, and says below the table how much there is, in place of the state of a printer, which qdfax does not
+ * know.
  */
 class CaptureWindow : public PrintCaptureBase
 {
@@ -22,10 +24,13 @@ public:
 private:
     void summarise();
     void follow();
+    /// Reads the folder; selection, current row and what is scrolled into view stay with their documents.
+    void refresh();
 
     CaptureModel& m_model;
     FolderWatch m_watch;
     QLabel* m_summary;
+    QTableView* m_table;
 };
 
 /// "3 documents, 12 pages, 1 with a TIFF file".

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLayout>
 #include <QSettings>
+#include <QStyleFactory>
 #include <QThread>
 #include <QThreadPool>
 
@@ -96,6 +97,18 @@ private:
 #endif
 };
 
+double luminance(const QColor& color)
+{
+    const auto linear = [](double part) { return std::pow(part, 2.2); };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& a, const QColor& b)
+{
+    const auto [dark, light] = std::minmax({luminance(a), luminance(b)});
+    return (light + 0.05) / (dark + 0.05);
+}
+
 const QFile::Permissions readOnly(0x5555); // to read and enter, for all
 
 } // namespace
@@ -122,6 +135,8 @@ private Q_SLOTS:
     void oddNames();
     void icons_data();
     void icons();
+    void hoveredIcons_data();
+    void hoveredIcons();
 
     void form();
     void newestFirst();
@@ -503,7 +518,6 @@ void TestCaptures::icons_data()
 void TestCaptures::icons()
 {
     QFETCH(QString, name);
-    const auto linear = [](double part) { return std::pow(part, 2.2); };
     const QIcon icon(name);
     for (int size : {16, 24, 32, 64}) {
         const QImage image = icon.pixmap(size, size).toImage();
@@ -516,13 +530,53 @@ void TestCaptures::icons()
             if (color.alpha() < 255)
                 continue;
             ++solid;
-            const double luminance = 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-                                     0.0722 * linear(color.blueF());
-            // a contrast of 3 to 1 to white, and to the dark grey of dark palettes
-            QVERIFY2(luminance <= 0.3 && luminance >= 0.17, qPrintable(color.name()));
+            // dark palettes have a dark grey
+            for (const QColor& background : {QColor(Qt::white), QColor(0x2d, 0x2d, 0x2d)})
+                QVERIFY2(contrast(color, background) >= 3, qPrintable(color.name()));
         }
         QVERIFY(inked > size * size / 8);
         QVERIFY(solid * 3 >= inked); // lines on the grid of pixels
+    }
+}
+
+void TestCaptures::hoveredIcons_data()
+{
+    const Rows<QColor, QColor, QColor> row("window", "base", "alternate");
+    row("light", QColor(0xef, 0xef, 0xef), QColor(Qt::white), QColor(0xf7, 0xf7, 0xf7));
+    row("dark", QColor(0x35, 0x35, 0x35), QColor(0x23, 0x23, 0x23), QColor(0x2d, 0x2d, 0x2d));
+}
+
+void TestCaptures::hoveredIcons()
+{
+    QFETCH(QColor, window);
+    QFETCH(QColor, base);
+    QFETCH(QColor, alternate);
+    add("a.pdf b.pdf");
+    open();
+    const std::unique_ptr<QStyle> style(QStyleFactory::create(s("Fusion")));
+    QPalette palette(window, window);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::AlternateBase, alternate);
+    m_table->setPalette(palette);
+    m_table->setStyle(style.get());
+    const auto* delegate = qobject_cast<ActionBarItemDelegate*>(m_table->itemDelegate());
+    for (int row = 0; row < 2; ++row) {
+        for (int action = 0; action < 3; ++action) {
+            const QRect button = delegate->actionRect(m_table->model()->index(row, 3), action);
+            const QImage still = m_table->viewport()->grab(button).toImage();
+            QTest::mouseMove(m_table->viewport(), button.center());
+            const QImage image = m_table->viewport()->grab(button).toImage();
+            QVERIFY(image != still);
+            // beside the image, inside the frame
+            const QColor background = image.pixelColor(3, 3);
+            const auto bar = m_table->model()->index(row, 3).data().value<ActionBarItem>();
+            const QImage icon = bar.actions().at(action).image.pixmap(16, 16).toImage();
+            for (int pixel = 0; pixel < 16 * 16; ++pixel) {
+                const QColor color = icon.pixelColor(pixel % 16, pixel / 16);
+                QVERIFY2(color.alpha() < 255 || contrast(color, background) >= 3,
+                         qPrintable(color.name() + background.name()));
+            }
+        }
     }
 }
 

@@ -19,6 +19,7 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QProcess>
+#include <QScrollBar>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -36,6 +37,17 @@ QByteArray pdf(int pages)
         writer.newPage();
     painter.end();
     return buffer.data();
+}
+
+/// A PDF that asks for a password.
+QByteArray lockedPdf()
+{
+    return "%PDF-1.4\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n"
+           "2 0 obj<</Type/Pages/Kids[3 0 R]/Count 1>>endobj\n"
+           "3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 9 9]>>endobj\n"
+           "4 0 obj<</Filter/Standard/V 1/R 2/P -4/O<" +
+           QByteArray(64, '1') + ">/U<" + QByteArray(64, '2') +
+           ">>>endobj\ntrailer<</Root 1 0 R/Size 5/Encrypt 4 0 R/ID[<00><00>]>>\n%%EOF\n";
 }
 
 template <typename T>
@@ -87,8 +99,11 @@ private Q_SLOTS:
     void counting();
     void companions();
     void folderThatComesAndGoes();
+    void fileThatIsBeingWritten();
     void filesThatCannotBeWatched();
     void windowFollowsTheFolder();
+    void refreshKeepsThePlace();
+    void refreshLosesNoClick();
     void deleteTenThousand();
     void commands();
     void commandsThatFail_data();
@@ -171,13 +186,14 @@ void TestQdfaxCaptures::counting()
     writeFile(path("d empty.pdf"), "");
     QVERIFY(QDir().mkpath(path("e folder.pdf")));
     writeFile(path("f 1.pdf"), pdf(1));
+    writeFile(path("g locked.pdf"), lockedPdf());
     const DateTimeConverter converter;
     CaptureModel model(converter, true);
     model.slotUpdate();
     QVector<int> pages;
     for (const auto& document : model.countedDocuments())
         pages.append(document.pages);
-    QCOMPARE(pages, (QVector<int>{12, 0, 0, 0, 0, 1}));
+    QCOMPARE(pages, (QVector<int>{12, 0, 0, 0, 0, 1, 0}));
 
     // known counts stay over a refresh, and a document that was replaced is counted again
     model.slotUpdate();
@@ -192,7 +208,7 @@ void TestQdfaxCaptures::counting()
     hasty.slotUpdate();
     QFile::remove(path("x1.pdf"));
     hasty.slotUpdate();
-    QCOMPARE(hasty.countedDocuments().size(), 25);
+    QCOMPARE(hasty.countedDocuments().size(), 26);
     CaptureModel gone(converter, true);
     gone.slotUpdate();
 }
@@ -255,9 +271,35 @@ void TestQdfaxCaptures::folderThatComesAndGoes()
         writeFile(path("a.pdf"), "xy");
         watch.setFiles({known}); // it was another one
         QVERIFY(isTold());
+        const QString other = CaptureModel::folder() + QString::number(i);
+        QVERIFY(QDir().rename(CaptureModel::folder(), other));
+        QVERIFY(QDir().mkpath(CaptureModel::folder())); // another one of the same name
+        QVERIFY(isTold());
+        writeFile(path("b.pdf"), "x");
+        QVERIFY(isTold());
+        QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
+        QVERIFY(isTold());
+        QVERIFY(QDir().rename(other, CaptureModel::folder()));
+        QVERIFY(isTold());
         QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
         QVERIFY(isTold());
     }
+}
+
+void TestQdfaxCaptures::fileThatIsBeingWritten()
+{
+    writeFile(path("a.pdf"), "x");
+    FolderWatch watch(CaptureModel::folder());
+    watch.setFiles({QFileInfo(path("a.pdf"))});
+    QSignalSpy changed(&watch, &FolderWatch::changed);
+    int writes = 0;
+    QTimer writer;
+    connect(&writer, &QTimer::timeout, this, [&] { writeFile(path("a.pdf"), QByteArray(++writes, 'x')); });
+    writer.start(20);
+    QTRY_VERIFY_WITH_TIMEOUT(writes >= 100, 30000);
+    writer.stop();
+    QVERIFY2(changed.count() <= 3, "not while it is written, but for a machine that is busy for a while");
+    QVERIFY(changed.wait());
 }
 
 void TestQdfaxCaptures::filesThatCannotBeWatched()
@@ -273,7 +315,8 @@ void TestQdfaxCaptures::filesThatCannotBeWatched()
     for (int i = 0; i < 2; ++i) {
         watch.setFiles(files);
         QCOMPARE(watcher->files().size(), FolderWatch::mostFiles);
-        QCOMPARE(watcher->directories(), QStringList{CaptureModel::folder()});
+        QCOMPARE(watcher->directories(),
+                 (QStringList{CaptureModel::folder(), QFileInfo(CaptureModel::folder()).path()}));
     }
     watch.setFiles(files.mid(2, 1));
     QCOMPARE(watcher->files(), QStringList{path("x0.pdf")});
@@ -310,6 +353,69 @@ void TestQdfaxCaptures::windowFollowsTheFolder()
     QVERIFY(!window->findChild<QWidget*>(s("pushButtonDeleteAll"))->isEnabled());
     window->close();
     QTRY_VERIFY(!window);
+}
+
+void TestQdfaxCaptures::refreshKeepsThePlace()
+{
+    for (int i = 10; i < 60; ++i)
+        writeFile(path("x%1.pdf").arg(i), "x");
+    const char* broken = "x25 line\nbreak.pdf";
+    writeFile(path(broken), "x");
+    const DateTimeConverter converter;
+    QSettings settings(m_appData.filePath(s("test.ini")), QSettings::IniFormat);
+    CaptureModel model(converter, true);
+    model.slotUpdate();
+    CaptureWindow window(model, converter, settings);
+    window.show();
+    QTableView* table = tableOf(window);
+    table->sortByColumn(0, Qt::AscendingOrder);
+    const auto rowOf = [&](const char* name) {
+        return table->model()->match(table->model()->index(0, 0), Qt::ToolTipRole, s(name), 1, {}).value(0);
+    };
+    QVERIFY(!rowOf(broken).data().toString().contains(QLatin1Char('\n'))); // all of it in one line
+    table->selectRow(rowOf("x50.pdf").row());
+    table->selectionModel()->setCurrentIndex(rowOf(broken).siblingAtColumn(2), QItemSelectionModel::NoUpdate);
+    table->verticalScrollBar()->setValue(3); // neither is in view
+    writeFile(path("x00.pdf"), "x");
+    QTRY_COMPARE(table->model()->rowCount(), 52);
+    QCOMPARE(table->selectionModel()->selectedRows(), QModelIndexList{rowOf("x50.pdf")});
+    QCOMPARE(table->currentIndex(), rowOf(broken).siblingAtColumn(2));
+    QCOMPARE(table->verticalScrollBar()->value(), 3);
+    QFile::remove(path("x50.pdf"));
+    QTRY_COMPARE(table->model()->rowCount(), 51);
+    QVERIFY(!table->selectionModel()->hasSelection());
+}
+
+void TestQdfaxCaptures::refreshLosesNoClick()
+{
+    writeFile(path("a.pdf"), "x");
+    const DateTimeConverter converter;
+    QSettings settings(m_appData.filePath(s("test.ini")), QSettings::IniFormat);
+    CaptureModel model(converter, true);
+    model.slotUpdate();
+    CaptureWindow window(model, converter, settings);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QTableView* table = tableOf(window);
+    QSignalSpy read(&model, &QAbstractItemModel::modelReset);
+    auto* watch = window.findChild<FolderWatch*>();
+    const auto* delegate = qobject_cast<ActionBarItemDelegate*>(table->itemDelegate());
+    const QPoint remove = delegate->actionRect(table->model()->index(0, 3), 2).center();
+    const QPoint inWindow = table->viewport()->mapTo(&window, remove);
+    {
+        const BoxAnswer no(QMessageBox::No);
+        QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, inWindow);
+        Q_EMIT watch->changed();
+        QCOMPARE(read.count(), 0);
+        QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, inWindow);
+        QTRY_VERIFY(!no.said.isEmpty());
+    }
+    QTRY_COMPARE(read.count(), 1); // what was held back
+    const BoxAnswer no(QMessageBox::No);
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, remove);
+    Q_EMIT watch->changed(); // before the click is written
+    QVERIFY(!no.said.isEmpty());
+    QCOMPARE(read.count(), 2);
 }
 
 void TestQdfaxCaptures::deleteTenThousand()
