@@ -1,0 +1,7 @@
+# Run by CPack on what it is about to pack: Debian wants manuals and changelogs compressed, the same way every time.
+file(GLOB_RECURSE texts
+  "${CPACK_TEMPORARY_DIRECTORY}/qdfax.1" "${CPACK_TEMPORARY_DIRECTORY}/qdsim.1"
+  "${CPACK_TEMPORARY_DIRECTORY}/changelog.Debian")
+foreach(text ${texts})
+  execute_process(COMMAND gzip -9 -n ${text} COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
