@@ -22,7 +22,8 @@ const char examples[] =
     "  qdsim --tls --user alice:secret:global --user bob:word --spool /tmp/faxes --speed 20\n"
     "  qdsim --fail-pattern '000$' --fault status=503,path=/qdws/v1/ofax,method=POST,times=1\n"
     "  qdsim --inbound 10000 --contacts 20000 --groups 100 --changes 5\n\n"
-    "Trouble is caused by --fault KIND[=ARGUMENT][,method=M][,path=PREFIX][,skip=N][,times=N]. Kinds:\n";
+    "Trouble is caused by --fault "
+    "KIND[=ARGUMENT][,method=M][,path=PREFIX][,skip=N][,times=N][,chance=PERCENT]. Kinds:\n";
 
 int fail(const QString& text)
 {

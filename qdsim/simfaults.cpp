@@ -116,6 +116,8 @@ bool SimFault::parse(const QString& text, SimFault* fault, QString* error)
             fault->skip = valueOf(parts[i]).toInt(&isNumber);
         else if (key == QLatin1String("times"))
             fault->times = valueOf(parts[i]).toInt(&isNumber);
+        else if (key == QLatin1String("chance"))
+            fault->chance = valueOf(parts[i]).toDouble(&isNumber);
         else
             isNumber = false;
         if (!isNumber) {
@@ -170,6 +172,8 @@ bool SimFaults::take(const SimRequest& request, bool early, SimFault* fault)
         if ((candidate.kind == SimFault::HangUpEarly) != early || candidate.times == 0 ||
             !request.path.startsWith(candidate.pathPrefix) ||
             (!candidate.method.isEmpty() && candidate.method != request.method))
+            continue;
+        if (candidate.chance < 100 && m_random.bounded(100.0) >= candidate.chance)
             continue;
         if (candidate.skip > 0) {
             --candidate.skip;

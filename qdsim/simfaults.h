@@ -2,6 +2,7 @@
 
 #include "simtypes.h"
 
+#include <QtCore/QRandomGenerator>
 #include <QtCore/QVector>
 
 #include <mutex>
@@ -34,12 +35,13 @@ struct SimFault
     Kind kind = Delay;
     qint64 number = -1;
     QString text;
-    QString method;     ///< only requests with this method; empty: any
-    QString pathPrefix; ///< only requests whose decoded path begins so; empty: any
-    int skip = 0;       ///< let so many matching requests pass first
-    int times = -1;     ///< happen so many times; -1: from then on always
+    QString method;      ///< only requests with this method; empty: any
+    QString pathPrefix;  ///< only requests whose decoded path begins so; empty: any
+    int skip = 0;        ///< let so many matching requests pass first
+    int times = -1;      ///< happen so many times; -1: from then on always
+    double chance = 100; ///< happen in so many percent of the cases, at random
 
-    /// Reads "KIND[=ARGUMENT][,method=M][,path=PREFIX][,skip=N][,times=N]", for instance
+    /// Reads "KIND[=ARGUMENT][,method=M][,path=PREFIX][,skip=N][,times=N][,chance=PERCENT]", for instance
     /// "status=503,path=/qdws/v1/ofax,method=POST,times=2". False if it is none; @p error says why.
     static bool parse(const QString& text, SimFault* fault, QString* error);
     /// One line a kind, for help texts.
@@ -50,6 +52,11 @@ struct SimFault
 class SimFaults
 {
 public:
+    /// @p seed: of the faults that happen by chance.
+    explicit SimFaults(quint32 seed = 1)
+        : m_random(seed)
+    {}
+
     void add(const SimFault& fault);
     void clear();
 
@@ -69,4 +76,5 @@ private:
 
     std::mutex m_mutex;
     QVector<SimFault> m_faults;
+    QRandomGenerator m_random;
 };

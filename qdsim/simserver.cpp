@@ -15,6 +15,7 @@ class SimServer::Private
 public:
     explicit Private(const SimOptions& options)
         : state(options)
+        , faults(options.seed)
     {}
 
     SimReply answer(SimRequest& request);
