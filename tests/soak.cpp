@@ -1,0 +1,413 @@
+// A client that works for a long time against a server that changes and fails now and then: does it grow,
+// does it lose anything?
+//
+// soak MINUTES [SEED [KIB]]     KIB: leak so much a second, to see that it is noticed
+//
+// The server is this program again, in a process of its own, so that its memory is not counted.
+
+#include "attach.h"
+#include "contactworld.h"
+#include "downloader.h"
+#include "faxdocument.h"
+#include "inboundfaxentry.h"
+#include "quendracontact.h"
+#include "shorthand.h"
+#include "tasks/taskabort.h"
+#include "tasks/taskgetfaxentry.h"
+#include "tasks/taskgetinboundfaxentry.h"
+#include "tasks/taskgetoutboundfaxentry.h"
+#include "tasks/taskschedule.h"
+
+#include <QDataStream>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+using Books = QVector<BookContent>;
+
+// --- The server: commands of one letter on standard input
+
+const char quiet = 'q'; ///< no more changes, no more faults
+const char tell = 't';  ///< the books, in a line
+
+int serve(quint32 seed)
+{
+    SimOptions options = SynchronisedWorld::books(400, 5, seed);
+    options.inbound = 20;
+    options.keepRequests = false;
+    options.keepBodyLimit = 0;
+    SimServer sim(options);
+    for (const char* fault : {"cut,chance=1", "truncated,chance=1", "delay=1000,chance=1"}) {
+        if (!sim.addFault(s(fault)))
+            return 2;
+    }
+    if (!sim.start())
+        return 2;
+    std::printf("%s\n", qPrintable(sim.address()));
+    std::fflush(stdout);
+    bool changes = true;
+    pollfd input = {STDIN_FILENO, POLLIN, 0};
+    for (;;) {
+        if (::poll(&input, 1, 100) == 0) {
+            if (changes)
+                sim.stepChanges(1);
+            continue;
+        }
+        char command = 0;
+        if (::read(STDIN_FILENO, &command, 1) != 1)
+            return 0;
+        if (command == quiet) {
+            changes = false;
+            sim.clearFaults();
+        } else if (command == tell) {
+            Books books;
+            for (int i = 0; i < 4; ++i)
+                books.append(ContactWorld::onServer(sim, s("alice"), i >= 2, i % 2 == 1));
+            QByteArray bytes;
+            QDataStream stream(&bytes, QIODevice::WriteOnly);
+            stream << books;
+            std::printf("%s\n", bytes.toBase64().constData());
+            std::fflush(stdout);
+        }
+    }
+}
+
+// --- The client
+
+struct Sample
+{
+    int rss; ///< KiB
+    int fds;
+};
+
+Sample sample()
+{
+    const QByteArray pages = readFile(s("/proc/self/statm")).split(' ').value(1);
+    return {int(pages.toLong() * (::sysconf(_SC_PAGESIZE) / 1024)),
+            int(QDir(s("/proc/self/fd"))
+                    .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+                    .size())};
+}
+
+class Soak
+{
+public:
+    explicit Soak(const QString& address)
+        : m_server(m_world.faxes->addServer(address, false, s("alice"), s("secret")))
+    {
+        m_world.watch(m_server->contactProvider());
+        m_works = m_world.settleLogin(m_server);
+        // what a submission carries
+        writeFile(m_folder.filePath(s("fax.txt")), QByteArray(20000, 'x'));
+    }
+
+    bool works() const { return m_works; }
+    ContactWorld& world() { return m_world; }
+    ContactProvider* provider() { return m_server->contactProvider(); }
+
+    void begin()
+    {
+        QObject::connect(m_world.contacts, &ContactManager::onSyncStop, &m_context,
+                         [this] { later([this] { synchronise(); }); });
+        synchronise();
+        readLogs();
+        submit();
+        download();
+    }
+
+    /// Starts nothing more, and waits for what runs. False when something never ends.
+    bool end()
+    {
+        m_ends = true;
+        return spinUntil([this] { return m_running == 0 && !m_world.contacts->isSync(); }, 60);
+    }
+
+    QString figures() const
+    {
+        return s("%1 books synchronised (%2 failed), %3 logs, %4 faxes, %5 downloads, %6 other failures")
+            .arg(m_world.counts->ends)
+            .arg(m_world.counts->errors)
+            .arg(m_logs)
+            .arg(m_faxes)
+            .arg(m_downloads)
+            .arg(m_failures);
+    }
+
+private:
+    void later(const std::function<void()>& next)
+    {
+        if (!m_ends)
+            QTimer::singleShot(50, &m_context, next);
+    }
+
+    void synchronise()
+    {
+        if (m_ends || m_world.contacts->isSync())
+            return;
+        const bool full = ++m_rounds % 20 == 0;
+        const auto books = provider()->contactsTypeList();
+        for (const ContactList::Type book : books)
+            provider()->syncContacts(book, full);
+    }
+
+    /// Runs a task; @p next follows when it has gone.
+    template <typename T, typename Signal, typename Slot>
+    void run(T* task, Signal done, Slot slot, const std::function<void()>& next)
+    {
+        ++m_running;
+        QObject::connect(task, done, &m_context, slot);
+        QObject::connect(task, &Task::errorExecute, &m_context, [this] { ++m_failures; });
+        QObject::connect(task, &QObject::destroyed, &m_context, [this, next] {
+            --m_running;
+            later(next);
+        });
+        task->execute();
+    }
+
+    template <typename T>
+    T* task(Task::Type type)
+    {
+        return qobject_cast<T*>(m_server->addTask(type));
+    }
+
+    void readLogs()
+    {
+        const auto count = [this] { ++m_logs; };
+        const auto next = [this] { readLogs(); };
+        switch (++m_turn % 3) {
+        case 0: {
+            auto* log = task<TaskGetFaxEntry>(Task::GetFaxEntry);
+            log->setTaskEntryType(TaskGetFaxEntry::EntryQueue);
+            log->setCompleteLimit(50);
+            return run(log, &TaskGetFaxEntry::doneGetFaxEntry, count, next);
+        }
+        case 1: {
+            auto* log = task<TaskGetOutboundFaxEntry>(Task::GetOutboundFaxEntry);
+            log->setCompleteLimit(50);
+            return run(log, &TaskGetOutboundFaxEntry::doneGetFaxEntry, count, next);
+        }
+        default: {
+            auto* log = task<TaskGetInboundFaxEntry>(Task::GetInboundFaxEntry);
+            const auto keep = [this](const InboundFaxEntriesPtrListPtr& entries) {
+                ++m_logs;
+                if (!entries->isEmpty())
+                    m_document = entries->at(m_turn % entries->size())->location();
+            };
+            return run(log, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry, keep, next);
+        }
+        }
+    }
+
+    void submit()
+    {
+        DiskDataProvider data;
+        data.setFileName(m_folder.filePath(s("fax.txt")));
+        Content content;
+        content.setType(Content::PlainText);
+        content.setData(data);
+        Attach attach;
+        attach.setLocation(Attach::Inline);
+        attach.setName(s("fax.txt"));
+        attach.setContent(content);
+        QuendraContact recipient;
+        recipient.setFax(s("100"));
+        FaxDocument document;
+        document.setAttachs({attach});
+        document.recipients().addContact(recipient);
+        auto* submission = task<TaskSchedule>(Task::Schedule);
+        submission->setFaxDocument(document);
+        m_fax.clear();
+        run(
+            submission, &TaskSchedule::doneFaxSchedule,
+            [this](const BaseFaxEntry::FaxEntriesPtrListPtr& entries) {
+                ++m_faxes;
+                if (!entries->isEmpty())
+                    m_fax = entries->first()->entryUrl();
+            },
+            [this] { m_fax.isEmpty() ? submit() : abort(); });
+    }
+
+    void abort()
+    {
+        auto* aborting = task<TaskAbort>(Task::Abort);
+        aborting->setFaxEntryUrl(m_fax);
+        run(
+            aborting, &TaskAbort::doneAbort, [] {}, [this] { submit(); });
+    }
+
+    void download()
+    {
+        if (m_document.isEmpty())
+            return later([this] { download(); });
+        QUrl url = m_document;
+        url.setUserName(s("alice"));
+        url.setPassword(s("secret"));
+        auto* downloader = new Downloader(nullptr, m_world.faxes->nam());
+        downloader->setDownloadPath(m_folder.path());
+        ++m_running;
+        const auto ended = [this, downloader] {
+            // an error may be told twice
+            if (downloader == m_downloader) {
+                m_downloader = nullptr;
+                --m_running;
+                downloader->deleteLater();
+                later([this] { download(); });
+            }
+        };
+        m_downloader = downloader;
+        QObject::connect(downloader, &Downloader::downloadFinished, &m_context,
+                         [this, ended](const QString& file) {
+                             ++m_downloads;
+                             QFile::remove(file);
+                             ended();
+                         });
+        QObject::connect(downloader, &Downloader::downloadError, &m_context, [this, ended] {
+            ++m_failures;
+            ended();
+        });
+        downloader->download(url, false);
+    }
+
+    QTemporaryDir m_folder;
+    ContactWorld m_world;
+    QPointer<FaxServer> m_server;
+    QObject m_context; ///< What calls this, before the world goes.
+    bool m_works{false};
+    bool m_ends{false};
+    int m_running{0};
+    int m_rounds{0};
+    int m_turn{0};
+    int m_logs{0};
+    int m_faxes{0};
+    int m_downloads{0};
+    int m_failures{0};
+    QUrl m_fax;
+    QUrl m_document;
+    Downloader* m_downloader{nullptr};
+};
+
+Sample median(const QVector<Sample>& samples, int begin, int count)
+{
+    QVector<int> rss;
+    QVector<int> fds;
+    for (int i = std::max(begin, 0); i < std::min(begin + count, int(samples.size())); ++i) {
+        rss.append(samples.at(i).rss);
+        fds.append(samples.at(i).fds);
+    }
+    std::sort(rss.begin(), rss.end());
+    std::sort(fds.begin(), fds.end());
+    return {rss.value(rss.size() / 2), fds.value(fds.size() / 2)};
+}
+
+int run(double minutes, quint32 seed, int leak)
+{
+    QTemporaryDir folder;
+    qputenv("APPDATA", folder.path().toLocal8Bit());
+    QProcess server;
+    server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    server.start(QCoreApplication::applicationFilePath(), {s("--server"), QString::number(seed)});
+    const auto line = [&server] {
+        while (!server.canReadLine() && server.waitForReadyRead(60000)) {
+        }
+        return server.readLine().trimmed();
+    };
+    Soak soak(s(line()));
+    if (!soak.works()) {
+        std::fprintf(stderr, "The server cannot be worked with.\n");
+        return 2;
+    }
+    std::printf("%g minutes, seed %u; 1 %% of the replies cut, 1 %% malformed, 1 %% a second late\n", minutes,
+                seed);
+    soak.begin();
+
+    QVector<Sample> samples;
+    const int seconds = std::max(1, int(minutes * 60));
+    QEventLoop loop;
+    QTimer clock;
+    QObject::connect(&clock, &QTimer::timeout, &loop, [&] {
+        samples.append(sample());
+        if (char* lost = leak > 0 ? static_cast<char*>(std::malloc(size_t(leak) * 1024)) : nullptr)
+            std::fill(lost, lost + leak * 1024, 'x');
+        if (samples.size() % 60 == 0) {
+            std::printf("%3d min: %6d KiB, %3d files, %s\n", int(samples.size()) / 60, samples.last().rss,
+                        samples.last().fds, qPrintable(soak.figures()));
+            std::fflush(stdout);
+        }
+        if (samples.size() >= seconds)
+            loop.quit();
+    });
+    clock.start(1000);
+    loop.exec();
+    clock.stop();
+
+    int failed = 0;
+    const auto verdict = [&failed](bool ok, const QString& what) {
+        std::printf("%-6s %s\n", ok ? "ok" : "FAILED", qPrintable(what));
+        failed += !ok;
+    };
+    verdict(soak.end(), s("everything that was begun has ended"));
+    server.write(&quiet, 1);
+    server.waitForBytesWritten();
+    server.write(&tell, 1);
+    const bool synchronised = soak.world().sync(soak.provider(), false);
+    Books books;
+    QDataStream stream(QByteArray::fromBase64(line()));
+    stream >> books;
+    const quint32 source = soak.provider()->sourceId();
+    int entries = 0;
+    bool same = synchronised && books.size() == 4;
+    for (int i = 0; same && i < 4; ++i) {
+        const BookContent stored = soak.world().stored(source, i >= 2, i % 2 == 1);
+        same = stored == books.at(i);
+        entries += stored.size();
+    }
+    verdict(same, s("the store is the server's, %1 entries").arg(entries));
+    const SyncCounts& counts = *soak.world().counts;
+    verdict(counts.isPaired() && counts.starts > 0,
+            s("starts and stops: %1 and %2 of the manager, %3 and %4 of the provider")
+                .arg(counts.starts)
+                .arg(counts.stops)
+                .arg(counts.providerStarts)
+                .arg(counts.providerStops));
+    const int window = std::max(1, seconds / 6);
+    const Sample before = median(samples, std::min(window, 300), window);
+    const Sample after = median(samples, seconds - window, window);
+    verdict(after.rss <= before.rss + before.rss / 20 + 2048,
+            s("memory: %1 KiB after the first %2 s, %3 KiB at the end")
+                .arg(before.rss)
+                .arg(std::min(window, 300))
+                .arg(after.rss));
+    verdict(after.fds <= before.fds + 4, s("open files: %1, then %2").arg(before.fds).arg(after.fds));
+    std::printf("%s; %s\n", failed == 0 ? "passed" : "FAILED", qPrintable(soak.figures()));
+
+    server.closeWriteChannel();
+    if (!server.waitForFinished(20000))
+        server.kill();
+    return failed == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    const QStringList arguments = application.arguments();
+    if (arguments.value(1) == s("--server"))
+        return serve(arguments.value(2).toUInt());
+    bool isNumber = false;
+    const double minutes = arguments.value(1).toDouble(&isNumber);
+    if (!isNumber || minutes <= 0) {
+        std::fprintf(stderr, "Usage: soak MINUTES [SEED [KIB]]\n");
+        return 2;
+    }
+    return run(minutes, arguments.value(2, s("1")).toUInt(), arguments.value(3).toInt());
+}
