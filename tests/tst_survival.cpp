@@ -230,7 +230,7 @@ private Q_SLOTS:
         qint64 whole = 0; // µs from where a program is waited for until its end
         qint64 wholeFresh = 0;
         QMap<QString, int> outcomes;
-        for (int round = 0; round <= rounds(); ++round) {
+        for (int round = 0; round < rounds() + 2; ++round) {
             const bool isFresh = round % 5 == 0;
             const bool isMeasured = round == 0 || round == 1; // is not killed
             if (isFresh)
@@ -292,7 +292,7 @@ private Q_SLOTS:
         QStringList figures;
         for (auto outcome = outcomes.begin(); outcome != outcomes.end(); ++outcome)
             figures << s("%1 %2").arg(outcome.key()).arg(outcome.value());
-        qInfo("%d kills, seed %u: %s", rounds() - 1, m_seed, qPrintable(figures.join(s(", "))));
+        qInfo("%d kills, seed %u: %s", rounds(), m_seed, qPrintable(figures.join(s(", "))));
     }
 
     void twoSynchroniseIntoOneFile()
