@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# Everything that says whether the library can be relied on: all tests, as they are and under the sanitizers, the fuzzers,
+# killed programs, and work without a break. A table at the end; ends with 1 where something failed.
+#
+# Usage: scripts/check.sh            about half an hour
+#        scripts/check.sh --long     hours: also 200 kills, a locked file for a minute, 30 minutes of work, 10 minutes a fuzzer
+#
+# What each check said is in build/check. Installs what it needs (Debian packages) where it is missing.
+set -uo pipefail
+. "$(dirname "$0")/common.sh"
+
+long=
+fuzzing=30 minutes=2 kills=30
+case "${1:-}" in
+  '') ;;
+  --long) long=yes fuzzing=600 minutes=30 kills=200 ;;
+  *) echo "Usage: scripts/check.sh [--long]" >&2; exit 2 ;;
+esac
+logs=$root/build/check
+mkdir -p "$logs"
+rows=()
+failed=0
+
+# check NAME COMMAND...: runs it, its output into a log, and remembers a row of the table.
+check() {
+  local name=$1 result=ok begin=$SECONDS; shift
+  local log=$logs/${name// /-}.log
+  say "$name"
+  "$@" >"$log" 2>&1 || { result=FAILED; failed=1; tail -n 15 "$log"; }
+  # the last word of the tests, of the fuzzers and of the long runs
+  local figure
+  figure=$(grep -aE 'tests passed|tests failed|kills, seed|^passed|^FAILED;|nothing found|FOUND after' "$log" \
+    | sed -E 's/^QINFO[^)]*\) //; s/ +/ /g' | tail -n 8 || true)
+  [ -z "$figure" ] || printf '%s\n' "$figure"
+  rows+=("$(printf '%-28s %-7s %6d' "$name" "$result" $((SECONDS - begin)))")
+}
+
+scripts=$root/scripts
+check "tests" "$scripts/test.sh" release
+check "tests with asan" "$scripts/test.sh" asan
+check "tests with tsan" "$scripts/test.sh" tsan
+check "fuzzers" "$scripts/fuzz.sh" $fuzzing
+check "soak" "$scripts/soak.sh" $minutes
+check "kills" env QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 QDCORE_ROUNDS=$kills "$root/build/release/bin/tst_survival"
+[ -z "$long" ] ||
+  check "locked for a minute" env QT_QPA_PLATFORM=offscreen QDCORE_LOCK_SECONDS=60 "$root/build/release/bin/tst_contactstore" lockedForLong
+
+say "Result"
+printf '%-28s %-7s %6s\n' POINT RESULT SECONDS
+printf '%s\n' "${rows[@]}"
+exit $failed
