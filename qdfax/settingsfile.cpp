@@ -382,6 +382,9 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
 
     const Terminal::InterruptBlocker blocker;
     QLockFile lock(m_path + QStringLiteral(".lock"));
+    // A program that died before it wrote its number into the lock leaves one that only its age gives away.
+    // That of a living one, however old, is kept by the system.
+    lock.setStaleLockTime(lockTimeout / 2);
     if (!lock.tryLock(lockTimeout)) {
         return lock.error() == QLockFile::LockFailedError
                    ? QStringLiteral("Another program holds the settings file %1. Try again later.")
