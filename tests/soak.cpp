@@ -57,7 +57,7 @@ int serve(quint32 seed)
     bool changes = true;
     pollfd input = {STDIN_FILENO, POLLIN, 0};
     for (;;) {
-        if (::poll(&input, 1, 100) == 0) {
+        if (::poll(&input, 1, 500) == 0) { // two changes a second
             if (changes)
                 sim.stepChanges(1);
             continue;
