@@ -16,8 +16,10 @@ bool looksLikeWebPage(QNetworkReply& reply)
 {
     if (reply.header(QNetworkRequest::ContentTypeHeader).toString().contains(QLatin1String("html")))
         return true;
-    // an aborted one is closed
-    return reply.isOpen() && ReplyWatch::beginsWebPage(reply.peek(ReplyWatch::bodyHead));
+    QByteArray head = reply.property(Task::bodyHeadProperty).toByteArray();
+    if (head.isEmpty() && reply.isOpen()) // an aborted one is closed
+        head = reply.peek(ReplyWatch::bodyHead);
+    return ReplyWatch::beginsWebPage(head);
 }
 
 } // namespace

@@ -38,7 +38,7 @@ public:
     };
     /// Whether a body that begins like this is a web page; bodyHead bytes are enough to see it.
     static bool beginsWebPage(const QByteArray& head);
-    static constexpr qint64 bodyHead = 512;
+    static constexpr qint64 bodyHead = Task::bodyHeadSize;
 
     const Outcome& last() const { return m_last; }
     /// Requests that are not answered yet.

@@ -64,6 +64,8 @@ void Task::collect(QNetworkReply* reply)
         const auto body = m_collected.find(reply);
         if (body == m_collected.end())
             return;
+        if (body->isEmpty())
+            reply->setProperty(bodyHeadProperty, reply->peek(bodyHeadSize));
         if (body->size() + reply->bytesAvailable() <= maxReplySize) {
             body->append(reply->readAll());
         } else {

@@ -76,6 +76,11 @@ public:
     /// Replies larger than this many bytes, after decompression, are cut off and end the task with Error.
     static constexpr qint64 maxReplySize = qint64(256) * 1024 * 1024;
 
+    /// The dynamic property in which a reply keeps how its body begins, at most bodyHeadSize bytes: the task
+    /// reads bodies as they come, and whoever listens to the access manager would find nothing.
+    static constexpr const char* bodyHeadProperty = "bodyHead";
+    static constexpr qint64 bodyHeadSize = 512;
+
     ~Task() override;
 
     /// Builds and sends the request; a second call does nothing. A task whose parameters cannot be sent fails
