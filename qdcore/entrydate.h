@@ -17,6 +17,7 @@ class QDCORE_EXPORT EntryDate
 public:
     /// Null.
     EntryDate() = default;
+    // cppcheck-suppress noExplicitConstructor ; a date may stand for it
     EntryDate(const QDateTime& dateTime)
         : m_dateTime(dateTime)
     {}

@@ -16,6 +16,7 @@ class QDCORE_EXPORT EntryUrl
 public:
     /// Empty.
     EntryUrl() = default;
+    // cppcheck-suppress noExplicitConstructor ; an address may stand for it
     EntryUrl(const QUrl& url)
         : m_url(url)
     {}

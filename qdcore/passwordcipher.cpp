@@ -34,7 +34,7 @@ char randomByte()
 {
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
-    return static_cast<char>(qrand() & 0xFF);
+    return static_cast<char>(qrand() & 0xFF); // cppcheck-suppress qrandCalled ; nothing secret hangs on it
     QT_WARNING_POP
 }
 
@@ -57,6 +57,7 @@ PasswordCipher::PasswordCipher(quint64 key)
 {
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
+    // cppcheck-suppress qsrandCalled
     qsrand(static_cast<uint>(QDateTime::currentMSecsSinceEpoch() & 0xFFFF));
     QT_WARNING_POP
 

@@ -17,7 +17,7 @@ StoreConnection::StoreConnection(const QString& name, const QString& path)
         m_database.setDatabaseName(path);
     }
     if (!m_database.isOpen())
-        m_database.open();
+        m_database.open(); // cppcheck-suppress ignoredReturnErrorCode ; every statement asks isOpen()
 }
 
 StoreConnection::~StoreConnection()

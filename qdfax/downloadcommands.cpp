@@ -142,7 +142,7 @@ QString leftover(const QString& path, int httpStatus)
 
 /// Fetches one file. The library counts a redirect as the file and tells no lengths, so status and lengths
 /// are compared here.
-int fetch(Invocation& call, const QUrl& url, bool secure, const QString& folder, const QString& path)
+int fetch(const Invocation& call, const QUrl& url, bool secure, const QString& folder, const QString& path)
 {
     CountingManager manager;
     ReplyWatch watch(manager);

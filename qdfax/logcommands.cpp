@@ -29,7 +29,7 @@ std::optional<int> count(const Invocation& call, const char* option, int absent,
     return number;
 }
 
-int showLog(Invocation& call, FaxLog::Kind kind)
+int showLog(const Invocation& call, FaxLog::Kind kind)
 {
     const auto limit = count(call, "limit", 0, mostEntries);
     const auto finished = kind == FaxLog::Queue ? count(call, "finished", 0, mostEntries) : 0;
@@ -182,7 +182,7 @@ Command logCommand(FaxLog::Kind kind, const char* summary)
     Command command;
     command.name = FaxLog::names().at(kind);
     command.summary = QString::fromLatin1(summary);
-    command.run = [kind](Invocation& call) { return showLog(call, kind); };
+    command.run = [kind](const Invocation& call) { return showLog(call, kind); };
     command.options = {limitOption(kind == FaxLog::Status
                                        ? "At most N faxes that wait and N that are being sent."
                                        : "At most N faxes, the newest.")};

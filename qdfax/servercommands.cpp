@@ -174,7 +174,7 @@ int serverList(Invocation& call)
 }
 
 /// Finds the entry that the argument names and changes it.
-int changeEntry(Invocation& call, void (SettingsFile::*change)(const QString&), const QString& done,
+int changeEntry(const Invocation& call, void (SettingsFile::*change)(const QString&), const QString& done,
                 void (*afterwards)(const QString& uid) = nullptr)
 {
     const QString wanted = call.arguments().at(0);
@@ -183,6 +183,7 @@ int changeEntry(Invocation& call, void (SettingsFile::*change)(const QString&), 
     if (!settings.problem().isEmpty())
         return call.fail(ExitStatus::Settings, settings.problem());
     QString uid;
+    // cppcheck-suppress constParameter ; the change is not for constants
     const int status = editSettings(call, [&](SettingsFile& file) {
         const int index = wanted.isEmpty() ? -1 : file.find(wanted);
         if (index >= 0) {

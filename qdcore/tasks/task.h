@@ -115,7 +115,7 @@ protected:
     QNetworkAccessManager& nam() { return *m_nam; }
 
     /// The reply; null until the request is sent, and after the access manager is gone.
-    QNetworkReply* reply() const { return m_reply; }
+    QNetworkReply* reply() const { return m_reply.data(); }
 
     /// Takes a reply just sent: its end calls onFinished(), and its body is collected.
     void setReply(QNetworkReply* reply);
