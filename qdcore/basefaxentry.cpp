@@ -2,24 +2,6 @@
 
 #include "enumtext_p.h"
 
-namespace {
-
-/// Indexed by BaseFaxEntry::FaxEntryState.
-const QString stateTexts[] = {
-    QString(),
-    QStringLiteral("preprocessing"),
-    QStringLiteral("pending"),
-    QStringLiteral("sending"),
-    QStringLiteral("sent"),
-    QStringLiteral("complete"),
-    QStringLiteral("aborted"),
-    QStringLiteral("failed"),
-    QStringLiteral("approval_pending"),
-    QStringLiteral("rejected"),
-};
-
-} // namespace
-
 BaseFaxEntry::~BaseFaxEntry() = default;
 
 QDateTime BaseFaxEntry::sentAt() const
@@ -49,6 +31,19 @@ QUrl BaseFaxEntry::entryUrl() const
 
 void BaseFaxEntry::setFaxEntryStatusFromString(const QString& text)
 {
+    // indexed by FaxEntryState
+    static const QString stateTexts[] = {
+        QString(),
+        QStringLiteral("preprocessing"),
+        QStringLiteral("pending"),
+        QStringLiteral("sending"),
+        QStringLiteral("sent"),
+        QStringLiteral("complete"),
+        QStringLiteral("aborted"),
+        QStringLiteral("failed"),
+        QStringLiteral("approval_pending"),
+        QStringLiteral("rejected"),
+    };
     const int index = indexOfText(stateTexts, int(std::size(stateTexts)), text, Qt::CaseInsensitive, 1);
     m_state = index < 0 ? StateUnknown : static_cast<FaxEntryState>(index);
 }

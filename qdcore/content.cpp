@@ -2,19 +2,6 @@
 
 #include "domtext_p.h"
 
-namespace {
-
-/// Indexed by Content::Type.
-const QString typeTexts[] = {
-    QString(),
-    QStringLiteral("application/pdf"),
-    QStringLiteral("application/postscript"),
-    QStringLiteral("text/plain"),
-    QStringLiteral("image/tiff"),
-};
-
-} // namespace
-
 Content::~Content() = default;
 
 bool Content::readFax(const QDomElement&, int)
@@ -24,6 +11,14 @@ bool Content::readFax(const QDomElement&, int)
 
 bool Content::writeFax(QDomDocument& document, QDomElement& parent, int) const
 {
+    // indexed by Type
+    static const QString typeTexts[] = {
+        QString(),
+        QStringLiteral("application/pdf"),
+        QStringLiteral("application/postscript"),
+        QStringLiteral("text/plain"),
+        QStringLiteral("image/tiff"),
+    };
     if (m_type < Pdf || m_type > Tiff)
         return false;
     const QString data = m_data.toBase64();

@@ -93,13 +93,13 @@ void FaxServer::setUser(const FaxUser& user)
 
 const QStringList& FaxServer::printersList() const
 {
-    static const QStringList none;
+    static const QStringList none{};
     return m_printers ? *m_printers : none;
 }
 
 const QVector<CoverPage>& FaxServer::coverPagesList() const
 {
-    static const QVector<CoverPage> none;
+    static const QVector<CoverPage> none{};
     return m_coverPages ? *m_coverPages : none;
 }
 
@@ -141,7 +141,7 @@ QString FaxServer::getServerPreambule() const
     QString line = m_info.description();
     if (hasDescription)
         line += QLatin1String(" (");
-    line += m_address.left(longestAddress);
+    line += m_address.leftRef(longestAddress);
     if (m_address.size() > longestAddress)
         line += QLatin1String("...");
     if (!m_info.model().isEmpty())

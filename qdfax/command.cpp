@@ -188,8 +188,9 @@ bool Command::hasOption(const QString& option) const
 QList<QCommandLineOption> globalOptions(const Command& command)
 {
     QList<QCommandLineOption> options;
-    for (const QCommandLineOption& option : globalOptions()) {
-        if (!command.hasOption(option.names().first()))
+    const QList<QCommandLineOption> all = globalOptions();
+    for (const QCommandLineOption& option : all) {
+        if (!command.hasOption(option.names().constFirst()))
             options.append(option);
     }
     return options;
@@ -288,7 +289,8 @@ void Invocation::fields(const QVector<QPair<QString, QString>>& fields) const
 
 void Invocation::table(const Table& table) const
 {
-    for (const QString& row : table.lines(Terminal::width()))
+    const QStringList rows = table.lines(Terminal::width());
+    for (const QString& row : rows)
         Terminal::write(row.toUtf8() + '\n');
 }
 

@@ -39,7 +39,8 @@ QString bookWord(ContactList::Type book)
 QString lines(const QVector<StoredContact>& units)
 {
     QStringList texts;
-    for (const StoredContact& unit : units.mid(0, mostCandidates))
+    const QVector<StoredContact> candidates = units.mid(0, mostCandidates);
+    for (const StoredContact& unit : candidates)
         texts.append(unit.line());
     if (units.size() > mostCandidates)
         texts.append(QStringLiteral("and %1 more").arg(units.size() - mostCandidates));
@@ -217,7 +218,8 @@ void ContactCache::expand(const StoredContact& unit, Recipients& recipients) con
         return;
     recipients.seen.insert(unit.id);
     if (unit.isGroup()) {
-        for (const StoredContact& member : members(unit.id))
+        const QVector<StoredContact> inside = members(unit.id);
+        for (const StoredContact& member : inside)
             expand(member, recipients);
     } else if (unit.fax.trimmed().isEmpty()) {
         recipients.withoutFax.append(unit.name);

@@ -64,7 +64,8 @@ int checkOptions(const Invocation& call, const QString& name, bool isGroup)
 int readMembers(const Invocation& call, const char* option, const ContactCache& cache,
                 QVector<StoredContact>* members)
 {
-    for (const QString& text : call.values(option)) {
+    const QStringList texts = call.values(option);
+    for (const QString& text : texts) {
         int status = ExitStatus::Ok;
         QString error;
         const auto member = cache.resolve(text, &status, &error);
@@ -171,7 +172,7 @@ int modify(Invocation& call)
         return call.failOption("name", QStringLiteral("takes a name, not an empty text"));
     const QList<QCommandLineOption> own = call.command().options;
     if (std::none_of(own.cbegin(), own.cend(), [&call](const QCommandLineOption& option) {
-            return call.isSet(option.names().first().toLatin1().constData());
+            return call.isSet(option.names().constFirst().toLatin1().constData());
         }))
         return call.failUsage(QStringLiteral("There is nothing to change: name what is to be new."));
 

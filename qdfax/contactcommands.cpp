@@ -38,7 +38,8 @@ private:
     void tick()
     {
         // the library makes the task when it sees fit, and says nothing of the units before they are stored
-        for (auto* task : m_session.server().findChildren<TaskGetContacts*>()) {
+        const auto tasks = m_session.server().findChildren<TaskGetContacts*>();
+        for (auto* task : tasks) {
             if (m_task == task)
                 continue;
             m_task = task;

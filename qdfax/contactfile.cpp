@@ -40,7 +40,8 @@ const QVector<Column>& columns()
 QString plain(const QString& title)
 {
     QString letters;
-    for (const QChar c : title.toLower()) {
+    const QString lower = title.toLower();
+    for (const QChar c : lower) {
         if (c.isLetterOrNumber())
             letters += c;
     }
@@ -247,7 +248,8 @@ ContactFile ContactFile::readCsv(const QByteArray& bytes)
         return file;
     }
     file.unusedColumns = layout.unused;
-    for (const TableReader::Record& record : reader.records().mid(1)) {
+    const auto records = reader.records().mid(1);
+    for (const TableReader::Record& record : records) {
         Entry entry;
         entry.line = record.line;
         for (int i = 0; i < std::min(record.fields.size(), titles.size()); ++i) {
@@ -332,9 +334,10 @@ Contact contactOf(const KContacts::Addressee& card)
     // of several the one at work, and of those the preferred one
     int bestFax = -1;
     int bestPhone = -1;
-    for (const Phone& phone : card.phoneNumbers()) {
+    const auto phones = card.phoneNumbers();
+    for (const Phone& phone : phones) {
         const bool isFax = phone.type() & Phone::Fax;
-        const int rank = (phone.type() & Phone::Work ? 2 : 0) + (phone.type() & Phone::Pref ? 1 : 0);
+        const int rank = ((phone.type() & Phone::Work) ? 2 : 0) + ((phone.type() & Phone::Pref) ? 1 : 0);
         if ((phone.type() & (Phone::Pager | Phone::Modem)) && !isFax)
             continue;
         int& best = isFax ? bestFax : bestPhone;

@@ -179,7 +179,8 @@ int addAll(const Invocation& call, ContactSession& contacts, const QVector<Conta
            ContactList::Type book, ImportReport& report)
 {
     QSet<QString> present;
-    for (const StoredContact& unit : contacts.cache().list(book))
+    const QVector<StoredContact> stored = contacts.cache().list(book);
+    for (const StoredContact& unit : stored)
         present.insert(key(unit.contact()));
     Terminal::ProgressLine line;
     QElapsedTimer clock;

@@ -154,7 +154,7 @@ int FaxDialog::submit(QString& text)
         return session.status();
     }
     text = QStringLiteral("%1 has taken the fax").arg(session.server().address());
-    for (const auto& entry : *entries)
+    for (const auto& entry : qAsConst(*entries))
         text += QStringLiteral("; %1: %2").arg(stateText(entry->state()), urlText(entry->entryUrl()));
     return ExitStatus::Ok;
 }

@@ -32,7 +32,7 @@ QVector<QSharedPointer<T>> ofClass(const EntriesPtr& entries)
 {
     QVector<QSharedPointer<T>> result;
     result.reserve(entries->size());
-    for (const QSharedPointer<BaseFaxEntry>& entry : *entries) {
+    for (const QSharedPointer<BaseFaxEntry>& entry : qAsConst(*entries)) {
         if (const auto typed = entry.dynamicCast<T>())
             result.append(typed);
     }

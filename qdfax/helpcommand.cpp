@@ -21,7 +21,8 @@ QString indented(const QString& left, int leftWidth, const QString& right)
         line = QString(leftWidth + 2, QLatin1Char(' '));
     }
     bool begun = false;
-    for (const QString& word : right.split(QLatin1Char(' '))) {
+    const QStringList words = right.split(QLatin1Char(' '));
+    for (const QString& word : words) {
         if (begun && line.size() + 1 + word.size() > helpWidth) {
             text += line + QLatin1Char('\n');
             line = QString(leftWidth + 2, QLatin1Char(' '));
@@ -36,7 +37,7 @@ QString optionsText(const QList<QCommandLineOption>& options)
 {
     QString text;
     for (const QCommandLineOption& option : options) {
-        QString name = QStringLiteral("--") + option.names().first();
+        QString name = QStringLiteral("--") + option.names().constFirst();
         if (!option.valueName().isEmpty())
             name += QLatin1Char(' ') + option.valueName();
         text += indented(name, 28, option.description());
@@ -86,7 +87,8 @@ QString generalHelp()
         QStringLiteral("  --help                      Explain a command, as \"qdfax help COMMAND\" does.\n"
                        "  --version                   Print the version.\n");
     text += QStringLiteral("\nExit status:\n");
-    for (const ExitStatus::Row& row : ExitStatus::table())
+    const auto rows = ExitStatus::table();
+    for (const ExitStatus::Row& row : rows)
         text += indented(QString::number(row.status), 5, row.meaning);
     text += QStringLiteral("\nA UID is LOGIN@ADDRESS, as \"qdfax server list\" shows it.\n");
     text += QStringLiteral("Settings: %1\n").arg(QDir::toNativeSeparators(SettingsFile::defaultPath()));

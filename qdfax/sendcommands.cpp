@@ -38,7 +38,8 @@ int readContacts(const Invocation& call, ContactList& recipients)
     if (!cache)
         return status;
     ContactCache::Recipients named;
-    for (const QString& text : call.values("to-contact")) {
+    const QStringList names = call.values("to-contact");
+    for (const QString& text : names) {
         QString error;
         const auto unit = cache->resolve(text, &status, &error);
         if (!unit)
@@ -64,7 +65,8 @@ int readRequest(const Invocation& call, FaxRequest& request)
     QString error;
     if (!call.isSet("to") && !call.isSet("to-contact"))
         return call.failUsage(QStringLiteral("--to NUMBER or --to-contact NAME is missing."));
-    for (const QString& text : call.values("to")) {
+    const QStringList numbers = call.values("to");
+    for (const QString& text : numbers) {
         const auto recipient = parseRecipient(text, &error);
         if (!recipient)
             return call.failOption("to", error);

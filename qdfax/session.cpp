@@ -162,6 +162,7 @@ bool Session::waitForLogin()
     QString doing = QStringLiteral("Logging in");
     bool loggedIn = false;
     Task::Status failed = Task::Unknown;
+    // clazy:excludeall=lambda-in-connect (the connections end before what they capture)
     const QList<QMetaObject::Connection> connections = {
         connect(m_server, &FaxServer::changedQuendraInfo, this,
                 [&doing] { doing = QStringLiteral("Reading the user's profile"); }),

@@ -242,7 +242,8 @@ QVector<StoredServer> SettingsFile::servers() const
 {
     QVector<StoredServer> list;
     bool hasDefault = false;
-    for (const QDomElement& element : entries(m_document.documentElement())) {
+    const auto elements = entries(m_document.documentElement());
+    for (const QDomElement& element : elements) {
         StoredServer server;
         if (!readEntry(element, server))
             continue;
@@ -297,7 +298,8 @@ QString SettingsFile::choose(const QString& name, StoredServer* chosen)
 
 QDomElement SettingsFile::entry(const QString& uid) const
 {
-    for (const QDomElement& element : entries(m_document.documentElement())) {
+    const auto elements = entries(m_document.documentElement());
+    for (const QDomElement& element : elements) {
         StoredServer server;
         if (readEntry(element, server) && server.uid == uid)
             return element;

@@ -380,7 +380,8 @@ void Terminal::showScreen(const QStringList& lines)
         return;
     }
     QByteArray text = "\x1b[H";
-    for (const QString& line : lines.mid(0, height() > 1 ? height() - 1 : lines.size()))
+    const QStringList visible = lines.mid(0, height() > 1 ? height() - 1 : lines.size());
+    for (const QString& line : visible)
         text += line.toUtf8() + "\x1b[K\n";
     write(text + "\x1b[J");
     std::fflush(stdout);

@@ -112,7 +112,7 @@ public:
         m_parser.process(*QCoreApplication::instance());
         if (!m_parser.positionalArguments().isEmpty())
             m_error =
-                QStringLiteral("unexpected argument \"%1\"").arg(m_parser.positionalArguments().first());
+                QStringLiteral("unexpected argument \"%1\"").arg(m_parser.positionalArguments().constFirst());
         options->port = static_cast<quint16>(number("port", 0, 65535, 0));
         options->bind = text("bind", options->bind);
         options->bindIpv6 = isSet("ipv6");

@@ -133,8 +133,9 @@ SimReply getBook(SimCall& call, bool groups)
         return entryReply(call, "Success", place.book, *book.find(place.uid));
     }
     bool isNumber = true;
-    const quint32 since =
-        call.request.query.isNull() ? 0 : call.request.query.mid(qstrlen("query_time=")).toUInt(&isNumber);
+    const quint32 since = call.request.query.isNull()
+                              ? 0
+                              : call.request.query.mid(int(qstrlen("query_time="))).toUInt(&isNumber);
     if (!isNumber)
         return SimReply::refuse(400, QStringLiteral("the query time has more than 32 bits"));
     SimXmlWriter xml(since == 0 ? 400 * (book.size() + 1) : 4096);

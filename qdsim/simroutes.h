@@ -2,8 +2,6 @@
 
 #include "simhandlers.h"
 
-#include <QtCore/QVector>
-
 /// @brief One operation of the service: what a request must look like and who answers it.
 struct SimRoute
 {
@@ -24,9 +22,6 @@ struct SimRoute
 
 /// @brief The service's routes, and the checks that all of them share.
 namespace SimRoutes {
-
-/// All of them; this table is the list of what the simulator speaks.
-const QVector<SimRoute>& all();
 
 /// Authenticates, finds the route, checks the request against it and lets the handler answer. Never throws.
 SimReply answer(SimState& state, SimRequest& request);

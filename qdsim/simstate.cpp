@@ -38,7 +38,8 @@ SimState::SimState(const SimOptions& options)
     }
     for (SimUser& user : users) {
         if (user.person.name.isEmpty())
-            user.person.name = user.name.left(1).toUpper() + user.name.mid(1);
+            user.person.name = user.name.left(1).toUpper() // clazy:exclude=qstring-left (it may be empty)
+                               + user.name.midRef(1);
         if (user.coverPageName.isEmpty())
             user.coverPageName = m_coverPages.first().name;
         m_users[user.name] = user;
