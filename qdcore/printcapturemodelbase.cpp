@@ -7,10 +7,55 @@
 #include "tsan_p.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <stdexcept>
+#include <utility>
+
+namespace {
+
+QDateTime creationTime(const QFileInfo& file)
+{
+    const QDateTime birth = file.birthTime();
+    return birth.isValid() ? birth : file.lastModified(); // not every file system keeps it
+}
+
+/// What QDir::entryInfoList() gives, which runs an expression on each name and copies much while it sorts. A
+/// filter like "*.pdf" asks for no more than the end of the names.
+QFileInfoList filesOf(QDir dir)
+{
+    const QStringList filters = dir.nameFilters();
+    const QString ending = filters.join(QLatin1Char('*')).mid(1);
+    const auto isSpecial = [](QChar c) { return QStringLiteral("*?[]\\").contains(c); };
+    if (!filters.value(0).startsWith(QLatin1Char('*')) ||
+        std::any_of(ending.cbegin(), ending.cend(), isSpecial))
+        return dir.entryInfoList();
+
+    std::vector<std::pair<QString, QFileInfo>> found; // and what they are sorted by
+    dir.setNameFilters({});
+    for (QDirIterator files(dir); files.hasNext();) {
+        files.next();
+        const QString name = files.fileName();
+        if (name.endsWith(ending, Qt::CaseInsensitive))
+            found.emplace_back(name.toLower(), files.fileInfo());
+    }
+    std::vector<const std::pair<QString, QFileInfo>*> sorted;
+    sorted.reserve(found.size());
+    for (const auto& file : found)
+        sorted.push_back(&file);
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto* left, const auto* right) { return left->first < right->first; });
+    QFileInfoList result;
+    result.reserve(int(sorted.size()));
+    for (const auto* file : sorted)
+        result.append(file->second);
+    return result;
+}
+
+} // namespace
 
 PrintCaptureModelBase::PrintCaptureModelBase(const DateTimeConverter& converter, bool newFaxAction,
                                              QObject* parent)
@@ -117,9 +162,11 @@ void PrintCaptureModelBase::slotUpdate()
 {
     beginResetModel();
     m_entries.clear();
-    const QFileInfoList files = listedFiles().entryInfoList();
+    m_isDated.clear();
+    QFileInfoList files = filesOf(listedFiles());
     m_entries.reserve(files.size());
-    for (QFileInfo file : files)
+    m_isDated.reserve(std::size_t(files.size()));
+    for (QFileInfo& file : files)
         addEntry(file);
     endResetModel();
 }
@@ -188,7 +235,11 @@ QString PrintCaptureModelBase::actionFilesFilter()
 
 bool PrintCaptureModelBase::addEntry(QFileInfo& file)
 {
+    // The row is what the file is now, also when it is gone or another later on. With its size the time is
+    // read, and kept with it.
+    file.size();
     appendEntry(undated(file));
+    m_isDated.back() = false;
     return true;
 }
 
@@ -204,16 +255,17 @@ PrintCaptureModelBase::Entry PrintCaptureModelBase::undated(const QFileInfo& fil
 PrintCaptureModelBase::Entry PrintCaptureModelBase::entryOf(const QFileInfo& file) const
 {
     Entry entry = undated(file);
-    entry.created = file.birthTime();
-    if (!entry.created.isValid()) // not every file system keeps it
-        entry.created = file.lastModified();
+    entry.created = creationTime(file);
     return entry;
 }
 
 const PrintCaptureModelBase::Entry& PrintCaptureModelBase::dated(int row) const
 {
-    if (m_entries.at(row).created.isNull())
-        m_entries[row].created = entryOf(m_entries.at(row).file).created;
+    const auto at = std::size_t(row);
+    if (!m_isDated.at(at)) {
+        m_isDated.at(at) = true;
+        m_entries[row].created = creationTime(m_entries.at(row).file);
+    }
     return m_entries.at(row);
 }
 
@@ -227,6 +279,7 @@ const QVector<PrintCaptureModelBase::Entry>& PrintCaptureModelBase::entries() co
 void PrintCaptureModelBase::appendEntry(const Entry& entry)
 {
     m_entries.append(entry);
+    m_isDated.push_back(true);
 }
 
 void PrintCaptureModelBase::setPages(int row, int pages)

@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <vector>
+
 class ActionBarItem;
 class DateTimeConverter;
 class QDir;
@@ -131,9 +133,10 @@ private:
     const DateTimeConverter& m_converter;
     bool m_newFaxAction;
     QStringList m_titles;
-    /// A local time takes longer to make than listing a file, so it is made for rows that are asked for
-    /// theirs.
+    /// What a refresh reads of a file is all that is shown of it. Only the conversion to local time, which
+    /// takes longer than the refresh, is left to the first who asks for the time.
     mutable QVector<Entry> m_entries;
+    mutable std::vector<bool> m_isDated; ///< Whether the time of an entry is made.
     QIcon m_newFaxImage;
     QIcon m_viewImage;
     QIcon m_deleteImage;

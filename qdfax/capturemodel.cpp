@@ -123,8 +123,9 @@ void CaptureModel::takeCount(const QString& path, const Count& count)
 QVector<CaptureModel::Document> CaptureModel::documents() const
 {
     QVector<Document> documents = m_documents;
+    const QVector<Entry>& rows = entries();
     for (int row = 0; row < documents.size(); ++row)
-        documents[row].pages = entries().at(row).pages;
+        documents[row].pages = rows.at(row).pages;
     return documents;
 }
 

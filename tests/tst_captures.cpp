@@ -122,6 +122,9 @@ private Q_SLOTS:
     void cleanup();
 
     void tableOfTheFolder();
+    void orderOfTheListing_data();
+    void orderOfTheListing();
+    void whatTheRefreshSaw();
     void foldersThatAreNone();
     void actions_data();
     void actions();
@@ -270,6 +273,54 @@ void TestCaptures::tableOfTheFolder()
         }
     }
     QVERIFY(!m_model->data(QModelIndex()).isValid());
+}
+
+void TestCaptures::orderOfTheListing_data()
+{
+    const Rows<QString> row("filter");
+    for (const char* filter : {"*.pdf", "*.PDF", "*", "*.p?f", "a*.pdf", "*.pdf *.tif", "*.[pt]*", ".pdf"})
+        row(filter, s(filter));
+}
+
+void TestCaptures::orderOfTheListing()
+{
+    QFETCH(QString, filter);
+    add("b.pdf A.PDF c.TIF .hidden.pdf .pdf _.pdf a.b.pdf a.pdfx B1.pdf [.pdf \u00c4.pdf \u00e4a.pdf Zpdf");
+    QVERIFY(QDir(folder()).mkdir(s("b folder.pdf")));
+    class Filtered : public PrintCaptureModelBase
+    {
+    public:
+        using PrintCaptureModelBase::PrintCaptureModelBase;
+        QString filter;
+
+    protected:
+        QString actionFilesFilter() override { return filter; }
+    } model(*m_converter, true);
+    model.filter = filter;
+    model.slotUpdate();
+    QStringList shown;
+    for (int row = 0; row < model.rowCount(); ++row)
+        shown.append(model.index(row, 0).data().toString());
+    QCOMPARE(shown, QDir(folder(), filter).entryList());
+    QCOMPARE(shown.isEmpty(), filter == s(".pdf"));
+}
+
+void TestCaptures::whatTheRefreshSaw()
+{
+    add("gone.pdf other.pdf");
+    const auto created = [this](const char* name) {
+        const QFileInfo info(pathOf(name));
+        return info.birthTime().isValid() ? info.birthTime() : info.lastModified();
+    };
+    const QDateTime before[] = {created("gone.pdf"), created("other.pdf")};
+    PrintCaptureModelBase model(*m_converter, true);
+    model.slotUpdate();
+    QVERIFY(QFile::remove(pathOf("gone.pdf")));
+    QTRY_VERIFY((QFile::remove(pathOf("other.pdf")), add("other.pdf"), created("other.pdf") > before[1]));
+    for (int row = 0; row < 2; ++row) {
+        QVERIFY(before[row].isValid());
+        QCOMPARE(model.index(row, 2).data().toDateTime(), before[row]);
+    }
 }
 
 void TestCaptures::foldersThatAreNone()
