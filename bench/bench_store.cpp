@@ -4,14 +4,17 @@
 #include "bench.h"
 #include "contact.h"
 #include "contactlocalstorage.h"
+#include "quendracontact.h"
+#include "quendracontactproviderdisassemblethread.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QTemporaryDir>
+#include <QUrl>
 
 #include <atomic>
 #include <memory>
 #include <sqlite3.h>
-#include <thread>
 
 namespace {
 
@@ -81,6 +84,17 @@ public:
             fail(sqlite3_errmsg(m_db));
     }
 
+    /// The one number that a query gives.
+    int number(const char* text)
+    {
+        sqlite3_stmt* statement = prepare(text);
+        if (sqlite3_step(statement) != SQLITE_ROW)
+            fail(sqlite3_errmsg(m_db));
+        const int result = sqlite3_column_int(statement, 0);
+        sqlite3_reset(statement);
+        return result;
+    }
+
     sqlite3_stmt* prepare(const char* text)
     {
         sqlite3_stmt* statement = nullptr;
@@ -142,7 +156,7 @@ void add(Store& store, quint32 source, const QVector<Row>& contacts, quint32 tim
     }
 }
 
-/// Stores a book as a synchronisation does.
+/// Stores a book.
 void fill(Store& store, quint32 source, const QVector<Row>& contacts, quint32 timestamp)
 {
     store.scopeBegin();
@@ -176,14 +190,83 @@ struct Filled
     Filled(int round, int count) { fill(*store, source, rows(round, count), 1000); }
 };
 
+/// A synchronisation's thread, which stores a book on a connection of its own.
+class Worker
+{
+public:
+    Worker(Store& store, quint32 source, const QVector<Row>& contacts, quint32 known, quint32 timestamp)
+        : m_thread(new QuendraContactProviderDisassembleThread(&store, source, nullptr))
+    {
+        ContactList list;
+        list.setContactsType(ContactList::PersonalContacts);
+        list.contacts().reserve(contacts.size());
+        for (const Row& row : contacts) {
+            const auto contact = QSharedPointer<QuendraContact>::create();
+            contact->setUrl(QUrl(QStringLiteral("http://127.0.0.1/qdws/v1/contacts/alice/") + row.uid));
+            contact->setName(row.name);
+            contact->setPhone(row.phone);
+            contact->setFax(row.fax);
+            contact->setEmail(row.email);
+            contact->setOrganization(row.organization);
+            list.contacts().append(contact);
+        }
+        m_thread->setContacts(list, timestamp);
+        m_thread->setKnown(Store::TypeContact, Store::LocationPersonal, known);
+    }
+    ~Worker()
+    {
+        m_thread->wait();
+        QCoreApplication::sendPostedEvents(m_thread, QEvent::DeferredDelete);
+    }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    /// Milliseconds from the start until it tells that it is done.
+    double run()
+    {
+        QEventLoop loop;
+        QObject::connect(m_thread, &QuendraContactProviderDisassembleThread::doneDisassembleContactFromThread,
+                         &loop, &QEventLoop::quit);
+        return milliseconds([&] {
+            m_thread->start();
+            loop.exec();
+        });
+    }
+
+    /// Calls @p work until it is done.
+    template <typename Work>
+    void runBeside(Work work)
+    {
+        std::atomic_bool isDone{false};
+        QObject::connect(m_thread, &QuendraContactProviderDisassembleThread::doneDisassembleContactFromThread,
+                         [&isDone] { isDone = true; });
+        m_thread->start();
+        while (!isDone)
+            work();
+        m_thread->wait();
+    }
+
+private:
+    QuendraContactProviderDisassembleThread* m_thread;
+};
+
+int countOf(Store& store, quint32 source)
+{
+    return store.getContactList(source, Store::TypeContact, Store::LocationPersonal, 0, 0, 0).size();
+}
+
+quint32 timeOf(Store& store, quint32 source)
+{
+    return store.getContactLastTimeStamp(source, Store::TypeContact, Store::LocationPersonal);
+}
+
 double storeFirst(int round, int count)
 {
     Folder folder;
     Store store;
     const quint32 source = newSource(store);
-    const QVector<Row> contacts = rows(round, count);
-    const double time = milliseconds([&] { fill(store, source, contacts, 1000); });
-    if (store.getContactList(source, Store::TypeContact, Store::LocationPersonal, 0, 0, 0).size() != count)
+    const double time = Worker(store, source, rows(round, count), 0, 1000).run();
+    if (countOf(store, source) != count || timeOf(store, source) != 1000)
         fail("store-first");
     return time;
 }
@@ -194,15 +277,17 @@ double plainStoreFirst(int round, int count)
     Store().addSource(QStringLiteral("user@fax"), Store::SourceQuendra);
     const QVector<Row> contacts = rows(round, count);
     Plain plain(folder);
-    return milliseconds([&] { fillPlain(plain, contacts); });
+    const double time = milliseconds([&] { fillPlain(plain, contacts); });
+    if (plain.number("SELECT count(*) FROM contacts WHERE timestamp=1000") != count)
+        fail("plain store-first");
+    return time;
 }
 
 double storeAgain(int round, int count)
 {
     Filled filled(round, count);
-    const QVector<Row> contacts = rows(round + 1, count);
-    const double time = milliseconds([&] { fill(*filled.store, filled.source, contacts, 2000); });
-    if (filled.store->getContactLastTimeStamp(filled.source, Store::AnyType, Store::AnyLocation) != 2000)
+    const double time = Worker(*filled.store, filled.source, rows(round + 1, count), 1000, 2000).run();
+    if (countOf(*filled.store, filled.source) != count || timeOf(*filled.store, filled.source) != 2000)
         fail("store-again");
     return time;
 }
@@ -213,7 +298,7 @@ double plainStoreAgain(int round, int count)
     filled.store.reset();
     const QVector<Row> contacts = rows(round + 1, count);
     Plain plain(filled.folder);
-    return milliseconds([&] {
+    const double time = milliseconds([&] {
         sqlite3_stmt* update = plain.prepare(updateContact);
         plain.run("BEGIN");
         const QString empty = QLatin1String("");
@@ -223,12 +308,15 @@ double plainStoreAgain(int round, int count)
         }
         plain.run("COMMIT");
     });
+    if (plain.number("SELECT count(*) FROM contacts WHERE timestamp=2000") != count)
+        fail("plain store-again");
+    return time;
 }
 
-/// Which contact is the nth member of a group.
-int memberOf(int group, int n, int contacts)
+/// Which contact is the nth member of a group; others each time that it is stored.
+int memberOf(int group, int n, int time, int contacts)
 {
-    return (group * 19 + n * 241) % contacts;
+    return (group * 19 + n * 241 + time * 7) % contacts;
 }
 
 void addGroups(Filled& filled, int groups)
@@ -268,7 +356,7 @@ double storeGroups(int round, int memberships, bool whole)
                 }
                 store.unlinkContactAndGroup(0, group);
                 for (int m = 0; m < membersOfGroup; ++m) {
-                    const int member = memberOf(g, m, memberships);
+                    const int member = memberOf(g, m, 2 * round + again, memberships);
                     quint32 id = quint32(member + 1);
                     if (whole) {
                         const Row& row = contacts.at(member);
@@ -282,9 +370,13 @@ double storeGroups(int round, int memberships, bool whole)
             store.scopeEnd();
         });
     }
-    const quint32 last = quint32(memberships + groups);
-    if (store.getContactList(source, Store::AnyType, Store::AnyLocation, last, 0, 0).size() != membersOfGroup)
-        fail("store-groups");
+    for (int g = 0; g < groups; ++g) {
+        const quint32 group = quint32(memberships + g + 1);
+        QList<quint32> ids = store.getContactList(source, Store::AnyType, Store::AnyLocation, group, 0, 0);
+        if (ids.size() != membersOfGroup ||
+            !ids.contains(quint32(memberOf(g, 0, 2 * round + 1, memberships)) + 1))
+            fail("store-groups");
+    }
     return time;
 }
 
@@ -318,7 +410,7 @@ double plainStoreGroups(int round, int memberships, bool whole)
                 }
                 plain.step(unlink, group);
                 for (int m = 0; m < membersOfGroup; ++m) {
-                    const int id = memberOf(g, m, memberships) + 1;
+                    const int id = memberOf(g, m, 2 * round + again, memberships) + 1;
                     if (whole) {
                         const Row& row = contacts.at(id - 1);
                         plain.step(update, row.name, empty, row.phone, row.fax, row.email, row.organization,
@@ -330,6 +422,8 @@ double plainStoreGroups(int round, int memberships, bool whole)
             plain.run("COMMIT");
         });
     }
+    if (plain.number("SELECT count(*) FROM groups") != groups * membersOfGroup)
+        fail("plain store-groups");
     return time;
 }
 
@@ -365,7 +459,7 @@ double plainSourceDelete(int round, int count)
     Plain plain(filled.folder);
     plain.run("DROP TRIGGER delete_source");
     plain.run("DROP TRIGGER delete_contact");
-    return milliseconds([&] {
+    const double time = milliseconds([&] {
         plain.run("BEGIN;"
                   "DELETE FROM properties WHERE contact IN (SELECT id FROM contacts WHERE source=1);"
                   "DELETE FROM groups WHERE contact IN (SELECT id FROM contacts WHERE source=1) "
@@ -374,6 +468,10 @@ double plainSourceDelete(int round, int count)
                   "DELETE FROM sources WHERE id=1;"
                   "COMMIT");
     });
+    if (plain.number("SELECT count(*) FROM contacts") != count ||
+        plain.number("SELECT count(*) FROM groups") != count)
+        fail("plain source-delete");
+    return time;
 }
 
 ContactUnitPtr makeContact(Store::ContactType, Store::ContactLocation, const QString&, const QString& name,
@@ -391,37 +489,54 @@ ContactUnitPtr makeContact(Store::ContactType, Store::ContactLocation, const QSt
 
 const int page = 100;
 
-/// The last page of the book, so often that it takes a while.
+/// The last pages of the book, so many that it takes a while.
 const int pageReads = 10;
 
-double listPages(Filled& filled, int count)
+/// Where a page begins: each round reads other pages, or the same in another order.
+int pageBegin(int round, int read, int count)
 {
-    int found = 0;
+    return qMax(0, count - page * (1 + (round * 3 + read) % (pageReads + 2)));
+}
+
+/// Whether pages are those asked for.
+bool arePages(const QVector<ContactList>& pages, int round, int count)
+{
+    for (int i = 0; i < pageReads; ++i) {
+        const auto& contacts = pages.at(i).contacts();
+        const auto* first =
+            contacts.size() == page ? dynamic_cast<Contact*>(contacts.first().data()) : nullptr;
+        if (!first || first->name() != Row(0, pageBegin(round, i, count)).name)
+            return false;
+    }
+    return true;
+}
+
+double listPages(Filled& filled, int round, int count)
+{
+    QVector<ContactList> pages(pageReads);
     const double time = milliseconds([&] {
         for (int i = 0; i < pageReads; ++i) {
-            found += filled.store
-                         ->getContactList(makeContact, filled.source, Store::TypeContact,
-                                          Store::LocationPersonal, 0, uint(count - page), page, nullptr)
-                         .contacts()
-                         .size();
+            pages[i] = filled.store->getContactList(makeContact, filled.source, Store::TypeContact,
+                                                    Store::LocationPersonal, 0,
+                                                    uint(pageBegin(round, i, count)), page, nullptr);
         }
     });
-    if (found != pageReads * page)
+    if (!arePages(pages, round, count))
         fail("list-page");
     return time;
 }
 
-double plainListPages(const Filled& filled, int count)
+double plainListPages(const Filled& filled, int round, int count)
 {
     Plain plain(filled.folder);
     sqlite3_stmt* list =
         plain.prepare("SELECT id, uid, type, location, name, description, phone, fax, email, organization "
                       "FROM contacts WHERE source=? AND location=? AND type=? LIMIT ? OFFSET ?");
-    int found = 0;
+    QVector<ContactList> pages(pageReads);
     const double time = milliseconds([&] {
         for (int i = 0; i < pageReads; ++i) {
             ContactList contacts;
-            Plain::bindAll(list, int(filled.source), 2, 1, page, count - page);
+            Plain::bindAll(list, int(filled.source), 2, 1, page, pageBegin(round, i, count));
             while (sqlite3_step(list) == SQLITE_ROW) {
                 contacts.contacts().append(makeContact(
                     Store::TypeContact, Store::LocationPersonal, Plain::text(list, 1), Plain::text(list, 4),
@@ -429,10 +544,10 @@ double plainListPages(const Filled& filled, int count)
                     Plain::text(list, 9), ContactList(), nullptr));
             }
             sqlite3_reset(list);
-            found += contacts.contacts().size();
+            pages[i] = std::move(contacts);
         }
     });
-    if (found != pageReads * page)
+    if (!arePages(pages, round, count))
         fail("plain list-page");
     return time;
 }
@@ -476,30 +591,40 @@ double plainSearch(const Filled& filled, int round, int count)
             found += result.size();
         }
     });
-    if (found < searches)
+    if (found < searches || found > searches * hits)
         fail("plain search");
     return time;
 }
 
-/// The longest that a reader waits for one search while another thread stores a book.
+/// The longest that a reader waits for one search while a synchronisation stores a book beside one as large:
+/// the same one again, or another source's. The searches find their hits in the first rows, none at all, and
+/// one hit in the last row: the latter two read the whole book.
 double readerWait(int round, int count)
 {
-    Filled filled(round, 1000);
-    const QVector<Row> contacts = rows(round + 1, count);
-    std::atomic_bool done{false};
-    std::thread writer([&] {
-        fill(*filled.store, filled.source, contacts, 2000);
-        filled.store->freeStorageForThread();
-        done = true;
-    });
+    Filled filled(round, count);
+    const bool isOther = round % 2;
+    const quint32 source = isOther ? newSource(*filled.store, "other@fax") : filled.source;
+    struct Search
+    {
+        QString text;
+        int least, most;
+    };
+    // the book may be replaced between two of them
+    const Search searches[] = {{QStringLiteral("contact"), 10, 10},
+                               {QStringLiteral("nobody's name"), 0, 0},
+                               {Row(round, count - 1).name, isOther, 1}};
     double worst = 0;
-    while (!done) {
-        worst = std::max(worst, milliseconds([&] {
-                             if (filled.store->quickSearch(QStringLiteral("contact"), 10, 0, 0).size() != 10)
-                                 fail("reader-wait");
-                         }));
-    }
-    writer.join();
+    std::size_t next = 0;
+    Worker(*filled.store, source, rows(round + 1, count), isOther ? 0 : 1000, 2000).runBeside([&] {
+        const Search& search = searches[next++ % std::size(searches)];
+        int found = 0;
+        worst = std::max(
+            worst, milliseconds([&] { found = filled.store->quickSearch(search.text, 10, 0, 0).size(); }));
+        if (found < search.least || found > search.most)
+            fail("reader-wait");
+    });
+    if (next == 0 || timeOf(*filled.store, source) != 2000)
+        fail("reader-wait, what was stored");
     return worst;
 }
 
@@ -517,6 +642,7 @@ void row(Bench& bench, const char* name, double limit, int size, double (*ours)(
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
+    qRegisterMetaType<ContactList::Type>("ContactList::Type");
     Bench bench(argc, argv);
     row(bench, "store-first", 2.5, bench.size(50000), storeFirst, plainStoreFirst);
     row(bench, "store-again", 3.0, bench.size(50000), storeAgain, plainStoreAgain);
@@ -538,8 +664,8 @@ int main(int argc, char** argv)
         const int count = bench.size(50000);
         Filled filled(0, count);
         bench.ratio(
-            "list-page", 1.3, [&](int) { return listPages(filled, count); },
-            [&](int) { return plainListPages(filled, count); });
+            "list-page", 1.3, [&](int round) { return listPages(filled, round, count); },
+            [&](int round) { return plainListPages(filled, round, count); });
     }
     if (bench.wants("search")) {
         const int count = bench.size(100000);

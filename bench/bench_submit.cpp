@@ -132,9 +132,14 @@ double submitMemory(const Sink& sink, const LargeFile& small, const LargeFile& l
     QProcess process;
     process.start(QCoreApplication::applicationFilePath(),
                   {QLatin1String(childArgument), small.path(), large.path(), QString::number(sink.port())});
-    if (!process.waitForFinished(120000) || process.exitCode() != 0)
+    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit ||
+        process.exitCode() != 0)
         fail("submit-memory");
-    return process.readAllStandardOutput().toDouble();
+    bool isNumber = false;
+    const double grown = process.readAllStandardOutput().toDouble(&isNumber);
+    if (!isNumber || grown <= 0)
+        fail("submit-memory, what the process printed");
+    return grown;
 }
 
 double submitTime(const Sink& sink, const LargeFile& large)
@@ -156,7 +161,7 @@ double plainSubmitTime(const Sink& sink, const LargeFile& large)
         fail("plain submit-time");
     const QByteArray encoded = file.readAll().toBase64();
     const QUrl url(QStringLiteral("http://") + addressOf(sink.port()) + QStringLiteral("/qdws/v1/ofax"));
-    if (bodyOf(manager.post(plainRequest(url), encoded)).isEmpty())
+    if (bodyOf(manager.post(plainRequest(url), encoded)).isEmpty() || sink.bodySize() != encoded.size())
         fail("plain submit-time");
     return sink.lastByte() - begin;
 }

@@ -114,14 +114,16 @@ double plainSync(int round, int contacts)
         const QByteArray body =
             bodyOf(manager.get(plainRequest(server.sim.url(QStringLiteral("/qdws/v1/contacts/alice")))));
         QDomDocument document;
-        document.setContent(body);
+        if (!document.setContent(body))
+            fail("plain parsing");
         QSqlQuery insert(db);
         insert.prepare(QStringLiteral(
             "INSERT INTO contacts(uid, name, email, phone, fax, organization, type, location, source, "
             "timestamp, description) VALUES(?, ?, ?, ?, ?, ?, 1, 2, 1, 1000, '')"));
         db.transaction();
         count = insertAll(document, insert);
-        db.commit();
+        if (!db.commit())
+            fail("plain commit");
     });
     db.close();
     db = QSqlDatabase();

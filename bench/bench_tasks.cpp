@@ -9,21 +9,6 @@
 
 namespace {
 
-/// A task that repairs a text, for a function that only tasks have.
-class AmpTask : public Task
-{
-public:
-    explicit AmpTask(FaxServer& server)
-        : Task(server)
-    {}
-    void execute() override {}
-    Task::Type type() override { return Task::GetQuendraInfo; }
-    using Task::fixAmp;
-
-protected:
-    void onFinished() override {}
-};
-
 /// Text with an ampersand every so many bytes; with none if that is 0.
 QByteArray text(int round, int size, int every)
 {
@@ -40,7 +25,7 @@ void amp(Bench& bench, const char* name, double limit, int every)
     const int size = bench.size(100000) * 100;
     FaxManager manager{QPointer<ContactManager>()};
     BareServer server(manager, QStringLiteral("127.0.0.1"));
-    AmpTask task(server);
+    BareTask task(server);
     bench.ratio(
         name, limit,
         [&](int round) {

@@ -25,6 +25,23 @@ public:
     }
 };
 
+/// A task that is never sent, for what only tasks can do.
+class BareTask : public Task
+{
+public:
+    explicit BareTask(FaxServer& server)
+        : Task(server)
+    {}
+    void execute() override {}
+    Task::Type type() override { return Task::GetQuendraInfo; }
+    using Task::entryReader;
+    using Task::fixAmp;
+    using Task::parse;
+
+protected:
+    void onFinished() override {}
+};
+
 /// What a task sends, made by hand.
 inline QNetworkRequest plainRequest(const QUrl& url)
 {
