@@ -4,11 +4,9 @@
 // that uses it.
 
 #include "outlookport.h"
+#include "storefile.h"
 
-#include <QFile>
 #include <QHash>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QThread>
 #include <QVector>
 
@@ -304,21 +302,8 @@ struct FakeMailbox
     const FakeFolderPtr team{outlook->add(contacts, QStringLiteral("Team"), OutlookFolder::contactItems)};
 };
 
-/// Runs a statement on the file of the contacts, beside the library; returns the first column.
+/// Runs a statement on the file of the contacts, beside the library; returns the rows.
 inline QStringList onStore(const QString& statement)
 {
-    const QString name = QStringLiteral("beside");
-    QStringList column;
-    {
-        auto database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        database.setDatabaseName(QFile::decodeName(qgetenv("APPDATA")) +
-                                 QStringLiteral("/Quendra Client Software/Contacts/contacts.sqlite"));
-        QSqlQuery query(database.open() ? database : QSqlDatabase());
-        if (!query.exec(statement))
-            column.append(QStringLiteral("failed"));
-        while (query.next())
-            column.append(query.value(0).toString());
-    }
-    QSqlDatabase::removeDatabase(name);
-    return column;
+    return OtherProgram(statement).rows();
 }

@@ -5,13 +5,11 @@
 #include "contactworld.h"
 #include "qdfaxprogram.h"
 #include "shorthand.h"
+#include "storefile.h"
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QSet>
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -123,22 +121,7 @@ class TestSurvival : public QObject
         std::this_thread::sleep_for(std::chrono::microseconds(m_random.bounded(int(longest) + 1)));
     }
 
-    /// The first column of all rows.
-    QStringList query(const char* text) const
-    {
-        QStringList result;
-        {
-            auto connection = QSqlDatabase::addDatabase(s("QSQLITE"), s("raw"));
-            connection.setDatabaseName(database());
-            QSqlQuery rows(connection);
-            if (!connection.open() || !rows.exec(QLatin1String(text)))
-                result << rows.lastError().text();
-            while (rows.next())
-                result << rows.value(0).toString();
-        }
-        QSqlDatabase::removeDatabase(s("raw"));
-        return result;
-    }
+    QStringList query(const char* text) const { return OtherProgram(s(text), database()).rows(); }
 
     /// The file can be used, and nothing hangs in the air.
     void checkDatabase() const
