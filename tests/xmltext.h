@@ -8,6 +8,17 @@
 #include <QDomDocument>
 #include <QTextStream>
 
+/// Elements that hold texts without blanks, of "name=text name=text".
+inline QString elements(const char* texts)
+{
+    QString xml;
+    const QStringList parts = QString::fromUtf8(texts).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (const QString& part : parts)
+        xml += QStringLiteral("<%1>%2</%1>")
+                   .arg(part.section(QLatin1Char('='), 0, 0), part.section(QLatin1Char('='), 1));
+    return xml;
+}
+
 /// An element named "record" with the children that a text spells out.
 class XmlRecord
 {
