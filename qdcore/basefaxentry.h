@@ -41,7 +41,7 @@ public:
         StateRejected = 9
     };
 
-    typedef QSharedPointer<QVector<QSharedPointer<BaseFaxEntry>>> FaxEntriesPtrListPtr;
+    using FaxEntriesPtrListPtr = QSharedPointer<QVector<QSharedPointer<BaseFaxEntry>>>;
 
     BaseFaxEntry() = default;
     BaseFaxEntry(const BaseFaxEntry&) = default;

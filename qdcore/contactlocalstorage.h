@@ -53,12 +53,12 @@ public:
     enum PropertyType : quint32 {};
 
     /// Makes a unit of a row; @p members are those of a group. May return null.
-    typedef QSharedPointer<ContactUnit> (*ContactFactory)(ContactType type, ContactLocation location,
-                                                          const QString& uid, const QString& name,
-                                                          const QString& description, const QString& phone,
-                                                          const QString& fax, const QString& email,
-                                                          const QString& organization, ContactList members,
-                                                          void* userData);
+    using ContactFactory = QSharedPointer<ContactUnit> (*)(ContactType type, ContactLocation location,
+                                                           const QString& uid, const QString& name,
+                                                           const QString& description, const QString& phone,
+                                                           const QString& fax, const QString& email,
+                                                           const QString& organization, ContactList members,
+                                                           void* userData);
 
     /// Opens the file, creating folder and tables that are missing. An object whose file cannot be used is
     /// usable: it finds nothing and stores nothing.

@@ -13,7 +13,7 @@ class QDCORE_EXPORT DeliveredTo : public IQuendraSerialization
 {
 public:
     /// Type and destination, each possibly empty.
-    typedef QPair<QString, QString> Delivery;
+    using Delivery = QPair<QString, QString>;
 
     DeliveredTo() = default;
     DeliveredTo(const DeliveredTo&) = default;

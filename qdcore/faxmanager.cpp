@@ -51,6 +51,7 @@ QPointer<FaxServer> FaxManager::addServer(const QPointer<FaxServer>& server, boo
 void FaxManager::deleteServer(const QPointer<FaxServer>& server)
 {
     // the argument may be the list's own entry
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): hence the copy
     const QPointer<FaxServer> removed = server;
     const int index = m_servers.indexOf(removed);
     if (index >= 0) {

@@ -47,9 +47,9 @@ QString timeText(const QDateTime& dateTime)
     const QTime time = dateTime.time();
     const int hour = time.hour() % 12;
     char text[64];
-    std::snprintf(text, sizeof(text), "%02d-%02d-%04d %02d:%02d:%02d %s:%03d000", date.month(), date.day(),
-                  date.year(), hour ? hour : 12, time.minute(), time.second(), time.hour() < 12 ? "AM" : "PM",
-                  time.msec());
+    static_cast<void>(std::snprintf(text, sizeof(text), "%02d-%02d-%04d %02d:%02d:%02d %s:%03d000",
+                                    date.month(), date.day(), date.year(), hour ? hour : 12, time.minute(),
+                                    time.second(), time.hour() < 12 ? "AM" : "PM", time.msec()));
     return QString::fromLatin1(text);
 }
 

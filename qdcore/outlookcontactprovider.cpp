@@ -166,12 +166,13 @@ void OutlookContactProvider::getContacts(ContactList::Type type, const QString&,
     Q_EMIT gotContacts(contacts);
 }
 
-QSharedPointer<ContactUnit> OutlookContactProvider::makeUnit(ContactLocalStorage::ContactType type,
-                                                             ContactLocalStorage::ContactLocation,
-                                                             const QString& uid, const QString& name,
-                                                             const QString&, const QString& phone,
-                                                             const QString& fax, const QString& email,
-                                                             const QString& organization, ContactList, void*)
+QSharedPointer<ContactUnit>
+OutlookContactProvider::makeUnit(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation,
+                                 const QString& uid, const QString& name, const QString&,
+                                 const QString& phone, const QString& fax, const QString& email,
+                                 const QString& organization,
+                                 // NOLINTNEXTLINE(performance-unnecessary-value-param)
+                                 ContactList, void*) // ContactFactory's signature
 {
     if (type != ContactLocalStorage::TypeContact)
         return QSharedPointer<ContactUnit>();

@@ -5,4 +5,4 @@
 #include <QString>
 
 /// The result of a quick search: contact names by store id.
-typedef QMap<unsigned int, QString> QuickSearchResalt;
+using QuickSearchResalt = QMap<unsigned int, QString>;

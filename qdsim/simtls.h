@@ -5,7 +5,7 @@
 
 #include <memory>
 
-typedef struct ssl_ctx_st SSL_CTX;
+using SSL_CTX = struct ssl_ctx_st;
 
 /// @brief A TLS server context with a key and a self-signed certificate of its own, made when it is
 /// constructed.

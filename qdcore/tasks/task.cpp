@@ -23,7 +23,7 @@ namespace {
 /// How much of a reply waits in the access manager until it is read, in bytes. Without a limit its thread
 /// goes on reading, and decompressing, whatever a server sends, for as long as the event loop is busy with
 /// something else.
-constexpr qint64 waitingSize = 16 * 1024;
+constexpr qint64 waitingSize = qint64(16) * 1024;
 
 /// More ampersands than a text of 256 MiB has any use for.
 constexpr int maxAmpersands = 16 * 1024 * 1024;
