@@ -1,31 +1,60 @@
 #include "xmlguard_p.h"
 
+#include <algorithm>
+
 namespace {
 
-/// The position after the next @p end from @p from on, or the end of the text.
-int skipPast(const QString& xml, QLatin1String end, int from)
+/// Where a scan stands in a text, which it crosses once, character by character: a server's answer has a
+/// million tags, and looking at them must not take long beside parsing it.
+class Scan
 {
-    const int at = xml.indexOf(end, from);
-    return at < 0 ? xml.size() : at + end.size();
-}
+public:
+    explicit Scan(const QString& text)
+        : m_at(text.utf16())
+        , m_end(m_at + text.size())
+    {}
 
-/// The position of the first of @p stops outside quotes from @p from on, or the end of the text: an attribute
-/// value may hold a ">" or what looks like a comment. Every quoted value is counted in @p nodes.
-int skipTo(const QString& xml, QLatin1String stops, int from, int& nodes)
-{
-    for (int i = from; i < xml.size(); ++i) {
-        const QChar c = xml.at(i);
-        if (c == QLatin1Char('"') || c == QLatin1Char('\'')) {
+    /// Goes to the next @p c and returns whether there is one.
+    bool goTo(char16_t c)
+    {
+        m_at = std::find(m_at, m_end, c);
+        return m_at != m_end;
+    }
+    void skip(int count) { m_at += std::min<std::ptrdiff_t>(count, m_end - m_at); }
+
+    bool startsWith(QLatin1String text) const
+    {
+        return m_end - m_at >= text.size() &&
+               std::equal(text.begin(), text.end(), m_at, [](char a, ushort b) { return uchar(a) == b; });
+    }
+    /// Goes behind the next @p text, or to the end.
+    void skipPast(QLatin1String text)
+    {
+        while (goTo(ushort(text.front().unicode())) && !startsWith(text))
+            ++m_at;
+        skip(text.size());
+    }
+    /// Goes to the first of two characters outside quotes, or to the end: an attribute value may hold a ">"
+    /// or what looks like a comment. Every quoted value is counted in @p nodes.
+    void goToUnquoted(char16_t one, char16_t other, int& nodes)
+    {
+        for (; m_at != m_end && *m_at != one && *m_at != other; ++m_at) {
+            if (*m_at != u'"' && *m_at != u'\'')
+                continue;
             ++nodes;
-            i = xml.indexOf(c, i + 1);
-            if (i < 0)
-                return xml.size();
-        } else if (c.unicode() < 0x80 && stops.contains(c)) {
-            return i;
+            const char16_t quote = *m_at++;
+            if (!goTo(quote))
+                return;
         }
     }
-    return xml.size();
-}
+
+    /// The character so far from here; null beyond the end.
+    char16_t peek(int offset) const { return m_end - m_at > offset ? m_at[offset] : u'\0'; }
+
+private:
+    const ushort* m_at;
+    const ushort* m_end;
+};
 
 } // namespace
 
@@ -33,32 +62,35 @@ bool isFitForDom(const QString& xml)
 {
     int depth = 0;
     int nodes = 0;
-    int at = xml.indexOf(QLatin1Char('<'));
-    while (at >= 0) {
+    Scan scan(xml);
+    while (scan.goTo(u'<')) {
         if (++nodes > maxXmlNodes)
             return false;
-        const QStringView rest = QStringView(xml).mid(at);
-        if (rest.startsWith(QLatin1String("<!--"))) {
-            at = skipPast(xml, QLatin1String("-->"), at + 4);
-        } else if (rest.startsWith(QLatin1String("<![CDATA["))) {
-            at = skipPast(xml, QLatin1String("]]>"), at + 9);
-        } else if (rest.startsWith(QLatin1String("<?"))) {
-            at = skipPast(xml, QLatin1String("?>"), at + 2);
-        } else if (rest.startsWith(QLatin1String("<!"))) {
-            at = skipTo(xml, QLatin1String("[>"), at + 2, nodes);
-            if (at < xml.size() && xml.at(at) == QLatin1Char('['))
-                return false;
-        } else if (rest.startsWith(QLatin1String("</"))) {
-            depth = qMax(0, depth - 1);
-            at += 2;
-        } else {
-            const int end = skipTo(xml, QLatin1String(">"), at + 1, nodes);
-            const bool isEmpty = xml.at(end - 1) == QLatin1Char('/');
+        const char16_t kind = scan.peek(1);
+        if (kind == u'/') {
+            depth = std::max(0, depth - 1);
+            scan.skip(2);
+        } else if (kind == u'?') {
+            scan.skip(2);
+            scan.skipPast(QLatin1String("?>"));
+        } else if (kind != u'!') {
+            scan.skip(1);
+            scan.goToUnquoted(u'>', u'>', nodes);
+            const bool isEmpty = scan.peek(-1) == u'/';
             if (!isEmpty && ++depth > maxXmlDepth)
                 return false;
-            at = end;
+        } else if (scan.startsWith(QLatin1String("<!--"))) {
+            scan.skip(4);
+            scan.skipPast(QLatin1String("-->"));
+        } else if (scan.startsWith(QLatin1String("<![CDATA["))) {
+            scan.skip(9);
+            scan.skipPast(QLatin1String("]]>"));
+        } else {
+            scan.skip(2);
+            scan.goToUnquoted(u'[', u'>', nodes);
+            if (scan.peek(0) == u'[')
+                return false;
         }
-        at = xml.indexOf(QLatin1Char('<'), at);
     }
     return nodes <= maxXmlNodes;
 }
