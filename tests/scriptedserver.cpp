@@ -76,6 +76,13 @@ QByteArray ScriptedServer::reply(const QByteArray& body, const QByteArray& statu
            moreHeaders + "\r\n" + body;
 }
 
+QByteArray ScriptedServer::bomb(int more)
+{
+    QByteArray blanks = qCompress(QByteArray(2000000, ' '), 9).mid(4);
+    blanks.truncate(blanks.size() / 2);
+    return "HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\n\r\n" + blanks + QByteArray(more, blanks.back());
+}
+
 void ScriptedServer::incomingConnection(qintptr descriptor)
 {
     QTcpSocket* socket = nullptr;

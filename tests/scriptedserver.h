@@ -70,6 +70,9 @@ public:
     static QByteArray reply(const QByteArray& body, const QByteArray& status = "200 OK",
                             const QByteArray& moreHeaders = QByteArray());
 
+    /// A good answer without an end, compressed blanks: @p more bytes behind it stand for 1032 blanks each.
+    static QByteArray bomb(int more = 0);
+
     /// Writes a self-signed certificate for 127.0.0.1 and its key as PEM files. Returns whether that worked.
     static bool makeCertificate(const QString& certificateFile, const QString& keyFile);
 

@@ -9,6 +9,7 @@
 #include "testkit.h"
 
 #include <QMetaMethod>
+#include <QNetworkAccessManager>
 #include <QTest>
 
 #include <memory>
@@ -230,6 +231,8 @@ private Q_SLOTS:
     void afterAnyTurn();
     void insideAnySlot_data() { rows(true); }
     void insideAnySlot();
+    void overTheLimit_data();
+    void overTheLimit();
 };
 
 void TestLifetime::afterAnyTurn()
@@ -298,6 +301,34 @@ void TestLifetime::insideAnySlot()
     }
     QCOMPARE(*open, 0);
     QVERIFY(reached > 0);
+}
+
+void TestLifetime::overTheLimit_data()
+{
+    addOperationRows([](const Operation& operation) {
+        return operation.type == Task::VerifyLogin || operation.name == "GetContacts of groups";
+    });
+}
+
+void TestLifetime::overTheLimit()
+{
+    QFETCH(int, index);
+    const Operation& operation = operations().at(index);
+
+    ScriptedServer wire;
+    wire.setAnswer([](const WireRequest& request) {
+        return request.target.contains("groups") ? serve(request)
+                                                 : ScriptedServer::bomb(int(Task::maxReplySize / 1000));
+    });
+    auto* manager = new FaxManager(noContacts);
+    const QPointer<QNetworkAccessManager> nam = &manager->nam();
+    auto* server = new BareServer(*manager, wire.address());
+    Outcome outcome(operation.make(*server), operation.done);
+    outcome.onOver = [&manager] { delete manager; };
+    outcome.task->execute();
+    QVERIFY(spinUntil([&] { return outcome.isOver(); }));
+    QCOMPARE(outcome.errors, QList<Task::Status>{Task::Error});
+    QVERIFY(!outcome.task && !nam);
 }
 
 QTEST_GUILESS_MAIN(TestLifetime)

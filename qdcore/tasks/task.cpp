@@ -52,7 +52,7 @@ void Task::letGo(QNetworkReply* reply)
 void Task::setReply(QNetworkReply* reply)
 {
     m_reply = reply;
-    connect(reply, &QNetworkReply::finished, this, &Task::slotFinished);
+    connect(reply, &QNetworkReply::finished, this, &Task::slotFinished, Qt::QueuedConnection);
     collect(reply);
 }
 

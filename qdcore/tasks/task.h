@@ -117,7 +117,9 @@ protected:
     /// The reply; null until the request is sent, and after the access manager is gone.
     QNetworkReply* reply() const { return m_reply.data(); }
 
-    /// Takes a reply just sent: its end calls onFinished(), and its body is collected.
+    /// Takes a reply just sent: its end calls onFinished(), and its body is collected. The call is queued,
+    /// like every one that can end in an outcome: a slot may destroy the access manager and with it the
+    /// reply, which must not be in the middle of a signal then.
     void setReply(QNetworkReply* reply);
 
     /// Collects the body of a reply as it comes, with as little of it waiting in the access manager as

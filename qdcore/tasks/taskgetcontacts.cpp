@@ -118,7 +118,8 @@ void TaskGetContacts::requestMembers()
         const auto [member, group] = m_waitingMembers.dequeue();
         QNetworkReply* reply = nam().get(request(resourceUrl(QUrl(member, QUrl::TolerantMode))));
         collect(reply);
-        connect(reply, &QNetworkReply::finished, this, &TaskGetContacts::slotFinishedGroup);
+        connect(reply, &QNetworkReply::finished, this, &TaskGetContacts::slotFinishedGroup,
+                Qt::QueuedConnection);
         m_pendingGroups.insert(reply, group);
     }
 }
