@@ -66,7 +66,8 @@ void Task::collect(QNetworkReply* reply)
             return;
         if (body->isEmpty())
             reply->setProperty(bodyHeadProperty, reply->peek(bodyHeadSize));
-        if (body->size() + reply->bytesAvailable() <= maxReplySize) {
+        m_received += reply->bytesAvailable();
+        if (m_received <= maxReplySize) {
             body->append(reply->readAll());
         } else {
             m_collected.erase(body);
@@ -81,6 +82,7 @@ QByteArray Task::takeBody(QNetworkReply* reply)
     if (body == m_collected.end())
         return QByteArray();
     const QByteArray rest = reply->readAll();
+    m_received += rest.size();
     const QByteArray whole = body->isEmpty() ? rest : body->append(rest);
     m_collected.erase(body);
     return whole;

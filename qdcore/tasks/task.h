@@ -73,7 +73,8 @@ public:
     };
     Q_ENUM(Status)
 
-    /// Replies larger than this many bytes, after decompression, are cut off and end the task with Error.
+    /// The reply and those of further requests of the same task may have this many bytes together, after
+    /// decompression. What is more is cut off and ends the task with Error.
     static constexpr qint64 maxReplySize = qint64(256) * 1024 * 1024;
 
     /// The dynamic property in which a reply keeps how its body begins, at most bodyHeadSize bytes: the task
@@ -123,11 +124,14 @@ protected:
     void setReply(QNetworkReply* reply);
 
     /// Collects the body of a reply as it comes, with as little of it waiting in the access manager as
-    /// possible, and cuts the reply off when it is larger than maxReplySize.
+    /// possible, and cuts the reply off when the task has more than maxReplySize.
     void collect(QNetworkReply* reply);
 
     /// What was collected of a finished reply, once; nothing of one that was cut off.
     QByteArray takeBody(QNetworkReply* reply);
+
+    /// Whether this task has had more than maxReplySize: whatever else is sent to it will be cut off.
+    bool isOverLimit() const { return m_received > maxReplySize; }
 
     /// Aborts a reply that nobody waits for any more and deletes it later. The task hears nothing of it.
     void letGo(QNetworkReply* reply);
@@ -234,5 +238,6 @@ private:
     QByteArray m_body;
     bool m_bodyRead{false};
     QHash<QNetworkReply*, QByteArray> m_collected; ///< The bodies of the replies that are under way.
+    qint64 m_received{0};                          ///< The bytes of all replies together.
     bool m_failed{false};
 };

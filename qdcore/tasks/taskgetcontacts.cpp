@@ -133,6 +133,8 @@ void TaskGetContacts::slotFinishedGroup()
     const QByteArray body = takeBody(reply);
     const int error = reply->isFinished() ? int(reply->error()) : int(QNetworkReply::OperationCanceledError);
     reply->deleteLater();
+    if (isOverLimit())
+        m_waitingMembers.clear();
     requestMembers();
 
     // after one failure the rest is only waited for
