@@ -16,6 +16,14 @@ namespace {
 /// "(n)" goes in front of the dot and the three letters of an extension.
 const int extensionLength = 4;
 
+/// How much waits in the access manager to be written, in bytes. Without a limit its thread goes on reading,
+/// and decompressing, whatever a server sends, faster than it can be written. When the connection is cut,
+/// what is beyond the limit is lost: for plain content there is room for what piles up in a busy moment.
+/// Compressed content can be any multiple of what is sent, and the manager keeps within the smaller limit
+/// only.
+constexpr qint64 waitingPlain = 16 * 1024 * 1024;
+constexpr qint64 waitingCompressed = 16 * 1024;
+
 #ifdef Q_OS_WIN
 /// Whether Windows takes the name for a device or resolves it to something else: "NUL.tif", "a.tif:stream",
 /// "a.tif ".
@@ -144,6 +152,11 @@ void Downloader::download(QUrl url, bool secure)
     }
 
     m_reply = m_manager.get(request);
+    m_reply->setReadBufferSize(waitingPlain);
+    connect(m_reply.data(), &QNetworkReply::metaDataChanged, m_reply.data(), [reply = m_reply.data()] {
+        if (reply->hasRawHeader("Content-Encoding"))
+            reply->setReadBufferSize(waitingCompressed);
+    });
     connect(m_reply.data(), &QNetworkReply::finished, this, &Downloader::slotFinished);
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED

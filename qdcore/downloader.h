@@ -66,8 +66,8 @@ Q_SIGNALS:
     /// file is shorter: who must know compares its size with what the server sent.
     void downloadFinished(const QString& filePath);
 
-    /// The download has failed; what was already written stays in the file. A network error may be told
-    /// twice.
+    /// The download has failed; what was already written stays in the file, and of a compressed answer the
+    /// end of what had come may be missing. A network error may be told twice.
     void downloadError(Downloader::Error error);
 
     /// Not emitted. Both counts are in bytes.
