@@ -322,7 +322,9 @@ FUZZ_TARGET(replies)
         const QByteArray first = bodies.takeFirst();
         FakeReply* reply = manager.network().next();
         PROMISE(reply && !manager.network().next());
+        const auto end = [] { QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall); };
         reply->deliver(first, pieces, code);
+        end();
         bool hasMembers = false;
         while (FakeReply* member = manager.network().next()) {
             PROMISE(!outcome.isOver() && type == Task::GetContacts);
@@ -331,6 +333,7 @@ FUZZ_TARGET(replies)
             hasMembers = true;
             member->deliver(bodies.isEmpty() ? QByteArray("<reply/>") : bodies.takeFirst(), pieces,
                             memberCode);
+            end();
         }
         PROMISE(outcome.done + outcome.errors.size() == 1);
 
