@@ -49,6 +49,23 @@ public Q_SLOTS:
 enum Victim { Server, ListedServer, Manager, Contacts };
 const char* const victims[] = {"server", "server taken off the list", "manager", "manager of contacts"};
 
+/// What the server answers.
+enum Answers { Good, Refusal, Unusable, Cut, FailedMember };
+const char* const answers[] = {"good", "401", "unusable", "cut", "failed member"};
+
+void setAnswers(ScriptedServer& wire, Answers which)
+{
+    wire.setHangUp(which == Cut ? ScriptedServer::HangUp::InsideReply : ScriptedServer::HangUp::Never);
+    wire.setAnswer([which](const WireRequest& request) {
+        if (which == Refusal)
+            return ScriptedServer::reply("", "401 No");
+        if (which == Unusable)
+            return ScriptedServer::reply("<r><message>no");
+        const bool isMember = request.target.startsWith("/qdws/v1/contacts/anna/");
+        return which == FailedMember && isMember ? ScriptedServer::reply("", "404 No") : serve(request);
+    });
+}
+
 /// What is done with a server: an operation, a login or a synchronisation.
 struct Deed
 {
@@ -204,21 +221,23 @@ class TestLifetime : public QObject
                                ? QStringLiteral("/dev/shm/lifetime-XXXXXX")
                                : QDir::tempPath() + QStringLiteral("/lifetime-XXXXXX")};
 
-    static void rows(bool withAnswers)
+    static void rows()
     {
         QTest::addColumn<int>("index");
         QTest::addColumn<int>("victim");
-        QTest::addColumn<bool>("good");
+        QTest::addColumn<int>("answer");
         const QList<Deed> all = deeds();
         for (int i = 0; i < all.size(); ++i) {
             for (const int victim : {Server, ListedServer, Manager, Contacts}) {
                 if (victim == Contacts && !all.at(i).needsContacts)
                     continue; // it has no part in an operation alone
-                for (const bool good : {true, false}) {
-                    if (good || withAnswers)
+                for (const int answer : {Good, Refusal, Unusable, Cut, FailedMember}) {
+                    const bool hasMembers =
+                        all.at(i).name.contains("groups") || all.at(i).name.contains("synchronisation");
+                    if (answer != FailedMember || hasMembers)
                         QTest::addRow("%s, %s, %s", all.at(i).name.constData(), victims[victim],
-                                      good ? "good" : "401")
-                            << i << victim << good;
+                                      answers[answer])
+                            << i << victim << answer;
                 }
             }
         }
@@ -227,9 +246,9 @@ class TestLifetime : public QObject
 private Q_SLOTS:
     void initTestCase() { qputenv("APPDATA", QFile::encodeName(m_folder.path())); }
 
-    void afterAnyTurn_data() { rows(false); }
+    void afterAnyTurn_data() { rows(); }
     void afterAnyTurn();
-    void insideAnySlot_data() { rows(true); }
+    void insideAnySlot_data() { rows(); }
     void insideAnySlot();
     void overTheLimit_data();
     void overTheLimit();
@@ -239,16 +258,18 @@ void TestLifetime::afterAnyTurn()
 {
     QFETCH(int, index);
     QFETCH(int, victim);
+    QFETCH(int, answer);
     const Deed deed = deeds().at(index);
 
     const auto open = QSharedPointer<int>::create(0); // busy times begun and not ended
     ScriptedServer wire;
-    wire.setAnswer(&serve);
     bool wasOver = false;
     for (int turns = 0; !wasOver; ++turns) {
         QVERIFY(turns < 300);
+        setAnswers(wire, Good);
         World world(wire, deed.needsContacts, open);
         QVERIFY(world.isReady);
+        setAnswers(wire, Answers(answer));
         world.begin(deed);
         for (int i = 0; i < turns && !world.isOver(); ++i)
             turn();
@@ -268,18 +289,17 @@ void TestLifetime::insideAnySlot()
 {
     QFETCH(int, index);
     QFETCH(int, victim);
-    QFETCH(bool, good);
+    QFETCH(int, answer);
     const Deed deed = deeds().at(index);
 
     const auto open = QSharedPointer<int>::create(0); // busy times begun and not ended
     ScriptedServer wire;
     int reached = 0;
     for (int number = 0; number <= reached; ++number) {
-        wire.setAnswer(&serve);
+        setAnswers(wire, Good);
         World world(wire, deed.needsContacts, open);
         QVERIFY(world.isReady);
-        if (!good)
-            wire.setAnswer(ScriptedServer::reply("", "401 No"));
+        setAnswers(wire, Answers(answer));
         int signal = 0;
         bool killed = false;
         world.ofServer.onSignal = world.ofContacts.onSignal = [&] {
