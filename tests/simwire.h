@@ -124,3 +124,32 @@ inline QByteArray declared(const QByteArray& document)
 {
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>" + document;
 }
+
+/// Asks for something under "/qdws/v1/".
+inline Wire::Answer ask(const SimServer& server, const QByteArray& method, const QByteArray& target,
+                        const QByteArray& body = QByteArray(),
+                        const QByteArray& credentials = QByteArrayLiteral("alice:secret"))
+{
+    Wire wire(method, "/qdws/v1/" + target, body);
+    wire.credentials = credentials;
+    return wire.send(server);
+}
+
+inline Wire::Answer get(const SimServer& server, const QByteArray& target)
+{
+    return ask(server, "GET", target);
+}
+
+/// Elements that hold texts without blanks, of "name=text name=text"; each on a line of its own when
+/// indented.
+inline QByteArray fields(const QByteArray& texts, int indent = 0)
+{
+    QByteArray xml;
+    for (const QByteArray& part : texts.split(' ')) {
+        const int end = part.indexOf('=');
+        const QByteArray name = part.left(end);
+        xml += QByteArray(indent, ' ') + '<' + name + '>' + part.mid(end + 1) + "</" + name + '>' +
+               (indent ? "\n" : "");
+    }
+    return xml;
+}

@@ -11,40 +11,46 @@
 
 namespace {
 
-/// A submission in which every element that there is occurs.
-QByteArray fullFax()
+QByteArray block(const QByteArray& name, const QByteArray& content)
 {
-    return declared(
-        "\n<schedule_fax>\n <sender>\n  <contact_url>http://fax/qdws/v1/users/alice</contact_url>\n  "
-        "<username>alice</username>\n  <name>Alice &amp; Co</name>\n  "
-        "<email_address>a@example.com</email_address>\n  <phone_number>1</phone_number>\n  "
-        "<fax_number>2</fax_number>\n  <organization>O</organization>\n  "
-        "<default_cover_page_enabled>true</default_cover_page_enabled>\n  <default_cover_page_name/>\n  "
-        "<priority>3</priority>\n  <max_attempts>3</max_attempts>\n  <interval>300</interval>\n  "
-        "<receipt>failure</receipt>\n  <receipt_attachment>pdf</receipt_attachment>\n  "
-        "<print_receipt>never</print_receipt>\n  <print_receipt_printer></print_receipt_printer>\n  "
-        "<print_receipt_first>false</print_receipt_first>\n  <fax_page_size>auto</fax_page_size>\n "
-        "</sender>\n <cover_page>\n  <enabled>true</enabled>\n  <name>Standard</name>\n  "
-        "<type>system</type>\n  <url>http://fax/c</url>\n  <subject>S</subject>\n  <comments>C</comments>\n "
-        "</cover_page>\n <recipient>\n  <name>Bob</name>\n  <fax_number>100</fax_number>\n </recipient>\n "
-        "<recipient>\n  <fax_number>200</fax_number>\n </recipient>\n <attachment>\n  "
-        "<location>inline</location>\n  <name>a.txt</name>\n  <content_type>text/plain</content_type>\n  "
-        "<content_transfer_encoding>base64</content_transfer_encoding>\n  <content>aGVsbG8=</content>\n "
-        "</attachment>\n <attachment>\n  <location>external</location>\n  <url>http://x/y.pdf</url>\n "
-        "</attachment>\n <schedule_all_at>2031-02-03T04:05:06</schedule_all_at>\n <priority>5</priority>\n "
-        "<max_tries>1</max_tries>\n <try_interval>60</try_interval>\n <receipt>always</receipt>\n "
-        "<receipt_attachment>tiff</receipt_attachment>\n <print_receipt>failure</print_receipt>\n "
-        "<print_receipt_printer>Archive</print_receipt_printer>\n "
-        "<print_receipt_first>true</print_receipt_first>\n "
-        "<fax_page_size>a4</fax_page_size>\n</schedule_fax>\n");
+    return " <" + name + ">\n" + content + " </" + name + ">\n";
 }
 
 QByteArray attachment(const QByteArray& name, const QByteArray& content)
 {
-    return " <attachment>\n  <location>inline</location>\n  <name>" + name +
-           "</name>\n  <content_type>text/plain</content_type>\n  "
-           "<content_transfer_encoding>base64</content_transfer_encoding>\n  <content>" +
-           content.toBase64() + "</content>\n </attachment>\n";
+    return block("attachment", fields("location=inline", 2) + "  <name>" + name + "</name>\n" +
+                                   fields("content_type=text/plain content_transfer_encoding=base64", 2) +
+                                   "  <content>" + content.toBase64() + "</content>\n");
+}
+
+QByteArray submission(const QByteArray& content)
+{
+    return declared("\n<schedule_fax>\n" + content + "</schedule_fax>\n");
+}
+
+/// A submission in which every element that there is occurs.
+QByteArray fullFax()
+{
+    return submission(
+        block("sender",
+              fields("contact_url=http://fax/qdws/v1/users/alice username=alice name=Alice&amp;Co "
+                     "email_address=a@example.com phone_number=1 fax_number=2 organization=O "
+                     "default_cover_page_enabled=true",
+                     2) +
+                  "  <default_cover_page_name/>\n" +
+                  fields("priority=3 max_attempts=3 interval=300 receipt=failure receipt_attachment=pdf "
+                         "print_receipt=never print_receipt_printer= print_receipt_first=false "
+                         "fax_page_size=auto",
+                         2)) +
+        block("cover_page",
+              fields("enabled=true name=Standard type=system url=http://fax/c subject=S comments=C", 2)) +
+        block("recipient", fields("name=Bob fax_number=100", 2)) +
+        block("recipient", fields("fax_number=200", 2)) + attachment("a.txt", "hello") +
+        block("attachment", fields("location=external url=http://x/y.pdf", 2)) +
+        fields("schedule_all_at=2031-02-03T04:05:06 priority=5 max_tries=1 try_interval=60 receipt=always "
+               "receipt_attachment=tiff print_receipt=failure print_receipt_printer=Archive "
+               "print_receipt_first=true fax_page_size=a4",
+               1));
 }
 
 /// A submission as short as can be, to these numbers.
@@ -53,25 +59,21 @@ QByteArray shortFax(const QByteArrayList& numbers, const QByteArray& attachments
 {
     QByteArray recipients;
     for (const QByteArray& number : numbers)
-        recipients += " <recipient>\n  <fax_number>" + number + "</fax_number>\n </recipient>\n";
-    return declared(
-        "\n<schedule_fax>\n <sender>\n  <default_cover_page_enabled>false</default_cover_page_enabled>\n  "
-        "<default_cover_page_name></default_cover_page_name>\n </sender>\n <cover_page>\n  "
-        "<enabled>false</enabled>\n </cover_page>\n" +
-        recipients + attachments + options + "</schedule_fax>\n");
+        recipients += block("recipient", fields("fax_number=" + number, 2));
+    return submission(
+        block("sender", fields("default_cover_page_enabled=false default_cover_page_name=", 2)) +
+        block("cover_page", fields("enabled=false", 2)) + recipients + attachments + options);
 }
 
 QByteArray fullProfile()
 {
-    return declared(
-        "<user><contact_url>http://fax/qdws/v1/users/alice</contact_url><username>alice</username><name>A</"
-        "name><email_address>e</email_address><phone_number>1</phone_number><fax_number>2</"
-        "fax_number><organization>O</organization><default_cover_page_enabled>true</"
-        "default_cover_page_enabled><default_cover_page_name>Urgent</default_cover_page_name><priority>0</"
-        "priority><max_attempts>7</max_attempts><interval>20</interval><receipt>always</"
-        "receipt><receipt_attachment>none</receipt_attachment><print_receipt>always</"
-        "print_receipt><print_receipt_printer>Archive</print_receipt_printer><print_receipt_first>true</"
-        "print_receipt_first><fax_page_size>legal</fax_page_size></user>");
+    return declared("<user>" +
+                    fields("contact_url=http://fax/qdws/v1/users/alice username=alice name=A email_address=e "
+                           "phone_number=1 fax_number=2 organization=O default_cover_page_enabled=true "
+                           "default_cover_page_name=Urgent priority=0 max_attempts=7 interval=20 "
+                           "receipt=always receipt_attachment=none print_receipt=always "
+                           "print_receipt_printer=Archive print_receipt_first=true fax_page_size=legal") +
+                    "</user>");
 }
 
 QByteArray profileWith(const char* text, const char* instead)
@@ -134,8 +136,44 @@ private Q_SLOTS:
         row("profile without cover page", "PUT", "users/alice",
             profileWith("<default_cover_page_name>Urgent</default_cover_page_name>", ""), xml, 400,
             "default_cover_page_name");
-        row("submission without indentation", "POST", "ofax", QByteArray(fullFax()).replace("\n ", "\n"), xml,
-            400, "indented");
+        row("submission without indentation", "POST", "ofax", fullFax().replace("\n ", "\n"), xml, 400,
+            "indented");
+        const auto submission = [&](const char* name, const char* part, const char* replacement,
+                                    const char* reason) {
+            QByteArray body = fullFax();
+            const int at = body.indexOf(part);
+            QVERIFY2(at > 0, name);
+            row(name, "POST", "ofax", body.replace(at, int(qstrlen(part)), replacement), xml, 400, reason);
+        };
+        submission("no sender", " <sender>", " <from>", "line");
+        submission("attribute", "<sender>", "<sender kind=\"a\">", "attributes");
+        submission("text beside elements", " <cover_page>", " hello <cover_page>", "text beside");
+        submission("empty field of a contact", "<name>Bob</name>", "<name></name>", "left out");
+        submission("contact out of order", "<name>Bob</name>\n  <fax_number>100</fax_number>",
+                   "<fax_number>100</fax_number>\n  <name>Bob</name>", "out of order");
+        submission("https address", "http://fax/qdws", "https://fax/qdws", "https");
+        submission("sender's defaults incomplete", "  <interval>300</interval>\n", "",
+                   "\"interval\" expected");
+        submission("cover page without enabled", "  <enabled>true</enabled>\n", "", "\"enabled\" expected");
+        submission("cover page behind recipients", "</recipient>\n <attachment>",
+                   "</recipient>\n <cover_page></cover_page>\n <attachment>", "out of order");
+        submission("attachment without name", "  <name>a.txt</name>\n", "", "\"name\" expected");
+        submission("unknown type", "text/plain", "text/html", "content_type");
+        submission("content not padded", "aGVsbG8=", "aGVsbG8", "base64");
+        submission("empty content", "aGVsbG8=", "", "base64");
+        submission("external with name", "<location>external</location>\n",
+                   "<location>external</location>\n  <name>y</name>\n", "\"url\" expected");
+        submission("no date", "2031-02-03T04:05:06", "2031-02-03 04:05:06", "schedule_all_at");
+        submission("priority too high", " <priority>5<", " <priority>6<", "0 to 5");
+        submission("default priority", " <priority>5<", " <priority>3<", "default");
+        submission("options out of order",
+                   " <receipt>always</receipt>\n <receipt_attachment>tiff</receipt_attachment>",
+                   " <receipt_attachment>tiff</receipt_attachment>\n <receipt>always</receipt>",
+                   "out of order");
+        submission("first page not true", "<print_receipt_first>true<", "<print_receipt_first>false<",
+                   "only ever");
+        submission("option twice", " <fax_page_size>a4</fax_page_size>\n",
+                   " <fax_page_size>a4</fax_page_size>\n <fax_page_size>a4</fax_page_size>\n", "repeated");
     }
     void refusesRequests()
     {
@@ -146,60 +184,14 @@ private Q_SLOTS:
         QFETCH(int, status);
         QFETCH(QString, reason);
         Started server(steppedOptions());
-        Wire("POST", "/qdws/v1/ofax", shortFax({"5"})).send(server);
+        ask(server, "POST", "ofax", shortFax({"5"}));
         Wire wire(method, "/qdws/v1/" + target, body);
         wire.contentType = contentType;
-        const Wire::Answer answer = wire.send(server);
-        QCOMPARE(answer.status, status);
+        QCOMPARE(wire.send(server).status, status);
         QCOMPARE(server.refusals().size(), 1);
         QVERIFY2(server.refusals().first().contains(reason), qPrintable(server.refusals().first()));
         QCOMPARE(server.faxes().size(), 1);
         QCOMPARE(server.faxes().first().state, s("pending"));
-    }
-
-    void refusesSubmissions_data()
-    {
-        // part:of the full submission
-        const Rows<QByteArray, QByteArray, QString> row("part", "replacement", "reason");
-        row("no sender", " <sender>", " <from>", "line");
-        row("attribute", "<sender>", "<sender kind=\"a\">", "attributes");
-        row("text beside elements", " <cover_page>", " hello <cover_page>", "text beside");
-        row("empty field of a contact", "<name>Bob</name>", "<name></name>", "left out");
-        row("contact out of order", "<name>Bob</name>\n  <fax_number>100</fax_number>",
-            "<fax_number>100</fax_number>\n  <name>Bob</name>", "out of order");
-        row("https address", "http://fax/qdws", "https://fax/qdws", "https");
-        row("sender's defaults incomplete", "  <interval>300</interval>\n", "", "\"interval\" expected");
-        row("cover page without enabled", "  <enabled>true</enabled>\n", "", "\"enabled\" expected");
-        row("cover page behind recipients", "</recipient>\n <attachment>",
-            "</recipient>\n <cover_page></cover_page>\n <attachment>", "out of order");
-        row("attachment without name", "  <name>a.txt</name>\n", "", "\"name\" expected");
-        row("unknown type", "text/plain", "text/html", "content_type");
-        row("content not padded", "aGVsbG8=", "aGVsbG8", "base64");
-        row("empty content", "aGVsbG8=", "", "base64");
-        row("external with name", "<location>external</location>\n",
-            "<location>external</location>\n  <name>y</name>\n", "\"url\" expected");
-        row("no date", "2031-02-03T04:05:06", "2031-02-03 04:05:06", "schedule_all_at");
-        row("priority too high", " <priority>5<", " <priority>6<", "0 to 5");
-        row("default priority", " <priority>5<", " <priority>3<", "default");
-        row("options out of order",
-            " <receipt>always</receipt>\n <receipt_attachment>tiff</receipt_attachment>",
-            " <receipt_attachment>tiff</receipt_attachment>\n <receipt>always</receipt>", "out of order");
-        row("first page not true", "<print_receipt_first>true<", "<print_receipt_first>false<", "only ever");
-        row("option twice", " <fax_page_size>a4</fax_page_size>\n",
-            " <fax_page_size>a4</fax_page_size>\n <fax_page_size>a4</fax_page_size>\n", "repeated");
-    }
-    void refusesSubmissions()
-    {
-        QFETCH(QByteArray, part);
-        QFETCH(QByteArray, replacement);
-        QFETCH(QString, reason);
-        Started server(steppedOptions());
-        QVERIFY(fullFax().contains(part));
-        QByteArray body = fullFax();
-        body.replace(body.indexOf(part), part.size(), replacement);
-        QCOMPARE(Wire("POST", "/qdws/v1/ofax", body).send(server).status, 400);
-        QVERIFY2(server.refusals().value(0).contains(reason), qPrintable(server.refusals().value(0)));
-        QVERIFY(server.faxes().isEmpty());
     }
 
     void knowsWhatItsVersionCanDo_data()
@@ -224,16 +216,16 @@ private Q_SLOTS:
         options.model = model;
         options.version = version;
         const Started server(options);
-        const QByteArray user = Wire("GET", "/qdws/v1/users/alice").send(server).body;
+        const QByteArray user = get(server, "users/alice").body;
         QCOMPARE(user.contains("<max_attempts>"), defaults);
         QCOMPARE(user.contains("<print_receipt>"), defaults && receipts);
         QCOMPARE(user.contains("<fax_page_size>"), defaults && pageSize);
         const auto statusWith = [&server](const QByteArray& option) {
-            return Wire("POST", "/qdws/v1/ofax", shortFax({"5"}, {}, option)).send(server).status;
+            return ask(server, "POST", "ofax", shortFax({"5"}, {}, option)).status;
         };
         QCOMPARE(statusWith(" <print_receipt>always</print_receipt>\n"), receipts ? 200 : 400);
         QCOMPARE(statusWith(" <fax_page_size>auto</fax_page_size>\n"), pageSize ? 200 : 400);
-        QCOMPARE(Wire("GET", "/qdws/v1/data/printer_names").send(server).status, receipts ? 200 : 404);
+        QCOMPARE(get(server, "data/printer_names").status, receipts ? 200 : 404);
     }
 
     void keepsRequestsByteForByte()
@@ -265,12 +257,9 @@ private Q_SLOTS:
     void asksForCredentials()
     {
         Started server(steppedOptions());
-        const QByteArrayList wrong = {QByteArray(),   "alice:Secret",  "alice",
-                                      "Alice:secret", "nobody:secret", "bob:"};
-        for (const QByteArray& credentials : wrong) {
-            Wire wire("GET", "/qdws/v1/verify");
-            wire.credentials = credentials;
-            const Wire::Answer answer = wire.send(server);
+        for (const char* credentials : {static_cast<const char*>(nullptr), "alice:Secret", "alice",
+                                        "Alice:secret", "nobody:secret", "bob:"}) {
+            const Wire::Answer answer = ask(server, "GET", "verify", {}, credentials);
             QCOMPARE(answer.status, 401);
             QVERIFY(answer.head.contains("WWW-Authenticate: Basic realm=\"qdws\"\r\n"));
         }
@@ -278,31 +267,26 @@ private Q_SLOTS:
         lowerCase.credentials = QByteArray();
         lowerCase.moreHeaders = "Authorization: basic " + QByteArray("alice:secret").toBase64() + "\r\n";
         QCOMPARE(lowerCase.send(server).status, 401);
-        Wire mute("POST", "/qdws/v1/ofax", shortFax({"5"}));
-        mute.credentials = "mute:m";
-        QCOMPARE(mute.send(server).status, 403);
+        QCOMPARE(ask(server, "POST", "ofax", shortFax({"5"}), "mute:m").status, 403);
     }
 
     void movesFaxesThroughTheirStates()
     {
         Started server(steppedOptions());
-        const Wire::Answer answer = Wire("POST", "/qdws/v1/ofax", shortFax({"1", "2", "3"})).send(server);
+        const Wire::Answer answer = ask(server, "POST", "ofax", shortFax({"1", "2", "3"}));
         QCOMPARE(answer.count("fax_entry"), 3);
         QCOMPARE(answer.text("fax_entry_url"), server.url(s("/qdws/v1/ofax/1")).toString());
         QCOMPARE(states(server), s("pending pending pending"));
-        QCOMPARE(Wire("GET", "/qdws/v1/outbound_status?pending_limit=2&sending_limit=2")
-                     .send(server)
-                     .count("fax_entry"),
-                 2);
+        QCOMPARE(get(server, "outbound_status?pending_limit=2&sending_limit=2").count("fax_entry"), 2);
         server.step(1000);
         QCOMPARE(states(server), s("sending sending sending"));
-        QCOMPARE(Wire("GET", "/qdws/v1/outbound_log").send(server).count("outbound_fax_entry"), 0);
+        QCOMPARE(get(server, "outbound_log").count("outbound_fax_entry"), 0);
         server.step(1000);
         QCOMPARE(states(server), s("sent sent sent"));
-        QCOMPARE(Wire("GET", "/qdws/v1/outbound_status").send(server).count("fax_entry"), 0);
-        QCOMPARE(Wire("GET", "/qdws/v1/ofax").send(server).count("fax_entry"), 0);
-        QCOMPARE(Wire("GET", "/qdws/v1/ofax?complete_limit=2").send(server).count("fax_entry"), 2);
-        const Wire::Answer log = Wire("GET", "/qdws/v1/outbound_log?limit=1").send(server);
+        QCOMPARE(get(server, "outbound_status").count("fax_entry"), 0);
+        QCOMPARE(get(server, "ofax").count("fax_entry"), 0);
+        QCOMPARE(get(server, "ofax?complete_limit=2").count("fax_entry"), 2);
+        const Wire::Answer log = get(server, "outbound_log?limit=1");
         QCOMPARE(log.count("outbound_fax_entry"), 1);
         QCOMPARE(log.text("recipient_fax"), s("3")); // the newest
         QCOMPARE(log.text("status"), s("sent"));
@@ -312,7 +296,7 @@ private Q_SLOTS:
     {
         Started server(steppedOptions());
         const QByteArray twice = " <max_tries>2</max_tries>\n <try_interval>10</try_interval>\n";
-        Wire("POST", "/qdws/v1/ofax", shortFax({"0999"}, {}, twice)).send(server);
+        ask(server, "POST", "ofax", shortFax({"0999"}, {}, twice));
         server.step(1000 + 1000);
         QCOMPARE(states(server), s("pending"));
         QCOMPARE(server.faxes().first().tryNumber, 1);
@@ -323,21 +307,20 @@ private Q_SLOTS:
         server.step(1000);
         QCOMPARE(states(server), s("failed"));
         QCOMPARE(server.faxes().first().tryNumber, 2);
-        QCOMPARE(Wire("GET", "/qdws/v1/outbound_log").send(server).text("status"), s("failed"));
+        QCOMPARE(get(server, "outbound_log").text("status"), s("failed"));
     }
 
     void abortsAndReschedules()
     {
         Started server(steppedOptions());
-        Wire("POST", "/qdws/v1/ofax", shortFax({"1", "2"})).send(server);
-        QCOMPARE(Wire("PUT", "/qdws/v1/outbound_log/2?at=2099-01-01T00%3A00%3A00", "").send(server).status,
-                 200);
-        QCOMPARE(Wire("DELETE", "/qdws/v1/ofax/1").send(server).text("state"), s("aborted"));
+        ask(server, "POST", "ofax", shortFax({"1", "2"}));
+        QCOMPARE(ask(server, "PUT", "outbound_log/2?at=2099-01-01T00%3A00%3A00", "").status, 200);
+        QCOMPARE(ask(server, "DELETE", "ofax/1").text("state"), s("aborted"));
         server.step(60000);
         QCOMPARE(states(server), s("aborted pending"));
-        QCOMPARE(Wire("DELETE", "/qdws/v1/ofax/1").send(server).status, 409);
-        QCOMPARE(Wire("PUT", "/qdws/v1/outbound_log/1?at=now", "").send(server).status, 409);
-        QCOMPARE(Wire("PUT", "/qdws/v1/outbound_log/2?at=now", "").send(server).status, 200);
+        QCOMPARE(ask(server, "DELETE", "ofax/1").status, 409);
+        QCOMPARE(ask(server, "PUT", "outbound_log/1?at=now", "").status, 409);
+        QCOMPARE(ask(server, "PUT", "outbound_log/2?at=now", "").status, 200);
         server.step(2000);
         QCOMPARE(states(server), s("aborted sent"));
     }
@@ -354,16 +337,14 @@ private Q_SLOTS:
         QByteArray attachments;
         for (int i = 0; i < names.size(); ++i)
             attachments += attachment(names[i], "content " + QByteArray::number(i));
-        QCOMPARE(Wire("POST", "/qdws/v1/ofax", shortFax({"1", "2"}, attachments)).send(server).status, 200);
+        QCOMPARE(ask(server, "POST", "ofax", shortFax({"1", "2"}, attachments)).status, 200);
         const QVector<SimAttachment> stored = server.attachments(2);
         QCOMPARE(stored.size(), names.size());
         QSet<QString> paths;
         for (int i = 0; i < stored.size(); ++i) {
             QCOMPARE(stored[i].name.toUtf8(), names[i]);
-            QFile file(stored[i].path);
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            QCOMPARE(file.readAll(), "content " + QByteArray::number(i));
-            QCOMPARE(QFileInfo(file).canonicalPath(),
+            QCOMPARE(readFile(stored[i].path), "content " + QByteArray::number(i));
+            QCOMPARE(QFileInfo(stored[i].path).canonicalPath(),
                      QFileInfo(folder.filePath(s("spool/1"))).canonicalFilePath());
             paths.insert(stored[i].path);
         }
@@ -380,13 +361,8 @@ private Q_SLOTS:
         QByteArray document(100 << 20, '\0');
         for (int i = 0; i < document.size(); ++i)
             document[i] = static_cast<char>(i ^ (i >> 8) ^ (i >> 16));
-        QCOMPARE(Wire("POST", "/qdws/v1/ofax", shortFax({"1"}, attachment("large.txt", document)))
-                     .send(server)
-                     .status,
-                 200);
-        QFile file(server.attachments(1).value(0).path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.readAll() == document);
+        QCOMPARE(ask(server, "POST", "ofax", shortFax({"1"}, attachment("large.txt", document))).status, 200);
+        QVERIFY(readFile(server.attachments(1).value(0).path) == document);
         const SimRequest request = server.requests().value(0);
         QVERIFY(request.bodySize > document.size());
         QCOMPARE(request.body.size(), 1 << 20); // the rest is not kept
@@ -395,30 +371,18 @@ private Q_SLOTS:
     void showsFaxesOnlyToTheirSender()
     {
         Started server(steppedOptions());
-        Wire("POST", "/qdws/v1/ofax", shortFax({"1"})).send(server);
-        const auto as = [&server](const char* credentials, const char* method, const char* target) {
-            Wire wire(method, target);
-            wire.credentials = credentials;
-            return wire.send(server);
-        };
-        QCOMPARE(as("bob:word", "GET", "/qdws/v1/ofax").count("fax_entry"), 0);
-        QCOMPARE(as("bob:word", "GET", "/qdws/v1/ofax/1").status, 403);
-        QCOMPARE(as("bob:word", "DELETE", "/qdws/v1/ofax/1").status, 403);
-        QCOMPARE(as("root:r", "GET", "/qdws/v1/ofax").count("fax_entry"), 1);
-        QCOMPARE(as("root:r", "DELETE", "/qdws/v1/ofax/1").status, 200);
+        ask(server, "POST", "ofax", shortFax({"1"}));
+        QCOMPARE(ask(server, "GET", "ofax", {}, "bob:word").count("fax_entry"), 0);
+        QCOMPARE(ask(server, "GET", "ofax/1", {}, "bob:word").status, 403);
+        QCOMPARE(ask(server, "DELETE", "ofax/1", {}, "bob:word").status, 403);
+        QCOMPARE(ask(server, "GET", "ofax", {}, "root:r").count("fax_entry"), 1);
+        QCOMPARE(ask(server, "DELETE", "ofax/1", {}, "root:r").status, 200);
     }
 
     void causesTrouble_data()
     {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<bool>("whole");
-        QTest::addColumn<QByteArray>("pattern"); // of the body
-        QTest::addColumn<int>("faxes");          // that exist afterwards
-        const auto row = [](const char* fault, int status, bool whole, const char* pattern, int faxes) {
-            QTest::newRow(fault) << QString::fromLatin1(fault) << status << whole << QByteArray(pattern)
-                                 << faxes;
-        };
+        // of the answer; the faxes that exist afterwards
+        const Rows<int, bool, QString, int> row("status", "whole", "body", "faxes");
         row("delay=10", 200, true, "<fax_entry>.*</reply>$", 1);
         row("hangup-early", 0, false, "^$", 0);
         row("hangup", 0, false, "^$", 1);
@@ -434,42 +398,39 @@ private Q_SLOTS:
         row("nomessage", 200, true, "<reply><fax_entry>", 1);
         row("ampersand", 200, true, "<name>Bob & co</name>", 1);
         row("empty", 200, true, "^$", 1);
-        row("huge=2", 200, true, "^<\\?xml.*<reply><message>x*</message></reply>$", 1);
-        row("deep=100000", 200, true, "^<\\?xml[^>]*>\\s*(<a>)+(</a>)+$", 1);
+        row("huge=2", 200, true, "", 1);
+        row("deep=100000", 200, true, "", 1);
         row("body=<a/>", 200, true, "^<a/>$", 1);
     }
     void causesTrouble()
     {
-        QFETCH(QString, fault);
         QFETCH(int, status);
         QFETCH(bool, whole);
-        QFETCH(QByteArray, pattern);
+        QFETCH(QString, body);
         QFETCH(int, faxes);
+        const QString fault = s(QTest::currentDataTag());
         Started server(steppedOptions());
         QVERIFY(server.addFault(fault));
-        const QByteArray body =
-            QByteArray(shortFax({"1"})).replace("<fax_number>", "<name>Bob</name>\n  <fax_number>");
-        const Wire::Answer answer = Wire("POST", "/qdws/v1/ofax", body).send(server);
+        const Wire::Answer answer =
+            ask(server, "POST", "ofax", shortFax({"1"}).replace("<fax_n", "<name>Bob</name>\n  <fax_n"));
         QCOMPARE(answer.status, status);
         QCOMPARE(answer.isWhole, whole);
-        QRegularExpression expected(QString::fromLatin1(pattern),
-                                    QRegularExpression::DotMatchesEverythingOption);
-        if (!fault.startsWith(s("deep")) && !fault.startsWith(s("huge"))) // too much for the matcher
-            QVERIFY2(expected.match(QString::fromUtf8(answer.body)).hasMatch(),
-                     answer.body.left(2000).constData());
-        if (fault.startsWith(s("huge"))) {
+        if (fault.startsWith(s("huge"))) { // too much for the matcher
             QCOMPARE(answer.body.size(), 2 << 20);
-            QVERIFY(answer.body.endsWith("xxx</message></reply>"));
             QVERIFY(answer.body.startsWith(declared("\n<reply><message>xxx")));
-        }
-        if (fault.startsWith(s("deep")))
+            QVERIFY(answer.body.endsWith("xxx</message></reply>"));
+        } else if (fault.startsWith(s("deep"))) {
             QVERIFY(answer.body.count("<a>") == 100000 && answer.body.endsWith("</a></a>"));
+        } else {
+            const QRegularExpression expected(body, QRegularExpression::DotMatchesEverythingOption);
+            QVERIFY2(expected.match(s(answer.body)).hasMatch(), answer.body.left(2000));
+        }
         QCOMPARE(server.faxes().size(), faxes);
         QCOMPARE(server.requestCount(), 1);
         QVERIFY(server.requests().first().faulty);
         QCOMPARE(server.refusals(), QStringList());
         server.clearFaults();
-        QCOMPARE(Wire("GET", "/qdws/v1/verify").send(server).text("message"), s("VERIFIED"));
+        QCOMPARE(get(server, "verify").text("message"), s("VERIFIED"));
     }
 
     void choosesWhatGoesWrong()
@@ -477,16 +438,13 @@ private Q_SLOTS:
         Started server;
         QVERIFY(server.addFault(s("status=500,path=/qdws/v1/a,method=GET,skip=1,times=2")));
         QVERIFY(server.addFault(s("status=501,method=DELETE")));
-        const auto status = [&server](const char* method, const char* target) {
-            return Wire(method, target).send(server).status;
+        const std::initializer_list<std::tuple<const char*, const char*, int>> answers = {
+            {"GET", "about", 200}, // skipped
+            {"GET", "verify", 200}, {"GET", "about", 500}, {"DELETE", "ofax/1", 501},
+            {"GET", "about", 500},  {"GET", "about", 200}, {"DELETE", "ofax/1", 501},
         };
-        QCOMPARE(status("GET", "/qdws/v1/about"), 200); // skipped
-        QCOMPARE(status("GET", "/qdws/v1/verify"), 200);
-        QCOMPARE(status("GET", "/qdws/v1/about"), 500);
-        QCOMPARE(status("DELETE", "/qdws/v1/ofax/1"), 501);
-        QCOMPARE(status("GET", "/qdws/v1/about"), 500);
-        QCOMPARE(status("GET", "/qdws/v1/about"), 200);
-        QCOMPARE(status("DELETE", "/qdws/v1/ofax/1"), 501);
+        for (const auto& [method, target, status] : answers)
+            QCOMPARE(ask(server, method, target).status, status);
     }
 
     void refusesUnknownFaults()
@@ -554,9 +512,9 @@ private Q_SLOTS:
         };
         {
             Started server(options);
-            QCOMPARE(Wire("PUT", "/qdws/v1/users/alice", fullProfile()).send(server).status, 200);
-            Wire("POST", "/qdws/v1/ofax", shortFax({"1", "2"}, attachment("a.txt", "hello"))).send(server);
-            Wire("DELETE", "/qdws/v1/ofax/1").send(server);
+            QCOMPARE(ask(server, "PUT", "users/alice", fullProfile()).status, 200);
+            ask(server, "POST", "ofax", shortFax({"1", "2"}, attachment("a.txt", "hello")));
+            ask(server, "DELETE", "ofax/1");
             QCOMPARE(server.stepChanges(30).size(), 30);
             book = written(server);
         }
@@ -566,7 +524,7 @@ private Q_SLOTS:
         QCOMPARE(server.user(s("alice")).coverPageName, s("Urgent"));
         QCOMPARE(server.attachments(2).value(0).size, qint64(5));
         QCOMPARE(written(server), book);
-        Wire("POST", "/qdws/v1/ofax", shortFax({"3"})).send(server);
+        ask(server, "POST", "ofax", shortFax({"3"}));
         QCOMPARE(server.faxes().last().id, quint64(3));
         server.step(5000);
         QCOMPARE(states(server), s("aborted sent sent"));
@@ -587,21 +545,17 @@ private Q_SLOTS:
 
     void runsAsAProgram()
     {
-        QProcess wrong;
-        wrong.start(s(QDSIM_PROGRAM), {s("--speed"), s("fast")});
-        QVERIFY(wrong.waitForFinished(20000));
-        QCOMPARE(wrong.exitCode(), 2);
-        QVERIFY(wrong.readAllStandardError().contains("--speed"));
-
         QTemporaryDir folder;
-        QFile users(folder.filePath(s("users")));
-        QVERIFY(users.open(QIODevice::WriteOnly));
-        users.write("# nobody\n");
-        users.close();
-        wrong.start(s(QDSIM_PROGRAM), {s("--users"), users.fileName()});
-        QVERIFY(wrong.waitForFinished(20000));
-        QCOMPARE(wrong.exitCode(), 2);
-        QVERIFY(wrong.readAllStandardError().contains("no users"));
+        const QString users = folder.filePath(s("users"));
+        writeFile(users, "# nobody\n");
+        for (const auto& [option, value, reason] :
+             {std::make_tuple(s("--speed"), s("fast"), "--speed"), {s("--users"), users, "no users"}}) {
+            QProcess wrong;
+            wrong.start(s(QDSIM_PROGRAM), {option, value});
+            QVERIFY(wrong.waitForFinished(20000));
+            QCOMPARE(wrong.exitCode(), 2);
+            QVERIFY(wrong.readAllStandardError().contains(reason));
+        }
 
         QProcess process;
         process.start(s(QDSIM_PROGRAM), {s("--users"), s("/dev/stdin"), s("--inbound"), s("3"), s("--fault"),

@@ -49,9 +49,9 @@ private Q_SLOTS:
         SimOptions options;
         options.inbound = 10000;
         Started server(options);
-        const Wire::Answer all = Wire("GET", "/qdws/v1/inbound_log").send(server);
+        const Wire::Answer all = get(server, "inbound_log");
         QCOMPARE(all.count("inbound_fax_entry"), 10000);
-        const Wire::Answer three = Wire("GET", "/qdws/v1/inbound_log?index=0&limit=3").send(server);
+        const Wire::Answer three = get(server, "inbound_log?index=0&limit=3");
         QCOMPARE(three.count("inbound_fax_entry"), 3);
         const QVector<SimInbound> log = server.inbound();
         QCOMPARE(three.text("filename"), log.last().filename); // newest first
@@ -88,7 +88,7 @@ private Q_SLOTS:
         SimOptions options;
         options.hugeDocument = size;
         Started server(options);
-        const Wire::Answer answer = Wire("GET", "/qdws/v1/documents/inbound/1/huge.tif").send(server);
+        const Wire::Answer answer = get(server, "documents/inbound/1/huge.tif");
         QVERIFY(answer.isWhole);
         QCOMPARE(qint64(answer.body.size()), size);
         // However it is cut, it is the same document.
@@ -251,7 +251,7 @@ private Q_SLOTS:
         QCOMPARE(oids("/qdws/v1/contact_oids/alice"), s("1,3,1) OR (1=1"));
         QCOMPARE(oids("/qdws/v1/contact_group_oids/alice"), QString());
         QCOMPARE(oids("/qdws/v1/contact_oids/global_contact_list"), QString());
-        const Wire::Answer entry = Wire("GET", "/qdws/v1/contacts/alice/1)%20OR%20(1=1").send(server);
+        const Wire::Answer entry = get(server, "contacts/alice/1)%20OR%20(1=1");
         QCOMPARE(entry.text("name"), s("d"));
     }
 
@@ -264,10 +264,9 @@ private Q_SLOTS:
         const QByteArray members = "<contact>http://fax" + mine.toLatin1() + "</contact><contact>http://fax" +
                                    shared.toLatin1() + "</contact>";
         const Wire::Answer created =
-            Wire("POST", "/qdws/v1/contact_groups/alice", groupDocument("<name>G</name>" + members))
-                .send(server);
+            ask(server, "POST", "contact_groups/alice", groupDocument("<name>G</name>" + members));
         QCOMPARE(created.status, 200);
-        const Wire::Answer groups = Wire("GET", "/qdws/v1/contact_groups/alice").send(server);
+        const Wire::Answer groups = get(server, "contact_groups/alice");
         QVERIFY(groups.body.contains("<name>G</name><description></description><contact>" +
                                      server.url(mine).toEncoded() + "</contact><contact>" +
                                      server.url(shared).toEncoded() + "</contact></contact_group>"));
@@ -286,7 +285,7 @@ private Q_SLOTS:
     void missesNoChange()
     {
         Started server(threeUsers());
-        Wire::Answer answer = Wire("GET", "/qdws/v1/contacts/alice").send(server);
+        Wire::Answer answer = get(server, "contacts/alice");
         QCOMPARE(answer.count("contact"), 0);
         QCOMPARE(answer.text("query_time").toLongLong(), server.now() / 1000);
         QStringList uids;
@@ -309,8 +308,7 @@ private Q_SLOTS:
             QCOMPARE(answer.count("contact"), changes);
             QVERIFY(answer.text("query_time").toLongLong() >= before.toLongLong());
         }
-        QCOMPARE(Wire("GET", "/qdws/v1/contacts/alice?query_time=4294967295").send(server).count("contact"),
-                 0);
+        QCOMPARE(get(server, "contacts/alice?query_time=4294967295").count("contact"), 0);
     }
 
     void escapesWhatXmlCannotHold()
@@ -321,7 +319,7 @@ private Q_SLOTS:
         entry.person.name += QChar(7);
         entry.person.organization = QString(1 << 20, QLatin1Char('&'));
         server.addEntry(alicesContacts, entry);
-        const QByteArray body = Wire("GET", "/qdws/v1/contacts/alice").send(server).body;
+        const QByteArray body = get(server, "contacts/alice").body;
         QVERIFY(body.contains("<name>a&lt;b&gt;&amp;\"'\xf0\x9f\x93\xa0%_</name>"));
         QCOMPARE(body.count("&amp;"), (1 << 20) + 1);
     }
@@ -335,7 +333,8 @@ private Q_SLOTS:
             QStringList names;
             for (const QString& owner : {SimBooks::global(), s("alice"), s("bob")}) {
                 for (const SimEntry& entry : server.book(owner) + server.book(owner, true))
-                    names.append(entry.uid + entry.person.name + entry.person.fax + entry.members.join(QLatin1Char(' ')));
+                    names.append(entry.uid + entry.person.name + entry.person.fax +
+                                 entry.members.join(QLatin1Char(' ')));
             }
             return names;
         };
