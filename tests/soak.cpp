@@ -5,10 +5,10 @@
 //
 // The server is this program again, in a process of its own, so that its memory is not counted.
 
-#include "attach.h"
 #include "contactworld.h"
 #include "downloader.h"
 #include "faxdocument.h"
+#include "faxkit.h"
 #include "inboundfaxentry.h"
 #include "quendracontact.h"
 #include "shorthand.h"
@@ -209,19 +209,11 @@ private:
 
     void submit()
     {
-        DiskDataProvider data;
-        data.setFileName(m_folder.filePath(s("fax.txt")));
-        Content content;
-        content.setType(Content::PlainText);
-        content.setData(data);
-        Attach attach;
-        attach.setLocation(Attach::Inline);
-        attach.setName(s("fax.txt"));
-        attach.setContent(content);
         QuendraContact recipient;
         recipient.setFax(s("100"));
         FaxDocument document;
-        document.setAttachs({attach});
+        document.setAttachs(
+            {inlineAttach(s("fax.txt"), contentOf(Content::PlainText, m_folder.filePath(s("fax.txt"))))});
         document.recipients().addContact(recipient);
         auto* submission = task<TaskSchedule>(Task::Schedule);
         submission->setFaxDocument(document);

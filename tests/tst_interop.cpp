@@ -1,7 +1,7 @@
 // The library and the simulator read the protocol independently of each other: whatever one sends and the
 // other refuses, or answers and the other does not understand, is a fault in one of them.
 
-#include "attach.h"
+#include "faxkit.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "inboundfaxentry.h"
@@ -177,15 +177,8 @@ private Q_SLOTS:
         // A fax with everything
         QTemporaryDir folder;
         writeFile(folder.filePath(s("a.txt")), "hello\n");
-        DiskDataProvider data;
-        data.setFileName(folder.filePath(s("a.txt")));
-        Content content;
-        content.setType(Content::PlainText);
-        content.setData(data);
-        Attach attach;
-        attach.setLocation(Attach::Inline);
-        attach.setName(s("a.txt"));
-        attach.setContent(content);
+        const Attach attach =
+            inlineAttach(s("a.txt"), contentOf(Content::PlainText, folder.filePath(s("a.txt"))));
         CoverPage cover;
         cover.setEnabled(true);
         cover.setName(s("Standard"));

@@ -1,6 +1,7 @@
 #include "contactgroup.h"
 #include "faxdocument.h"
 #include "faxentry.h"
+#include "faxkit.h"
 #include "faxscheduleoptions.h"
 #include "faxuser.h"
 #include "faxuserpermissions.h"
@@ -44,25 +45,6 @@ FaxScheduleOptions nothingAtDefault()
     options.setFaxPageSize(BaseScheduleOptions::PageSizeLegal);
     options.setDateToSend(november);
     return options;
-}
-
-Content contentOf(Content::Type type, const QString& fileName)
-{
-    DiskDataProvider data;
-    data.setFileName(fileName);
-    Content content;
-    content.setType(type);
-    content.setData(data);
-    return content;
-}
-
-Attach inlineAttach(const QString& name, const Content& content)
-{
-    Attach attach;
-    attach.setLocation(Attach::Inline);
-    attach.setName(name);
-    attach.setContent(content);
-    return attach;
 }
 
 /// A recipient that writes something and then gives up.
@@ -409,7 +391,7 @@ private Q_SLOTS:
         QVERIFY(!readFax(cover, news));
         QCOMPARE(writtenFax(cover), xml);
         for (const char* text : {"false", "TRUE", "1", ""}) {
-            QVERIFY(readFax(cover, tag("enabled", QLatin1String(text)) + news));
+            QVERIFY(readFax(cover, tag("enabled", text) + news));
             QCOMPARE(writtenFax(cover), xml);
         }
         QVERIFY(readFax(cover, tag("enabled", "true") + news));

@@ -1,7 +1,7 @@
 // Every operation on the wire, and how each reply and each failure ends.
 
-#include "attach.h"
 #include "faxentry.h"
+#include "faxkit.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "operations.h"
@@ -128,18 +128,9 @@ class TestTasks : public QObject
         Contact recipient;
         recipient.setName(QStringLiteral("Bob & <Co>"));
         recipient.setFax(QStringLiteral("555"));
-        DiskDataProvider data;
-        data.setFileName(file.fileName());
-        Content content;
-        content.setType(Content::Pdf);
-        content.setData(data);
-        Attach attach;
-        attach.setLocation(Attach::Inline);
-        attach.setName(QStringLiteral("offer.pdf"));
-        attach.setContent(content);
         FaxDocument fax;
         fax.recipients().addContact(recipient);
-        fax.attachs().append(attach);
+        fax.attachs().append(inlineAttach(s("offer.pdf"), contentOf(Content::Pdf, file.fileName())));
         return fax;
     }
 
