@@ -11,7 +11,6 @@
 
 #include <typeinfo>
 
-Q_DECLARE_METATYPE(QuendraContact)
 Q_DECLARE_METATYPE(ContactUnitPtr)
 
 namespace {
@@ -43,13 +42,13 @@ private Q_SLOTS:
     {
         const Rows<QString, QString> row("xml", "url");
 
-        row("contact_url", "<contact_url>http://h/qdws/v1/7</contact_url>", "http://h/qdws/v1/7");
-        row("user_url alone", "<user_url>http://h/u</user_url>", "http://h/u");
-        row("both", "<user_url>http://h/u</user_url><contact_url>http://h/c</contact_url>", "http://h/c");
-        row("an empty contact_url still wins", "<contact_url/><user_url>http://h/u</user_url>", "");
-        row("https", "<contact_url>https://h:8443/c?a=1</contact_url>", "http://h:8443/c?a=1");
-        row("capitals", "<user_url>HTTPS://h/c</user_url>", "http://h/c");
-        row("ftp", "<contact_url>ftp://h/c</contact_url>", "ftp://h/c");
+        row("contact_url", elements("contact_url=http://h/qdws/v1/7"), "http://h/qdws/v1/7");
+        row("user_url alone", elements("user_url=http://h/u"), "http://h/u");
+        row("both", elements("user_url=http://h/u contact_url=http://h/c"), "http://h/c");
+        row("an empty contact_url still wins", elements("contact_url= user_url=http://h/u"), "");
+        row("https", elements("contact_url=https://h:8443/c?a=1"), "http://h:8443/c?a=1");
+        row("capitals", elements("user_url=HTTPS://h/c"), "http://h/c");
+        row("ftp", elements("contact_url=ftp://h/c"), "ftp://h/c");
         row("blank in the path", "<contact_url>http://h/a b</contact_url>", "http://h/a%20b");
         row("missing", "<name>n</name>", "");
         row("nested too deep", "<x><contact_url>http://h/c</contact_url></x>", "");
@@ -85,37 +84,24 @@ private Q_SLOTS:
 
     void contactXml_data()
     {
-        const Rows<QuendraContact, QString, QString> row("contact", "fax", "storage");
-
-        row("empty", QuendraContact(), "", "<name></name><fax_number></fax_number>");
-
-        QuendraContact some = named<QuendraContact>(s("A<B"));
-        some.setEmail(s("a@b"));
-        row("some", some, "<name>A&lt;B</name><email_address>a@b</email_address>",
-            "<name>A&lt;B</name><email_address>a@b</email_address><fax_number></fax_number>");
-
-        QuendraContact full = withUrl(s("n"), s("http://h/1"));
-        full.setUser(s("u"));
-        full.setEmail(s("e"));
-        full.setPhone(s("p"));
-        full.setFax(s("f"));
-        full.setOrganization(s("o"));
-        const QString fields = s("<name>n</name><email_address>e</email_address><phone_number>p</"
-                                 "phone_number><fax_number>f</fax_number><organization>o</organization>");
-        row("full", full, s("<contact_url>http://h/1</contact_url><username>u</username>") + fields, fields);
+        const Rows<QString, QString, QString> row("fax", "storage", "texts");
+        row("empty", "", elements("name= fax_number="), "|||||");
+        const QString some = elements("name=A&lt;B email_address=a@b");
+        row("some", some, some + elements("fax_number="), "A<B|a@b||||");
+        const QString full = elements("name=n email_address=e phone_number=p fax_number=f organization=o");
+        row("full", elements("contact_url=http://h/1 username=u") + full, full, "n|e|p|f|o|u");
     }
     void contactXml()
     {
-        QFETCH(QuendraContact, contact);
         QFETCH(QString, fax);
-        QFETCH(QString, storage);
-
+        QuendraContact contact;
+        QVERIFY(readFax(contact, fax));
+        QTEST((QStringList{contact.name(), contact.email(), contact.phone(), contact.fax(),
+                           contact.organization(), contact.user()}
+                   .join(QLatin1Char('|'))),
+              "texts");
         QCOMPARE(writtenFax(contact), fax);
-        QCOMPARE(writtenStorage(contact), storage);
-
-        QuendraContact again;
-        QVERIFY(readFax(again, fax));
-        QVERIFY(again == contact);
+        QTEST(writtenStorage(contact), "storage");
     }
 
     void storedContactKeepsMissingFields()
@@ -123,9 +109,9 @@ private Q_SLOTS:
         Contact contact = named<Contact>(s("old"));
         contact.setPhone(s("1"));
         contact.setFax(s("2"));
-        QVERIFY(!readStorage(contact, s("<fax_number>3</fax_number>")));
+        QVERIFY(!readStorage(contact, elements("fax_number=3")));
         QCOMPARE(contact.fax(), s("2"));
-        QVERIFY(readStorage(contact, s("<name/><fax_number>3</fax_number>")));
+        QVERIFY(readStorage(contact, elements("name= fax_number=3")));
         QCOMPARE(contact.name(), QString());
         QCOMPARE(contact.fax(), s("3"));
         QCOMPARE(contact.phone(), s("1"));
@@ -135,20 +121,20 @@ private Q_SLOTS:
     {
         QuendraContactGroup group = named<QuendraContactGroup>(s("old"));
         group.setUrl(QUrl(s("http://old/1")));
-        const QString url = s("<contact_group_url>HTTPS://h/2</contact_group_url>");
-        QVERIFY(!readFax(group, s("<name>new</name>") + url));
-        QVERIFY(!readFax(group, s("<description>new</description>") + url));
+        const QString url = elements("contact_group_url=HTTPS://h/2");
+        QVERIFY(!readFax(group, elements("name=new") + url));
+        QVERIFY(!readFax(group, elements("description=new") + url));
         QCOMPARE(group.name(), s("old"));
         QCOMPARE(group.url().toString(), s("http://old/1"));
 
-        QVERIFY(readFax(group, s("<name/><description>d</description>")));
+        QVERIFY(readFax(group, elements("name= description=d")));
         QCOMPARE(group.name(), QString());
         QCOMPARE(group.description(), s("d"));
         QCOMPARE(group.url().toString(), s("http://old/1"));
-        QVERIFY(readFax(group, s("<name/><description/>") + url));
+        QVERIFY(readFax(group, elements("name= description=") + url));
         QCOMPARE(group.url().toString(), s("http://h/2"));
 
-        QVERIFY(!readStorage(group, s("<name/><description/>")));
+        QVERIFY(!readStorage(group, elements("name= description=")));
         QCOMPARE(writtenStorage(group), s("refused"));
         QCOMPARE(writtenFax(ContactGroup()), s("refused"));
     }
@@ -161,15 +147,12 @@ private Q_SLOTS:
         group.addContact(named<Contact>(s("of another class")));
         group.addContact(QuendraContactGroup());
         group.addContact(withUrl(s("b"), s("http://h/2")));
-        QCOMPARE(writtenFax(group),
-                 s("<name>g</name><contact>http://h/1</contact><contact>http://h/2</contact>"));
+        QCOMPARE(writtenFax(group), elements("name=g contact=http://h/1 contact=http://h/2"));
 
         group.setUrl(QUrl(s("http://h/3")));
         group.setDescription(s("d"));
         group.contacts() = ContactList();
-        QCOMPARE(
-            writtenFax(group),
-            s("<contact_group_url>http://h/3</contact_group_url><name>g</name><description>d</description>"));
+        QCOMPARE(writtenFax(group), elements("contact_group_url=http://h/3 name=g description=d"));
     }
 
     void equality_data()
