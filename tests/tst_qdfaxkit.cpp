@@ -42,6 +42,12 @@ QByteArray settingsXml(const QByteArray& content)
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<settings>" + content + "</settings>";
 }
 
+/// Saves the file as it is. Returns what went wrong.
+QString save(SettingsFile& file, QString* movedTo = nullptr)
+{
+    return file.edit([](SettingsFile&) { return true; }, movedTo);
+}
+
 QStringList uids(const SettingsFile& file)
 {
     QStringList list;
@@ -60,29 +66,26 @@ private Q_SLOTS:
 
     void recipients_data()
     {
-        // fields:number, name, organization; empty: refused
-        const Rows<QString, QStringList> row("text", "fields");
-        row("number", "+49 30 123", list({"+49 30 123", "", ""}));
-        row("name", "5551,Mary Poe", list({"5551", "Mary Poe", ""}));
-        row("organization keeps commas", "5551, Mary ,Poe, Sons, Inc.",
-            list({"5551", "Mary", "Poe, Sons, Inc."}));
-        row("escaped comma", "5551,Poe\\, Mary,A\\\\B", list({"5551", "Poe, Mary", "A\\B"}));
-        row("only organization", "5551,,Poe", list({"5551", "", "Poe"}));
-        row("no number", "Mary", QStringList());
-        row("name first", "Mary,5551", QStringList());
-        row("empty", "", QStringList());
-        row("control character", "5551,Mary\x1b[31m", QStringList());
+        const Rows<QString, QString> row("text", "fields"); // number|name|organization; empty: refused
+        row("number", "+49 30 123", "+49 30 123||");
+        row("name", "5551,Mary Poe", "5551|Mary Poe|");
+        row("organization keeps commas", "5551, Mary ,Poe, Sons, Inc.", "5551|Mary|Poe, Sons, Inc.");
+        row("escaped comma", "5551,Poe\\, Mary,A\\\\B", "5551|Poe, Mary|A\\B");
+        row("only organization", "5551,,Poe", "5551||Poe");
+        row("no number", "Mary", "");
+        row("name first", "Mary,5551", "");
+        row("empty", "", "");
+        row("control character", "5551,Mary\x1b[31m", "");
     }
     void recipients()
     {
         QFETCH(QString, text);
-        QFETCH(QStringList, fields);
         QString error;
         const auto contact = parseRecipient(text, &error);
-        QCOMPARE(contact.has_value(), !fields.isEmpty());
+        const QStringList fields =
+            contact ? QStringList{contact->fax(), contact->name(), contact->organization()} : QStringList();
+        QTEST(fields.join(QLatin1Char('|')), "fields");
         QCOMPARE(error.isEmpty(), contact.has_value());
-        if (contact)
-            QCOMPARE((QStringList{contact->fax(), contact->name(), contact->organization()}), fields);
     }
 
     void times_data()
@@ -116,17 +119,12 @@ private Q_SLOTS:
 
     void addresses()
     {
-        const auto good = [](const char* text) {
-            QString error;
-            const bool result = checkAddress(s(text), &error);
-            return result && error.isEmpty();
-        };
+        QString error;
         for (const char* text : {"fax.example.org", "fax", "192.0.2.7:8080", "[::1]:8080", "::1", "fax-1:1"})
-            QVERIFY2(good(text), text);
+            QVERIFY2(checkAddress(s(text), &error) && error.isEmpty(), text);
         for (const char* text :
              {"", "http://fax", "mary:pw@fax", "a b", "fax/x", "fax:0", "fax:", "fax:99999", "[::1", "fax?x"})
-            QVERIFY2(!good(text), text);
-        QString error;
+            QVERIFY2(!checkAddress(s(text), &error) && !error.isEmpty(), text);
         checkAddress(s("mary:pw@fax"), &error);
         QVERIFY2(!error.contains(s("pw")), qPrintable(error)); // may be a password
     }
@@ -266,7 +264,8 @@ private Q_SLOTS:
 
         // an edit replaces a good file, moves a damaged one aside and leaves a newer one alone
         QString movedTo;
-        const QString problem = SettingsFile(path).edit([](SettingsFile&) { return true; }, &movedTo);
+        SettingsFile edited(path);
+        const QString problem = save(edited, &movedTo);
         QCOMPARE(problem.isEmpty(), state != SettingsFile::Newer);
         QCOMPARE(!movedTo.isEmpty(), state == SettingsFile::Damaged);
         if (state == SettingsFile::Damaged)
@@ -319,12 +318,11 @@ private Q_SLOTS:
         const QString path = m_folder->filePath(s("new/qdfax.xml"));
         SettingsFile file(path);
         const auto add = [&](const FaxServer& server, bool makeDefault) {
-            return file.edit(
-                [&](SettingsFile& edited) {
-                    edited.put(server, makeDefault);
-                    return true;
-                },
-                nullptr);
+            const auto put = [&](SettingsFile& edited) {
+                edited.put(server, makeDefault);
+                return true;
+            };
+            return file.edit(put, nullptr);
         };
         QCOMPARE(add(*first, false), QString());
         QCOMPARE(add(*second, false), QString());
@@ -354,30 +352,24 @@ private Q_SLOTS:
         const QString blocked = m_folder->filePath(s("file"));
         writeFile(blocked, "x");
         SettingsFile file(blocked + s("/qdfax.xml"));
-        QVERIFY(!file.edit([](SettingsFile&) { return true; }, nullptr).isEmpty());
+        QVERIFY(!save(file).isEmpty());
         // what is no file is not replaced
         SettingsFile folder(m_folder->path());
         QCOMPARE(int(folder.load()), int(SettingsFile::Unreadable));
-        QVERIFY(!folder.edit([](SettingsFile&) { return true; }, nullptr).isEmpty());
+        QVERIFY(!save(folder).isEmpty());
         QVERIFY(QFile::exists(blocked));
     }
 
     void transfersFit_data()
     {
-        QTest::addColumn<qint64>("total");
-        QTest::addColumn<int>("width");
-        QTest::addColumn<QString>("text");
-        const qint64 mega = 1000000;
-        QTest::newRow("wide") << 500 * mega << 119
-                              << "a long name of a fa… [###.........] 25 %, 125.0 MB of 500.0 MB, 2.5 MB/s, "
-                                 "2 min 30 s left";
-        QTest::newRow("80 columns") << 500 * mega << 79
-                                    << "a long na… [###.........] 25 %, 125.0 MB of 500.0 MB, 2.5 MB/s, "
-                                       "2 min 30 s left";
-        QTest::newRow("60 columns") << 500 * mega << 59
-                                    << "a long nam… 125.0 MB of 500.0 MB, 2.5 MB/s, 2 min 30 s left";
-        QTest::newRow("30 columns") << 500 * mega << 29 << "125.0 MB, 2.5 MB/s, 0:02:30";
-        QTest::newRow("length not known") << qint64(-1) << 39 << "a long name of a fa… 125.0 MB, 2.5 MB/s";
+        const Rows<qint64, int, QString> row("total", "width", "text");
+        const qint64 half = 500000000;
+        const char* const all = "[###.........] 25 %, 125.0 MB of 500.0 MB, 2.5 MB/s, 2 min 30 s left";
+        row("wide", half, 119, s("a long name of a fa… ") + s(all));
+        row("80 columns", half, 79, s("a long na… ") + s(all));
+        row("60 columns", half, 59, "a long nam… 125.0 MB of 500.0 MB, 2.5 MB/s, 2 min 30 s left");
+        row("30 columns", half, 29, "125.0 MB, 2.5 MB/s, 0:02:30");
+        row("length not known", -1, 39, "a long name of a fa… 125.0 MB, 2.5 MB/s");
     }
     void transfersFit()
     {
