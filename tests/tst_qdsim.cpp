@@ -458,6 +458,17 @@ private Q_SLOTS:
         }
     }
 
+    void showsItsCertificate()
+    {
+        SimOptions options;
+        options.tls = true;
+        const Started server(options);
+        QSslSocket socket;
+        Wire::connectTo(server, &socket);
+        QCOMPARE(socket.peerCertificate().toPem(), QSslCertificate(server.certificate()).toPem());
+        QVERIFY(socket.peerCertificate().isSelfSigned());
+    }
+
     void stopsAtOnce()
     {
         Started server;

@@ -51,6 +51,7 @@ private Q_SLOTS:
         Started server(options);
         QSet<QByteArray> documents;
         int pdfs = 0;
+        QString previous;
         for (const SimInbound& entry : server.inbound()) {
             const QByteArray path =
                 s("/qdws/v1/documents/inbound/%1/%2").arg(entry.id).arg(entry.filename).toLatin1();
@@ -60,8 +61,11 @@ private Q_SLOTS:
             const QString type = isPdf ? s("application/pdf") : s("image/tiff");
             QVERIFY(answer.head.contains("Content-Type: " + type.toLatin1() + "\r\n"));
             QCOMPARE(SimMedia::countPages(type, answer.body), entry.pages.toInt());
+            QVERIFY(previous < entry.completeTime);
+            previous = entry.completeTime;
             documents.insert(answer.body);
         }
+        QVERIFY(QDateTime::fromString(previous, Qt::ISODate) < QDateTime::currentDateTime());
         QCOMPARE(documents.size(), 30);
         QVERIFY(pdfs > 0 && pdfs < 30);
     }
@@ -217,6 +221,18 @@ private Q_SLOTS:
         QVERIFY2(server.refusals().value(0).contains(reason), qPrintable(server.refusals().value(0)));
         QCOMPARE(server.book(s("alice")).value(0).person.name, s("one"));
         QVERIFY(server.book(s("alice"), true).isEmpty());
+    }
+
+    void listsIdentifiers()
+    {
+        Started server;
+        SimEntry odd = person("c");
+        odd.uid = s("1) OR (1=1");
+        for (const SimEntry& entry : {person("a"), person("b"), odd})
+            server.addEntry(alicesContacts, entry);
+        QVERIFY(get(server, "contact_oids/alice").body.contains("<oids>1,2,1) OR (1=1</oids>"));
+        QVERIFY(get(server, "contact_group_oids/alice").body.contains("<oids></oids>"));
+        QCOMPARE(get(server, "contacts/alice/1)%20OR%20(1=1").text("name"), s("c"));
     }
 
     void keepsGroups()
