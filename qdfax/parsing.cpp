@@ -60,7 +60,7 @@ std::optional<Contact> parseRecipient(const QString& text, QString* error)
     if (!checkText(text, false, error))
         return std::nullopt;
     const QStringList parts = splitAtCommas(text, 3);
-    const QString number = parts.at(0);
+    const QString& number = parts.at(0);
     static const QRegularExpression digit(QStringLiteral("[0-9]"));
     if (!number.contains(digit)) {
         return refuse<Contact>(error, QStringLiteral("has no fax number in \"%1\"; write NUMBER, "

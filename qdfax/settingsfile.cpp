@@ -28,7 +28,7 @@ const auto outlookTag = QStringLiteral("outlook");
 const auto defaultAttribute = QStringLiteral("default");
 const auto versionAttribute = QStringLiteral("version");
 
-const qint64 largestFile = 16 * 1024 * 1024;
+const qint64 largestFile = qint64(16) * 1024 * 1024;
 const int deepestNesting = 32; // ours have four levels; the DOM's parser would follow any number into a crash
 const int lockTimeout = 10000; // ms
 const auto sideSuffix = QStringLiteral(".saving-"); // of the side file, before six letters of its own

@@ -271,6 +271,13 @@ void endWithReader()
         std::_Exit(128 + 13);
 }
 
+/// Writes to stderr at once. Where that fails, there is nobody left to tell.
+void writeToErrors(const QByteArray& text)
+{
+    static_cast<void>(std::fputs(text.constData(), stderr));
+    static_cast<void>(std::fflush(stderr));
+}
+
 } // namespace
 
 int Terminal::width()
@@ -301,9 +308,9 @@ void Terminal::write(const QByteArray& text)
 void Terminal::writeError(const QString& line)
 {
     ProgressLine::clear();
-    std::fflush(stdout);
-    std::fputs((line + QLatin1Char('\n')).toUtf8().constData(), stderr);
-    std::fflush(stderr);
+    if (std::fflush(stdout) != 0)
+        outputLost = true;
+    writeToErrors((line + QLatin1Char('\n')).toUtf8());
 }
 
 bool Terminal::outputFailed()
@@ -337,8 +344,7 @@ void Terminal::ProgressLine::show(const QString& text)
     const int used = displayWidth(line);
     // blanks instead of an escape sequence: they wipe on any terminal
     const QString filler(qMax(0, progressWidth - used), QLatin1Char(' '));
-    std::fputs((QLatin1Char('\r') + line + filler).toUtf8().constData(), stderr);
-    std::fflush(stderr);
+    writeToErrors((QLatin1Char('\r') + line + filler).toUtf8());
     progressWidth = used;
 }
 
@@ -347,8 +353,7 @@ void Terminal::ProgressLine::clear()
     if (progressWidth == 0)
         return;
     const QByteArray blanks(progressWidth, ' ');
-    std::fputs(("\r" + blanks + "\r").constData(), stderr);
-    std::fflush(stderr);
+    writeToErrors("\r" + blanks + "\r");
     progressWidth = 0;
 }
 
@@ -367,8 +372,7 @@ void Terminal::LiveBlock::show(const QStringList& lines)
         text += "\x1b[" + QByteArray::number(m_shown) + "A\r";
     for (const QString& line : fitting)
         text += cutToWidth(line, columns).toUtf8() + "\x1b[K\n";
-    std::fputs((text + "\x1b[J").constData(), stderr);
-    std::fflush(stderr);
+    writeToErrors(text + "\x1b[J");
     m_shown = fitting.size();
 }
 
@@ -384,5 +388,5 @@ void Terminal::showScreen(const QStringList& lines)
     for (const QString& line : visible)
         text += line.toUtf8() + "\x1b[K\n";
     write(text + "\x1b[J");
-    std::fflush(stdout);
+    outputFailed(); // flushes
 }

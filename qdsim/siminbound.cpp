@@ -32,7 +32,7 @@ void SimInboundLog::generate(int count, qint64 hugeSize, quint32 seed, qint64 no
     m_entries.reserve(count);
     for (int i = 0; i < count; ++i) {
         SimInbound entry;
-        const qint64 time = now - 60000 - qint64(count - 1 - i) * 420000 - 1000 * people.below(400);
+        const qint64 time = now - 60000 - qint64(count - 1 - i) * 420000 - qint64(1000) * people.below(400);
         entry.completeTime = SimClock::text(time);
         entry.pages = QString::number(1 + people.below(5));
         entry.filename = QStringLiteral("fax%1.%2")
