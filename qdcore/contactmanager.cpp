@@ -140,5 +140,5 @@ void ContactManager::slotSyncStop()
 
 void ContactManager::slotResultOfQuickSearch(QuickSearchResalt searchResult)
 {
-    Q_EMIT resultOfQuickSearch(searchResult); // NOLINT(performance-unnecessary-value-param): the interface
+    Q_EMIT resultOfQuickSearch(searchResult);
 }

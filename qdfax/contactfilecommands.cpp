@@ -16,7 +16,7 @@
 
 namespace {
 
-const qint64 largestFile = 64 * 1024 * 1024;
+const qint64 largestFile = qint64(64) * 1024 * 1024;
 
 /// All fields, for comparing contacts.
 QString key(const Contact& contact)

@@ -27,7 +27,7 @@ const char examples[] =
 
 int fail(const QString& text)
 {
-    std::fprintf(stderr, "qdsim: %s\n", qPrintable(text));
+    static_cast<void>(std::fprintf(stderr, "qdsim: %s\n", qPrintable(text)));
     return 2;
 }
 
@@ -180,8 +180,8 @@ void logLine(const QString& line)
 {
     static std::mutex mutex;
     const std::lock_guard<std::mutex> lock(mutex);
-    std::fprintf(stderr, "%s %s\n", qPrintable(QTime::currentTime().toString(QStringLiteral("hh:mm:ss.zzz"))),
-                 line.toUtf8().constData());
+    const QByteArray time = QTime::currentTime().toString(QStringLiteral("hh:mm:ss.zzz")).toLatin1();
+    static_cast<void>(std::fprintf(stderr, "%s %s\n", time.constData(), line.toUtf8().constData()));
 }
 
 } // namespace
@@ -216,7 +216,7 @@ int main(int argc, char** argv)
     if (!server.start(&error))
         return fail(error);
     std::printf("qdsim listening on %s\n", qPrintable(server.url().toString()));
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 
     int signal = 0;
     sigwait(&endSignals, &signal);
