@@ -21,8 +21,8 @@ const int extensionLength = 4;
 /// what is beyond the limit is lost: for plain content there is room for what piles up in a busy moment.
 /// Compressed content can be any multiple of what is sent, and the manager keeps within the smaller limit
 /// only.
-constexpr qint64 waitingPlain = 16 * 1024 * 1024;
-constexpr qint64 waitingCompressed = 16 * 1024;
+constexpr qint64 waitingPlain = qint64(16) * 1024 * 1024;
+constexpr qint64 waitingCompressed = qint64(16) * 1024;
 
 #ifdef Q_OS_WIN
 /// Whether Windows takes the name for a device or resolves it to something else: "NUL.tif", "a.tif:stream",
