@@ -71,6 +71,9 @@ QByteArray log(int round, int entries, QByteArray (*entry)(int))
 template <typename Entry>
 void row(Bench& bench, const char* name, const char* tag, QByteArray (*entry)(int))
 {
+    // an inbound log of 100,000 entries has more nodes than a task lets into the DOM
+    if (!bench.hasSize(1, 50000))
+        return;
     const int entries = bench.size(10000);
     FaxManager manager{QPointer<ContactManager>()};
     BareServer server(manager, QStringLiteral("127.0.0.1"));
