@@ -4,7 +4,7 @@
 #
 # Usage: scripts/lint.sh [FILE...]     FILE: a source; all of qdcore, qdwidgets, qdfax and qdsim without one
 #
-# All files take about half an hour on two busy cores, nearly all of it clang-tidy; one file half a minute.
+# All files take ten minutes on two cores and half an hour on busy ones, nearly all of it clang-tidy; one file seconds.
 # What is not to be found stands, with the reason, in .clang-tidy, .cppcheck-suppressions or beside the code.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
