@@ -32,7 +32,8 @@ void Discover::startDiscover(int timeout)
 
     // Not bound: it sends from a port of the system's choice, and the answers come back there.
     auto* socket = new QUdpSocket(this);
-    connect(socket, &QUdpSocket::readyRead, this, &Discover::processDiscover);
+    // Queued: a receiver of an entry may destroy the socket, which looks at itself again after its signal.
+    connect(socket, &QUdpSocket::readyRead, this, &Discover::processDiscover, Qt::QueuedConnection);
 
     const QByteArray query = QByteArrayLiteral("DISCOVER\n");
     const QList<QNetworkInterface> interfaces = QNetworkInterface::allInterfaces();
@@ -57,8 +58,10 @@ void Discover::stopDiscover()
         m_timerId = 0;
     }
     const QList<QUdpSocket*> sockets = findChildren<QUdpSocket*>(QString(), Qt::FindDirectChildrenOnly);
-    for (QUdpSocket* socket : sockets)
+    for (QUdpSocket* socket : sockets) {
+        socket->disconnect(this); // nothing that has come is reported any more
         socket->deleteLater();
+    }
 }
 
 void Discover::timerEvent(QTimerEvent* event)
