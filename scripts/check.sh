@@ -29,7 +29,7 @@ check() {
   "$@" >"$log" 2>&1 || { result=FAILED; failed=1; tail -n 15 "$log"; }
   # the last word of the tests, of the fuzzers and of the long runs
   local figure
-  figure=$(grep -aE 'tests passed|tests failed|kills, seed|^passed|^FAILED;|nothing found|FOUND after' "$log" \
+  figure=$(grep -aE 'tests passed|tests failed|kills, seed|^passed|^FAILED;|nothing found|FOUND after|findings in' "$log" \
     | sed -E 's/^QINFO[^)]*\) //; s/ +/ /g' | tail -n 8 || true)
   [ -z "$figure" ] || printf '%s\n' "$figure"
   rows+=("$(printf '%-28s %-7s %6d' "$name" "$result" $((SECONDS - begin)))")
@@ -39,6 +39,7 @@ scripts=$root/scripts
 check "tests" "$scripts/test.sh" release
 check "tests with asan" "$scripts/test.sh" asan
 check "tests with tsan" "$scripts/test.sh" tsan
+check "lint" "$scripts/lint.sh"
 check "fuzzers" "$scripts/fuzz.sh" $fuzzing
 check "soak" "$scripts/soak.sh" $minutes
 check "kills" env QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 QDCORE_ROUNDS=$kills "$root/build/release/bin/tst_survival"
