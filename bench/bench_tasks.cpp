@@ -7,6 +7,8 @@
 
 #include <QCoreApplication>
 
+#include <functional>
+
 namespace {
 
 /// Text with an ampersand every so many bytes; with none if that is 0.
@@ -47,12 +49,12 @@ void amp(Bench& bench, const char* name, double limit, int every)
         21);
 }
 
-/// Sends the next identity request when one has been answered.
-class InfoRequests : public QObject
+/// Requests in a row: the next is sent when one has been answered, which @p send has to say by next().
+class Requests : public QObject
 {
 public:
-    InfoRequests(FaxServer& server, int count)
-        : m_server(server)
+    Requests(int count, const std::function<void(Requests&)>& send)
+        : m_send(send)
         , m_left(count)
     {}
 
@@ -62,57 +64,38 @@ public:
         m_loop.exec();
     }
 
-private:
     void next()
     {
         if (m_left-- == 0)
             return m_loop.quit();
-        auto* task = static_cast<TaskGetQuendraInfo*>(m_server.addTask(Task::GetQuendraInfo));
-        connect(task, &TaskGetQuendraInfo::doneGetFaxInfo, this, [this] { next(); });
-        connect(task, &Task::errorExecute, this, [] { fail("task-overhead"); });
-        task->execute();
+        m_send(*this);
     }
 
-    FaxServer& m_server;
+private:
+    std::function<void(Requests&)> m_send;
     int m_left;
     QEventLoop m_loop;
 };
+
+void askByTask(Requests& requests, FaxServer& server)
+{
+    auto* task = static_cast<TaskGetQuendraInfo*>(server.addTask(Task::GetQuendraInfo));
+    QObject::connect(task, &TaskGetQuendraInfo::doneGetFaxInfo, &requests, &Requests::next);
+    QObject::connect(task, &Task::errorExecute, &requests, [] { fail("task-overhead"); });
+    task->execute();
+}
 
 /// The same with nothing but Qt.
-class PlainRequests : public QObject
+void askPlainly(Requests& requests, QNetworkAccessManager& manager, const QUrl& url)
 {
-public:
-    PlainRequests(QNetworkAccessManager& manager, const QUrl& url, int count)
-        : m_manager(manager)
-        , m_url(url)
-        , m_left(count)
-    {}
-
-    void run()
-    {
-        next();
-        m_loop.exec();
-    }
-
-private:
-    void next()
-    {
-        if (m_left-- == 0)
-            return m_loop.quit();
-        QNetworkReply* reply = m_manager.get(plainRequest(m_url));
-        connect(reply, &QNetworkReply::finished, this, [this, reply] {
-            if (reply->error() != QNetworkReply::NoError || reply->readAll().isEmpty())
-                fail("plain task-overhead");
-            reply->deleteLater();
-            next();
-        });
-    }
-
-    QNetworkAccessManager& m_manager;
-    QUrl m_url;
-    int m_left;
-    QEventLoop m_loop;
-};
+    QNetworkReply* reply = manager.get(plainRequest(url));
+    QObject::connect(reply, &QNetworkReply::finished, &requests, [&requests, reply] {
+        if (reply->error() != QNetworkReply::NoError || reply->readAll().isEmpty())
+            fail("plain task-overhead");
+        reply->deleteLater();
+        requests.next();
+    });
+}
 
 void taskOverhead(Bench& bench)
 {
@@ -130,11 +113,12 @@ void taskOverhead(Bench& bench)
     bench.ratio(
         "task-overhead", 1.15,
         [&](int) {
-            InfoRequests requests(server, count);
+            Requests requests(count, [&](Requests& next) { askByTask(next, server); });
             return milliseconds([&] { requests.run(); });
         },
         [&](int) {
-            PlainRequests requests(plain, sim.url(QStringLiteral("/qdws/v1/about")), count);
+            const QUrl url = sim.url(QStringLiteral("/qdws/v1/about"));
+            Requests requests(count, [&](Requests& next) { askPlainly(next, plain, url); });
             return milliseconds([&] { requests.run(); });
         });
 }

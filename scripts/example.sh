@@ -12,7 +12,11 @@ if [ "${1:-}" = --build ]; then
   build=$2
   shift 2
 fi
-name=${1:?"Which one: sendfax, followlogs, findcontacts or all?"}
+name=${1:-}
+case $name in
+  sendfax | followlogs | findcontacts | all) ;;
+  *) echo "Which one: sendfax, followlogs, findcontacts or all?" >&2; exit 2 ;;
+esac
 if [ -z "$build" ]; then
   install_packages
   build release qdcore qdfax qdsim
