@@ -53,6 +53,26 @@ QString timeText(const QDateTime& dateTime)
     return QString::fromLatin1(text);
 }
 
+/// A moment in local time. Where no zone is set the C library reads its zone file for each conversion, and a
+/// line takes two: a minute has one offset from UTC, which is asked for once.
+QDateTime localTime(qint64 msecs)
+{
+    // the minute since 1970 and, in the lowest bits, the seconds east of UTC moved by a day
+    static std::atomic<qint64> known{-1};
+    constexpr qint64 day = 86400;
+    constexpr int bits = 18;
+
+    const qint64 minute = msecs / 60000;
+    qint64 packed = known.load(std::memory_order_relaxed);
+    if (packed >> bits != minute) {
+        const int offset = QDateTime::fromMSecsSinceEpoch(minute * 60000).offsetFromUtc();
+        packed = (minute << bits) + offset + day;
+        known.store(packed, std::memory_order_relaxed);
+    }
+    const auto offset = static_cast<int>((packed & ((1 << bits) - 1)) - day);
+    return QDateTime::fromMSecsSinceEpoch(msecs, Qt::OffsetFromUTC, offset);
+}
+
 /// The day a file was made. Where the file system does not tell, its last modification: an invalid date would
 /// compare as older than everything, and every log would go.
 QDate creationDate(const QFileInfo& info)
@@ -81,7 +101,7 @@ Logger& Logger::inst()
 
 QDateTime Logger::now() const
 {
-    return QDateTime::currentDateTime();
+    return localTime(QDateTime::currentMSecsSinceEpoch());
 }
 
 void Logger::log(LEVEL level, const QString& message, const char* file, int line)
@@ -146,13 +166,13 @@ void Logger::removeOldLogs(int days)
 {
     const QDate limit = now().date().addDays(days);
     QString path;
-    QString openName;
+    QString openPath;
     QSet<QString> young;
     {
         const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
         path = m_dir.path();
         if (m_file.isOpen())
-            openName = QFileInfo(m_file.fileName()).fileName();
+            openPath = m_file.fileName();
         if (m_youngPath != path || m_youngLimit != limit) {
             m_young.clear();
             m_youngPath = path;
@@ -171,7 +191,7 @@ void Logger::removeOldLogs(int days)
         if (creationDate(file) > limit) {
             if (file.birthTime().isValid())
                 found.append(name);
-        } else if (name != openName) {
+        } else if (name != QFileInfo(openPath).fileName()) {
             // Windows refuses to delete an open file; elsewhere the lines still to come would go nowhere.
             file.dir().remove(name);
         }

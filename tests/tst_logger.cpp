@@ -22,6 +22,7 @@ public:
     }
 
     void setTime(const QDateTime& time) { m_time.store(time.toMSecsSinceEpoch()); }
+    QDateTime systemTime() const { return Logger::now(); }
     using Logger::openFile;
 
 protected:
@@ -65,6 +66,17 @@ private Q_SLOTS:
         QCOMPARE(Logger::inst().location().path(),
                  qEnvironmentVariable("APPDATA") + s("/Quendra Client Software/Logs"));
         QVERIFY(Logger::inst().currentFile().isEmpty());
+    }
+
+    void clockIsLocal()
+    {
+        const QTemporaryDir dir;
+        const QDateTime before = QDateTime::currentDateTime();
+        const QDateTime time = TestLogger(dir.path()).systemTime();
+        const QDateTime after = QDateTime::currentDateTime();
+        QVERIFY(before <= time && time <= after);
+        QCOMPARE(time.offsetFromUtc(), before.offsetFromUtc());
+        QVERIFY(time.date() >= before.date() && time.date() <= after.date());
     }
 
     void lineFormat_data()
