@@ -1,3 +1,4 @@
+#include "simclock.h"
 #include "simserver.h"
 
 #include <QtCore/QCommandLineParser>
@@ -85,6 +86,14 @@ public:
         add("fail-pattern", "Faxes to numbers that match this regular expression fail.", "REGEX");
         add("spool", "Store received attachments here, one folder a submission.", "DIR");
         add("state", "Keep the server's state here from run to run.", "DIR");
+        add("record",
+            "Write every exchange into this new or empty folder, as a readable file each; credentials are "
+            "replaced.",
+            "DIR");
+        add("clock",
+            "Begin at this time (UTC, yyyy-MM-ddThh:mm:ss) and let a second pass with every request but "
+            "GET, so that two runs answer alike.",
+            "TIME");
         add("inbound", "Fill the inbound log with so many faxes.", "N");
         add("huge", "Add one received document of so many MB, made while it is downloaded.", "MB");
         add("contacts", "Fill every book, the global one and each user's, with so many people.", "N");
@@ -124,6 +133,10 @@ public:
         options->failPattern = text("fail-pattern", QString());
         options->spoolDir = text("spool", QString());
         options->stateDir = text("state", QString());
+        options->recordDir = text("record", QString());
+        options->clockStart = SimClock::fromUtcText(text("clock", QString()));
+        if (isSet("clock") && options->clockStart == 0)
+            m_error = QStringLiteral("--clock must be a time like 2026-11-15T14:30:00");
         options->inbound = static_cast<int>(number("inbound", 0, 1e6, 0));
         options->hugeDocument = static_cast<qint64>(number("huge", 0, 4000, 0)) << 20;
         options->contacts = static_cast<int>(number("contacts", 0, 1e6, 0));

@@ -9,9 +9,10 @@
 class SimClock
 {
 public:
-    explicit SimClock(bool manual)
+    /// @p start in ms since 1970 UTC: where a time that stands still begins; 0: now.
+    explicit SimClock(bool manual, qint64 start = 0)
         : m_manual(manual)
-        , m_base(QDateTime::currentMSecsSinceEpoch())
+        , m_base(start != 0 ? start : QDateTime::currentMSecsSinceEpoch())
     {}
 
     /// Milliseconds since 1970 UTC.

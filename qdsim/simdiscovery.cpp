@@ -74,5 +74,7 @@ void SimDiscovery::run()
         ::sendto(m_socket, m_reply.constData(), static_cast<size_t>(m_reply.size()), MSG_NOSIGNAL,
                  reinterpret_cast<const sockaddr*>(&sender), senderSize);
         ++m_queries;
+        if (m_answered)
+            m_answered(query, m_reply);
     }
 }

@@ -4,6 +4,7 @@
 #include <QtCore/QString>
 
 #include <atomic>
+#include <functional>
 #include <thread>
 
 /// @brief Answers discovery queries over UDP, in a thread of its own. It never sends but as an answer.
@@ -15,6 +16,11 @@ public:
     SimDiscovery(const SimDiscovery&) = delete;
     SimDiscovery& operator=(const SimDiscovery&) = delete;
 
+    /// Is called from the responder's thread with every query and its answer; set before start().
+    void setAnswered(std::function<void(const QByteArray& query, const QByteArray& answer)> answered)
+    {
+        m_answered = std::move(answered);
+    }
     /// Listens on an IPv4 address, which for broadcast queries is the broadcast address itself or 0.0.0.0; @p
     /// port 0 takes a free one. Every query is answered with @p reply.
     bool start(const QString& address, quint16 port, const QByteArray& reply, QString* error);
@@ -29,6 +35,7 @@ private:
     int m_wakeUp[2] = {-1, -1};
     quint16 m_port = 0;
     QByteArray m_reply;
+    std::function<void(const QByteArray&, const QByteArray&)> m_answered;
     std::atomic<int> m_queries{0};
     std::thread m_thread;
 };

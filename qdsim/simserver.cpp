@@ -2,6 +2,7 @@
 
 #include "simdiscovery.h"
 #include "simhttp.h"
+#include "simrecorder.h"
 #include "simroutes.h"
 #include "simstate.h"
 #include "simstore.h"
@@ -19,7 +20,8 @@ public:
     {}
 
     SimReply answer(SimRequest& request);
-    void record(const SimRequest& request);
+    void record(const SimRequest& request, const SimReply& reply);
+    void complain(const QString& error) const;
     void housekeeping();
     void save();
     int count(const QString& method, const QString& pathPrefix) const;
@@ -33,6 +35,7 @@ public:
     SimFaults faults;
     std::shared_ptr<SimTls> tls;
     std::vector<std::unique_ptr<SimHttp>> listeners;
+    SimRecorder recorder; // outlives discovery, which uses it
     SimDiscovery discovery;
     std::function<void(const QString&)> log;
 
@@ -50,6 +53,8 @@ SimReply SimServer::Private::answer(SimRequest& request)
 {
     SimFault fault;
     const bool isFaulty = faults.take(request, &fault);
+    if (state.options().clockStart != 0 && request.method != QLatin1String("GET"))
+        state.clock().step(1000);
     const bool isCarriedOut = !isFaulty || fault.kind != SimFault::Status;
     SimReply reply = isCarriedOut ? SimRoutes::answer(state, request) : SimFaults::instead(fault);
     reply.compressed = state.options().compress;
@@ -61,12 +66,15 @@ SimReply SimServer::Private::answer(SimRequest& request)
         if (reply.hangUp)
             request.status = 0;
     }
-    record(request);
+    record(request, reply);
     return reply;
 }
 
-void SimServer::Private::record(const SimRequest& request)
+void SimServer::Private::record(const SimRequest& request, const SimReply& reply)
 {
+    QString error;
+    if (!recorder.write(request, reply, &error))
+        complain(error);
     if (state.options().keepRequests) {
         SimRequest kept = request;
         const qint64 limit = state.options().keepBodyLimit;
@@ -95,6 +103,12 @@ void SimServer::Private::record(const SimRequest& request)
     }
 }
 
+void SimServer::Private::complain(const QString& error) const
+{
+    if (log)
+        log(error);
+}
+
 int SimServer::Private::count(const QString& method, const QString& pathPrefix) const
 {
     int number = 0;
@@ -114,8 +128,8 @@ void SimServer::Private::save()
             bytes = SimStore::write(state);
     }
     QString error;
-    if (!bytes.isEmpty() && !SimStore::save(state.options().stateDir, bytes, &error) && log)
-        log(error);
+    if (!bytes.isEmpty() && !SimStore::save(state.options().stateDir, bytes, &error))
+        complain(error);
 }
 
 void SimServer::Private::housekeeping()
@@ -170,13 +184,20 @@ bool SimServer::start(QString* error)
         }
         d->state.takeChanged();
     }
+    if (!options().recordDir.isEmpty() && !d->recorder.open(options().recordDir, &why)) {
+        if (error)
+            *error = why;
+        return false;
+    }
     SimHttp::Handlers handlers;
     handlers.head = [this](const SimRequest& request) {
         if (!d->faults.hangUpEarly(request))
             return true;
         SimRequest cut = request;
         cut.faulty = true;
-        d->record(cut);
+        SimReply none;
+        none.hangUp = true;
+        d->record(cut, none);
         return false;
     };
     handlers.request = [this](SimRequest& request) { return d->answer(request); };
@@ -204,6 +225,11 @@ bool SimServer::start(QString* error)
             options().discoveryAnnounce.isEmpty() ? address() : options().discoveryAnnounce;
         const QString reply = QStringLiteral("200 OK\ninet_addr: %1\nmodel: %2\nversion: %3\nhostname: %4\n")
                                   .arg(announced, options().model, options().version, options().hostname);
+        d->discovery.setAnswered([this](const QByteArray& query, const QByteArray& answer) {
+            QString failure;
+            if (!d->recorder.writeDatagrams(query, answer, &failure))
+                d->complain(failure);
+        });
         if (!d->discovery.start(options().discoveryAddress, options().discoveryPort, reply.toUtf8(), error)) {
             stop();
             return false;

@@ -150,10 +150,13 @@ struct SimOptions
 
     double speed = 1;         ///< how much faster than real a fax moves; 0: it does not move by itself
     bool manualClock = false; ///< time stands still but for SimServer::step()
+    qint64 clockStart = 0;    ///< ms since 1970 UTC; not 0: time begins here, stands still, and goes on by a
+                              ///< second with each request but GET, so that two runs answer alike
     QString failPattern;      ///< regular expression; a fax to a number that matches fails
 
-    QString spoolDir; ///< received attachments are stored here; empty: not stored
-    QString stateDir; ///< state is loaded from and saved here; empty: in memory only
+    QString spoolDir;  ///< received attachments are stored here; empty: not stored
+    QString stateDir;  ///< state is loaded from and saved here; empty: in memory only
+    QString recordDir; ///< every exchange is written here, see SimRecorder; empty: none is
 
     qint64 keepBodyLimit = 1 << 20; ///< bytes kept of each request body and attachment; -1: all
 

@@ -5,6 +5,7 @@
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
+#include <QtNetwork/QUdpSocket>
 #include <QtTest/QtTest>
 
 #include <csignal>
@@ -253,6 +254,78 @@ private Q_SLOTS:
         QCOMPARE(server.requestCount(), 2);
         server.clearRequests();
         QCOMPARE(server.requestCount(), 0);
+    }
+
+    void recordsExchanges()
+    {
+        QTemporaryDir folder;
+        SimOptions options;
+        options.users = {someUser("alice:secret"), someUser("bob:word")};
+        options.recordDir = folder.filePath(s("a/b"));
+        options.clockStart = qint64(1794753000000); // 2026-11-15T14:30:00
+        options.inbound = 1;
+        options.discoveryAddress = s("127.0.0.1");
+        options.discoveryPort = 0;
+        Started server(options);
+        get(server, "about");
+        ask(server, "POST", "ofax", shortFax({"1"}));
+        get(server, "about");
+        ask(server, "GET", "users/../x", {}, "bob:wrong");
+        Wire odd("GET", "/other");
+        odd.credentials = {};
+        odd.moreHeaders = "AUTHORIZATION: secret\r\n";
+        odd.send(server);
+        get(server, "documents/inbound/1/" + server.inbound().value(0).filename.toLatin1());
+        QVERIFY(server.addFault(s("hangup,times=1")) && server.addFault(s("cut=10,times=1")));
+        get(server, "verify");
+        get(server, "verify");
+        QUdpSocket socket;
+        socket.writeDatagram("DISCOVER\n", QHostAddress(QHostAddress::LocalHost), server.discoveryPort());
+        QVERIFY(socket.waitForReadyRead(20000));
+        server.stop();
+
+        const QDir records(options.recordDir);
+        const QStringList names{
+            s("0001-GET-about.txt"),    s("0002-POST-ofax.txt"),
+            s("0003-GET-about.txt"),    s("0004-GET-users_.._x.txt"),
+            s("0005-GET-_other.txt"),   s("0006-GET-documents_inbound_1_fax00001.pdf.txt"),
+            s("0007-GET-verify.txt"),   s("0008-GET-verify.txt"),
+            s("0009-UDP-discovery.txt")};
+        QCOMPARE(records.entryList(QDir::Files, QDir::Name), names);
+        QByteArrayList texts;
+        for (const QString& name : names) {
+            texts.append(readFile(records.filePath(name)));
+            for (const char* credentials : {"alice:secret", "bob:wrong"})
+                QVERIFY2(!texts.last().contains(QByteArray(credentials).toBase64()), qPrintable(name));
+            QVERIFY2(!texts.last().contains("secret"), qPrintable(name));
+        }
+        const QByteArray head = "Host: " + server.address().toLatin1() +
+                                "\nAuthorization: Basic (credentials)\nContent-Type: application/xml\n";
+        const auto about = [&](const QByteArray& uptime) {
+            const QByteArray body = declared("\n<reply><about><model>QDF40X</model>") +
+                                    fields("version=3.6.1 serial=SIM-000001 hostname=qdsim") +
+                                    "<description>Simulated fax server</description>"
+                                    "<channels>4</channels><uptime>0 days 00:00:" +
+                                    uptime + "</uptime></about></reply>";
+            return "GET /qdws/v1/about HTTP/1.1\n" + head +
+                   "\nHTTP/1.1 200\nContent-Type: application/xml\nContent-Length: " +
+                   QByteArray::number(body.size()) + "\n\n" + body + '\n';
+        };
+        QCOMPARE(s(texts[0]), s(about("00")));
+        QCOMPARE(s(texts[2]), s(about("01"))); // a submission lies between
+        QVERIFY(texts[1].contains('\n' + shortFax({"1"}) + "\nHTTP/1.1 200\n"));
+        QVERIFY(texts[3].contains("\nHTTP/1.1 401\nWWW-Authenticate: Basic"));
+        QVERIFY(texts[4].contains("\nAUTHORIZATION: (credentials)\n"));
+        QVERIFY(QRegularExpression(s("\nContent-Type: application/pdf\n.*\n\n\\(\\d+ bytes\\)\n$"))
+                    .match(s(texts[5]))
+                    .hasMatch());
+        QVERIFY(texts[6].endsWith("\n\n(connection closed)\n"));
+        QVERIFY(texts[7].endsWith("</reply>\n(connection closed after 10 bytes)\n"));
+        QVERIFY(texts[8].startsWith("DISCOVER\n\n200 OK\ninet_addr: "));
+
+        QString error;
+        QVERIFY(!SimServer(options).start(&error));
+        QVERIFY(error.contains(s("not empty")));
     }
 
     void asksForCredentials()
@@ -543,8 +616,9 @@ private Q_SLOTS:
         QTemporaryDir folder;
         const QString users = folder.filePath(s("users"));
         writeFile(users, "# nobody\n");
-        for (const auto& [option, value, reason] :
-             {std::make_tuple(s("--speed"), s("fast"), "--speed"), {s("--users"), users, "no users"}}) {
+        for (const auto& [option, value, reason] : {std::make_tuple(s("--speed"), s("fast"), "--speed"),
+                                                    {s("--users"), users, "no users"},
+                                                    {s("--clock"), s("2026-11-31T00:00:00"), "--clock"}}) {
             QProcess wrong;
             wrong.start(s(QDSIM_PROGRAM), {option, value});
             QVERIFY(wrong.waitForFinished(20000));
