@@ -41,6 +41,7 @@ build() {
 # FOLDER/qdsim.log. Sets sim, its process, and address, where it listens.
 start_qdsim() {
   local program=$1 folder=$2; shift 2
+  : >"$folder/qdsim.out" # which may be read before the background job has begun
   "$program" "$@" >"$folder/qdsim.out" 2>"$folder/qdsim.log" &
   sim=$!
   for _ in $(seq 100); do
