@@ -31,6 +31,7 @@ public:
 
     virtual ~Attach();
 
+    /// Element "location". Until it is set the attachment cannot be sent.
     Loc location() const { return m_location; }
     void setLocation(Loc location) { m_location = location; }
 

@@ -29,18 +29,20 @@ public:
 
     /// How far the fax is; the server's text is matched without regard to case.
     enum FaxEntryState {
-        StateUnknown = 0, ///< No text, or one that is not among these.
-        StatePreprocessing = 1,
-        StatePending = 2,
-        StateSending = 3,
-        StateSent = 4,
-        StateComplete = 5,
-        StateAborted = 6,
-        StateFailed = 7,
-        StateApprovalPending = 8,
-        StateRejected = 9
+        StateUnknown = 0,         ///< No text, or one that is not among these.
+        StatePreprocessing = 1,   ///< "preprocessing"
+        StatePending = 2,         ///< "pending"
+        StateSending = 3,         ///< "sending"
+        StateSent = 4,            ///< "sent"
+        StateComplete = 5,        ///< "complete"
+        StateAborted = 6,         ///< "aborted"
+        StateFailed = 7,          ///< "failed"
+        StateApprovalPending = 8, ///< "approval_pending"
+        StateRejected = 9         ///< "rejected"
     };
 
+    /// The entries of a log in the server's order, shared by all who got the signal. The list is never null,
+    /// and no entry of it is.
     using FaxEntriesPtrListPtr = QSharedPointer<QVector<QSharedPointer<BaseFaxEntry>>>;
 
     BaseFaxEntry() = default;
@@ -60,6 +62,7 @@ public:
     /// The entry's resource on the server, by which a fax is aborted or rescheduled; empty here.
     virtual QUrl entryUrl() const;
 
+    /// Element "state" of a FaxEntry, "status" of the other two.
     FaxEntryState state() const { return m_state; }
 
     /// Set by whoever fetched the entry: only the log tells.
@@ -67,6 +70,7 @@ public:
     void setType(FaxEntryType type) { m_type = type; }
 
 protected:
+    /// Sets state() from the server's text; one that it does not know gives StateUnknown.
     void setFaxEntryStatusFromString(const QString& text);
 
 private:

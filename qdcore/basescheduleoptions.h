@@ -21,11 +21,28 @@ public:
     /// Travels as a decimal number.
     enum Priority : int { Priority0 = 0, Priority1, Priority2, Priority3, Priority4, Priority5 };
     /// When a receipt is made.
-    enum Receipt : int { ReceiptAlways = 0, ReceiptFailure = 1, ReceiptNever = 2 };
+    enum Receipt : int {
+        ReceiptAlways = 0,  ///< "always"
+        ReceiptFailure = 1, ///< "failure"
+        ReceiptNever = 2    ///< "never"
+    };
     /// What is attached to the receipt that is sent by mail.
-    enum ReceiptAttachment : int { AttachmentNone = 0, AttachmentPdf = 1, AttachmentTiff = 2 };
-    enum FaxPageSize : int { PageSizeAuto = 0, PageSizeLetter = 1, PageSizeLegal = 2, PageSizeA4 = 3 };
+    enum ReceiptAttachment : int {
+        AttachmentNone = 0, ///< "none"
+        AttachmentPdf = 1,  ///< "pdf"
+        AttachmentTiff = 2  ///< "tiff"
+    };
+    /// The size of the pages as they are sent.
+    enum FaxPageSize : int {
+        PageSizeAuto = 0,   ///< "auto": the server's affair.
+        PageSizeLetter = 1, ///< "letter"
+        PageSizeLegal = 2,  ///< "legal"
+        PageSizeA4 = 3      ///< "a4"
+    };
 
+    //@{
+    /// What holds until something else is set. FaxScheduleOptions leaves an option at its default out
+    /// of its document.
     static constexpr Priority def_priority = Priority3;
     static constexpr int def_maxTries = 3;
     static constexpr int def_tryInterval = 300;
@@ -34,6 +51,7 @@ public:
     static constexpr FaxPageSize def_faxPageSize = PageSizeAuto;
     static constexpr Receipt def_faxReceipt = ReceiptNever;
     static constexpr bool def_isPrintFirstPage = false;
+    //@}
 
     /// "None": the printer name shown to the user when no printer is chosen.
     static const QString none_printer;
@@ -53,14 +71,15 @@ public:
     /// Logs an error and keeps the old value when out of range.
     void setPriority(Priority priority);
 
-    /// The number of the current attempt as the server reports it.
+    /// The number of the current attempt as the server reports it. Element "try_number", never written.
     int tryNumber() const { return m_tryNumber; }
     void setTryNumber(int tryNumber) { m_tryNumber = tryNumber; }
 
+    /// After how many attempts the server gives up. Element "max_tries", in the user's record "max_attempts".
     int maxTries() const { return m_maxTries; }
     void setMaxTries(int maxTries) { m_maxTries = maxTries; }
 
-    /// Seconds between two attempts.
+    /// Seconds between two attempts. Element "try_interval", in the user's record "interval".
     int tryInterval() const { return m_tryInterval; }
     void setTryInterval(int seconds) { m_tryInterval = seconds; }
 
@@ -93,22 +112,29 @@ public:
     /// none_printer chooses no printer.
     void setSelectPrinter(const QString& name);
 
+    //@{
     /// Whether the server can print receipts. A fact about the server and not a choice of the user, so it is
     /// set through const objects too, by whoever learns it; without it the print options are not written.
     bool isSupportReceiptOptions() const { return m_supportReceiptOptions; }
     void setSupportReceiptOptions(bool support) const { m_supportReceiptOptions = support; }
+    //@}
 
+    //@{
     /// Whether the server lets the page size be chosen, likewise.
     bool isSupporFaxPageSizeOptions() const { return m_supportFaxPageSizeOptions; }
     void setSupportFaxPageSizeOptions(bool support) const { m_supportFaxPageSizeOptions = support; }
+    //@}
 
 protected:
+    //@{
+    /// The texts of the enumerations on the wire, by value.
     static constexpr int m_receiptTableSize = 3;
     static constexpr int m_receiptAttachmentTableSize = 3;
     static constexpr int m_faxPageSizeTableSize = 4;
     static const QString m_receiptTable[m_receiptTableSize];
     static const QString m_receiptAttachmentTable[m_receiptAttachmentTableSize];
     static const QString m_faxPageSizeTable[m_faxPageSizeTableSize];
+    //@}
 
     /// The index of the first entry of @p table that equals @p text, -1 when there is none or no table.
     static int getValFromString(const QString* table, int tableSize, const QString& text);
@@ -116,8 +142,9 @@ protected:
     /// The stored printer name, empty when none is chosen.
     const QString& printerName() const { return m_printer; }
 
-    /// Reads "receipt", "receipt_attachment": each if present; an unknown text is logged and ignored.
+    /// Reads "receipt" if present; an unknown text is logged and ignored.
     void readReceipt(const DomChildren& children);
+    /// Likewise "receipt_attachment".
     void readReceiptAttachment(const DomChildren& children);
     /// Reads the print options and the page size, each if present.
     void readPrintOptions(const DomChildren& children);

@@ -38,8 +38,10 @@ public:
     const QString& description() const { return m_description; }
     void setDescription(const QString& description) { m_description = description; }
 
+    /// The members, which the group owns.
     const ContactList& contacts() const { return m_contacts; }
     ContactList& contacts() { return m_contacts; }
+    /// The group keeps a deep copy.
     void setContacts(const ContactList& contacts) { m_contacts = contacts; }
 
     /// Adds a clone of @p contact to the members.

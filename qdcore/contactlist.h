@@ -27,15 +27,20 @@ public:
     };
 
     ContactList();
+    //@{
+    /// Clones every unit.
     ContactList(const ContactList& other);
     ContactList& operator=(const ContactList& other);
+    //@}
     ContactList(ContactList&& other) noexcept = default;
     ContactList& operator=(ContactList&& other) noexcept = default;
     ~ContactList();
 
+    /// The book that the units came from, or are to go to; Unknown until it is set.
     Type contactsType() const { return m_contactsType; }
     void setContactsType(Type type) { m_contactsType = type; }
 
+    /// The units, which the list owns. What is put in through the reference belongs to the list from then on.
     const QVector<ContactUnitPtr>& contacts() const { return m_contacts; }
     QVector<ContactUnitPtr>& contacts() { return m_contacts; }
 

@@ -34,16 +34,19 @@ class QDCORE_EXPORT ContactLocalStorage : public QObject
     Q_OBJECT
 
 public:
+    /// What a row is.
     enum ContactType : quint32 {
         AnyType = 0,     ///< As a filter.
         TypeContact = 1, ///< A single contact.
-        TypeGroup = 2
+        TypeGroup = 2    ///< A group, whose members are other rows.
     };
+    /// Whose book a row belongs to.
     enum ContactLocation : quint32 {
         AnyLocation = 0,     ///< As a filter.
         LocationGlobal = 1,  ///< The server's global book.
         LocationPersonal = 2 ///< The user's own book, and everything of Outlook.
     };
+    /// Where contacts come from.
     enum SourceType : quint32 {
         AnySource = 0,     ///< As a filter.
         SourceQuendra = 1, ///< A fax server, named by its genUID().
@@ -65,6 +68,7 @@ public:
     explicit ContactLocalStorage(QObject* parent = nullptr);
     ~ContactLocalStorage() override;
 
+    /// The id of a source; 0 when it is not stored.
     quint32 getSource(const QString& name, SourceType type);
     /// Adds a source unless it exists. Returns its id.
     quint32 addSource(const QString& name, SourceType type);
@@ -76,6 +80,7 @@ public:
     /// Returns false, with the arguments untouched, when there is no such source.
     bool getSourceInfo(quint32 id, QString& name, SourceType& type);
 
+    /// The id of a contact; 0 when it is not stored.
     quint32 getContact(quint32 source, ContactType type, ContactLocation location, const QString& uid);
     /// Adds a contact, or updates the one of that source, type, location and uid. @p timestamp is the
     /// source's, in Unix seconds; 0 keeps the stored one. Returns the contact's id. Within a bracket the
@@ -91,6 +96,7 @@ public:
     /// Deletes a contact with its memberships, as member or as group, and its properties.
     void deleteContact(quint32 id);
     void deleteContact(quint32 source, ContactType type, ContactLocation location, const QString& uid);
+    /// Deletes all contacts of a source, a type and a location, as deleteContact() would.
     void deleteContactList(quint32 source, ContactType type, ContactLocation location);
     /// Deletes the contacts whose uid is not among @p uids, the object ids that a server listed. An empty
     /// list deletes nothing, and so does one with anything but numbers of 1 to 18 digits without leading
@@ -120,11 +126,14 @@ public:
     void linkContactAndGroup(quint32 contact, quint32 group);
     /// Deletes a membership; with one argument 0 all those of the other.
     void unlinkContactAndGroup(quint32 contact, quint32 group);
+    /// Takes a contact out of all its groups.
     void unlinkContact(quint32 contact) { unlinkContactAndGroup(contact, 0); }
+    /// Takes all members out of a group.
     void unlinkGroup(quint32 group) { unlinkContactAndGroup(0, group); }
 
     /// Adds or changes a property.
     void addProperty(quint32 contact, PropertyType type, const QString& value);
+    /// Nothing when there is no such property.
     void deleteProperty(quint32 contact, PropertyType type);
     /// Returns false, with the argument untouched, when there is no such property.
     bool getPropertyInfo(quint32 contact, PropertyType type, QString& value);

@@ -61,6 +61,7 @@ public:
     void setOutlookEntryID(const QString& entryID, bool syncNow);
     /// The Outlook folder's source in the store; 0 without one.
     unsigned int outlookSourceId() const;
+    /// Whether the Outlook folder is being read.
     bool isOutlookSync() const;
 
 Q_SIGNALS:
@@ -68,7 +69,9 @@ Q_SIGNALS:
     void onSyncStart();
     /// The last synchronisation of any provider has ended.
     void onSyncStop();
+    /// A provider was added, or taken off the list.
     void changedContactProviderList();
+    /// The answer to quickSearch(), empty when nothing was found.
     void resultOfQuickSearch(QuickSearchResalt searchResult);
 
 private Q_SLOTS:

@@ -11,10 +11,12 @@ class QDCORE_EXPORT ContactManagerQuickSearch : public QObject
 {
     Q_OBJECT
 public:
+    /// Searches nothing by itself: whoever derives from it does.
     explicit ContactManagerQuickSearch(QObject* parent = nullptr)
         : QObject(parent)
     {}
 
 Q_SIGNALS:
+    /// What was found; emitted by the derived class.
     void resultOfQuickSearch(QuickSearchResalt searchResult);
 };

@@ -31,6 +31,7 @@ public:
     void setKnown(unsigned int timestamp) { m_known = timestamp; }
 
 Q_SIGNALS:
+    /// The transaction has ended, well or not; comes from the thread itself.
     void doneContactsDeletion();
 
 protected:

@@ -22,6 +22,7 @@ class QDCORE_EXPORT ContactsOptionsOutlook : public QAbstractItemModel
 {
     Q_OBJECT
 public:
+    /// Logs on to Outlook, which starts it if need be.
     explicit ContactsOptionsOutlook(QObject* parent = nullptr);
     ~ContactsOptionsOutlook() override;
 

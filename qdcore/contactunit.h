@@ -29,4 +29,5 @@ public:
     virtual ContactUnit* copy() const = 0;
 };
 
+/// A unit as lists hold it. @relates ContactUnit
 using ContactUnitPtr = QSharedPointer<ContactUnit>;

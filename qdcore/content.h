@@ -31,6 +31,7 @@ public:
 
     virtual ~Content();
 
+    /// Element "content_type": what is in the file. It is not looked at; the server converts by this.
     Type type() const { return m_type; }
     void setType(Type type) { m_type = type; }
 

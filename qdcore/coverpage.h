@@ -65,7 +65,7 @@ private:
     QString m_comments;
 };
 
-/// The cover pages that a server offers, in its order.
+/// The cover pages that a server offers, in its order. @relates CoverPage
 using CoverPageListPtr = QSharedPointer<QVector<CoverPage>>;
 
 Q_DECLARE_METATYPE(CoverPage)

@@ -15,6 +15,7 @@ class QDCORE_EXPORT CursorOverrideHelper : public QObject
     Q_OBJECT
 
 public:
+    /// The wait cursor shows from here on.
     explicit CursorOverrideHelper(QObject* parent = nullptr);
     ~CursorOverrideHelper() override;
 };

@@ -18,6 +18,7 @@ class QDCORE_EXPORT Discover : public QObject
     Q_OBJECT
 
 public:
+    /// Opens nothing: the socket is made by startDiscover().
     explicit Discover(QObject* parent = nullptr);
 
     /// Starts a search, ending the one before. @p timeout is in milliseconds; with 0 or less the search runs

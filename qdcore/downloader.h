@@ -26,13 +26,15 @@ class QDCORE_EXPORT Downloader : public QObject
     Q_OBJECT
 
 public:
+    /// What downloadError() tells.
     enum Error {
-        NoError = 0,
+        NoError = 0,      ///< Never emitted.
         NetworkError = 1, ///< The request failed, or the server answered with an error.
         FileError = 2     ///< The target file cannot be opened.
     };
     Q_ENUM(Error)
 
+    /// @p manager must outlive the object.
     Downloader(QObject* parent, QNetworkAccessManager& manager);
     ~Downloader() override;
 

@@ -17,6 +17,7 @@ class QDCORE_EXPORT EntryDate
 public:
     /// Null.
     EntryDate() = default;
+    /// A date that is given and not read; dateTime() returns it as it is.
     // cppcheck-suppress noExplicitConstructor ; a date may stand for it
     EntryDate(const QDateTime& dateTime)
         : m_dateTime(dateTime)

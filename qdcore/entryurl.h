@@ -16,6 +16,7 @@ class QDCORE_EXPORT EntryUrl
 public:
     /// Empty.
     EntryUrl() = default;
+    /// An address that is given and not read; url() returns it as it is.
     // cppcheck-suppress noExplicitConstructor ; an address may stand for it
     EntryUrl(const QUrl& url)
         : m_url(url)
@@ -24,6 +25,7 @@ public:
     /// The address that a text means, read tolerantly.
     static EntryUrl fromText(const QString& text);
 
+    /// Invalid where the text was none.
     QUrl url() const;
 
 private:

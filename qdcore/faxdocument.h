@@ -27,6 +27,7 @@ public:
 
     virtual ~FaxDocument();
 
+    /// One "recipient" element each. Only contacts count; who wants to send to a group adds its members.
     const ContactList& recipients() const { return m_recipients; }
     ContactList& recipients() { return m_recipients; }
     void setRecipients(const ContactList& recipients) { m_recipients = recipients; }
@@ -36,9 +37,11 @@ public:
     QList<Attach>& attachs() { return m_attachs; }
     void setAttachs(const QList<Attach>& attachs) { m_attachs = attachs; }
 
+    /// Element "cover_page". Disabled until another is set.
     const CoverPage& coverPage() const { return m_coverPage; }
     void setCoverPage(const CoverPage& coverPage) { m_coverPage = coverPage; }
 
+    /// When and how it is sent; TaskSchedule writes them beside the document.
     const FaxScheduleOptions& faxSchedule() const { return m_faxSchedule; }
     void setFaxSchedule(const FaxScheduleOptions& options) { m_faxSchedule = options; }
 

@@ -43,6 +43,7 @@ public:
     const Contact& to() const { return m_to; }
     void setTo(const Contact& to) { m_to = to; }
 
+    /// No element mirrors it.
     const ModemEntry& modemEntry() const { return m_modemEntry; }
     void setModemEntry(const ModemEntry& modemEntry) { m_modemEntry = modemEntry; }
 
@@ -74,9 +75,10 @@ public:
     const FaxScheduleOptions& schedule() const { return m_schedule; }
     void setSchedule(const FaxScheduleOptions& schedule) { m_schedule = schedule; }
 
-    /// Who decides about a fax that needs approval, and when; no element mirrors them.
+    /// Who decides about a fax that needs approval; no element mirrors it.
     const QString& approver() const { return m_approver; }
     void setApprover(const QString& approver) { m_approver = approver; }
+    /// When that was decided, local time; no element mirrors it.
     QDateTime approverTime() const { return m_approverTime.dateTime(); }
     void setApproverTime(const QDateTime& dateTime) { m_approverTime = dateTime; }
 

@@ -40,6 +40,7 @@ public:
     /// is null.
     const QVector<QPointer<FaxServer>>& servers() const { return m_servers; }
 
+    /// The contact manager given to the constructor, not owned; null when there is none or it is gone.
     const QPointer<ContactManager>& conatctManager() const { return m_contactManager; }
 
     /// Adds a server and starts its login; its contact books are synchronised after it. The first server
@@ -61,6 +62,7 @@ public:
     int defaultServerIndex() const { return m_defaultIndex; }
     /// Does nothing for a server that is not in the list.
     void setDefaultServer(const QPointer<FaxServer>& server);
+    /// False for a server that is not in the list.
     bool isDefaultServer(const QPointer<FaxServer>& server) const;
 
     /// The server that the current user works with, null when there is none.
@@ -69,6 +71,7 @@ public:
     int userServerIndex() const { return m_userIndex; }
     /// Does nothing for a server that is not in the list. No signal.
     void setUserServer(const QPointer<FaxServer>& server);
+    /// Whether the index of the user server is one of the list, whose entry may be null all the same.
     bool isUserServerPresent() const { return m_userIndex >= 0 && m_userIndex < m_servers.size(); }
     /// No signal.
     void clearUserServer() { m_userIndex = -1; }
@@ -83,6 +86,7 @@ public:
     bool writeStorage(QDomDocument& doc, QDomElement& element, int version) const override;
 
 Q_SIGNALS:
+    /// A server was added or deleted.
     void changedFaxServerList();
     /// The last status of the default server changed.
     void changedDefaultFaxServerStatus();
@@ -90,9 +94,11 @@ Q_SIGNALS:
     void changedUserFaxServerStatus();
 
 protected:
-    /// Store the index unchecked, without a signal.
+    //@{
+    /// Stores the index unchecked, without a signal; -1 for none.
     void setDefaultServerIndex(int index) { m_defaultIndex = index; }
     void setUserServerIndex(int index) { m_userIndex = index; }
+    //@}
 
 private Q_SLOTS:
     void slotChangedServerStatus(Task::Status status);

@@ -16,9 +16,11 @@ public:
     FaxScheduleOptions(const FaxScheduleOptions&) = default;
     FaxScheduleOptions& operator=(const FaxScheduleOptions&) = default;
 
+    //@{
     /// Takes over what the two forms of options share; date and message stay as they are.
     explicit FaxScheduleOptions(const BaseScheduleOptions& options);
     FaxScheduleOptions& operator=(const BaseScheduleOptions& options);
+    //@}
 
     /// Reads each option whose element is present; only "try_number" and "max_tries" become 0 without one.
     /// Always true.

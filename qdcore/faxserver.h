@@ -141,22 +141,40 @@ public:
     bool writeStorage(QDomDocument& doc, QDomElement& element, int version) const override;
 
 Q_SIGNALS:
+    /// The identity record was read, changed or not.
     void changedQuendraInfo(const QuendraInfo& info);
+    /// The user's record was read, or set by setUser(). After a login this is the last signal.
     void changedFaxUser(const FaxUser& user);
+    /// A request has ended otherwise than the one before. Comes after changedConnected().
     void changedLastStatus(Task::Status status);
+    /// What isConnected() returns was set, to another value or to the same.
     void changedConnected(bool connected);
+    /// coverPagesList() was read. @p server is the sender.
     void changedCoverPagesList(FaxServer* server);
+    /// printersList() was read. @p server is the sender.
     void changedPrintersList(FaxServer* server);
+    /// updateCoverpagesList() has failed, and the list is as it was; lastStatus() tells more.
     void errorRetrieveCoverpageList();
+    /// updatePrinternamesList() has failed, and the list is as it was; lastStatus() tells more.
     void errorRetrievePrintersList();
 
 public Q_SLOTS:
+    /// Keeps the record, asks for the user's one, after a login of verifyUser() synchronises the contact
+    /// books, and emits changedQuendraInfo().
     void slotFaxInfoReceived(const QuendraInfo& info);
+    /// Keeps the record, but not the schedule options of a server of protocol version 1, which has none;
+    /// emits changedFaxUser().
     void slotFaxUserReceived(const FaxUser& user);
+    /// Keeps the list and emits changedCoverPagesList().
     void slotCoverPagesReceived(CoverPageListPtr coverPagesList);
+    /// Keeps the list and emits changedPrintersList().
     void slotPrinterNamesReceived(QStringListPtr printerNamesList);
+    /// Makes this the last status. Unknown, Error and AuthError mean that the server is not connected, Ok
+    /// that it is; the others say nothing about that. Emits changedLastStatus() unless it was the last status
+    /// already.
     void slotError(Task::Status status);
-    // a success of any request is a success of the server; what it brought is not looked at
+    /// A success of any request is a success of the server: Ok and connected. What it brought is not looked
+    /// at.
     void slotDone();
     void slotDone(const QuendraInfo& info);
     void slotDone(const FaxUser& user);
@@ -168,10 +186,13 @@ public Q_SLOTS:
     void slotDone(ContactList::Type bookType);
     void slotDone(const ContactUnit& contact, ContactList::Type bookType);
     void slotDone(const QList<QString>& contactsOids, ContactList::Type type);
+    /// The login is verified: goes on with updateInfo().
     void slotDoneVerifyUser();
+    /// The login has failed: no contact book will be synchronised.
     void slotErrorVerifyUser();
 
 protected:
+    /// A child of the manager, whose access manager it uses.
     explicit FaxServer(FaxManager& manager);
 
     /// Stores the flag and always emits changedConnected().

@@ -41,13 +41,19 @@ public:
     const QString& defaultCoverpage() const { return m_defaultCoverpage; }
     void setDefaultCoverPage(const QString& name) { m_defaultCoverpage = name; }
 
+    //@{
+    /// What a new fax begins with: FaxScheduleOptions can be made of it.
     const FaxUserScheduleOptions& faxScheduleOptions() const { return m_faxScheduleOptions; }
     void setScheduleOptions(const FaxUserScheduleOptions& options) { m_faxScheduleOptions = options; }
+    //@}
 
+    //@{
     /// Whether a new fax starts with a cover page. Element "default_cover_page_enabled".
     bool isUsedCoverPage() const { return m_usedCoverPage; }
     void useCoverPage(bool use) { m_usedCoverPage = use; }
+    //@}
 
+    //@{
     /// Facts about the server, kept in the schedule options; see BaseScheduleOptions.
     bool isSupportReceiptOptions() const { return m_faxScheduleOptions.isSupportReceiptOptions(); }
     void setSupportReceiptOptions(bool support) const
@@ -58,6 +64,7 @@ public:
     {
         m_faxScheduleOptions.setSupportFaxPageSizeOptions(support);
     }
+    //@}
 
 private:
     /// Appends what both documents begin with: contact and cover page.

@@ -58,15 +58,19 @@ public:
     /// Where the fax went in one line, "type: destination; type: destination". The last two characters of the
     /// line are cut off whatever they are, so a last type without a destination is shortened.
     QString deliveredTo() const;
-    /// Type and destination of the first delivery, empty when there is none.
+    /// The type of the first delivery, such as "email"; empty when there is none.
     QString deliveredType() const;
+    /// The destination of the first delivery; empty when there is none.
     QString deliveredDestination() const;
 
+    /// Replaces all deliveries. Elements "delivered_to", of which the first is read.
     void setDeliveredTo(const DeliveredTo& deliveredTo) { m_deliveredTo = deliveredTo; }
 
-    /// Elements "channel", "modem" and "extension".
+    /// The fax channel of the server that received it. Element "channel".
     const QString& channel() const { return m_channel; }
+    /// Element "modem".
     const QString& modem() const { return m_modem; }
+    /// The extension that was dialled. Element "extension".
     const QString& extension() const { return m_extension; }
 
 private:
@@ -84,7 +88,7 @@ private:
     QString m_extension;
 };
 
-/// The inbound log in the server's order.
+/// The inbound log in the server's order; neither the list nor an entry is null. @relates InboundFaxEntry
 using InboundFaxEntriesPtrListPtr = QSharedPointer<QVector<QSharedPointer<InboundFaxEntry>>>;
 
 Q_DECLARE_METATYPE(InboundFaxEntriesPtrListPtr)

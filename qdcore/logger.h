@@ -53,6 +53,7 @@ public:
 
     /// Sets the most verbose level that is written.
     void setLevel(LEVEL level);
+    /// The most verbose level that is written: ERROR until it is set.
     LEVEL level() const { return m_level.load(std::memory_order_relaxed); }
 
     /// Moves the log to another folder; the next line opens the day's file there. Nothing happens when the

@@ -47,16 +47,24 @@ public:
     /// The server user who sent the fax. Element "username".
     const QString& username() const { return m_username; }
 
+    //@{
+    /// A field of the recipient. Elements "recipient_name", "recipient_fax", "recipient_phone" and
+    /// "recipient_organization".
     const QString& recepientName() const { return m_recipient.name(); }
     const QString& recepientFax() const { return m_recipient.fax(); }
     const QString& recepientPhone() const { return m_recipient.phone(); }
     const QString& recepientOrganization() const { return m_recipient.organization(); }
+    //@}
 
+    //@{
+    /// A field of the sender. Elements "sender_name", "sender_email", "sender_phone", "sender_fax" and
+    /// "sender_organization".
     const QString& senderName() const { return m_sender.name(); }
     const QString& senderEmail() const { return m_sender.email(); }
     const QString& senderPhone() const { return m_sender.phone(); }
     const QString& senderFax() const { return m_sender.fax(); }
     const QString& senderOrganization() const { return m_sender.organization(); }
+    //@}
 
 private:
     EntryUrl m_entryUrl;

@@ -18,6 +18,7 @@ class QDCORE_EXPORT OutlookContactProvider : public ContactProvider
 {
     Q_OBJECT
 public:
+    /// Made by ContactManager::initOutlook(). Has no folder until setEntryID().
     explicit OutlookContactProvider(ContactManager& manager);
     /// Waits, without limit, for the threads that are reading.
     ~OutlookContactProvider() override;
@@ -35,13 +36,15 @@ public:
     ContactProvider::Type type() override;
     /// OutlookContacts alone.
     QList<ContactList::Type> contactsTypeList() const override;
-    // Nothing can be changed: never supported, and answered with NotPermitted.
+    //@{
+    /// Nothing can be changed: never supported, and answered with NotPermitted.
     bool isAddContactSupport(ContactList::Type type) const override;
     void addContact(const ContactUnit& contact, ContactList::Type type) override;
     bool isModifyContactSupport(ContactList::Type type) const override;
     void modifyContact(const ContactUnit& contact, ContactList::Type type) override;
     bool isDeleteContactSupport(ContactList::Type type) const override;
     void deleteContact(const ContactUnit& contact, ContactList::Type type) override;
+    //@}
     /// A book other than OutlookContacts is NotSupported.
     void getContacts(ContactList::Type type, const QString& filter, unsigned int offset,
                      unsigned int limit) override;
@@ -57,6 +60,7 @@ public:
     QSharedPointer<ContactUnit> aggregateContact(unsigned int id) override;
 
 protected Q_SLOTS:
+    /// A thread has ended: counts the synchronisation down and emits its end.
     void slotDisassembleContactFromThread(ContactList::Type type);
 
 private:

@@ -23,13 +23,14 @@ class QDCORE_EXPORT OutlookContactProviderDisassembleThread : public QThread
 {
     Q_OBJECT
 public:
+    /// @p source is the id of the folder's source in the store.
     OutlookContactProviderDisassembleThread(const QPointer<ContactLocalStorage>& storage, unsigned int source,
                                             QObject* parent);
     ~OutlookContactProviderDisassembleThread() override;
 
-    // Set before start().
+    /// The book that the end is told of: OutlookContacts until it is set. Set before start().
     void setContactsType(ContactList::Type type) { m_type = type; }
-    /// The folder's key.
+    /// The folder's key. Set before start().
     void setEntryID(const QString& entryID) { m_entryID = entryID; }
 
     /// Once it has run: whether the store holds what it wrote. Where not, the store is as it was.
@@ -38,6 +39,7 @@ public:
     bool isRead() const { return m_isRead; }
 
 Q_SIGNALS:
+    /// It has run, with whatever success; comes from the thread itself.
     void doneDisassembleContactFromThread(ContactList::Type type);
 
 protected:

@@ -17,16 +17,20 @@
 class QDCORE_EXPORT OutlookItem
 {
 public:
-    static constexpr int contactClass = 40;
+    static constexpr int contactClass = 40; ///< The item class of a contact.
 
     virtual ~OutlookItem();
     /// Which fields an item has depends on its class; all others are those of a contact.
     virtual int itemClass() const = 0;
+    /// What names the item within its message store, for as long as it is not moved to another.
     virtual QString entryID() const = 0;
+    //@{
+    /// Outlook's field of that name.
     virtual QString fullName() const = 0;
     virtual QString businessTelephoneNumber() const = 0;
     virtual QString businessFaxNumber() const = 0;
     virtual QString companyName() const = 0;
+    //@}
     /// Local time; invalid when it cannot be read.
     virtual QDateTime lastModificationTime() const = 0;
 };
@@ -36,6 +40,7 @@ class QDCORE_EXPORT OutlookItems
 {
 public:
     virtual ~OutlookItems();
+    /// -1 when Outlook does not tell.
     virtual int count() const = 0;
     /// @p number counts from 1.
     virtual QSharedPointer<OutlookItem> item(int number) const = 0;
@@ -43,25 +48,33 @@ public:
 
 class OutlookFolders;
 
+/// A folder of a message store.
 class QDCORE_EXPORT OutlookFolder
 {
 public:
     static constexpr int contactItems = 2; ///< The item type of a contact folder.
 
     virtual ~OutlookFolder();
+    /// As Outlook shows it.
     virtual QString name() const = 0;
+    /// What names the folder within its message store.
     virtual QString entryID() const = 0;
     /// The identifier of the message store that holds the folder.
     virtual QString storeID() const = 0;
+    /// What new items in it are: contactItems for a contact folder.
     virtual int defaultItemType() const = 0;
+    /// The folders in it.
     virtual QSharedPointer<OutlookFolders> folders() const = 0;
+    /// What is in it apart from folders.
     virtual QSharedPointer<OutlookItems> items() const = 0;
 };
 
+/// The folders in a folder, or the top-level ones.
 class QDCORE_EXPORT OutlookFolders
 {
 public:
     virtual ~OutlookFolders();
+    /// -1 when Outlook does not tell.
     virtual int count() const = 0;
     /// @p number counts from 1.
     virtual QSharedPointer<OutlookFolder> item(int number) const = 0;
@@ -76,18 +89,23 @@ public:
     virtual ~OutlookSession();
     /// With Outlook's default arguments. A session that did not log on gives no folders.
     virtual void logon() = 0;
+    /// Ends what logon() began.
     virtual void logoff() = 0;
+    /// The user's own folder of a kind, such as contactsFolder.
     virtual QSharedPointer<OutlookFolder> defaultFolder(int type) const = 0;
+    /// The folder of an identifier in a message store; null when there is none.
     virtual QSharedPointer<OutlookFolder> folderFromID(const QString& entryID,
                                                        const QString& storeID) const = 0;
     /// The top-level folders, one a message store.
     virtual QSharedPointer<OutlookFolders> folders() const = 0;
 };
 
+/// Outlook itself.
 class QDCORE_EXPORT OutlookApplication
 {
 public:
     virtual ~OutlookApplication();
+    /// The one session, which is logged on only after OutlookSession::logon().
     virtual QSharedPointer<OutlookSession> session() const = 0;
 };
 
@@ -104,6 +122,7 @@ public:
 
     /// Readies the calling thread for Outlook. What returned true is undone by leaveThread().
     virtual bool enterThread() = 0;
+    /// Once for each enterThread() that returned true, on the same thread.
     virtual void leaveThread() = 0;
     /// Null when Outlook is not installed or cannot be started.
     virtual QSharedPointer<OutlookApplication> createApplication() = 0;

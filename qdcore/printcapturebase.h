@@ -39,13 +39,13 @@ class QDCORE_EXPORT PrintCaptureBase : public QDialog
 public:
     /// What the capture printer does. Other values may come; they change nothing.
     enum PrinterStatus : int {
-        PrinterUnknown = 0,
+        PrinterUnknown = 0,  ///< Changes nothing.
         PrinterPrinting = 1, ///< Busy: "Delete All" is not offered.
-        PrinterIdle = 2,     ///< No longer busy; so are the next but two.
-        PrinterWaiting = 3,
-        PrinterPaused = 4,
-        PrinterFinished = 5,
-        PrinterFailed = 6
+        PrinterIdle = 2,     ///< No longer busy.
+        PrinterWaiting = 3,  ///< Changes nothing.
+        PrinterPaused = 4,   ///< Changes nothing.
+        PrinterFinished = 5, ///< No longer busy.
+        PrinterFailed = 6    ///< No longer busy.
     };
     Q_ENUM(PrinterStatus)
 
@@ -66,6 +66,7 @@ public Q_SLOTS:
     void slotDeleteAll();
     /// "Delete All" is enabled while there are rows, the printer is not busy, and nothing is being deleted.
     void slotUpdateDeleteAllButton();
+    /// Emits signalSendNewFax() and closes; says so when the file is gone.
     void slotNewFax(const QString& fileName, const QString& documentName);
     /// Opens the file with the program that the desktop has for it; says so when that fails.
     void slotViewFile(QFileInfo file);
@@ -73,6 +74,7 @@ public Q_SLOTS:
     void slotRemoveEntry(QFileInfo file);
     /// Reads the folder again.
     void slotUpdate();
+    /// Gives table and button back. The argument is not used.
     void slotDeleteAllComplete(bool result);
 
 protected:
@@ -80,9 +82,12 @@ protected:
     void hidePagesColumn();
     /// For applications that do not follow a printer.
     void hidePrinterStatus();
-    /// The window's geometry, from and to the settings given to the constructor.
+    //@{
+    /// The window's geometry, from and to the settings given to the constructor. Done by the constructor and
+    /// the destructor.
     void loadSettings();
     void saveSettings();
+    //@}
 
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

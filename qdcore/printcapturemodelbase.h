@@ -91,11 +91,11 @@ protected:
     /// A row.
     struct Entry
     {
-        QFileInfo file;
-        QString name;
-        QDateTime created;
-        QString toolTip; ///< Of the name.
-        int pages{0};    ///< 0: not counted.
+        QFileInfo file;    ///< As it was when the folder was read.
+        QString name;      ///< What the first column shows.
+        QDateTime created; ///< The last change, where the file system does not keep the creation.
+        QString toolTip;   ///< Of the name.
+        int pages{0};      ///< 0: not counted.
     };
 
     /// The path that is handed to the application for a file: its own. @p file may be changed.

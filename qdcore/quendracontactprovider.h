@@ -21,6 +21,7 @@ class QDCORE_EXPORT QuendraContactProvider : public ContactProvider
 {
     Q_OBJECT
 public:
+    /// Made by FaxServer::initProvider(). Has no books until linkFaxServer().
     explicit QuendraContactProvider(ContactManager& manager);
     /// Waits for the threads that are storing.
     ~QuendraContactProvider() override;
@@ -35,13 +36,16 @@ public:
     ContactProvider::Type type() override;
     /// Personal contacts, global contacts, personal groups, global groups.
     QList<ContactList::Type> contactsTypeList() const override;
-    // Rights are the server's affair: what the user may not do comes back as NotPermitted or AccessDenied.
+    //@{
+    /// True for the four books. Rights are the server's affair: what the user may not do comes back as
+    /// NotPermitted or AccessDenied.
     bool isAddContactSupport(ContactList::Type type) const override;
     void addContact(const ContactUnit& contact, ContactList::Type type) override;
     bool isModifyContactSupport(ContactList::Type type) const override;
     void modifyContact(const ContactUnit& contact, ContactList::Type type) override;
     bool isDeleteContactSupport(ContactList::Type type) const override;
     void deleteContact(const ContactUnit& contact, ContactList::Type type) override;
+    //@}
     void getContacts(ContactList::Type type, const QString& filter, unsigned int offset,
                      unsigned int limit) override;
     void syncContacts(ContactList::Type type, bool full) override;
@@ -49,20 +53,34 @@ public:
     QSharedPointer<ContactUnit> aggregateContact(unsigned int id) override;
 
 protected Q_SLOTS:
+    //@{
+    /// A task that changes a unit has ended: what it changed on the server is changed in the store too, and
+    /// the signal that answers the call is emitted.
     void slotAddedContact(const ContactUnit& contact, ContactList::Type type);
     void slotErrorAddedContacts(Task::Status status);
     void slotModifiedContact(const ContactUnit& contact, ContactList::Type type);
     void slotErrorModifiedContacts(Task::Status status);
     void slotDeletedContact(const ContactUnit& contact, ContactList::Type type);
     void slotErrorDeletedContacts(Task::Status status);
+    //@}
+    /// The whole book: a thread stores it, and what is not in it is deleted before. @p timestamp is the
+    /// server's.
     void slotSyncedContact(const ContactList& contacts, unsigned int timestamp);
+    /// What changed of a book since the last time: a thread stores it. @p timestamp is the server's.
     void slotSyncedContactAfterLastTimeSync(const ContactList& contacts, unsigned int timestamp);
+    /// What the server has: a thread deletes the rest, and the server is asked for what changed.
     void slotSyncedContactOids(const QList<QString>& oids, ContactList::Type type);
+    /// A request of a synchronisation has failed, which ends it.
     void slotErrorSyncedContacts(Task::Status status);
+    /// The thread that stored a book has ended, which ends the synchronisation.
     void slotDisassembleContactFromThread(ContactList::Type type);
 
 protected:
+    /// What both slots of a book do; @p full for the whole one.
     void onSyncContacts(const ContactList& contacts, unsigned int timestamp, bool full);
+    /// Stores a unit, with its members if it is a group, on this thread. A @p timestamp of 0 keeps the stored
+    /// one;
+    /// @p group is the store id of the group it becomes a member of, 0 for none.
     void disassembleContact(const ContactUnit& contact, unsigned int timestamp, unsigned int group);
 
 private:

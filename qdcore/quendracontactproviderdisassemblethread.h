@@ -18,6 +18,7 @@ class QDCORE_EXPORT QuendraContactProviderDisassembleThread : public QThread
 {
     Q_OBJECT
 public:
+    /// @p source is the id of the server's source in the store.
     QuendraContactProviderDisassembleThread(const QPointer<ContactLocalStorage>& storage, unsigned int source,
                                             QObject* parent);
     ~QuendraContactProviderDisassembleThread() override;
@@ -33,6 +34,7 @@ public:
                   unsigned int timestamp);
 
 Q_SIGNALS:
+    /// It has run, with whatever success; comes from the thread itself.
     void doneDisassembleContactFromThread(ContactList::Type type);
 
 protected:

@@ -33,7 +33,8 @@ public:
     /// 1 or 2: which elements are exchanged with this server. As of the last computeProtocolVersion().
     int protocolVersion() const { return m_protocolVersion; }
 
-    // Setters store the value only; the protocol version stays until it is computed again.
+    //@{
+    /// Stores the value only; the protocol version stays until it is computed again.
     void setModel(const QString& model);
     void setVersion(const QString& version);
     void setSerial(const QString& serial);
@@ -41,6 +42,7 @@ public:
     void setDescription(const QString& description);
     void setChannels(const QString& channels);
     void setUptime(const QString& uptime);
+    //@}
 
     /// Computes the protocol version from model and version. Reading does so by itself.
     void computeProtocolVersion();

@@ -19,6 +19,7 @@ public:
     /// @p filename is the full path of the settings file. Nothing is opened.
     explicit QuendraStorage(const QString& filename);
 
+    /// The full path, as it was given. It need not exist.
     const QString& filename() const { return m_filename; }
     void setFilename(const QString& filename);
 

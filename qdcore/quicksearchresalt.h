@@ -4,5 +4,5 @@
 #include <QMetaType>
 #include <QString>
 
-/// The result of a quick search: contact names by store id.
+/// The result of a quick search: contact names by store id. @relates ContactManager
 using QuickSearchResalt = QMap<unsigned int, QString>;

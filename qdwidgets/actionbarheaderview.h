@@ -19,6 +19,7 @@ class QDWIDGETS_EXPORT ActionBarHeaderView : public QHeaderView
     Q_OBJECT
 
 public:
+    /// Has no column of actions until setActionColumn().
     explicit ActionBarHeaderView(Qt::Orientation orientation, QWidget* parent = nullptr);
 
     /// The column of the actions, as the model numbers it; -1, as at first: none.

@@ -17,15 +17,19 @@
 class QDWIDGETS_EXPORT ActionBarItem
 {
 public:
+    /// One of the actions.
     struct Action
     {
-        QIcon image;
+        QIcon image;  ///< What is shown, in the size that the view has for icons.
         QString text; ///< Plain text, shown as the tool tip.
     };
 
+    /// No actions; 4 pixels between them and at the ends.
     ActionBarItem();
 
+    /// Appends an action; its number is that of those before it.
     void addAction(const QIcon& image, const QString& text);
+    /// In the order of adding.
     const QVector<Action>& actions() const { return m_actions; }
 
     /// Pixels between two actions, independent of the screen's density.

@@ -30,6 +30,7 @@ class QDWIDGETS_EXPORT ActionBarItemDelegate : public QStyledItemDelegate
     Q_OBJECT
 
 public:
+    /// A child of the view; who wants it to paint sets it as the view's item delegate.
     explicit ActionBarItemDelegate(QAbstractItemView* view);
 
     /// Where an action's button is, in the coordinates of the view's viewport. Null when there is none.

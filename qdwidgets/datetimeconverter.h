@@ -29,6 +29,7 @@ public:
     const QString& format() const { return m_format; }
     void setFormat(const QString& format);
 
+    /// Names of months, order and digits come from it.
     const QLocale& locale() const { return m_locale; }
     void setLocale(const QLocale& locale);
 

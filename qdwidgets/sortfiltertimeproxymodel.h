@@ -24,6 +24,7 @@ public:
     /// @p timeColumn is the column of the times in the source model; -1: there is none.
     SortFilterTimeProxyModel(const DateTimeConverter& converter, int timeColumn, QObject* parent = nullptr);
 
+    /// As the source model numbers it; -1: none.
     int timeColumn() const { return m_timeColumn; }
     void setTimeColumn(int column);
 

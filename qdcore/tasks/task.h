@@ -36,26 +36,26 @@ class QDCORE_EXPORT Task : public QObject
 {
     Q_OBJECT
 public:
-    /// The operation; the argument of FaxServer::addTask().
+    /// The operation; the argument of FaxServer::addTask(), which makes a task of the class said here.
     enum Type : int {
-        GetQuendraInfo = 0,
-        VerifyLogin = 1,
-        GetFaxUser = 2,
-        ModifyFaxUser = 3,
-        Schedule = 4,
-        GetContacts = 5,
-        AddContact = 6,
-        ModifyContact = 7,
-        GetContactsOids = 8,
-        DeleteContact = 9,
-        GetCoverPages = 10,
-        GetFaxEntry = 11,
-        GetInboundFaxEntry = 12,
-        GetOutboundFaxEntry = 13,
-        Abort = 14,
-        Reschedule = 15,
-        ChekPermissions = 16,
-        GetPrinterNames = 17
+        GetQuendraInfo = 0,       ///< TaskGetQuendraInfo
+        VerifyLogin = 1,          ///< TaskVerifyLogin
+        GetFaxUser = 2,           ///< TaskGetFaxUser
+        ModifyFaxUser = 3,        ///< TaskModifyFaxUser
+        Schedule = 4,             ///< TaskSchedule
+        GetContacts = 5,          ///< TaskGetContacts
+        AddContact = 6,           ///< TaskAddContact
+        ModifyContact = 7,        ///< TaskModifyContact
+        GetContactsOids = 8,      ///< TaskGetContactsOids
+        DeleteContact = 9,        ///< TaskDeleteContact
+        GetCoverPages = 10,       ///< TaskGetCoverPages
+        GetFaxEntry = 11,         ///< TaskGetFaxEntry
+        GetInboundFaxEntry = 12,  ///< TaskGetInboundFaxEntry
+        GetOutboundFaxEntry = 13, ///< TaskGetOutboundFaxEntry
+        Abort = 14,               ///< TaskAbort
+        Reschedule = 15,          ///< TaskReschedule
+        ChekPermissions = 16,     ///< TaskChekPermissions
+        GetPrinterNames = 17      ///< TaskGetPrinterNames
     };
     Q_ENUM(Type)
 
@@ -80,7 +80,7 @@ public:
     /// The dynamic property in which a reply keeps how its body begins, at most bodyHeadSize bytes: the task
     /// reads bodies as they come, and whoever listens to the access manager would find nothing.
     static constexpr const char* bodyHeadProperty = "bodyHead";
-    static constexpr qint64 bodyHeadSize = 512;
+    static constexpr qint64 bodyHeadSize = 512; ///< In bytes.
 
     ~Task() override;
 
@@ -109,10 +109,13 @@ protected:
         Contact ///< 403, 404, 405 and the unknown content error have statuses of their own; 401 has not.
     };
 
+    /// A child of the server, and connected to nothing: see FaxServer::addTask().
     explicit Task(FaxServer& server);
 
+    /// Whom the request goes to. Outlives the task.
     FaxServer& server() { return m_server; }
     const FaxServer& server() const { return m_server; }
+    /// What sends the request; the manager's, and gone with it.
     QNetworkAccessManager& nam() { return *m_nam; }
 
     /// The reply; null until the request is sent, and after the access manager is gone.
@@ -155,11 +158,14 @@ protected:
     /// A request as every operation sends it: content type, TLS configuration and credentials.
     QNetworkRequest request(const QUrl& url) const;
 
-    /// Send the request, once. @p log is a text with %1 for the URL, which is shown without the password.
+    //@{
+    /// Sends the request, once; setReply() follows. @p log is a text with %1 for the URL, which is shown
+    /// without the password.
     void get(const QUrl& url, const LogText& log);
     void post(const QUrl& url, const QByteArray& body, const LogText& log);
     void put(const QUrl& url, const QByteArray& body, const LogText& log);
     void deleteResource(const QUrl& url, const LogText& log);
+    //@}
 
     /// Starts a request document with its declaration and returns its root element.
     static QDomElement startDocument(QDomDocument& document, const QString& rootName);

@@ -9,6 +9,7 @@ class QDCORE_EXPORT TaskAbort : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskAbort(FaxServer& server);
 
     void execute() override;
@@ -24,6 +25,7 @@ public:
     void setFaxEntryUrl(const QUrl& url) { m_faxEntryUrl = url; }
 
 Q_SIGNALS:
+    /// The server has taken the request; whether the fax is stopped its state tells.
     void doneAbort();
 
 private:

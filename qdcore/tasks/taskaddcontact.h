@@ -8,6 +8,7 @@ class QDCORE_EXPORT TaskAddContact : public TaskChangeContact
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskAddContact(FaxServer& server);
 
     void execute() override;

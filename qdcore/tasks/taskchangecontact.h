@@ -21,6 +21,7 @@ public:
     void setContact(const ContactUnit& contact, ContactList::Type bookType);
 
 protected:
+    /// Called by FaxServer::addTask().
     explicit TaskChangeContact(FaxServer& server);
 
     /// The name of the entry's element, "contact" or "contact_group"; empty for an entry of another class.
@@ -46,6 +47,7 @@ protected:
     /// Takes the entry over from a good reply. By default there is nothing to take.
     virtual bool readBack(const QDomElement& root);
 
+    /// The task's copy of the entry; null until setContact().
     ContactUnit* contact() const { return m_contact.data(); }
 
 private:

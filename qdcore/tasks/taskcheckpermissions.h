@@ -7,6 +7,7 @@ class QDCORE_EXPORT TaskChekPermissions : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskChekPermissions(FaxServer& server);
 
     void execute() override;

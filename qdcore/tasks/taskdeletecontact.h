@@ -7,6 +7,7 @@ class QDCORE_EXPORT TaskDeleteContact : public TaskChangeContact
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskDeleteContact(FaxServer& server);
 
     void execute() override;

@@ -20,6 +20,7 @@ class QDCORE_EXPORT TaskGetContacts : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetContacts(FaxServer& server);
     ~TaskGetContacts() override;
 

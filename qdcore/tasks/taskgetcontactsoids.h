@@ -9,6 +9,7 @@ class QDCORE_EXPORT TaskGetContactsOids : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetContactsOids(FaxServer& server);
 
     /// The book, one of the four of a fax server. Set before execute().

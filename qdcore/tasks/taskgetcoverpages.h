@@ -9,6 +9,7 @@ class QDCORE_EXPORT TaskGetCoverPages : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetCoverPages(FaxServer& server);
 
     void execute() override;

@@ -9,6 +9,7 @@ class QDCORE_EXPORT TaskGetFaxEntry : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetFaxEntry(FaxServer& server);
 
     void execute() override;
@@ -27,12 +28,15 @@ public:
     };
     Q_ENUM(TaskEntryType)
 
+    /// Which of the two lists; EntryNone, which is none, until it is set.
     void setTaskEntryType(TaskEntryType type) { m_taskEntryType = type; }
 
+    //@{
     /// At most so many entries; for the outbound status so many pending and so many being sent. 0 and less:
     /// all.
     void setCompleteLimit(int limit) { m_completeLimit = limit; }
     int completeLimit() { return m_completeLimit; }
+    //@}
 
 Q_SIGNALS:
     /// The entries are FaxEntry objects, in the server's order.

@@ -8,6 +8,7 @@ class QDCORE_EXPORT TaskGetFaxUser : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetFaxUser(FaxServer& server);
 
     void execute() override;
@@ -22,6 +23,7 @@ public:
     void setUser(const QString& name) { m_userName = name; }
 
 Q_SIGNALS:
+    /// @p user is the record as the server has it.
     void doneGetFaxUser(const FaxUser& user);
 
 private:

@@ -9,6 +9,7 @@ class QDCORE_EXPORT TaskGetInboundFaxEntry : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetInboundFaxEntry(FaxServer& server);
 
     void execute() override;
@@ -19,11 +20,14 @@ protected:
 public:
     Task::Type type() override;
 
+    //@{
     /// At most so many entries. 0 and less: all.
     void setCompleteLimit(int limit) { m_completeLimit = limit; }
     int completeLimit() const { return m_completeLimit; }
+    //@}
 
 Q_SIGNALS:
+    /// The entries in the server's order.
     void doneGetInboundFaxEntry(const InboundFaxEntriesPtrListPtr& entriesPtr);
 
 private:

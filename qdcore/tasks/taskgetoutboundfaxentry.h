@@ -9,6 +9,7 @@ class QDCORE_EXPORT TaskGetOutboundFaxEntry : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetOutboundFaxEntry(FaxServer& server);
 
     void execute() override;
@@ -19,9 +20,11 @@ protected:
 public:
     Task::Type type() override;
 
+    //@{
     /// At most so many entries. 0 and less: all.
     void setCompleteLimit(int limit) { m_completeLimit = limit; }
     int completeLimit() { return m_completeLimit; }
+    //@}
 
 Q_SIGNALS:
     /// The entries are OutboundFaxEntry objects, in the server's order.

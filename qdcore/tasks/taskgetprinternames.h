@@ -8,6 +8,7 @@ class QDCORE_EXPORT TaskGetPrinterNames : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetPrinterNames(FaxServer& server);
 
     void execute() override;

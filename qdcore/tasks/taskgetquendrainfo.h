@@ -8,6 +8,7 @@ class QDCORE_EXPORT TaskGetQuendraInfo : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskGetQuendraInfo(FaxServer& server);
 
     void execute() override;
@@ -22,6 +23,7 @@ public:
     const QuendraInfo& GetQuendraInfo() const { return m_info; }
 
 Q_SIGNALS:
+    /// @p info is the server's "about".
     void doneGetFaxInfo(const QuendraInfo& info);
 
 private:

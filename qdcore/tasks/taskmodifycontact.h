@@ -7,6 +7,7 @@ class QDCORE_EXPORT TaskModifyContact : public TaskChangeContact
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskModifyContact(FaxServer& server);
 
     void execute() override;

@@ -8,6 +8,7 @@ class QDCORE_EXPORT TaskModifyFaxUser : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskModifyFaxUser(FaxServer& server);
 
     void execute() override;

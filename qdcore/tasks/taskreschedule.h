@@ -11,6 +11,7 @@ class QDCORE_EXPORT TaskReschedule : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskReschedule(FaxServer& server);
 
     void execute() override;
@@ -29,6 +30,7 @@ public:
     void setDateTime(const QDateTime& dateTime) { m_dateTime = dateTime; }
 
 Q_SIGNALS:
+    /// The server has taken the request.
     void doneReschedule();
 
 private:

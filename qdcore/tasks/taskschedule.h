@@ -10,6 +10,7 @@ class QDCORE_EXPORT TaskSchedule : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskSchedule(FaxServer& server);
 
     void execute() override;

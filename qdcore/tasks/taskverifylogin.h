@@ -8,6 +8,7 @@ class QDCORE_EXPORT TaskVerifyLogin : public Task
 {
     Q_OBJECT
 public:
+    /// Called by FaxServer::addTask().
     explicit TaskVerifyLogin(FaxServer& server);
 
     void execute() override;
@@ -22,6 +23,7 @@ public:
     bool GetResult() const { return m_result; }
 
 Q_SIGNALS:
+    /// The server knows the login and the password.
     void doneVerifyLogin();
 
 private:
