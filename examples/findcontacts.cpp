@@ -1,8 +1,8 @@
 // The contacts of a server, searched while typing: findcontacts ADDRESS LOGIN PASSWORD [--grab FILE]
 //
 // The contact manager keeps the books in a local database, which background threads bring up to date; the
-// window only ever asks the database. With --grab it saves its picture after the first synchronisation and
-// ends.
+// window only ever asks the database. F5 synchronises again. With --grab it saves its picture after the first
+// synchronisation and ends.
 
 #include "contact.h"
 #include "contactgroup.h"
@@ -14,6 +14,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMainWindow>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -35,6 +36,7 @@ public:
         m_table->setHorizontalHeaderLabels({tr("Name"), tr("Organization"), tr("Fax")});
         m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
 
+        //! [search]
         // The answer comes before quickSearch() returns.
         connect(m_text, &QLineEdit::textChanged, this, &FindContacts::search);
         connect(&m_contacts, &ContactManager::resultOfQuickSearch, this, &FindContacts::list);
@@ -44,12 +46,30 @@ public:
             statusBar()->clearMessage();
             search();
         });
+        //! [search]
+        auto* again = new QShortcut(QKeySequence::Refresh, this);
+        connect(again, &QShortcut::activated, this, &FindContacts::synchronise);
         search();
     }
 
 private:
     void search() { m_contacts.quickSearch(m_text->text(), 100, 0, 0); }
 
+    //! [synchronise]
+    void synchronise()
+    {
+        const auto providers = m_contacts.providers(); // one a server, and Outlook's
+        for (const auto& provider : providers) {
+            if (!provider || provider->isSync())
+                continue;
+            const auto books = provider->contactsTypeList();
+            for (const auto book : books)
+                provider->syncContacts(book, false); // what changed; true: from scratch
+        }
+    }
+    //! [synchronise]
+
+    //! [list]
     void list(const QuickSearchResalt& found)
     {
         m_table->setRowCount(0);
@@ -64,6 +84,7 @@ private:
             m_table->setItem(row, 2, new QTableWidgetItem(contact ? contact->fax() : QString()));
         }
     }
+    //! [list]
 
     ContactManager& m_contacts;
     QLineEdit* m_text = new QLineEdit;
@@ -77,9 +98,11 @@ int main(int argc, char** argv)
     if (arguments.size() < 4)
         qFatal("usage: findcontacts ADDRESS LOGIN PASSWORD [--grab FILE]");
 
+    //! [cache]
     ContactManager contacts; // before the fax manager, and destroyed after it
     FaxManager manager{QPointer<ContactManager>(&contacts)};
     manager.addServer(arguments[1], false, arguments[2], arguments[3]); // logs in, then synchronises
+    //! [cache]
 
     FindContacts window(contacts);
     window.show();

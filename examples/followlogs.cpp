@@ -1,13 +1,14 @@
-// Follows what a server receives and sends: followlogs ADDRESS LOGIN PASSWORD [ROUNDS]
+// Follows what a server receives, is sending and has sent: followlogs ADDRESS LOGIN PASSWORD [ROUNDS]
 //
-// Prints each fax once, as soon as it is in a log, and asks every two seconds; with ROUNDS it ends after so
-// many.
+// Prints each fax once in each state, as soon as it is in it, and asks every two seconds; with ROUNDS it ends
+// after so many.
 
 #include "contactmanager.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "inboundfaxentry.h"
 #include "outboundfaxentry.h"
+#include "tasks/taskgetfaxentry.h"
 #include "tasks/taskgetinboundfaxentry.h"
 #include "tasks/taskgetoutboundfaxentry.h"
 
@@ -25,6 +26,7 @@ public:
 
     void ask()
     {
+        //! [inbound]
         auto* received = static_cast<TaskGetInboundFaxEntry*>(m_server->addTask(Task::GetInboundFaxEntry));
         QObject::connect(received, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry,
                          [this](const InboundFaxEntriesPtrListPtr& entries) {
@@ -33,7 +35,24 @@ public:
                                       entry->pages());
                          });
         received->execute();
+        //! [inbound]
 
+        //! [status]
+        auto* sending = static_cast<TaskGetFaxEntry*>(m_server->addTask(Task::GetFaxEntry));
+        sending->setTaskEntryType(TaskGetFaxEntry::EntryOutboundStatus);
+        QObject::connect(sending, &TaskGetFaxEntry::doneGetFaxEntry,
+                         [this](const BaseFaxEntry::FaxEntriesPtrListPtr& entries) {
+                             for (const auto& entry : *entries) {
+                                 const bool waits = entry->state() != BaseFaxEntry::StateSending;
+                                 show(entry->entryUrl(),
+                                      waits ? QStringLiteral("waiting") : QStringLiteral("sending"),
+                                      entry->recipient(), entry->pages());
+                             }
+                         });
+        sending->execute();
+        //! [status]
+
+        //! [outbound]
         auto* sent = static_cast<TaskGetOutboundFaxEntry*>(m_server->addTask(Task::GetOutboundFaxEntry));
         QObject::connect(sent, &TaskGetOutboundFaxEntry::doneGetFaxEntry,
                          [this](const BaseFaxEntry::FaxEntriesPtrListPtr& entries) {
@@ -42,19 +61,21 @@ public:
                                       entry->pages());
                          });
         sent->execute();
+        //! [outbound]
     }
 
 private:
     void show(const QUrl& url, const QString& what, const QString& whom, int pages)
     {
-        if (m_seen.contains(url))
+        const auto seen = qMakePair(url, what);
+        if (m_seen.contains(seen))
             return;
-        m_seen.insert(url);
+        m_seen.insert(seen);
         m_out << what << '\t' << whom << '\t' << pages << " pages\t" << url.toDisplayString() << Qt::endl;
     }
 
     QPointer<FaxServer> m_server;
-    QSet<QUrl> m_seen;
+    QSet<QPair<QUrl, QString>> m_seen;
     QTextStream m_out{stdout};
 };
 

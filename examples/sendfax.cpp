@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QTextStream>
 
+//! [fax]
 static FaxDocument makeFax(const QString& number, const QString& file)
 {
     Contact recipient;
@@ -33,6 +34,7 @@ static FaxDocument makeFax(const QString& number, const QString& file)
     fax.attachs().append(attachment);
     return fax;
 }
+//! [fax]
 
 int main(int argc, char** argv)
 {
@@ -42,11 +44,14 @@ int main(int argc, char** argv)
         qFatal("usage: sendfax ADDRESS LOGIN PASSWORD NUMBER FILE");
     QTextStream out(stdout);
 
+    //! [login]
     FaxManager manager{QPointer<ContactManager>()}; // no contacts needed here
     QPointer<FaxServer> server = manager.addServer(arguments[1], false, arguments[2], arguments[3]);
 
     // Adding a server logs in. The user's profile comes last, and a fax begins with its defaults.
     QObject::connect(server, &FaxServer::changedFaxUser, [&](const FaxUser& user) {
+        //! [login]
+        //! [submit]
         FaxDocument fax = makeFax(arguments[4], arguments[5]);
         fax.setFaxSchedule(FaxScheduleOptions(user.faxScheduleOptions()));
 
@@ -60,7 +65,9 @@ int main(int argc, char** argv)
                              app.quit();
                          });
         task->execute();
+        //! [submit]
     });
+    //! [failure]
     // Whatever fails, login or submission, is also the server's last status.
     QObject::connect(server, &FaxServer::changedLastStatus, [&](Task::Status status) {
         if (status == Task::Ok)
@@ -68,5 +75,6 @@ int main(int argc, char** argv)
         out << "failed: " << QVariant::fromValue(status).toString() << '\n';
         app.exit(1);
     });
+    //! [failure]
     return app.exec();
 }
