@@ -8,7 +8,7 @@ set -euo pipefail
 preset=${1:-release}
 shift || true
 
-install_packages
+install_packages doxygen
 build "$preset"
 say "Testing"
 cd "$root"
