@@ -2,14 +2,15 @@
 
 #include "parsing.h"
 
-#include <KContacts/Addressee>
-#include <KContacts/VCardConverter>
-
 #include <QSet>
 #include <QTextCodec>
 
 #include <algorithm>
 
+#ifdef QDFAX_WITH_VCARDS
+#include <KContacts/Addressee>
+#include <KContacts/VCardConverter>
+#endif
 #include <csv.h>
 
 namespace {
@@ -297,6 +298,8 @@ QByteArray ContactFile::writeCsv(const QVector<Contact>& contacts)
 // --- vCards
 // ----------------------------------------------------------------------------------------------------
 
+#ifdef QDFAX_WITH_VCARDS
+
 namespace {
 
 bool isLine(const QByteArray& line, const char* wanted)
@@ -353,6 +356,11 @@ Contact contactOf(const KContacts::Addressee& card)
 }
 
 } // namespace
+
+bool ContactFile::knowsVcards()
+{
+    return true;
+}
 
 ContactFile ContactFile::readVcards(const QByteArray& bytes)
 {
@@ -435,3 +443,25 @@ QByteArray ContactFile::writeVcards(const QVector<Contact>& contacts, const QStr
     }
     return text;
 }
+
+#else
+
+bool ContactFile::knowsVcards()
+{
+    return false;
+}
+
+ContactFile ContactFile::readVcards(const QByteArray&)
+{
+    ContactFile file;
+    file.problem =
+        QStringLiteral("this qdfax was built without vCards; use a table, a file that ends in .csv");
+    return file;
+}
+
+QByteArray ContactFile::writeVcards(const QVector<Contact>&, const QStringList&)
+{
+    return QByteArray();
+}
+
+#endif

@@ -32,6 +32,8 @@ struct ContactFile
     static ContactFile readCsv(const QByteArray& bytes);
     static QByteArray writeCsv(const QVector<Contact>& contacts);
 
+    /// Whether this program was built with vCards. Without them reading gives a problem, and writing nothing.
+    static bool knowsVcards();
     static ContactFile readVcards(const QByteArray& bytes);
     /// vCards 3.0. @p uids: one a contact, so that a card is the same each time it is written.
     static QByteArray writeVcards(const QVector<Contact>& contacts, const QStringList& uids);

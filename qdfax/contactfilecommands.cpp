@@ -33,6 +33,8 @@ int exportContacts(Invocation& call)
 {
     if (call.isSet("csv") == call.isSet("vcard"))
         return call.failUsage(QStringLiteral("Choose one of --csv and --vcard."));
+    if (call.isSet("vcard") && !ContactFile::knowsVcards())
+        return call.failUsage(QStringLiteral("This qdfax was built without vCards; use --csv."));
     const auto book = readBook(call, ContactList::Unknown);
     if (!book)
         return ExitStatus::Usage;
