@@ -1,17 +1,18 @@
-# Completion of qdfax's command line in bash. It asks qdfax for commands and options, so it knows all of them.
+# Completion of qdfax's command line in bash. It asks qdfax for commands and options, so it knows all of them; in English,
+# since it looks for headings.
 
 _qdfax_commands() {
-  qdfax help 2>/dev/null | sed -n '/^Commands:$/,/^$/s/^  \([a-z][a-z -]*[a-z]\)  .*/\1/p'
+  LC_ALL=C qdfax help 2>/dev/null | sed -n '/^Commands:$/,/^$/s/^  \([a-z][a-z -]*[a-z]\)  .*/\1/p'
 }
 
 # The options of a command, or with no command those of every command.
 _qdfax_options() {
-  qdfax help "$@" 2>/dev/null | sed -n 's/^  \(--[a-z-]*\).*/\1/p'
+  LC_ALL=C qdfax help "$@" 2>/dev/null | sed -n 's/^  \(--[a-z-]*\).*/\1/p'
 }
 
 # The values of an option that help spells out, like none|pdf|tiff.
 _qdfax_values() { # OPTION COMMAND...
-  qdfax help "${@:2}" 2>/dev/null | sed -n "s/^  $1 \([a-z0-9]*|[a-z0-9|]*\).*/\1/p" | tr '|' '\n'
+  LC_ALL=C qdfax help "${@:2}" 2>/dev/null | sed -n "s/^  $1 \([a-z0-9]*|[a-z0-9|]*\).*/\1/p" | tr '|' '\n'
 }
 
 _qdfax() {
