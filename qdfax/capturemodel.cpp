@@ -2,6 +2,7 @@
 
 #include "displaytext.h"
 #include "pdfpages.h"
+#include "text.h"
 
 #include <QDir>
 #include <QEventLoop>
@@ -161,9 +162,9 @@ QString CaptureModel::companionText(const Document& document)
     case Tiff:
         return QStringLiteral("TIFF, %1").arg(size);
     case OlderTiff:
-        return QStringLiteral("TIFF, %1, older than the document").arg(size);
+        return Text::tr("TIFF, %1, older than the document").arg(size);
     case UnreadableTiff:
-        return QStringLiteral("TIFF that cannot be read");
+        return Text::tr("TIFF that cannot be read");
     case NoTiff:
         break;
     }

@@ -10,6 +10,7 @@
 #include "recordjson.h"
 #include "settingsfile.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QDesktopServices>
 #include <QDir>
@@ -61,12 +62,12 @@ public:
 
     Table table() const
     {
-        Table table({{QStringLiteral("N"), Table::Right},
-                     {QStringLiteral("NAME"), Table::Left, 16},
-                     {QStringLiteral("PAGES"), Table::Right, 0, 1},
-                     {QStringLiteral("CREATED")},
-                     {QStringLiteral("SIZE"), Table::Right, 0, 2},
-                     {QStringLiteral("BESIDE IT"), Table::Left, 0, 3}});
+        Table table({{Text::tr("N"), Table::Right},
+                     {Text::tr("NAME"), Table::Left, 16},
+                     {Text::tr("PAGES"), Table::Right, 0, 1},
+                     {Text::tr("CREATED")},
+                     {Text::tr("SIZE"), Table::Right, 0, 2},
+                     {Text::tr("BESIDE IT"), Table::Left, 0, 3}});
         for (int i = 0; i < m_documents.size(); ++i) {
             const CaptureModel::Document& document = m_documents.at(i);
             table.addRow({QString::number(i + 1), document.file.fileName(), QString::number(document.pages),
@@ -103,8 +104,7 @@ int failUnknown(const Invocation& call, const QString& text)
 {
     return call.fail(
         ExitStatus::NotFound,
-        QStringLiteral("There is no captured document \"%1\". \"qdfax captures list\" shows them.")
-            .arg(text));
+        Text::tr("There is no captured document \"%1\". \"qdfax captures list\" shows them.").arg(text));
 }
 
 int list(Invocation& call)
@@ -113,7 +113,7 @@ int list(Invocation& call)
     if (call.isJson())
         call.json(captures.json());
     else if (captures.documents().isEmpty())
-        call.note(QStringLiteral("There are no captured documents in %1.")
+        call.note(Text::tr("There are no captured documents in %1.")
                       .arg(QDir::toNativeSeparators(CaptureModel::folder())));
     else
         call.table(captures.table());
@@ -128,7 +128,7 @@ int view(Invocation& call)
         return failUnknown(call, call.arguments().at(0));
     const QString path = document->file.absoluteFilePath();
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
-        return call.fail(ExitStatus::File, QStringLiteral("No program is there to open %1.").arg(path));
+        return call.fail(ExitStatus::File, Text::tr("No program is there to open %1.").arg(path));
     return ExitStatus::Ok;
 }
 
@@ -150,11 +150,11 @@ int reportDeleted(const Invocation& call, const QStringList& wanted)
         call.json(QJsonObject{{QStringLiteral("deleted"), deleted},
                               {QStringLiteral("left"), QJsonArray::fromStringList(left)}});
     else
-        call.line(QStringLiteral("Deleted: %1").arg(deleted));
+        call.line(Text::tr("Deleted: %1").arg(deleted));
     if (left.isEmpty())
         return ExitStatus::Ok;
     return call.fail(ExitStatus::File,
-                     QStringLiteral("Files that cannot be deleted: %1 (%2). Check the rights of %3.")
+                     Text::tr("Files that cannot be deleted: %1 (%2). Check the rights of %3.")
                          .arg(QString::number(left.size()),
                               left.mid(0, 3).join(QStringLiteral(", ")) +
                                   (left.size() > 3 ? QStringLiteral(", ...") : QString()),
@@ -185,7 +185,7 @@ int deleteAll(Invocation& call)
         paths.append(document.file.filePath());
     if (!call.isSet("yes") && !paths.isEmpty()) {
         return call.failUsage(
-            QStringLiteral("This would delete everything in %2: %1. Say so by --yes.")
+            Text::tr("This would delete everything in %2: %1. Say so by --yes.")
                 .arg(captureSummary(captures.model()), QDir::toNativeSeparators(CaptureModel::folder())));
     }
     QEventLoop loop;
@@ -221,7 +221,7 @@ int watch(Invocation& call)
         } else {
             const int width = Terminal::width();
             const QString title =
-                QStringLiteral("%1 in %2. Ctrl-C ends.")
+                Text::tr("%1 in %2. Ctrl-C ends.")
                     .arg(captureSummary(captures.model()), QDir::toNativeSeparators(CaptureModel::folder()));
             Terminal::showScreen(
                 QStringList{width > 0 ? cutToWidth(printable(title), width) : printable(title)} +
@@ -277,8 +277,8 @@ QVector<Command> captureCommands()
 {
     Command captures;
     captures.name = QStringLiteral("captures");
-    captures.summary = QStringLiteral("Open the window of captured print jobs");
-    captures.description = QStringLiteral(
+    captures.summary = Text::tr("Open the window of captured print jobs");
+    captures.description = Text::tr(
         "Shows what the print-capture driver has left in its folder, and follows it. \"New Fax\" asks for a\n"
         "number and a name and sends the document through the server, as \"qdfax send\" does. The exit\n"
         "status is that of the last fax.\n"
@@ -290,8 +290,8 @@ QVector<Command> captureCommands()
 
     Command listCommand;
     listCommand.name = QStringLiteral("captures list");
-    listCommand.summary = QStringLiteral("Show the captured print jobs");
-    listCommand.description = QStringLiteral(
+    listCommand.summary = Text::tr("Show the captured print jobs");
+    listCommand.description = Text::tr(
         "The newest first. Pages are 0 for what is no PDF. BESIDE IT tells of a TIFF file of the same name,\n"
         "which goes with its document.");
     listCommand.examples = QStringList{
@@ -302,9 +302,8 @@ QVector<Command> captureCommands()
     Command viewCommand;
     viewCommand.name = QStringLiteral("captures view");
     viewCommand.arguments = QStringLiteral("NAME|N");
-    viewCommand.summary = QStringLiteral("Open a captured print job with the desktop's program");
-    viewCommand.description =
-        QStringLiteral("NAME and N are those of \"qdfax captures list\"; 1 is the newest.");
+    viewCommand.summary = Text::tr("Open a captured print job with the desktop's program");
+    viewCommand.description = Text::tr("NAME and N are those of \"qdfax captures list\"; 1 is the newest.");
     viewCommand.examples = QStringList{QStringLiteral("qdfax captures view 1")};
     viewCommand.leastArguments = viewCommand.mostArguments = 1;
     viewCommand.needsDisplay = true;
@@ -313,12 +312,11 @@ QVector<Command> captureCommands()
     Command deleteCommand;
     deleteCommand.name = QStringLiteral("captures delete");
     deleteCommand.arguments = QStringLiteral("NAME|N...");
-    deleteCommand.summary = QStringLiteral("Delete captured print jobs");
+    deleteCommand.summary = Text::tr("Delete captured print jobs");
     deleteCommand.description =
         viewCommand.description +
-        QStringLiteral(
-            "\nNothing is deleted when one of them does not exist. A TIFF file beside one goes too.\n"
-            "JSON: how many documents were deleted, and the names of all files that were left.");
+        Text::tr("\nNothing is deleted when one of them does not exist. A TIFF file beside one goes too.\n"
+                 "JSON: how many documents were deleted, and the names of all files that were left.");
     deleteCommand.examples = QStringList{QStringLiteral("qdfax captures delete 1 offer.pdf")};
     deleteCommand.leastArguments = 1;
     deleteCommand.mostArguments = -1;
@@ -326,19 +324,19 @@ QVector<Command> captureCommands()
 
     Command deleteAllCommand;
     deleteAllCommand.name = QStringLiteral("captures delete-all");
-    deleteAllCommand.summary = QStringLiteral("Delete all captured print jobs");
+    deleteAllCommand.summary = Text::tr("Delete all captured print jobs");
     deleteAllCommand.examples = QStringList{QStringLiteral("qdfax captures delete-all --yes")};
-    deleteAllCommand.options = {{QStringLiteral("yes"), QStringLiteral("Really.")}};
+    deleteAllCommand.options = {{QStringLiteral("yes"), Text::tr("Really.")}};
     deleteAllCommand.run = deleteAll;
 
     Command watchCommand;
     watchCommand.name = QStringLiteral("captures watch");
-    watchCommand.summary = QStringLiteral("Show the captured print jobs whenever they change");
+    watchCommand.summary = Text::tr("Show the captured print jobs whenever they change");
     watchCommand.examples =
         QStringList{QStringLiteral("qdfax captures watch"),
                     QStringLiteral("qdfax captures watch --json | jq --unbuffered length")};
     watchCommand.options = {
-        {QStringLiteral("rounds"), QStringLiteral("End when it was shown so often."), QStringLiteral("N")}};
+        {QStringLiteral("rounds"), Text::tr("End when it was shown so often."), QStringLiteral("N")}};
     watchCommand.run = watch;
 
     return {captures, listCommand, viewCommand, deleteCommand, deleteAllCommand, watchCommand};

@@ -1,6 +1,7 @@
 #include "capturewindow.h"
 
 #include "capturemodel.h"
+#include "text.h"
 
 #include <QAbstractItemDelegate>
 #include <QApplication>
@@ -102,16 +103,16 @@ QString captureSummary(const CaptureModel& model)
 {
     const auto documents = model.documents();
     if (documents.isEmpty())
-        return QStringLiteral("No documents");
+        return Text::tr("No documents");
     int pages = 0;
     for (const CaptureModel::Document& document : documents)
         pages += document.pages;
     const auto tiffs = std::count_if(documents.cbegin(), documents.cend(), [](const auto& document) {
         return document.companion != CaptureModel::NoTiff;
     });
-    QString text = counted(documents.size(), QStringLiteral("document"), QStringLiteral("documents")) +
-                   QStringLiteral(", ") + counted(pages, QStringLiteral("page"), QStringLiteral("pages"));
+    QString text = counted(documents.size(), Text::tr("document"), Text::tr("documents")) +
+                   QStringLiteral(", ") + counted(pages, Text::tr("page"), Text::tr("pages"));
     if (tiffs > 0)
-        text += QStringLiteral(", %1 with a TIFF file").arg(tiffs);
+        text += Text::tr(", %1 with a TIFF file").arg(tiffs);
     return text;
 }

@@ -4,6 +4,7 @@
 #include "logger.h"
 #include "parsing.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QCommandLineParser>
 
@@ -14,10 +15,16 @@ namespace {
 const int defaultTimeout = 60; // s
 const int longestTimeout = 1000000;
 
-const Command* findCommand(const QStringList& words, int* wordCount)
+QVector<Command> makeCommands()
+{
+    return serverCommands() + profileCommands() + sendCommands() + logCommands() + downloadCommands() +
+           contactCommands() + outlookCommands() + captureCommands() + helpCommands();
+}
+
+const Command* findCommand(const QVector<Command>& commands, const QStringList& words, int* wordCount)
 {
     const Command* found = nullptr;
-    for (const Command& command : commands()) {
+    for (const Command& command : commands) {
         const QStringList name = command.name.split(QLatin1Char(' '));
         if (name.size() > *wordCount && words.mid(0, name.size()) == name) {
             found = &command;
@@ -53,7 +60,7 @@ int leadingOptions(const QStringList& arguments, QStringList* rest)
     parser.addOption({QStringLiteral("version"), QString()});
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QString()});
     if (!parser.parse(arguments))
-        return complain(ExitStatus::Usage, parser.errorText() + QStringLiteral(" See \"qdfax help\"."));
+        return complain(ExitStatus::Usage, parser.errorText() + Text::tr(" See \"qdfax help\"."));
     if (parser.isSet(QStringLiteral("version"))) {
         Terminal::write("qdfax " QDFAX_VERSION "\n");
         return ExitStatus::Ok;
@@ -105,16 +112,16 @@ int runCommand(const QStringList& arguments)
         return ended;
 
     int wordCount = 0;
-    const Command* command = findCommand(words, &wordCount);
+    const Command* command = findCommand(commands(), words, &wordCount);
     if (!command) {
         const QString ofGroup = commandNames(words.first());
         if (!ofGroup.isEmpty()) {
             return complain(ExitStatus::Usage,
-                            QStringLiteral("\"%1\" needs a second word: %2. See \"qdfax help %1\".")
+                            Text::tr("\"%1\" needs a second word: %2. See \"qdfax help %1\".")
                                 .arg(printable(words.first()), ofGroup));
         }
-        return complain(ExitStatus::Usage, QStringLiteral("There is no command \"%1\". There are: %2. See "
-                                                          "\"qdfax help\".")
+        return complain(ExitStatus::Usage, Text::tr("There is no command \"%1\". There are: %2. See "
+                                                    "\"qdfax help\".")
                                                .arg(printable(words.first()), commandNames()));
     }
 
@@ -126,7 +133,7 @@ int runCommand(const QStringList& arguments)
     parser.addOptions(globalOptions(*command));
     parser.addOptions(command->options);
     parser.addOption({{QStringLiteral("h"), QStringLiteral("help")}, QString()});
-    const QString hint = QStringLiteral(" See \"qdfax help %1\".").arg(command->name);
+    const QString hint = Text::tr(" See \"qdfax help %1\".").arg(command->name);
     if (!parser.parse(line))
         return complain(ExitStatus::Usage, printable(parser.errorText()) + hint);
     if (parser.isSet(QStringLiteral("help"))) {
@@ -136,11 +143,12 @@ int runCommand(const QStringList& arguments)
 
     const QStringList positional = parser.positionalArguments();
     if (positional.size() < command->leastArguments) {
-        return complain(ExitStatus::Usage, QStringLiteral("Something is missing: qdfax %1 %2.%3")
-                                               .arg(command->name, command->arguments, hint));
+        return complain(
+            ExitStatus::Usage,
+            Text::tr("Something is missing: qdfax %1 %2.%3").arg(command->name, command->arguments, hint));
     }
     if (command->mostArguments >= 0 && positional.size() > command->mostArguments) {
-        return complain(ExitStatus::Usage, QStringLiteral("\"%1\" is one argument too many: qdfax %2 %3.%4")
+        return complain(ExitStatus::Usage, Text::tr("\"%1\" is one argument too many: qdfax %2 %3.%4")
                                                .arg(printable(positional.at(command->mostArguments)),
                                                     command->name, command->arguments, hint));
     }
@@ -159,23 +167,21 @@ int runCommand(const QStringList& arguments)
 
 const QVector<Command>& commands()
 {
-    static const QVector<Command> all = serverCommands() + profileCommands() + sendCommands() +
-                                        logCommands() + downloadCommands() + contactCommands() +
-                                        outlookCommands() + captureCommands() + helpCommands();
+    static const QVector<Command> all = makeCommands();
     return all;
 }
 
 QList<QCommandLineOption> globalOptions()
 {
     return {
-        {QStringLiteral("server"), QStringLiteral("Use this server instead of the default one."),
+        {QStringLiteral("server"), Text::tr("Use this server instead of the default one."),
          QStringLiteral("UID")},
-        {QStringLiteral("json"), QStringLiteral("Print JSON instead of text for people.")},
+        {QStringLiteral("json"), Text::tr("Print JSON instead of text for people.")},
         {QStringLiteral("timeout"),
-         QStringLiteral("Give up when nothing was heard for so long (%1; 0: never).").arg(defaultTimeout),
+         Text::tr("Give up when nothing was heard for so long (%1; 0: never).").arg(defaultTimeout),
          QStringLiteral("SECONDS")},
-        {QStringLiteral("log-level"),
-         QStringLiteral("What goes to the log file: 0 nothing to 4 everything (1)."), QStringLiteral("0..4")},
+        {QStringLiteral("log-level"), Text::tr("What goes to the log file: 0 nothing to 4 everything (1)."),
+         QStringLiteral("0..4")},
     };
 }
 
@@ -204,7 +210,9 @@ bool needsDisplay(const QStringList& arguments)
     if (!words.parse(arguments))
         return false;
     int wordCount = 0;
-    const Command* command = findCommand(words.positionalArguments(), &wordCount);
+    // not commands(), whose texts would be those of before there were translations
+    const QVector<Command> untranslated = makeCommands();
+    const Command* command = findCommand(untranslated, words.positionalArguments(), &wordCount);
     if (!command || !command->needsDisplay)
         return false;
     // what is not understood, or asks for help, is answered without
@@ -222,8 +230,7 @@ int runCommandLine(const QStringList& arguments)
 {
     const int status = runCommand(arguments);
     if (Terminal::outputFailed())
-        return complain(ExitStatus::File,
-                        QStringLiteral("The output could not be written. Is the disk full?"));
+        return complain(ExitStatus::File, Text::tr("The output could not be written. Is the disk full?"));
     return status;
 }
 
@@ -258,7 +265,7 @@ int Invocation::fail(int status, const QString& sentence) const
 
 int Invocation::failUsage(const QString& sentence) const
 {
-    return fail(ExitStatus::Usage, QStringLiteral("%1 See \"qdfax help %2\".").arg(sentence, m_command.name));
+    return fail(ExitStatus::Usage, Text::tr("%1 See \"qdfax help %2\".").arg(sentence, m_command.name));
 }
 
 int Invocation::failOption(const char* option, const QString& what) const

@@ -5,6 +5,7 @@
 #include "parsing.h"
 #include "recordjson.h"
 #include "settingsfile.h"
+#include "text.h"
 
 #include <QDir>
 
@@ -43,7 +44,7 @@ QString lines(const QVector<StoredContact>& units)
     for (const StoredContact& unit : candidates)
         texts.append(unit.line());
     if (units.size() > mostCandidates)
-        texts.append(QStringLiteral("and %1 more").arg(units.size() - mostCandidates));
+        texts.append(Text::tr("and %1 more").arg(units.size() - mostCandidates));
     return texts.join(QStringLiteral("; "));
 }
 
@@ -105,9 +106,8 @@ std::unique_ptr<ContactCache> ContactCache::open(const Invocation& call, int* st
 
 QString ContactCache::unusableStore(const char* refill)
 {
-    return QStringLiteral(
-               "The contacts kept in %1 cannot be used: the file contacts.sqlite there is damaged, "
-               "locked, or not permitted. When it is damaged, move it away and run \"qdfax %2\".")
+    return Text::tr("The contacts kept in %1 cannot be used: the file contacts.sqlite there is damaged, "
+                    "locked, or not permitted. When it is damaged, move it away and run \"qdfax %2\".")
         .arg(QDir::toNativeSeparators(SettingsFile::defaultPath().section(QLatin1Char('/'), 0, -3) +
                                       QStringLiteral("/Contacts")),
              QLatin1String(refill));
@@ -200,14 +200,12 @@ std::optional<StoredContact> ContactCache::resolve(const QString& text, int* sta
         return same.first();
     if (same.size() > 1) {
         *status = ExitStatus::Usage;
-        *error =
-            QStringLiteral("\"%1\" is the name of several; choose one by its id: %2.").arg(text, lines(same));
+        *error = Text::tr("\"%1\" is the name of several; choose one by its id: %2.").arg(text, lines(same));
     } else {
         *status = ExitStatus::NothingFound;
-        *error =
-            QStringLiteral("No contact or group is called \"%1\", nor has that id. %2")
-                .arg(text, similar.isEmpty() ? QStringLiteral("\"qdfax contacts sync\" fetches what is new.")
-                                             : QStringLiteral("Similar: %1.").arg(lines(similar)));
+        *error = Text::tr("No contact or group is called \"%1\", nor has that id. %2")
+                     .arg(text, similar.isEmpty() ? Text::tr("\"qdfax contacts sync\" fetches what is new.")
+                                                  : Text::tr("Similar: %1.").arg(lines(similar)));
     }
     return std::nullopt;
 }
@@ -239,8 +237,8 @@ QStringList bookWords()
 
 QString bookText(ContactList::Type book)
 {
-    return QStringList{QStringLiteral("personal contacts"), QStringLiteral("personal groups"),
-                       QStringLiteral("global contacts"), QStringLiteral("global groups")}
+    return QStringList{Text::tr("personal contacts"), Text::tr("personal groups"),
+                       Text::tr("global contacts"), Text::tr("global groups")}
         .value(book - ContactList::PersonalContacts);
 }
 
@@ -278,13 +276,13 @@ QJsonObject toJson(const StoredContact& unit)
 
 Table contactTable(const QVector<StoredContact>& units)
 {
-    Table table({{QStringLiteral("ID"), Table::Right},
-                 {QStringLiteral("NAME"), Table::Left, 12},
-                 {QStringLiteral("ORGANIZATION"), Table::Left, 12, 2},
-                 {QStringLiteral("FAX"), Table::Left, 0, 1},
-                 {QStringLiteral("PHONE"), Table::Left, 0, 3},
-                 {QStringLiteral("E-MAIL"), Table::Left, 12, 4},
-                 {QStringLiteral("BOOK"), Table::Left, 0, 5}});
+    Table table({{Text::tr("ID"), Table::Right},
+                 {Text::tr("NAME"), Table::Left, 12},
+                 {Text::tr("ORGANIZATION"), Table::Left, 12, 2},
+                 {Text::tr("FAX"), Table::Left, 0, 1},
+                 {Text::tr("PHONE"), Table::Left, 0, 3},
+                 {Text::tr("E-MAIL"), Table::Left, 12, 4},
+                 {Text::tr("BOOK"), Table::Left, 0, 5}});
     for (const StoredContact& unit : units) {
         table.addRow({QString::number(unit.id), unit.name, unit.organization, unit.fax, unit.phone,
                       unit.email, bookWord(unit.book())});

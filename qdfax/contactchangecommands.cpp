@@ -4,6 +4,7 @@
 #include "parsing.h"
 #include "quendracontact.h"
 #include "quendracontactgroup.h"
+#include "text.h"
 
 #include <QJsonArray>
 
@@ -25,15 +26,13 @@ const char* const groupOptions[] = {"description", "member", "remove-member"};
 
 QList<QCommandLineOption> fieldOptions()
 {
-    return {
-        {QStringLiteral("fax"), QStringLiteral("Fax number."), QStringLiteral("NUMBER")},
-        {QStringLiteral("phone"), QStringLiteral("Phone number."), QStringLiteral("NUMBER")},
-        {QStringLiteral("email"), QStringLiteral("E-mail address."), QStringLiteral("ADDRESS")},
-        {QStringLiteral("organization"), QStringLiteral("Organization."), QStringLiteral("TEXT")},
-        {QStringLiteral("description"), QStringLiteral("Of a group: a description."), QStringLiteral("TEXT")},
-        {QStringLiteral("member"),
-         QStringLiteral("Of a group: add this contact. May be given several times."),
-         QStringLiteral("ID|NAME")}};
+    return {{QStringLiteral("fax"), Text::tr("Fax number."), QStringLiteral("NUMBER")},
+            {QStringLiteral("phone"), Text::tr("Phone number."), QStringLiteral("NUMBER")},
+            {QStringLiteral("email"), Text::tr("E-mail address."), QStringLiteral("ADDRESS")},
+            {QStringLiteral("organization"), Text::tr("Organization."), QStringLiteral("TEXT")},
+            {QStringLiteral("description"), Text::tr("Of a group: a description."), QStringLiteral("TEXT")},
+            {QStringLiteral("member"), Text::tr("Of a group: add this contact. May be given several times."),
+             QStringLiteral("ID|NAME")}};
 }
 
 /// Checks the texts, and that none is given that a contact, or a group, does not have.
@@ -41,7 +40,7 @@ int checkOptions(const Invocation& call, const QString& name, bool isGroup)
 {
     QString error;
     if (!checkText(name, false, &error))
-        return call.failUsage(QStringLiteral("The name %1.").arg(error));
+        return call.failUsage(Text::tr("The name %1.").arg(error));
     const auto isForeign = [&call](const char* option) {
         return call.command().hasOption(QLatin1String(option)) && call.isSet(option);
     };
@@ -49,11 +48,11 @@ int checkOptions(const Invocation& call, const QString& name, bool isGroup)
         if (!checkText(call.value(field.option), false, &error))
             return call.failOption(field.option, error);
         if (isGroup && call.isSet(field.option))
-            return call.failOption(field.option, QStringLiteral("is nothing that a group has"));
+            return call.failOption(field.option, Text::tr("is nothing that a group has"));
     }
     for (const char* option : groupOptions) {
         if (!isGroup && isForeign(option))
-            return call.failOption(option, QStringLiteral("is nothing that a contact has"));
+            return call.failOption(option, Text::tr("is nothing that a contact has"));
     }
     if (!checkText(call.value("description"), false, &error))
         return call.failOption("description", error);
@@ -73,7 +72,7 @@ int readMembers(const Invocation& call, const char* option, const ContactCache& 
             return call.fail(status, QStringLiteral("--%1: %2").arg(QLatin1String(option), error));
         if (member->isGroup())
             return call.failOption(option,
-                                   QStringLiteral("takes contacts, and \"%1\" is a group").arg(member->name));
+                                   Text::tr("takes contacts, and \"%1\" is a group").arg(member->name));
         members->append(*member);
     }
     return ExitStatus::Ok;
@@ -83,8 +82,8 @@ void printOne(const Invocation& call, const ContactCache& cache, quint32 id)
 {
     const auto unit = cache.find(id);
     if (!unit) {
-        call.note(QStringLiteral("The server has it, but the cache does not; \"qdfax contacts sync\" fetches "
-                                 "it."));
+        call.note(Text::tr("The server has it, but the cache does not; \"qdfax contacts sync\" fetches "
+                           "it."));
         if (call.isJson())
             call.json(QJsonObject());
         return;
@@ -103,7 +102,7 @@ int add(Invocation& call)
         return ExitStatus::Usage;
     const bool isGroup = *book == ContactList::PersonalGroups || *book == ContactList::GlobalGroups;
     if (name.trimmed().isEmpty())
-        return call.failUsage(QStringLiteral("NAME is empty."));
+        return call.failUsage(Text::tr("NAME is empty."));
     int status = checkOptions(call, name, isGroup);
     if (status != ExitStatus::Ok)
         return status;
@@ -169,19 +168,19 @@ int modify(Invocation& call)
             return status;
     }
     if (call.isSet("name") && call.value("name").trimmed().isEmpty())
-        return call.failOption("name", QStringLiteral("takes a name, not an empty text"));
+        return call.failOption("name", Text::tr("takes a name, not an empty text"));
     const QList<QCommandLineOption> own = call.command().options;
     if (std::none_of(own.cbegin(), own.cend(), [&call](const QCommandLineOption& option) {
             return call.isSet(option.names().constFirst().toLatin1().constData());
         }))
-        return call.failUsage(QStringLiteral("There is nothing to change: name what is to be new."));
+        return call.failUsage(Text::tr("There is nothing to change: name what is to be new."));
 
     ContactSession contacts(call);
     if (!contacts.open())
         return contacts.status();
     const auto unit = contacts.unit(stored.id);
     if (!unit)
-        return call.fail(ExitStatus::NothingFound, QStringLiteral("It is not in the cache any more."));
+        return call.fail(ExitStatus::NothingFound, Text::tr("It is not in the cache any more."));
     if (auto* contact = dynamic_cast<QuendraContact*>(unit.data())) {
         if (call.isSet("name"))
             contact->setName(call.value("name"));
@@ -222,7 +221,7 @@ int deleteUnits(Invocation& call)
             QString error;
             const auto unit = cache->resolve(text, &status, &error);
             if (!unit)
-                return call.fail(status, error + QStringLiteral(" Nothing was deleted."));
+                return call.fail(status, error + Text::tr(" Nothing was deleted."));
             const bool isThere =
                 std::any_of(units.cbegin(), units.cend(),
                             [&unit](const StoredContact& other) { return other.id == unit->id; });
@@ -239,7 +238,7 @@ int deleteUnits(Invocation& call)
         const auto unit = contacts.unit(stored.id);
         if (!unit || !contacts.remove(*unit, stored.book())) {
             status = unit ? contacts.status() : int(ExitStatus::NothingFound);
-            call.note(QStringLiteral("Not deleted: %1. %2 of %3 were deleted before it.")
+            call.note(Text::tr("Not deleted: %1. %2 of %3 were deleted before it.")
                           .arg(stored.line())
                           .arg(deleted.size())
                           .arg(units.size()));
@@ -247,7 +246,7 @@ int deleteUnits(Invocation& call)
         }
         deleted.append(toJson(stored));
         if (!call.isJson())
-            call.line(QStringLiteral("Deleted %1.").arg(stored.line()));
+            call.line(Text::tr("Deleted %1.").arg(stored.line()));
     }
     if (call.isJson())
         call.json(deleted);
@@ -261,10 +260,10 @@ QVector<Command> contactChangeCommands()
     Command addCommand;
     addCommand.name = QStringLiteral("contacts add");
     addCommand.arguments = QStringLiteral("NAME [--fax NUMBER]");
-    addCommand.summary = QStringLiteral("Add a contact or a group to a book of the server");
+    addCommand.summary = Text::tr("Add a contact or a group to a book of the server");
     addCommand.description =
-        QStringLiteral("Without --book it is your own book. With --book personal-groups or global-groups it "
-                       "is a group.\nMembers have to be in the cache: see \"qdfax contacts sync\".");
+        Text::tr("Without --book it is your own book. With --book personal-groups or global-groups it "
+                 "is a group.\nMembers have to be in the cache: see \"qdfax contacts sync\".");
     addCommand.examples = QStringList{
         QStringLiteral(
             "qdfax contacts add \"Mary Poe\" --fax \"+49 30 1234567\" --organization \"Poe, Inc.\""),
@@ -272,28 +271,26 @@ QVector<Command> contactChangeCommands()
         QStringLiteral(
             "qdfax contacts add Friends --book personal-groups --member \"Mary Poe\" --member 17")};
     addCommand.options =
-        QList<QCommandLineOption>{bookOption(QStringLiteral("The book to add it to (personal)."))} +
-        fieldOptions();
+        QList<QCommandLineOption>{bookOption(Text::tr("The book to add it to (personal)."))} + fieldOptions();
     addCommand.leastArguments = addCommand.mostArguments = 1;
     addCommand.run = add;
 
     Command modifyCommand;
     modifyCommand.name = QStringLiteral("contacts modify");
     modifyCommand.arguments = QStringLiteral("ID|NAME [--fax NUMBER]");
-    modifyCommand.summary = QStringLiteral("Change a contact or a group on the server");
-    modifyCommand.description = QStringLiteral(
+    modifyCommand.summary = Text::tr("Change a contact or a group on the server");
+    modifyCommand.description = Text::tr(
         "What is not named stays as the cache has it; an empty text removes a field. Synchronise first\n"
         "when others change the same book.");
     modifyCommand.examples =
         QStringList{QStringLiteral("qdfax contacts modify \"Mary Poe\" --fax 5554321 --phone \"\""),
                     QStringLiteral("qdfax contacts modify Friends --member 12 --remove-member \"Bob Roe\"")};
     modifyCommand.options =
-        QList<QCommandLineOption>{
-            {QStringLiteral("name"), QStringLiteral("A new name."), QStringLiteral("NAME")}} +
+        QList<QCommandLineOption>{{QStringLiteral("name"), Text::tr("A new name."), QStringLiteral("NAME")}} +
         fieldOptions() +
         QList<QCommandLineOption>{{QStringLiteral("remove-member"),
-                                   QStringLiteral("Of a group: take this contact out of it. May be given "
-                                                  "several times."),
+                                   Text::tr("Of a group: take this contact out of it. May be given "
+                                            "several times."),
                                    QStringLiteral("ID|NAME")}};
     modifyCommand.leastArguments = modifyCommand.mostArguments = 1;
     modifyCommand.run = modify;
@@ -301,8 +298,8 @@ QVector<Command> contactChangeCommands()
     Command deleteCommand;
     deleteCommand.name = QStringLiteral("contacts delete");
     deleteCommand.arguments = QStringLiteral("ID|NAME...");
-    deleteCommand.summary = QStringLiteral("Delete contacts and groups on the server");
-    deleteCommand.description = QStringLiteral(
+    deleteCommand.summary = Text::tr("Delete contacts and groups on the server");
+    deleteCommand.description = Text::tr(
         "The members of a group stay. All that is named has to be found before anything is deleted; the\n"
         "first refusal of the server ends it, and what was deleted until then is said.");
     deleteCommand.examples = QStringList{QStringLiteral("qdfax contacts delete 12 17"),

@@ -8,6 +8,7 @@
 #include "parsing.h"
 #include "tasks/taskgetcontacts.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
@@ -51,11 +52,11 @@ private:
             return;
         QString text = m_title + QStringLiteral(": ");
         if (m_count >= 0)
-            text += QStringLiteral("storing %1 received").arg(m_count);
+            text += Text::tr("storing %1 received").arg(m_count);
         else if (m_session.replies().finished() > 2) // identifiers and book; what follows are members
-            text += QStringLiteral("%1 members received").arg(m_session.replies().finished() - 1);
+            text += Text::tr("%1 members received").arg(m_session.replies().finished() - 1);
         else
-            text += QStringLiteral("%1 received").arg(sizeText(m_received));
+            text += Text::tr("%1 received").arg(sizeText(m_received));
         m_line.show(text + QStringLiteral(", ") + durationText(m_clock.elapsed() / 1000));
     }
 
@@ -74,14 +75,13 @@ int sync(Invocation& call)
     ContactSession contacts(call);
     if (!contacts.open())
         return contacts.status();
-    Terminal::setLastWords(
-        QStringLiteral("qdfax: Interrupted. The book that was being read is as it was before."));
+    Terminal::setLastWords(Text::tr("qdfax: Interrupted. The book that was being read is as it was before."));
     const bool full = call.isSet("full");
     const QList<ContactList::Type> books = contacts.provider().contactsTypeList();
     QJsonArray array;
-    Table table({{QStringLiteral("BOOK")},
-                 {QStringLiteral("ENTRIES"), Table::Right},
-                 {QStringLiteral("SECONDS"), Table::Right},
+    Table table({{Text::tr("BOOK")},
+                 {Text::tr("ENTRIES"), Table::Right},
+                 {Text::tr("SECONDS"), Table::Right},
                  {QString()}});
     int status = ExitStatus::Ok;
     for (const ContactList::Type book : books) {
@@ -89,10 +89,9 @@ int sync(Invocation& call)
         clock.start();
         bool ok = false;
         {
-            const SyncProgress progress(contacts.session(), QStringLiteral("%1 (%2 of %3)")
-                                                                .arg(bookText(book))
-                                                                .arg(books.indexOf(book) + 1)
-                                                                .arg(books.size()));
+            const SyncProgress progress(
+                contacts.session(),
+                Text::tr("%1 (%2 of %3)").arg(bookText(book)).arg(books.indexOf(book) + 1).arg(books.size()));
             ok = contacts.synchronise(book, full);
             // a full reading brings everything that there is, and takes away nothing
             if (ok && full)
@@ -105,7 +104,7 @@ int sync(Invocation& call)
                                  {QStringLiteral("seconds"), seconds},
                                  {QStringLiteral("synchronised"), ok}});
         table.addRow({bookText(book), QString::number(count), QString::number(seconds, 'f', 1),
-                      ok ? QString() : QStringLiteral("as before")});
+                      ok ? QString() : Text::tr("as before")});
         if (ok)
             continue;
         if (status == ExitStatus::Ok)
@@ -166,8 +165,8 @@ int list(Invocation& call)
                                              : cache->list(*book, *offset, *limit);
     print(call, units);
     if (units.isEmpty() && *offset == 0)
-        call.note(QStringLiteral("There is nothing in the cache. \"qdfax contacts sync\" fetches what the "
-                                 "server has."));
+        call.note(Text::tr("There is nothing in the cache. \"qdfax contacts sync\" fetches what the "
+                           "server has."));
     return ExitStatus::Ok;
 }
 
@@ -183,7 +182,7 @@ int search(Invocation& call)
     const QVector<StoredContact> units = cache->search(call.arguments().at(0), *limit);
     if (units.isEmpty() && !call.isJson())
         return call.fail(ExitStatus::NothingFound,
-                         QStringLiteral("No name holds \"%1\".").arg(call.arguments().at(0)));
+                         Text::tr("No name holds \"%1\".").arg(call.arguments().at(0)));
     print(call, units);
     return units.isEmpty() ? ExitStatus::NothingFound : ExitStatus::Ok;
 }
@@ -211,15 +210,15 @@ int show(Invocation& call)
         call.json(object);
         return ExitStatus::Ok;
     }
-    call.fields({{QStringLiteral("Id"), QString::number(unit->id)},
-                 {QStringLiteral("Book"), bookText(unit->book())},
-                 {QStringLiteral("Name"), unit->name},
-                 {QStringLiteral("Description"), unit->description},
-                 {QStringLiteral("Organization"), unit->organization},
-                 {QStringLiteral("Fax"), unit->fax},
-                 {QStringLiteral("Phone"), unit->phone},
-                 {QStringLiteral("E-mail"), unit->email},
-                 {QStringLiteral("Object id"), unit->uid}});
+    call.fields({{Text::tr("Id"), QString::number(unit->id)},
+                 {Text::tr("Book"), bookText(unit->book())},
+                 {Text::tr("Name"), unit->name},
+                 {Text::tr("Description"), unit->description},
+                 {Text::tr("Organization"), unit->organization},
+                 {Text::tr("Fax"), unit->fax},
+                 {Text::tr("Phone"), unit->phone},
+                 {Text::tr("E-mail"), unit->email},
+                 {Text::tr("Object id"), unit->uid}});
     if (unit->isGroup()) {
         call.line(QString());
         call.table(contactTable(members));
@@ -235,11 +234,11 @@ int groups(Invocation& call)
         return status;
     const QVector<StoredContact> units = cache->list(ContactLocalStorage::TypeGroup);
     QJsonArray array;
-    Table table({{QStringLiteral("ID"), Table::Right},
-                 {QStringLiteral("NAME"), Table::Left, 12},
-                 {QStringLiteral("MEMBERS"), Table::Right},
-                 {QStringLiteral("DESCRIPTION"), Table::Left, 12, 1},
-                 {QStringLiteral("BOOK"), Table::Left, 0, 2}});
+    Table table({{Text::tr("ID"), Table::Right},
+                 {Text::tr("NAME"), Table::Left, 12},
+                 {Text::tr("MEMBERS"), Table::Right},
+                 {Text::tr("DESCRIPTION"), Table::Left, 12, 1},
+                 {Text::tr("BOOK"), Table::Left, 0, 2}});
     for (const StoredContact& unit : units) {
         QJsonObject object = toJson(unit);
         const int count = cache->memberCount(unit.id);
@@ -261,57 +260,56 @@ QVector<Command> contactCommands()
 {
     Command syncCommand;
     syncCommand.name = QStringLiteral("contacts sync");
-    syncCommand.summary = QStringLiteral("Fetch the contact books of the server");
-    syncCommand.description = QStringLiteral(
+    syncCommand.summary = Text::tr("Fetch the contact books of the server");
+    syncCommand.description = Text::tr(
         "Reads what has changed since the last time: your contacts, the server's, and the groups of\n"
         "both. They are kept on this machine, where the other contacts commands and\n"
         "\"qdfax send --to-contact\" find them. A book that cannot be read stays as it was.");
     syncCommand.examples = QStringList{QStringLiteral("qdfax contacts sync"),
                                        QStringLiteral("qdfax contacts sync --full --json")};
     syncCommand.options = QList<QCommandLineOption>{
-        {QStringLiteral("full"), QStringLiteral("Read everything anew, not only what has changed.")}};
+        {QStringLiteral("full"), Text::tr("Read everything anew, not only what has changed.")}};
     syncCommand.run = sync;
 
-    const auto offline = QStringLiteral("Shows what the last \"qdfax contacts sync\" brought, without asking "
-                                        "the server.\n");
+    const auto offline = Text::tr("Shows what the last \"qdfax contacts sync\" brought, without asking "
+                                  "the server.\n");
     Command listCommand;
     listCommand.name = QStringLiteral("contacts list");
     listCommand.arguments = QStringLiteral("[--book BOOK]");
-    listCommand.summary = QStringLiteral("List contacts");
-    listCommand.description = offline + QStringLiteral("BOOK is one of %1; without it\n"
-                                                       "the contacts of both books are listed.")
+    listCommand.summary = Text::tr("List contacts");
+    listCommand.description = offline + Text::tr("BOOK is one of %1; without it\n"
+                                                 "the contacts of both books are listed.")
                                             .arg(bookWords().join(QStringLiteral(", ")));
     listCommand.examples =
         QStringList{QStringLiteral("qdfax contacts list"),
                     QStringLiteral("qdfax contacts list --book global --offset 100 --limit 50 --json")};
     listCommand.options = QList<QCommandLineOption>{
-        bookOption(QStringLiteral("Only this book.")),
-        {QStringLiteral("offset"), QStringLiteral("Leave out so many at the beginning."),
-         QStringLiteral("N")},
-        {QStringLiteral("limit"), QStringLiteral("At most so many."), QStringLiteral("N")}};
+        bookOption(Text::tr("Only this book.")),
+        {QStringLiteral("offset"), Text::tr("Leave out so many at the beginning."), QStringLiteral("N")},
+        {QStringLiteral("limit"), Text::tr("At most so many."), QStringLiteral("N")}};
     listCommand.run = list;
 
     Command searchCommand;
     searchCommand.name = QStringLiteral("contacts search");
     searchCommand.arguments = QStringLiteral("TEXT");
-    searchCommand.summary = QStringLiteral("Find contacts and groups by name");
+    searchCommand.summary = Text::tr("Find contacts and groups by name");
     searchCommand.description =
-        offline + QStringLiteral("TEXT may stand anywhere in the name. Of letters outside A to Z the case "
-                                 "counts; % stands for any\ntext and _ for any character.");
+        offline + Text::tr("TEXT may stand anywhere in the name. Of letters outside A to Z the case "
+                           "counts; % stands for any\ntext and _ for any character.");
     searchCommand.examples =
         QStringList{QStringLiteral("qdfax contacts search poe"),
                     QStringLiteral("qdfax contacts search poe --limit 1 --json | jq '.[0].id'")};
     searchCommand.options = QList<QCommandLineOption>{
-        {QStringLiteral("limit"), QStringLiteral("At most so many."), QStringLiteral("N")}};
+        {QStringLiteral("limit"), Text::tr("At most so many."), QStringLiteral("N")}};
     searchCommand.leastArguments = searchCommand.mostArguments = 1;
     searchCommand.run = search;
 
     Command showCommand;
     showCommand.name = QStringLiteral("contacts show");
     showCommand.arguments = QStringLiteral("ID|NAME");
-    showCommand.summary = QStringLiteral("Show a contact, or a group with its members");
+    showCommand.summary = Text::tr("Show a contact, or a group with its members");
     showCommand.description =
-        offline + QStringLiteral("ID is as the other contacts commands show it; NAME is the whole name.");
+        offline + Text::tr("ID is as the other contacts commands show it; NAME is the whole name.");
     showCommand.examples = QStringList{QStringLiteral("qdfax contacts show 12"),
                                        QStringLiteral("qdfax contacts show \"Mary Poe\"")};
     showCommand.leastArguments = showCommand.mostArguments = 1;
@@ -319,8 +317,8 @@ QVector<Command> contactCommands()
 
     Command groupsCommand;
     groupsCommand.name = QStringLiteral("contacts groups");
-    groupsCommand.summary = QStringLiteral("List the groups of contacts");
-    groupsCommand.description = offline + QStringLiteral("\"qdfax contacts show\" lists the members of one.");
+    groupsCommand.summary = Text::tr("List the groups of contacts");
+    groupsCommand.description = offline + Text::tr("\"qdfax contacts show\" lists the members of one.");
     groupsCommand.examples = QStringList{QStringLiteral("qdfax contacts groups")};
     groupsCommand.run = groups;
 

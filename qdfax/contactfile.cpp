@@ -1,6 +1,7 @@
 #include "contactfile.h"
 
 #include "parsing.h"
+#include "text.h"
 
 #include <QSet>
 #include <QTextCodec>
@@ -57,13 +58,13 @@ void check(ContactFile::Entry& entry)
         const QString text = (contact.*column.get)().trimmed();
         QString error;
         if (!checkText(text, false, &error) && entry.problem.isEmpty())
-            entry.problem = QStringLiteral("the field \"%1\" %2").arg(QLatin1String(column.name), error);
+            entry.problem = Text::tr("the field \"%1\" %2").arg(QLatin1String(column.name), error);
         (contact.*column.set)(text);
     }
     if (contact.name().isEmpty())
         contact.setName(contact.organization());
     if (contact.name().isEmpty() && entry.problem.isEmpty())
-        entry.problem = QStringLiteral("it has neither a name nor an organization");
+        entry.problem = Text::tr("it has neither a name nor an organization");
 }
 
 bool isUtf8(const QByteArray& bytes)
@@ -104,7 +105,7 @@ bool toUtf8(QByteArray& bytes, QString* problem)
     const QVector<QByteArray> lines = linesOf(bytes);
     const auto bad =
         std::find_if(lines.cbegin(), lines.cend(), [](const auto& line) { return !isUtf8(line); });
-    *problem = QStringLiteral("line %1 is not UTF-8; save the file as UTF-8").arg(bad - lines.cbegin() + 1);
+    *problem = Text::tr("line %1 is not UTF-8; save the file as UTF-8").arg(bad - lines.cbegin() + 1);
     return false;
 }
 
@@ -145,17 +146,16 @@ public:
             }
             const auto size = static_cast<size_t>(line.size());
             if (csv_parse(&m_parser, line.constData(), size, takeField, takeRecord, this) != size) {
-                *problem =
-                    QStringLiteral("line %1 has a quote in the wrong place; a field with quotes is put in "
-                                   "quotes, and each quote in it is doubled")
-                        .arg(i + 1);
+                *problem = Text::tr("line %1 has a quote in the wrong place; a field with quotes is put in "
+                                    "quotes, and each quote in it is doubled")
+                               .arg(i + 1);
                 return false;
             }
         }
         if (csv_fini(&m_parser, takeField, takeRecord, this) == 0)
             return true;
-        *problem = QStringLiteral("a quote in the record that begins in line %1 is never closed")
-                       .arg(m_current.line);
+        *problem =
+            Text::tr("a quote in the record that begins in line %1 is never closed").arg(m_current.line);
         return false;
     }
 
@@ -232,7 +232,7 @@ ContactFile ContactFile::readCsv(const QByteArray& bytes)
     const auto titleLine = std::find_if(lines.cbegin(), lines.cend(),
                                         [](const auto& line) { return !line.trimmed().isEmpty(); });
     if (titleLine == lines.cend()) {
-        file.problem = QStringLiteral("it is empty");
+        file.problem = Text::tr("it is empty");
         return file;
     }
     TableReader reader(separatorOf(*titleLine));
@@ -244,8 +244,8 @@ ContactFile ContactFile::readCsv(const QByteArray& bytes)
     if (!layout.fields.contains(0) && !layout.fields.contains(1) && layout.firstName < 0 &&
         layout.lastName < 0) {
         file.problem =
-            QStringLiteral("its first line does not name the columns. Expected are name, "
-                           "organization, phone, fax, email, of which name or organization must be there");
+            Text::tr("its first line does not name the columns. Expected are name, "
+                     "organization, phone, fax, email, of which name or organization must be there");
         return file;
     }
     file.unusedColumns = layout.unused;
@@ -263,7 +263,7 @@ ContactFile ContactFile::readCsv(const QByteArray& bytes)
                                       .trimmed());
         }
         if (record.fields.size() != titles.size()) {
-            entry.problem = QStringLiteral("it has %1 fields, and the first line names %2")
+            entry.problem = Text::tr("it has %1 fields, and the first line names %2")
                                 .arg(record.fields.size())
                                 .arg(titles.size());
         }
@@ -316,15 +316,15 @@ QString cardProblem(const QVector<QByteArray>& lines)
         const bool isFolded = line.startsWith(' ') || line.startsWith('\t');
         const QByteArray text = line.trimmed();
         if (!isFolded && !isContinued && !text.isEmpty() && !text.contains(':'))
-            return QStringLiteral("\"%1\" is not a line of a vCard").arg(QString::fromUtf8(text.left(40)));
+            return Text::tr("\"%1\" is not a line of a vCard").arg(QString::fromUtf8(text.left(40)));
         isContinued = text.endsWith('=') && (isContinued || text.toUpper().contains("QUOTED-PRINTABLE"));
         isForeign = isForeign || text.toUpper().contains("CHARSET=");
         const QByteArray upper = text.toUpper();
         if (upper == "KIND:GROUP" || upper == "X-ADDRESSBOOKSERVER-KIND:GROUP")
-            return QStringLiteral("it is a group, and groups are not imported");
+            return Text::tr("it is a group, and groups are not imported");
     }
     const bool isText = isForeign || std::all_of(lines.cbegin(), lines.cend(), isUtf8);
-    return isText ? QString() : QStringLiteral("it is not UTF-8");
+    return isText ? QString() : Text::tr("it is not UTF-8");
 }
 
 Contact contactOf(const KContacts::Addressee& card)
@@ -375,7 +375,7 @@ ContactFile ContactFile::readVcards(const QByteArray& bytes)
         bad.problem = problem;
         file.entries.append(bad);
     };
-    const QString unended = QStringLiteral("the card has no END:VCARD");
+    const QString unended = Text::tr("the card has no END:VCARD");
     bool isFound = false;
     for (int i = 0; i < lines.size(); ++i) {
         const QByteArray& line = lines.at(i);
@@ -388,7 +388,7 @@ ContactFile ContactFile::readVcards(const QByteArray& bytes)
             entry.line = i + 1;
         } else if (card.isEmpty()) {
             if (!line.trimmed().isEmpty())
-                refuse(i + 1, QStringLiteral("it is outside of any card"));
+                refuse(i + 1, Text::tr("it is outside of any card"));
             continue;
         }
         card.append(line);
@@ -403,7 +403,7 @@ ContactFile ContactFile::readVcards(const QByteArray& bytes)
             if (read.size() == 1)
                 entry.contact = contactOf(read.first());
             else
-                entry.problem = QStringLiteral("it cannot be understood");
+                entry.problem = Text::tr("it cannot be understood");
         }
         check(entry);
         file.entries.append(entry);
@@ -413,7 +413,7 @@ ContactFile ContactFile::readVcards(const QByteArray& bytes)
         refuse(entry.line, unended);
     if (!isFound) {
         file.entries.clear();
-        file.problem = QStringLiteral("there is no vCard in it");
+        file.problem = Text::tr("there is no vCard in it");
     }
     return file;
 }

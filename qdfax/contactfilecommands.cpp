@@ -5,6 +5,7 @@
 #include "displaytext.h"
 #include "quendracontact.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -32,24 +33,23 @@ QString key(const Contact& contact)
 int exportContacts(Invocation& call)
 {
     if (call.isSet("csv") == call.isSet("vcard"))
-        return call.failUsage(QStringLiteral("Choose one of --csv and --vcard."));
+        return call.failUsage(Text::tr("Choose one of --csv and --vcard."));
     if (call.isSet("vcard") && !ContactFile::knowsVcards())
-        return call.failUsage(QStringLiteral("This qdfax was built without vCards; use --csv."));
+        return call.failUsage(Text::tr("This qdfax was built without vCards; use --csv."));
     const auto book = readBook(call, ContactList::Unknown);
     if (!book)
         return ExitStatus::Usage;
     if (*book == ContactList::PersonalGroups || *book == ContactList::GlobalGroups)
-        return call.failOption("book", QStringLiteral("takes personal or global; groups are not exported"));
+        return call.failOption("book", Text::tr("takes personal or global; groups are not exported"));
     const QString path = call.arguments().value(0);
     const bool isToFile = !path.isEmpty() && path != QLatin1String("-");
     if (call.isJson() && !isToFile)
-        return call.failUsage(QStringLiteral("With --json the contacts go to a FILE."));
+        return call.failUsage(Text::tr("With --json the contacts go to a FILE."));
     const QFileInfo target(path);
     if (isToFile && (target.exists() || target.isSymLink()) && !call.isSet("overwrite")) {
-        return call.fail(
-            ExitStatus::File,
-            QStringLiteral("%1 exists already. Choose another name, or replace it with --overwrite.")
-                .arg(QDir::toNativeSeparators(path)));
+        return call.fail(ExitStatus::File,
+                         Text::tr("%1 exists already. Choose another name, or replace it with --overwrite.")
+                             .arg(QDir::toNativeSeparators(path)));
     }
     int status = ExitStatus::Ok;
     const auto cache = ContactCache::open(call, &status);
@@ -71,16 +71,15 @@ int exportContacts(Invocation& call)
     }
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit()) {
-        return call.fail(ExitStatus::File, QStringLiteral("%1 cannot be written: %2. Nothing of it was.")
+        return call.fail(ExitStatus::File, Text::tr("%1 cannot be written: %2. Nothing of it was.")
                                                .arg(QDir::toNativeSeparators(path), file.errorString()));
     }
     if (call.isJson()) {
         call.json(QJsonObject{{QStringLiteral("file"), target.absoluteFilePath()},
                               {QStringLiteral("contacts"), contacts.size()}});
     } else {
-        call.line(QStringLiteral("Exported %1 contacts to %2.")
-                      .arg(contacts.size())
-                      .arg(QDir::toNativeSeparators(path)));
+        call.line(
+            Text::tr("Exported %1 contacts to %2.").arg(contacts.size()).arg(QDir::toNativeSeparators(path)));
     }
     return ExitStatus::Ok;
 }
@@ -108,7 +107,7 @@ struct ImportReport
 void fail(const Invocation& call, ImportReport& report, int line, const QString& why)
 {
     report.failures.append({line, why});
-    call.note(QStringLiteral("Line %1 is not imported: %2.").arg(line).arg(why));
+    call.note(Text::tr("Line %1 is not imported: %2.").arg(line).arg(why));
 }
 
 void print(const Invocation& call, const ImportReport& report, const QString& book, bool isDry)
@@ -129,16 +128,15 @@ void print(const Invocation& call, const ImportReport& report, const QString& bo
         call.json(object);
         return;
     }
-    QString text = (isDry ? QStringLiteral("%1 contacts can be imported to the %2")
-                          : QStringLiteral("Imported %1 contacts to the %2"))
+    QString text = (isDry ? Text::tr("%1 contacts can be imported to the %2")
+                          : Text::tr("Imported %1 contacts to the %2"))
                        .arg(QString::number(report.imported), book);
     if (report.present > 0)
-        text += QStringLiteral(", %1 were there already").arg(report.present);
+        text += Text::tr(", %1 were there already").arg(report.present);
     if (!report.failures.isEmpty())
-        text += QStringLiteral(", %1 were not imported").arg(report.failures.size());
+        text += Text::tr(", %1 were not imported").arg(report.failures.size());
     if (report.notTried > 0)
-        text +=
-            QStringLiteral(", %1 from line %2 on were not tried").arg(report.notTried).arg(report.nextLine);
+        text += Text::tr(", %1 from line %2 on were not tried").arg(report.notTried).arg(report.nextLine);
     call.line(text + QLatin1Char('.'));
 }
 
@@ -147,20 +145,20 @@ int readContactFile(const Invocation& call, const QString& path, ContactFile* co
     const QString suffix = QFileInfo(path).suffix().toLower();
     const bool isCsv = suffix == QLatin1String("csv");
     if (!isCsv && suffix != QLatin1String("vcf") && suffix != QLatin1String("vcard"))
-        return call.failUsage(QStringLiteral("FILE has to end in .csv or .vcf, which tells what it holds."));
+        return call.failUsage(Text::tr("FILE has to end in .csv or .vcf, which tells what it holds."));
     const QString shown = QDir::toNativeSeparators(path);
     const auto refuse = [&call, &shown](const QString& why) {
         return call.fail(ExitStatus::File,
-                         QStringLiteral("%1 cannot be imported: %2. Nothing was imported.").arg(shown, why));
+                         Text::tr("%1 cannot be imported: %2. Nothing was imported.").arg(shown, why));
     };
     QFile file(path);
     if (!QFileInfo(path).isFile())
-        return refuse(QFileInfo::exists(path) ? QStringLiteral("it is not a file")
-                                              : QStringLiteral("there is no such file"));
+        return refuse(QFileInfo::exists(path) ? Text::tr("it is not a file")
+                                              : Text::tr("there is no such file"));
     if (!file.open(QIODevice::ReadOnly))
         return refuse(file.errorString());
     if (file.size() > largestFile)
-        return refuse(QStringLiteral("it is larger than %1").arg(sizeText(largestFile)));
+        return refuse(Text::tr("it is larger than %1").arg(sizeText(largestFile)));
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError)
         return refuse(file.errorString());
@@ -200,16 +198,15 @@ int addAll(const Invocation& call, ContactSession& contacts, const QVector<Conta
         }
         if (clock.elapsed() - shown >= 100) { // ms
             shown = clock.elapsed();
-            line.show(QStringLiteral("Importing %1 of %2 (line %3), %4 left")
+            line.show(Text::tr("Importing %1 of %2 (line %3), %4 left")
                           .arg(i + 1)
                           .arg(entries.size())
                           .arg(entry.line)
                           .arg(durationText(shown * (entries.size() - i) / (i + 1) / 1000)));
         }
         Terminal::setLastWords(
-            QStringLiteral(
-                "qdfax: Interrupted at line %1. %2 contacts were imported before it, and perhaps this "
-                "one; \"qdfax contacts sync\" shows it.")
+            Text::tr("qdfax: Interrupted at line %1. %2 contacts were imported before it, and perhaps this "
+                     "one; \"qdfax contacts sync\" shows it.")
                 .arg(entry.line)
                 .arg(report.imported));
         QuendraContact contact;
@@ -224,10 +221,9 @@ int addAll(const Invocation& call, ContactSession& contacts, const QVector<Conta
         fail(call, report, entry.line, contacts.session().error().chopped(1)); // a sentence
         if (endsImport(status, contacts.session().replies().last().httpStatus)) {
             if (status == ExitStatus::TimeOut || contacts.session().replies().last().httpStatus == 0)
-                call.note(
-                    QStringLiteral("Whether the server took line %1 is not known; \"qdfax contacts sync\" "
+                call.note(Text::tr("Whether the server took line %1 is not known; \"qdfax contacts sync\" "
                                    "shows it.")
-                        .arg(entry.line));
+                              .arg(entry.line));
             report.notTried = entries.size() - i - 1;
             if (report.notTried > 0)
                 report.nextLine = entries.at(i + 1).line;
@@ -244,13 +240,13 @@ int importContacts(Invocation& call)
     if (!book)
         return ExitStatus::Usage;
     if (*book == ContactList::PersonalGroups || *book == ContactList::GlobalGroups)
-        return call.failOption("book", QStringLiteral("takes personal or global; groups are not imported"));
+        return call.failOption("book", Text::tr("takes personal or global; groups are not imported"));
     ContactFile file;
     int status = readContactFile(call, path, &file);
     if (status != ExitStatus::Ok)
         return status;
     if (!file.unusedColumns.isEmpty()) {
-        call.note(QStringLiteral("These columns are not imported: %1.")
+        call.note(Text::tr("These columns are not imported: %1.")
                       .arg(file.unusedColumns.join(QStringLiteral(", "))));
     }
     const bool isDry = call.isSet("dry-run");
@@ -283,8 +279,8 @@ QVector<Command> contactFileCommands()
     Command exportCommand;
     exportCommand.name = QStringLiteral("contacts export");
     exportCommand.arguments = QStringLiteral("--csv|--vcard [FILE]");
-    exportCommand.summary = QStringLiteral("Write contacts as a table or as vCards");
-    exportCommand.description = QStringLiteral(
+    exportCommand.summary = Text::tr("Write contacts as a table or as vCards");
+    exportCommand.description = Text::tr(
         "Writes what the last \"qdfax contacts sync\" brought, without asking the server: to FILE, or to\n"
         "standard output. Both forms are UTF-8; the table has the columns name, organization, phone, fax\n"
         "and email. Groups are not part of it.");
@@ -292,20 +288,19 @@ QVector<Command> contactFileCommands()
         QStringList{QStringLiteral("qdfax contacts export --csv contacts.csv"),
                     QStringLiteral("qdfax contacts export --vcard --book global > server.vcf")};
     exportCommand.options = QList<QCommandLineOption>{
-        {QStringLiteral("csv"), QStringLiteral("A table, as spreadsheets read it.")},
-        {QStringLiteral("vcard"), QStringLiteral("vCards 3.0, as address books and telephones read them.")},
-        bookOption(QStringLiteral("Only personal or only global contacts.")),
-        {QStringLiteral("overwrite"), QStringLiteral("Replace a file of the same name.")}};
+        {QStringLiteral("csv"), Text::tr("A table, as spreadsheets read it.")},
+        {QStringLiteral("vcard"), Text::tr("vCards 3.0, as address books and telephones read them.")},
+        bookOption(Text::tr("Only personal or only global contacts.")),
+        {QStringLiteral("overwrite"), Text::tr("Replace a file of the same name.")}};
     exportCommand.mostArguments = 1;
     exportCommand.run = exportContacts;
 
     Command importCommand;
     importCommand.name = QStringLiteral("contacts import");
     importCommand.arguments = QStringLiteral("FILE.csv|FILE.vcf");
-    importCommand.summary =
-        QStringLiteral("Add the contacts of a table or of vCards to a book of the server");
+    importCommand.summary = Text::tr("Add the contacts of a table or of vCards to a book of the server");
     importCommand.description =
-        QStringLiteral(
+        Text::tr(
             "The first line of a table names its columns: name, organization, phone, fax, email, in any\n"
             "order; titles of other address books are understood too. Of a vCard the name, the "
             "organization,\n"
@@ -319,8 +314,8 @@ QVector<Command> contactFileCommands()
     importCommand.examples = QStringList{QStringLiteral("qdfax contacts import contacts.csv --dry-run"),
                                          QStringLiteral("qdfax contacts import contacts.vcf --book global")};
     importCommand.options = QList<QCommandLineOption>{
-        bookOption(QStringLiteral("The book to add them to, personal or global (personal).")),
-        {QStringLiteral("dry-run"), QStringLiteral("Only say what can be imported.")}};
+        bookOption(Text::tr("The book to add them to, personal or global (personal).")),
+        {QStringLiteral("dry-run"), Text::tr("Only say what can be imported.")}};
     importCommand.leastArguments = importCommand.mostArguments = 1;
     importCommand.run = importContacts;
 

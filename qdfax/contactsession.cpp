@@ -5,6 +5,7 @@
 #include "contactprovider.h"
 #include "quendracontact.h"
 #include "quendracontactgroup.h"
+#include "text.h"
 
 namespace {
 
@@ -56,7 +57,7 @@ bool ContactSession::add(const ContactUnit& unit, ContactList::Type book, quint3
             &provider(), &ContactProvider::addedContact, &ContactProvider::errorAddedContact,
             [&] { provider().addContact(unit, book); },
             [&uid](const ContactUnit& added, ContactList::Type) { uid = objectId(added); },
-            QStringLiteral("Adding to the %1").arg(bookText(book))))
+            Text::tr("Adding to the %1").arg(bookText(book))))
         return false;
     *id = m_cache->idOf(book, uid);
     return true;
@@ -67,7 +68,7 @@ bool ContactSession::modify(const ContactUnit& unit, ContactList::Type book)
     return m_session.request(
         &provider(), &ContactProvider::modifiedContact, &ContactProvider::errorModifiedContact,
         [&] { provider().modifyContact(unit, book); }, [](const ContactUnit&, ContactList::Type) {},
-        QStringLiteral("Changing the %1").arg(bookText(book)));
+        Text::tr("Changing the %1").arg(bookText(book)));
 }
 
 bool ContactSession::remove(const ContactUnit& unit, ContactList::Type book)
@@ -75,7 +76,7 @@ bool ContactSession::remove(const ContactUnit& unit, ContactList::Type book)
     return m_session.request(
         &provider(), &ContactProvider::deletedContact, &ContactProvider::errorDeletedContact,
         [&] { provider().deleteContact(unit, book); }, [](const ContactUnit&, ContactList::Type) {},
-        QStringLiteral("Deleting from the %1").arg(bookText(book)));
+        Text::tr("Deleting from the %1").arg(bookText(book)));
 }
 
 bool ContactSession::synchronise(ContactList::Type book, bool full)
@@ -84,7 +85,7 @@ bool ContactSession::synchronise(ContactList::Type book, bool full)
     const bool ok = m_session.request(
         &provider(), &ContactProvider::syncedContacts, &ContactProvider::errorSyncedContacts,
         [&] { provider().syncContacts(book, full); }, [](ContactList::Type) {},
-        QStringLiteral("Reading the %1").arg(bookText(book)));
+        Text::tr("Reading the %1").arg(bookText(book)));
     m_session.setPatientWhileIdle(false);
     return ok;
 }

@@ -1,5 +1,7 @@
 #include "displaytext.h"
 
+#include "text.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -167,10 +169,10 @@ QString transferText(const QString& name, qint64 received, qint64 total, qint64 
 
     QString text = sizeText(received);
     if (isKnown)
-        text += QStringLiteral(" of ") + sizeText(total);
+        text = Text::tr("%1 of %2").arg(text, sizeText(total));
     text += QStringLiteral(", %1/s").arg(sizeText(rate));
     if (hasTime)
-        text += QStringLiteral(", %1 left").arg(durationText(left));
+        text += Text::tr(", %1 left").arg(durationText(left));
     if (isKnown) {
         const int full = int(done * barWidth / total);
         const QString bar =

@@ -9,6 +9,7 @@
 #include "recordjson.h"
 #include "session.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -116,11 +117,11 @@ QString nameProblem(const QString& name)
 {
     const int longestName = 255; // bytes, of most file systems
     if (std::any_of(name.begin(), name.end(), [](QChar c) { return c.category() == QChar::Other_Control; }))
-        return QStringLiteral("it holds control characters");
+        return Text::tr("it holds control characters");
     if (QFile::encodeName(name).size() > longestName)
-        return QStringLiteral("it is longer than %1 bytes").arg(longestName);
+        return Text::tr("it is longer than %1 bytes").arg(longestName);
     if (name.isEmpty() || name.startsWith(QLatin1Char('.')))
-        return QStringLiteral("it is not one for a new file");
+        return Text::tr("it is not one for a new file");
     return QString();
 }
 
@@ -136,8 +137,8 @@ QString leftover(const QString& path, int httpStatus)
     }
     const QString shown = QDir::toNativeSeparators(path);
     if (httpStatus >= 300)
-        return QStringLiteral(" The file %1 holds what the server said, and not the document.").arg(shown);
-    return QStringLiteral(" The partial file %1 (%2) is left.").arg(shown, sizeText(info.size()));
+        return Text::tr(" The file %1 holds what the server said, and not the document.").arg(shown);
+    return Text::tr(" The partial file %1 (%2) is left.").arg(shown, sizeText(info.size()));
 }
 
 /// Fetches one file. The library counts a redirect as the file and tells no lengths, so status and lengths
@@ -185,7 +186,7 @@ int fetch(const Invocation& call, const QUrl& url, bool secure, const QString& f
                          [&](qint64 received, qint64 total) { progress.show(received, total); });
         downloader.download(url, secure);
         if (error == Downloader::NoError) {
-            Terminal::setLastWords(QStringLiteral("qdfax: Interrupted. The partial file %1 is left.")
+            Terminal::setLastWords(Text::tr("qdfax: Interrupted. The partial file %1 is left.")
                                        .arg(printable(QDir::toNativeSeparators(path))));
             if (call.timeout() > 0)
                 silence.start(call.timeout());
@@ -199,50 +200,49 @@ int fetch(const Invocation& call, const QUrl& url, bool secure, const QString& f
     if (timedOut) {
         return call.fail(
             ExitStatus::TimeOut,
-            QStringLiteral("Downloading from %1: nothing was heard for %2. Try again later, or allow more "
-                           "with --timeout.%3")
+            Text::tr("Downloading from %1: nothing was heard for %2. Try again later, or allow more "
+                     "with --timeout.%3")
                 .arg(source, durationText(call.timeout() / 1000), leftover(written, 0)));
     }
     if (error == Downloader::FileError) {
         return call.fail(ExitStatus::File,
-                         QStringLiteral("The file %1 cannot be written. Check permissions and free space.%2")
+                         Text::tr("The file %1 cannot be written. Check permissions and free space.%2")
                              .arg(QDir::toNativeSeparators(written), leftover(written, 0)));
     }
     if (!finished || last.httpStatus != 200) {
         QString why = Session::networkReason(last, secure);
         if (last.error == QNetworkReply::RemoteHostClosedError && manager.received() > 0)
-            why = QStringLiteral("the connection ended before the file did. Try again.");
+            why = Text::tr("the connection ended before the file did. Try again.");
         if (last.httpStatus == 401 && url.userName().isEmpty())
-            why = QStringLiteral(
-                "it wants a login, and none was sent, since this is not the configured server.");
+            why = Text::tr("it wants a login, and none was sent, since this is not the configured server.");
         if (why.isEmpty())
-            why = QStringLiteral("the server answered \"%1 %2\".").arg(last.httpStatus).arg(last.reason);
-        return call.fail(statusOf(last), QStringLiteral("Downloading from %1 failed: %2%3")
+            why = Text::tr("the server answered \"%1 %2\".").arg(last.httpStatus).arg(last.reason);
+        return call.fail(statusOf(last), Text::tr("Downloading from %1 failed: %2%3")
                                              .arg(source, why, leftover(written, last.httpStatus)));
     }
     if (!manager.encoding().isEmpty()) {
         return call.fail(ExitStatus::InvalidReply,
-                         QStringLiteral("Downloading from %1 failed: the server packed the document (%2), "
-                                        "although it was asked not to. The file %3 holds what it sent.")
+                         Text::tr("Downloading from %1 failed: the server packed the document (%2), "
+                                  "although it was asked not to. The file %3 holds what it sent.")
                              .arg(source, manager.encoding(), QDir::toNativeSeparators(written)));
     }
     if (last.isWebPage || holdsWebPage(written)) {
         return call.fail(ExitStatus::InvalidReply,
-                         QStringLiteral("Downloading from %1 failed: a web page came instead of a document. "
-                                        "The file %2 holds it.")
+                         Text::tr("Downloading from %1 failed: a web page came instead of a document. "
+                                  "The file %2 holds it.")
                              .arg(source, QDir::toNativeSeparators(written)));
     }
     const qint64 size = QFileInfo(written).size();
     if (size != manager.received()) {
         return call.fail(ExitStatus::File,
-                         QStringLiteral("%1 arrived, but the file holds %2. Is the disk full?%3")
+                         Text::tr("%1 arrived, but the file holds %2. Is the disk full?%3")
                              .arg(sizeText(manager.received()), sizeText(size), leftover(written, 0)));
     }
     // a connection that ends too early is no error to the access manager
     if (manager.expected() >= 0 && size != manager.expected()) {
         return call.fail(
             ExitStatus::Error,
-            QStringLiteral("Downloading from %1 failed: only %2 of %3 arrived. Try again.%4")
+            Text::tr("Downloading from %1 failed: only %2 of %3 arrived. Try again.%4")
                 .arg(source, sizeText(size), sizeText(manager.expected()), leftover(written, 0)));
     }
 
@@ -252,7 +252,7 @@ int fetch(const Invocation& call, const QUrl& url, bool secure, const QString& f
                               {QStringLiteral("url"), urlText(url.adjusted(QUrl::RemoveUserInfo))}});
     } else {
         const qint64 ms = std::max<qint64>(1, clock.elapsed());
-        call.line(QStringLiteral("%1: %2 in %3, %4/s")
+        call.line(Text::tr("%1: %2 in %3, %4/s")
                       .arg(QDir::toNativeSeparators(written), sizeText(size), durationText(ms / 1000),
                            sizeText(size * 1000 / ms)));
     }
@@ -263,7 +263,7 @@ int download(Invocation& call)
 {
     QString error;
     if (call.isSet("inbox") == !call.arguments().isEmpty())
-        return call.failUsage(QStringLiteral("Give either a URL or --inbox N."));
+        return call.failUsage(Text::tr("Give either a URL or --inbox N."));
     int number = 0;
     if (call.isSet("inbox")) {
         const auto n = parseInteger(call.value("inbox"), 1, 1000000, &error);
@@ -273,7 +273,7 @@ int download(Invocation& call)
     }
     const QString folder = call.isSet("to") ? call.value("to") : QStringLiteral(".");
     if (!QFileInfo(folder).isDir())
-        return call.fail(ExitStatus::File, QStringLiteral("There is no folder %1.").arg(folder));
+        return call.fail(ExitStatus::File, Text::tr("There is no folder %1.").arg(folder));
 
     Session session(call);
     QUrl url;
@@ -286,13 +286,12 @@ int download(Invocation& call)
             return session.status();
         if (number > log.received().size()) {
             return call.fail(ExitStatus::NotFound,
-                             QStringLiteral("There are %1 received faxes, so there is no number %2.")
+                             Text::tr("There are %1 received faxes, so there is no number %2.")
                                  .arg(QString::number(log.size()), QString::number(number)));
         }
         url = log.received().at(number - 1)->location();
         if (url.path().isEmpty()) {
-            return call.fail(ExitStatus::NotFound,
-                             QStringLiteral("The server names no document for this fax."));
+            return call.fail(ExitStatus::NotFound, Text::tr("The server names no document for this fax."));
         }
     } else {
         url = QUrl(call.arguments().at(0), QUrl::TolerantMode);
@@ -305,7 +304,7 @@ int download(Invocation& call)
     if (!url.isValid() || url.host().isEmpty() ||
         (url.scheme() != QLatin1String("http") && url.scheme() != QLatin1String("https"))) {
         return call.failUsage(
-            QStringLiteral("\"%1\" is not a URL of a document; it begins with http:// or https://.")
+            Text::tr("\"%1\" is not a URL of a document; it begins with http:// or https://.")
                 .arg(urlText(url)));
     }
 
@@ -322,17 +321,16 @@ int download(Invocation& call)
     const QString path = QDir(folder).filePath(name);
     const QString problem = nameProblem(name);
     if (!problem.isEmpty()) {
-        return call.fail(
-            ExitStatus::File,
-            QStringLiteral("The name \"%1\", which the server gives the document, is refused: %2.")
-                .arg(cutToWidth(printable(name), 60), problem));
+        return call.fail(ExitStatus::File,
+                         Text::tr("The name \"%1\", which the server gives the document, is refused: %2.")
+                             .arg(cutToWidth(printable(name), 60), problem));
     }
     const QFileInfo target(path);
     if ((target.exists() || target.isSymLink()) && !call.isSet("overwrite")) {
         return call.fail(
             ExitStatus::File,
-            QStringLiteral("The file %1 is there already. Choose another folder by --to, or replace it "
-                           "with --overwrite.")
+            Text::tr("The file %1 is there already. Choose another folder by --to, or replace it "
+                     "with --overwrite.")
                 .arg(QDir::toNativeSeparators(path)));
     }
     return fetch(call, url, secure, folder, path);
@@ -375,8 +373,8 @@ int discover(Invocation& call)
     if (known.isEmpty()) {
         return call.fail(
             ExitStatus::NothingFound,
-            QStringLiteral("No fax server answered within %1 ms. It may be in another network: add it by "
-                           "its address.")
+            Text::tr("No fax server answered within %1 ms. It may be in another network: add it by "
+                     "its address.")
                 .arg(time));
     }
     return ExitStatus::Ok;
@@ -389,8 +387,8 @@ QVector<Command> downloadCommands()
     Command downloadCommand;
     downloadCommand.name = QStringLiteral("download");
     downloadCommand.arguments = QStringLiteral("URL | --inbox N");
-    downloadCommand.summary = QStringLiteral("Download a received document");
-    downloadCommand.description = QStringLiteral(
+    downloadCommand.summary = Text::tr("Download a received document");
+    downloadCommand.description = Text::tr(
         "The file is named as the server names it. Login and password go to the configured server only;\n"
         "a URL of another host is fetched without them. What was interrupted stays, and is named.");
     downloadCommand.examples = QStringList{QStringLiteral("qdfax download --inbox 1"),
@@ -399,24 +397,23 @@ QVector<Command> downloadCommands()
                                                           "xargs -n 1 qdfax download --to ~/faxes")};
     downloadCommand.options = {
         {QStringLiteral("inbox"),
-         QStringLiteral("The document of the Nth entry of \"qdfax inbox\"; 1 is the newest."),
-         QStringLiteral("N")},
-        {QStringLiteral("to"), QStringLiteral("Put it into this folder and not the current one."),
+         Text::tr("The document of the Nth entry of \"qdfax inbox\"; 1 is the newest."), QStringLiteral("N")},
+        {QStringLiteral("to"), Text::tr("Put it into this folder and not the current one."),
          QStringLiteral("DIR")},
-        {QStringLiteral("overwrite"), QStringLiteral("Replace a file of the same name.")}};
+        {QStringLiteral("overwrite"), Text::tr("Replace a file of the same name.")}};
     downloadCommand.mostArguments = 1;
     downloadCommand.run = download;
 
     Command discoverCommand;
     discoverCommand.name = QStringLiteral("discover");
-    discoverCommand.summary = QStringLiteral("Find fax servers on the local network");
+    discoverCommand.summary = Text::tr("Find fax servers on the local network");
     discoverCommand.description =
-        QStringLiteral("Broadcasts a query and prints each server when its answer comes.");
+        Text::tr("Broadcasts a query and prints each server when its answer comes.");
     discoverCommand.examples = QStringList{QStringLiteral("qdfax discover"),
                                            QStringLiteral("qdfax discover --timeout 10000 --json")};
     discoverCommand.options = {
         {QStringLiteral("timeout"),
-         QStringLiteral("How long to wait for answers, in milliseconds (%1).").arg(defaultSearchTime),
+         Text::tr("How long to wait for answers, in milliseconds (%1).").arg(defaultSearchTime),
          QStringLiteral("MS")}};
     discoverCommand.run = discover;
 

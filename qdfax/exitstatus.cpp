@@ -1,22 +1,24 @@
 #include "exitstatus.h"
 
+#include "text.h"
+
 QVector<ExitStatus::Row> ExitStatus::table()
 {
     return {
-        {Ok, QStringLiteral("done")},
-        {Usage, QStringLiteral("the command line is wrong; nothing was sent")},
-        {Error, QStringLiteral("the server cannot be reached, or refused the request")},
-        {AuthError, QStringLiteral("the server does not accept login and password")},
-        {NotSupported, QStringLiteral("this server, or this computer, cannot do that")},
-        {NotPermitted, QStringLiteral("the server does not permit it")},
-        {InvalidReply, QStringLiteral("the answer is not one of a fax server")},
-        {AccessDenied, QStringLiteral("the server denies access")},
-        {NotFound, QStringLiteral("the server, or Outlook, does not have it")},
-        {TimeOut, QStringLiteral("no answer within --timeout seconds")},
-        {File, QStringLiteral("a file cannot be read or written, or is of a type that cannot be faxed")},
-        {Settings, QStringLiteral("the settings file is of no use, or holds no such server")},
-        {NotSent, QStringLiteral("waited for the end of the fax, and not every recipient got it")},
-        {NothingFound, QStringLiteral("the search found nothing")},
-        {Interrupted, QStringLiteral("interrupted with Ctrl-C")},
+        {Ok, Text::tr("done")},
+        {Usage, Text::tr("the command line is wrong; nothing was sent")},
+        {Error, Text::tr("the server cannot be reached, or refused the request")},
+        {AuthError, Text::tr("the server does not accept login and password")},
+        {NotSupported, Text::tr("this server, or this computer, cannot do that")},
+        {NotPermitted, Text::tr("the server does not permit it")},
+        {InvalidReply, Text::tr("the answer is not one of a fax server")},
+        {AccessDenied, Text::tr("the server denies access")},
+        {NotFound, Text::tr("the server, or Outlook, does not have it")},
+        {TimeOut, Text::tr("no answer within --timeout seconds")},
+        {File, Text::tr("a file cannot be read or written, or is of a type that cannot be faxed")},
+        {Settings, Text::tr("the settings file is of no use, or holds no such server")},
+        {NotSent, Text::tr("waited for the end of the fax, and not every recipient got it")},
+        {NothingFound, Text::tr("the search found nothing")},
+        {Interrupted, Text::tr("interrupted with Ctrl-C")},
     };
 }

@@ -6,6 +6,7 @@
 #include "parsing.h"
 #include "recordjson.h"
 #include "session.h"
+#include "text.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -30,7 +31,7 @@ FaxDialog::FaxDialog(const Invocation& call, const QString& file, const QString&
     , m_progress(new QProgressBar(this))
     , m_text(new QLabel(this))
 {
-    setWindowTitle(QStringLiteral("New Fax"));
+    setWindowTitle(Text::tr("New Fax"));
     setWindowIcon(QIcon(QStringLiteral(":/icons/new-fax-action-icon")));
     setWindowFlags(windowFlags() & ~Qt::WindowContextHelpButtonHint);
 
@@ -38,7 +39,7 @@ FaxDialog::FaxDialog(const Invocation& call, const QString& file, const QString&
     document->setTextFormat(Qt::PlainText);
     m_number->setObjectName(QStringLiteral("number"));
     m_name->setObjectName(QStringLiteral("name"));
-    m_name->setPlaceholderText(QStringLiteral("may be left out"));
+    m_name->setPlaceholderText(Text::tr("may be left out"));
     m_text->setObjectName(QStringLiteral("text"));
     m_text->setTextFormat(Qt::PlainText); // servers' words
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -48,14 +49,14 @@ FaxDialog::FaxDialog(const Invocation& call, const QString& file, const QString&
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     m_close = buttons->button(QDialogButtonBox::Close);
-    m_send = buttons->addButton(QStringLiteral("Send"), QDialogButtonBox::ActionRole);
+    m_send = buttons->addButton(Text::tr("Send"), QDialogButtonBox::ActionRole);
     m_send->setObjectName(QStringLiteral("send"));
     m_send->setDefault(true);
 
     auto* layout = new QFormLayout(this);
-    layout->addRow(QStringLiteral("Document:"), document);
-    layout->addRow(QStringLiteral("&Number:"), m_number);
-    layout->addRow(QStringLiteral("N&ame:"), m_name);
+    layout->addRow(Text::tr("Document:"), document);
+    layout->addRow(Text::tr("&Number:"), m_number);
+    layout->addRow(Text::tr("N&ame:"), m_name);
     layout->addRow(m_progress);
     layout->addRow(m_text);
     layout->addRow(buttons);
@@ -104,8 +105,8 @@ void FaxDialog::showProgress(qint64 sent, qint64 total)
 {
     m_progress->setRange(0, 100);
     m_progress->setValue(int(sent * 100 / total));
-    showText(sent < total ? QStringLiteral("Sending %1 of %2").arg(sizeText(sent), sizeText(total))
-                          : QStringLiteral("Sent %1, waiting for the server").arg(sizeText(total)));
+    showText(sent < total ? Text::tr("Sending %1 of %2").arg(sizeText(sent), sizeText(total))
+                          : Text::tr("Sent %1, waiting for the server").arg(sizeText(total)));
 }
 
 void FaxDialog::send()
@@ -141,7 +142,7 @@ int FaxDialog::submit(QString& text)
 
     Session session(m_call);
     session.setQuiet(true);
-    showText(QStringLiteral("Logging in"));
+    showText(Text::tr("Logging in"));
     if (!session.open()) {
         text = session.error();
         return session.status();
@@ -153,8 +154,8 @@ int FaxDialog::submit(QString& text)
         text = session.error() + (doubt.isEmpty() ? QString() : QLatin1Char(' ') + doubt);
         return session.status();
     }
-    text = QStringLiteral("%1 has taken the fax").arg(session.server().address());
+    text = Text::tr("%1 has taken the fax").arg(session.server().address());
     for (const auto& entry : qAsConst(*entries))
-        text += QStringLiteral("; %1: %2").arg(stateText(entry->state()), urlText(entry->entryUrl()));
+        text += QStringLiteral("; %1: %2").arg(stateForPeople(entry->state()), urlText(entry->entryUrl()));
     return ExitStatus::Ok;
 }

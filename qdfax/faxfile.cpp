@@ -1,6 +1,7 @@
 #include "faxfile.h"
 
 #include "displaytext.h"
+#include "text.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -31,23 +32,23 @@ std::optional<QList<Attach>> attachFiles(const QStringList& paths, QString* erro
     qint64 total = 0;
     for (const QString& path : paths) {
         const auto refuse = [&](const QString& why) {
-            *error = QStringLiteral("The file %1 cannot be sent: %2").arg(path, why);
+            *error = Text::tr("The file %1 cannot be sent: %2").arg(path, why);
             return std::nullopt;
         };
         const QFileInfo info(path);
         if (!info.exists())
-            return refuse(QStringLiteral("it does not exist."));
+            return refuse(Text::tr("it does not exist."));
         if (!info.isFile())
-            return refuse(QStringLiteral("it is not a file."));
+            return refuse(Text::tr("it is not a file."));
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
-            return refuse(QStringLiteral("it cannot be read (%1).").arg(file.errorString()));
+            return refuse(Text::tr("it cannot be read (%1).").arg(file.errorString()));
         if (file.size() == 0)
-            return refuse(QStringLiteral("it is empty."));
+            return refuse(Text::tr("it is empty."));
         file.close();
         total += info.size();
         if (total > largestFax) {
-            return refuse(QStringLiteral("the files of one fax may have %1 together. Send them one by one.")
+            return refuse(Text::tr("the files of one fax may have %1 together. Send them one by one.")
                               .arg(sizeText(largestFax)));
         }
 
@@ -55,8 +56,8 @@ std::optional<QList<Attach>> attachFiles(const QStringList& paths, QString* erro
         const Content::Type type = contentType(path, &typeName);
         if (type == Content::None) {
             return refuse(
-                QStringLiteral("it is of type %1. Only PDF, PostScript, plain text and TIFF can be faxed; "
-                               "convert it to PDF first.")
+                Text::tr("it is of type %1. Only PDF, PostScript, plain text and TIFF can be faxed; "
+                         "convert it to PDF first.")
                     .arg(typeName));
         }
         DiskDataProvider data;

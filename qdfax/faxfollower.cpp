@@ -5,6 +5,7 @@
 #include "recordjson.h"
 #include "session.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QElapsedTimer>
 
@@ -115,7 +116,7 @@ void FaxFollower::report(const QVector<Fax>& before) const
     for (int i = 0; i < m_faxes.size(); ++i) {
         const Fax& fax = m_faxes.at(i);
         if (before.isEmpty() || before.at(i).state != fax.state)
-            m_call.note(QStringLiteral("%1: %2").arg(fax.recipient, stateText(fax.state)));
+            m_call.note(QStringLiteral("%1: %2").arg(fax.recipient, stateForPeople(fax.state)));
     }
 }
 
@@ -124,7 +125,7 @@ int FaxFollower::follow(int interval)
     Terminal::LiveBlock block;
     QElapsedTimer sinceAnswer;
     sinceAnswer.start();
-    Terminal::setLastWords(QStringLiteral("qdfax: Interrupted. The fax goes on; \"qdfax queue\" shows it."));
+    Terminal::setLastWords(Text::tr("qdfax: Interrupted. The fax goes on; \"qdfax queue\" shows it."));
     m_session.setQuiet(true);
     int status = ExitStatus::Ok;
     QVector<Fax> before;
@@ -153,24 +154,25 @@ int FaxFollower::follow(int interval)
     block.show(QStringList());
     Terminal::setLastWords(QString());
     if (status != ExitStatus::Ok)
-        return m_call.fail(status, m_session.error() + QStringLiteral(" The fax may still be on its way."));
+        return m_call.fail(status, m_session.error() + Text::tr(" The fax may still be on its way."));
 
     const auto sent =
         std::count_if(m_faxes.cbegin(), m_faxes.cend(), [](const Fax& fax) { return fax.isSent(); });
     if (sent == m_faxes.size())
         return ExitStatus::Ok;
-    return m_call.fail(ExitStatus::NotSent, QStringLiteral("Not every recipient got the fax: %1 of %2 did.")
+    return m_call.fail(ExitStatus::NotSent, Text::tr("Not every recipient got the fax: %1 of %2 did.")
                                                 .arg(QString::number(sent), QString::number(m_faxes.size())));
 }
 
 Table FaxFollower::table() const
 {
-    Table table({{QStringLiteral("STATE")},
-                 {QStringLiteral("TO"), Table::Left, 12, 1},
-                 {QStringLiteral("PAGES"), Table::Right, 0, 2},
-                 {QStringLiteral("TRY"), Table::Right, 0, 3},
-                 {QStringLiteral("URL")}});
+    Table table({{Text::tr("STATE")},
+                 {Text::tr("TO"), Table::Left, 12, 1},
+                 {Text::tr("PAGES"), Table::Right, 0, 2},
+                 {Text::tr("TRY"), Table::Right, 0, 3},
+                 {Text::tr("URL")}});
     for (const Fax& fax : m_faxes)
-        table.addRow({stateText(fax.state), fax.recipient, QString::number(fax.pages), fax.attempt, fax.url});
+        table.addRow(
+            {stateForPeople(fax.state), fax.recipient, QString::number(fax.pages), fax.attempt, fax.url});
     return table;
 }

@@ -5,6 +5,7 @@
 #include "tasks/taskgetfaxentry.h"
 #include "tasks/taskgetinboundfaxentry.h"
 #include "tasks/taskgetoutboundfaxentry.h"
+#include "text.h"
 
 #include <algorithm>
 
@@ -86,7 +87,7 @@ bool FaxLog::fetch(Session& session, int limit, int finished)
         ok = session.run(
             task, &TaskGetFaxEntry::doneGetFaxEntry,
             [this](const EntriesPtr& entries) { m_faxes = ofClass<FaxEntry>(entries); },
-            m_kind == Queue ? QStringLiteral("Reading the queue") : QStringLiteral("Reading the status"));
+            m_kind == Queue ? Text::tr("Reading the queue") : Text::tr("Reading the status"));
         sortNewestFirst(m_faxes, m_kind == Queue ? limit : 0);
         break;
     }
@@ -96,7 +97,7 @@ bool FaxLog::fetch(Session& session, int limit, int finished)
         ok = session.run(
             task, &TaskGetOutboundFaxEntry::doneGetFaxEntry,
             [this](const EntriesPtr& entries) { m_sent = ofClass<OutboundFaxEntry>(entries); },
-            QStringLiteral("Reading the log of sent faxes"));
+            Text::tr("Reading the log of sent faxes"));
         sortNewestFirst(m_sent, limit);
         break;
     }
@@ -106,7 +107,7 @@ bool FaxLog::fetch(Session& session, int limit, int finished)
         ok = session.run(
             task, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry,
             [this](const InboundFaxEntriesPtrListPtr& entries) { m_received = *entries; },
-            QStringLiteral("Reading the log of received faxes"));
+            Text::tr("Reading the log of received faxes"));
         sortNewestFirst(m_received, limit);
         break;
     }
@@ -124,17 +125,17 @@ Table FaxLog::table() const
     switch (m_kind) {
     case Queue:
     case Status: {
-        Table table({{QStringLiteral("STATE")},
-                     {QStringLiteral("TO"), Table::Left, 12},
-                     {QStringLiteral("PAGES"), Table::Right, 0, 2},
-                     {QStringLiteral("TRY"), Table::Right, 0, 4},
-                     {QStringLiteral("CREATED"), Table::Left, 0, 1},
-                     {QStringLiteral("SEND AT"), Table::Left, 0, 3},
-                     {QStringLiteral("SUBJECT"), Table::Left, 8, 5},
-                     {QStringLiteral("URL")}});
+        Table table({{Text::tr("STATE")},
+                     {Text::tr("TO"), Table::Left, 12},
+                     {Text::tr("PAGES"), Table::Right, 0, 2},
+                     {Text::tr("TRY"), Table::Right, 0, 4},
+                     {Text::tr("CREATED"), Table::Left, 0, 1},
+                     {Text::tr("SEND AT"), Table::Left, 0, 3},
+                     {Text::tr("SUBJECT"), Table::Left, 8, 5},
+                     {Text::tr("URL")}});
         for (const auto& entry : m_faxes) {
             const FaxScheduleOptions& schedule = entry->schedule();
-            table.addRow({stateText(entry->state()), entry->recipient(), QString::number(entry->pages()),
+            table.addRow({stateForPeople(entry->state()), entry->recipient(), QString::number(entry->pages()),
                           QStringLiteral("%1/%2").arg(schedule.tryNumber()).arg(schedule.maxTries()),
                           timeText(entry->createTime()), timeText(schedule.dateToSend()), entry->subject(),
                           urlText(entry->url())});
@@ -142,14 +143,14 @@ Table FaxLog::table() const
         return table;
     }
     case Sent: {
-        Table table({{QStringLiteral("STATE")},
-                     {QStringLiteral("ENDED"), Table::Left, 0, 1},
-                     {QStringLiteral("TO"), Table::Left, 12},
-                     {QStringLiteral("PAGES"), Table::Right, 0, 2},
-                     {QStringLiteral("SUBJECT"), Table::Left, 8, 3},
-                     {QStringLiteral("USER"), Table::Left, 6, 4}});
+        Table table({{Text::tr("STATE")},
+                     {Text::tr("ENDED"), Table::Left, 0, 1},
+                     {Text::tr("TO"), Table::Left, 12},
+                     {Text::tr("PAGES"), Table::Right, 0, 2},
+                     {Text::tr("SUBJECT"), Table::Left, 8, 3},
+                     {Text::tr("USER"), Table::Left, 6, 4}});
         for (const auto& entry : m_sent) {
-            table.addRow({stateText(entry->state()), timeText(timeOf(*entry)), entry->recipient(),
+            table.addRow({stateForPeople(entry->state()), timeText(timeOf(*entry)), entry->recipient(),
                           QString::number(entry->pages()), entry->subject(), entry->username()});
         }
         return table;
@@ -157,15 +158,15 @@ Table FaxLog::table() const
     case Inbox:
         break;
     }
-    Table table({{QStringLiteral("N"), Table::Right},
-                 {QStringLiteral("RECEIVED"), Table::Left, 0, 1},
-                 {QStringLiteral("FROM"), Table::Left, 10},
-                 {QStringLiteral("TO"), Table::Left, 8, 4},
-                 {QStringLiteral("PAGES"), Table::Right, 0, 2},
-                 {QStringLiteral("STATUS"), Table::Left, 8, 3},
-                 {QStringLiteral("FILE"), Table::Left, 10, 5},
-                 {QStringLiteral("DELIVERED TO"), Table::Left, 12, 6},
-                 {QStringLiteral("ERROR"), Table::Left, 8, 7}});
+    Table table({{Text::tr("N"), Table::Right},
+                 {Text::tr("RECEIVED"), Table::Left, 0, 1},
+                 {Text::tr("FROM"), Table::Left, 10},
+                 {Text::tr("TO"), Table::Left, 8, 4},
+                 {Text::tr("PAGES"), Table::Right, 0, 2},
+                 {Text::tr("STATUS"), Table::Left, 8, 3},
+                 {Text::tr("FILE"), Table::Left, 10, 5},
+                 {Text::tr("DELIVERED TO"), Table::Left, 12, 6},
+                 {Text::tr("ERROR"), Table::Left, 8, 7}});
     int number = 0;
     for (const auto& entry : m_received) {
         table.addRow({QString::number(++number), timeText(entry->completeTime()), entry->remoteId(),

@@ -4,6 +4,7 @@
 #include "faxserver.h"
 #include "parsing.h"
 #include "recordjson.h"
+#include "text.h"
 
 namespace {
 
@@ -43,19 +44,17 @@ QString alternatives(const QStringList& words)
 QList<QCommandLineOption> ScheduleChoices::options()
 {
     return {
-        {QStringLiteral("priority"), QStringLiteral("Priority from 0 to 5."), QStringLiteral("0..5")},
-        {QStringLiteral("max-tries"), QStringLiteral("How often to try."), QStringLiteral("N")},
-        {QStringLiteral("retry-interval"), QStringLiteral("Seconds between two tries."),
-         QStringLiteral("SECONDS")},
-        {QStringLiteral("receipt"), QStringLiteral("When to mail a receipt."), alternatives(receiptWords())},
-        {QStringLiteral("receipt-attachment"), QStringLiteral("What to attach to the receipt."),
+        {QStringLiteral("priority"), Text::tr("Priority from 0 to 5."), QStringLiteral("0..5")},
+        {QStringLiteral("max-tries"), Text::tr("How often to try."), QStringLiteral("N")},
+        {QStringLiteral("retry-interval"), Text::tr("Seconds between two tries."), QStringLiteral("SECONDS")},
+        {QStringLiteral("receipt"), Text::tr("When to mail a receipt."), alternatives(receiptWords())},
+        {QStringLiteral("receipt-attachment"), Text::tr("What to attach to the receipt."),
          alternatives(attachmentWords())},
-        {QStringLiteral("page-size"), QStringLiteral("Page size of the fax."), alternatives(pageSizeWords())},
-        {QStringLiteral("print-receipt"), QStringLiteral("When to print a receipt on the server's printer."),
+        {QStringLiteral("page-size"), Text::tr("Page size of the fax."), alternatives(pageSizeWords())},
+        {QStringLiteral("print-receipt"), Text::tr("When to print a receipt on the server's printer."),
          alternatives(receiptWords())},
-        {QStringLiteral("printer"), QStringLiteral("The printer for it; None for none."),
-         QStringLiteral("NAME")},
-        {QStringLiteral("print-first-page"), QStringLiteral("Whether to print the first page with it."),
+        {QStringLiteral("printer"), Text::tr("The printer for it; None for none."), QStringLiteral("NAME")},
+        {QStringLiteral("print-first-page"), Text::tr("Whether to print the first page with it."),
          QStringLiteral("yes|no")},
     };
 }
@@ -96,12 +95,12 @@ QString ScheduleChoices::problem(const FaxServer& server) const
 {
     // the library would leave out silently what the server cannot do
     if (m_pageSize && !server.isFaxPageSizeSupported()) {
-        return QStringLiteral(
+        return Text::tr(
                    "Version %1 of this server does not let the page size be chosen. Leave out --page-size.")
             .arg(server.info().version());
     }
     if ((m_printReceipt || m_printer || m_printFirstPage) && !server.isPrintReceiptSupported()) {
-        return QStringLiteral(
+        return Text::tr(
                    "Version %1 of this server does not print receipts. Leave out --print-receipt, --printer "
                    "and --print-first-page.")
             .arg(server.info().version());

@@ -8,6 +8,7 @@
 #include "tasks/taskgetcoverpages.h"
 #include "tasks/taskschedule.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <algorithm>
 
@@ -24,26 +25,24 @@ bool chooseCoverPage(Session& session, const FaxOrder& order, CoverPage& cover)
         if (!session.run(
                 session.task<TaskGetCoverPages>(Task::GetCoverPages), &TaskGetCoverPages::doneGetCoverPages,
                 [&offered](const CoverPageListPtr& pages) { offered = *pages; },
-                QStringLiteral("Reading the cover pages")))
+                Text::tr("Reading the cover pages")))
             return false;
         const auto found = std::find_if(offered.cbegin(), offered.cend(), [&name](const CoverPage& page) {
             return page.enabled() && page.name().compare(name, Qt::CaseInsensitive) == 0;
         });
         if (found == offered.cend()) {
-            session.fail(
-                ExitStatus::NotFound,
-                QStringLiteral("The server has no cover page \"%1\". \"qdfax covers\" lists them%2.")
-                    .arg(name, isUsual ? QStringLiteral("; --no-cover sends without one") : QString()));
+            session.fail(ExitStatus::NotFound,
+                         Text::tr("The server has no cover page \"%1\". \"qdfax covers\" lists them%2.")
+                             .arg(name, isUsual ? Text::tr("; --no-cover sends without one") : QString()));
             return false;
         }
         cover = *found;
         cover.setSubject(QString());
         cover.setComments(QString());
     } else if (!order.comments.isEmpty()) {
-        session.fail(
-            ExitStatus::Usage,
-            QStringLiteral("--comments stand on the cover page: choose one by --cover. See \"qdfax help "
-                           "send\"."));
+        session.fail(ExitStatus::Usage,
+                     Text::tr("--comments stand on the cover page: choose one by --cover. See \"qdfax help "
+                              "send\"."));
         return false;
     }
     cover.setSubject(order.subject);
@@ -99,13 +98,13 @@ BaseFaxEntry::FaxEntriesPtrListPtr submitFax(Session& session, const FaxOrder& o
     auto* task = session.task<TaskSchedule>(Task::Schedule);
     task->setFaxDocument(document);
     const QString unknown =
-        QStringLiteral("Whether the server took the fax is not known; \"qdfax queue\" shows it.");
-    Terminal::setLastWords(QStringLiteral("qdfax: Interrupted. ") + unknown);
+        Text::tr("Whether the server took the fax is not known; \"qdfax queue\" shows it.");
+    Terminal::setLastWords(Text::tr("qdfax: Interrupted. ") + unknown);
     BaseFaxEntry::FaxEntriesPtrListPtr entries;
     const bool ok = session.run(
         task, &TaskSchedule::doneFaxSchedule,
         [&entries](const BaseFaxEntry::FaxEntriesPtrListPtr& received) { entries = received; },
-        QStringLiteral("Sending the fax"));
+        Text::tr("Sending the fax"));
     Terminal::setLastWords(QString());
     if (!ok && mayHaveArrived(session, session.replies().last()))
         *doubt = unknown;

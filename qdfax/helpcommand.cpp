@@ -3,6 +3,7 @@
 #include "displaytext.h"
 #include "settingsfile.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QDir>
 
@@ -63,9 +64,8 @@ int help(Invocation& call)
             text += (text.isEmpty() ? QString() : QStringLiteral("\n")) + commandHelp(command);
     }
     if (text.isEmpty()) {
-        return call.fail(
-            ExitStatus::Usage,
-            QStringLiteral("There is no command \"%1\". \"qdfax help\" lists them.").arg(wanted));
+        return call.fail(ExitStatus::Usage,
+                         Text::tr("There is no command \"%1\". \"qdfax help\" lists them.").arg(wanted));
     }
     Terminal::write(text.toUtf8());
     return ExitStatus::Ok;
@@ -75,23 +75,22 @@ int help(Invocation& call)
 
 QString generalHelp()
 {
-    QString text = QStringLiteral("qdfax: send and watch faxes through a network fax server.\n\n"
-                                  "Usage: qdfax [OPTIONS] COMMAND [ARGUMENTS]\n\nCommands:\n");
+    QString text = Text::tr("qdfax: send and watch faxes through a network fax server.\n\n"
+                            "Usage: qdfax [OPTIONS] COMMAND [ARGUMENTS]\n\nCommands:\n");
     int width = 0;
     for (const Command& command : commands())
         width = std::max(width, command.name.size() + 2);
     for (const Command& command : commands())
         text += indented(command.name, width, command.summary);
-    text += QStringLiteral("\nOptions of every command:\n") + optionsText(globalOptions());
-    text +=
-        QStringLiteral("  --help                      Explain a command, as \"qdfax help COMMAND\" does.\n"
-                       "  --version                   Print the version.\n");
-    text += QStringLiteral("\nExit status:\n");
+    text += Text::tr("\nOptions of every command:\n") + optionsText(globalOptions());
+    text += Text::tr("  --help                      Explain a command, as \"qdfax help COMMAND\" does.\n"
+                     "  --version                   Print the version.\n");
+    text += Text::tr("\nExit status:\n");
     const auto rows = ExitStatus::table();
     for (const ExitStatus::Row& row : rows)
         text += indented(QString::number(row.status), 5, row.meaning);
-    text += QStringLiteral("\nA UID is LOGIN@ADDRESS, as \"qdfax server list\" shows it.\n");
-    text += QStringLiteral("Settings: %1\n").arg(QDir::toNativeSeparators(SettingsFile::defaultPath()));
+    text += Text::tr("\nA UID is LOGIN@ADDRESS, as \"qdfax server list\" shows it.\n");
+    text += Text::tr("Settings: %1\n").arg(QDir::toNativeSeparators(SettingsFile::defaultPath()));
     return text;
 }
 
@@ -104,10 +103,10 @@ QString commandHelp(const Command& command)
     if (!command.description.isEmpty())
         text += command.description + QLatin1Char('\n');
     if (!command.options.isEmpty())
-        text += QStringLiteral("\nOptions:\n") + optionsText(command.options);
-    text += QStringLiteral("\nOptions of every command:\n") + optionsText(globalOptions(command));
+        text += Text::tr("\nOptions:\n") + optionsText(command.options);
+    text += Text::tr("\nOptions of every command:\n") + optionsText(globalOptions(command));
     if (!command.examples.isEmpty()) {
-        text += QStringLiteral("\nExamples:\n");
+        text += Text::tr("\nExamples:\n");
         for (const QString& example : command.examples)
             text += QStringLiteral("  ") + example + QLatin1Char('\n');
     }
@@ -119,7 +118,7 @@ QVector<Command> helpCommands()
     Command helpCommand;
     helpCommand.name = QStringLiteral("help");
     helpCommand.arguments = QStringLiteral("[COMMAND]");
-    helpCommand.summary = QStringLiteral("Explain qdfax or one of its commands");
+    helpCommand.summary = Text::tr("Explain qdfax or one of its commands");
     helpCommand.examples =
         QStringList{QStringLiteral("qdfax help send"), QStringLiteral("qdfax help server")};
     helpCommand.mostArguments = 2;

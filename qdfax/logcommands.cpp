@@ -9,6 +9,7 @@
 #include "tasks/taskgetcoverpages.h"
 #include "tasks/taskgetprinternames.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QTime>
 
@@ -44,7 +45,7 @@ int showLog(const Invocation& call, FaxLog::Kind kind)
     if (call.isJson())
         call.json(log.json());
     else if (log.size() == 0)
-        call.note(QStringLiteral("There are no faxes."));
+        call.note(Text::tr("There are no faxes."));
     else
         call.table(log.table());
     return ExitStatus::Ok;
@@ -86,7 +87,7 @@ int watch(Invocation& call)
                 call.note(session.error());
             Terminal::outputFailed(); // flushes
         } else {
-            QStringList lines{QStringLiteral("%1 of %2 at %3, every %4 s. Ctrl-C ends.")
+            QStringList lines{Text::tr("%1 of %2 at %3, every %4 s. Ctrl-C ends.")
                                   .arg(FaxLog::names().at(*kind), session.server().genUID(),
                                        QTime::currentTime().toString(QStringLiteral("HH:mm:ss")),
                                        QString::number(*interval))};
@@ -114,7 +115,7 @@ int covers(Invocation& call)
     if (!session.run(
             session.task<TaskGetCoverPages>(Task::GetCoverPages), &TaskGetCoverPages::doneGetCoverPages,
             [&pages](const CoverPageListPtr& received) { pages = *received; },
-            QStringLiteral("Reading the cover pages")))
+            Text::tr("Reading the cover pages")))
         return session.status();
     if (call.isJson()) {
         QJsonArray array;
@@ -124,7 +125,7 @@ int covers(Invocation& call)
         return ExitStatus::Ok;
     }
     const QString usual = session.server().user().defaultCoverpage();
-    Table table({{QString()}, {QStringLiteral("NAME")}, {QStringLiteral("TYPE"), Table::Left, 4, 1}});
+    Table table({{QString()}, {Text::tr("NAME")}, {Text::tr("TYPE"), Table::Left, 4, 1}});
     int disabled = 0;
     for (const CoverPage& page : qAsConst(pages)) {
         // a disabled one has no name either
@@ -136,9 +137,9 @@ int covers(Invocation& call)
     if (table.rowCount() > 0)
         call.table(table);
     else
-        call.note(QStringLiteral("The server offers no cover pages."));
+        call.note(Text::tr("The server offers no cover pages."));
     if (disabled > 0)
-        call.note(QStringLiteral("Disabled on the server, and not shown: %1.").arg(disabled));
+        call.note(Text::tr("Disabled on the server, and not shown: %1.").arg(disabled));
     return ExitStatus::Ok;
 }
 
@@ -150,8 +151,8 @@ int printers(Invocation& call)
     if (!session.server().isPrintReceiptSupported()) {
         return call.fail(
             ExitStatus::NotSupported,
-            QStringLiteral("Version %1 of this server does not print receipts, so it has no printers to "
-                           "offer.")
+            Text::tr("Version %1 of this server does not print receipts, so it has no printers to "
+                     "offer.")
                 .arg(session.server().info().version()));
     }
     QStringList names;
@@ -159,33 +160,33 @@ int printers(Invocation& call)
             session.task<TaskGetPrinterNames>(Task::GetPrinterNames),
             &TaskGetPrinterNames::doneGetPrinterNames,
             [&names](const QStringListPtr& received) { names = *received; },
-            QStringLiteral("Reading the printers")))
+            Text::tr("Reading the printers")))
         return session.status();
     if (call.isJson()) {
         call.json(QJsonArray::fromStringList(names));
         return ExitStatus::Ok;
     }
     if (names.isEmpty())
-        call.note(QStringLiteral("The server offers no printers."));
+        call.note(Text::tr("The server offers no printers."));
     for (const QString& name : qAsConst(names))
         call.line(name);
     return ExitStatus::Ok;
 }
 
-QCommandLineOption limitOption(const char* description)
+QCommandLineOption limitOption(const QString& description)
 {
-    return {QStringLiteral("limit"), QString::fromLatin1(description), QStringLiteral("N")};
+    return {QStringLiteral("limit"), description, QStringLiteral("N")};
 }
 
-Command logCommand(FaxLog::Kind kind, const char* summary)
+Command logCommand(FaxLog::Kind kind, const QString& summary)
 {
     Command command;
     command.name = FaxLog::names().at(kind);
-    command.summary = QString::fromLatin1(summary);
+    command.summary = summary;
     command.run = [kind](const Invocation& call) { return showLog(call, kind); };
     command.options = {limitOption(kind == FaxLog::Status
-                                       ? "At most N faxes that wait and N that are being sent."
-                                       : "At most N faxes, the newest.")};
+                                       ? Text::tr("At most N faxes that wait and N that are being sent.")
+                                       : Text::tr("At most N faxes, the newest."))};
     command.examples = QStringList{QStringLiteral("qdfax %1").arg(command.name),
                                    QStringLiteral("qdfax %1 --limit 20").arg(command.name)};
     return command;
@@ -195,35 +196,34 @@ Command logCommand(FaxLog::Kind kind, const char* summary)
 
 QVector<Command> logCommands()
 {
-    Command queue = logCommand(FaxLog::Queue, "Show the faxes that are not finished, the newest first");
-    queue.description = QStringLiteral("URL is what \"qdfax abort\" and \"qdfax reschedule\" take.");
-    queue.options.append({QStringLiteral("finished"),
-                          QStringLiteral("Also the N faxes that were finished last."), QStringLiteral("N")});
+    Command queue =
+        logCommand(FaxLog::Queue, Text::tr("Show the faxes that are not finished, the newest first"));
+    queue.description = Text::tr("URL is what \"qdfax abort\" and \"qdfax reschedule\" take.");
+    queue.options.append({QStringLiteral("finished"), Text::tr("Also the N faxes that were finished last."),
+                          QStringLiteral("N")});
     queue.examples.append(
         QStringLiteral("qdfax queue --json | jq -r '.[] | select(.state==\"pending\") | .url'"));
 
-    Command status =
-        logCommand(FaxLog::Status, "Show the faxes that wait or are being sent, of all that you may see");
+    Command status = logCommand(
+        FaxLog::Status, Text::tr("Show the faxes that wait or are being sent, of all that you may see"));
 
-    Command sent = logCommand(FaxLog::Sent, "Show the log of sent faxes, the newest first");
+    Command sent = logCommand(FaxLog::Sent, Text::tr("Show the log of sent faxes, the newest first"));
     sent.examples.append(
         QStringLiteral("qdfax sent --json | jq '[.[] | select(.state==\"failed\")] | length'"));
 
-    Command inbox = logCommand(FaxLog::Inbox, "Show the log of received faxes, the newest first");
-    inbox.description =
-        QStringLiteral("N is what \"qdfax download --inbox\" takes; it counts from the newest.");
+    Command inbox = logCommand(FaxLog::Inbox, Text::tr("Show the log of received faxes, the newest first"));
+    inbox.description = Text::tr("N is what \"qdfax download --inbox\" takes; it counts from the newest.");
     inbox.examples.append(QStringLiteral("qdfax inbox --json | jq -r '.[].location'"));
 
     Command watchCommand;
     watchCommand.name = QStringLiteral("watch");
     watchCommand.arguments = QStringLiteral("[queue|status|sent|inbox]");
-    watchCommand.summary = QStringLiteral("Show a log again and again until interrupted");
+    watchCommand.summary = Text::tr("Show a log again and again until interrupted");
     watchCommand.options = {
-        limitOption("At most N faxes."),
-        {QStringLiteral("interval"),
-         QStringLiteral("Seconds between two readings (%1).").arg(defaultWatchInterval),
+        limitOption(Text::tr("At most N faxes.")),
+        {QStringLiteral("interval"), Text::tr("Seconds between two readings (%1).").arg(defaultWatchInterval),
          QStringLiteral("SECONDS")},
-        {QStringLiteral("rounds"), QStringLiteral("End after so many readings."), QStringLiteral("N")}};
+        {QStringLiteral("rounds"), Text::tr("End after so many readings."), QStringLiteral("N")}};
     watchCommand.examples = QStringList{QStringLiteral("qdfax watch"),
                                         QStringLiteral("qdfax watch inbox --limit 20 --interval 60")};
     watchCommand.mostArguments = 1;
@@ -231,14 +231,14 @@ QVector<Command> logCommands()
 
     Command coversCommand;
     coversCommand.name = QStringLiteral("covers");
-    coversCommand.summary = QStringLiteral("List the cover pages that the server offers");
-    coversCommand.description = QStringLiteral("A star marks the one of your profile.");
+    coversCommand.summary = Text::tr("List the cover pages that the server offers");
+    coversCommand.description = Text::tr("A star marks the one of your profile.");
     coversCommand.examples = QStringList{QStringLiteral("qdfax covers")};
     coversCommand.run = covers;
 
     Command printersCommand;
     printersCommand.name = QStringLiteral("printers");
-    printersCommand.summary = QStringLiteral("List the printers on which the server prints receipts");
+    printersCommand.summary = Text::tr("List the printers on which the server prints receipts");
     printersCommand.examples = QStringList{QStringLiteral("qdfax printers")};
     printersCommand.run = printers;
 

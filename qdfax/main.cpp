@@ -1,6 +1,7 @@
 #include "command.h"
 #include "logger.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QApplication>
 #include <QStandardPaths>
@@ -70,5 +71,6 @@ int main(int argc, char** argv)
     }
     const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv);
     qInstallMessageHandler(logMessage);
+    Text::useLanguageOfUser();
     return runCommandLine(QCoreApplication::arguments());
 }

@@ -6,6 +6,7 @@
 #include "contactsoptionsoutlook.h"
 #include "outlookcontactprovider.h"
 #include "settingsfile.h"
+#include "text.h"
 
 #include <QEventLoop>
 #include <QJsonArray>
@@ -13,7 +14,10 @@
 
 namespace {
 
-const auto chooseHint = QStringLiteral("\"qdfax outlook folders\" shows what there is.");
+QString chooseHint()
+{
+    return Text::tr("\"qdfax outlook folders\" shows what there is.");
+}
 
 /// What a command has for as long as it runs: Outlook, which would end after each use and start again for the
 /// next if nobody kept it, and the settings.
@@ -25,8 +29,8 @@ public:
     {
         if (!m_application) {
             return call.fail(ExitStatus::NotSupported,
-                             QStringLiteral("Outlook is not available: it has to be installed on this "
-                                            "computer, and that takes Windows."));
+                             Text::tr("Outlook is not available: it has to be installed on this "
+                                      "computer, and that takes Windows."));
         }
         settings.load();
         if (!settings.problem().isEmpty())
@@ -55,7 +59,7 @@ QJsonArray walk(const ContactsOptionsOutlook& model, const QModelIndex& parent, 
         const bool isContacts = model.entryIDIsContact(key);
         const bool isChosen = isContacts && key == model.selectedEntryID();
         table.addRow({isChosen ? QStringLiteral("*") : QString(), QString(2 * depth, QLatin1Char(' ')) + name,
-                      isContacts ? QStringLiteral("yes") : QString(), isContacts ? key : QString()});
+                      isContacts ? Text::tr("yes") : QString(), isContacts ? key : QString()});
         folders.append(QJsonObject{{QStringLiteral("name"), name},
                                    {QStringLiteral("key"), key},
                                    {QStringLiteral("contacts"), isContacts},
@@ -75,15 +79,15 @@ int outlookFolders(Invocation& call)
     model.setSelectedEntryID(outlook.settings.outlookFolder());
 
     Table table({{QString(), Table::Left, 0, 0},
-                 {QStringLiteral("Folder"), Table::Left, 0, 0},
-                 {QStringLiteral("Contacts"), Table::Left, 0, 1},
-                 {QStringLiteral("Key"), Table::Left, 0, 0}});
+                 {Text::tr("Folder"), Table::Left, 0, 0},
+                 {Text::tr("Contacts"), Table::Left, 0, 1},
+                 {Text::tr("Key"), Table::Left, 0, 0}});
     // rows go into the table in the order of the walk, a folder before what is below it
     const QJsonArray folders = walk(model, QModelIndex(), 0, table);
     if (call.isJson())
         call.json(folders);
     else if (table.rowCount() == 0)
-        call.line(QStringLiteral("Outlook has no contact folder."));
+        call.line(Text::tr("Outlook has no contact folder."));
     else
         call.table(table);
     return ExitStatus::Ok;
@@ -107,17 +111,16 @@ int outlookChoose(Invocation& call)
     if (status != ExitStatus::Ok)
         return status;
     if (call.isSet("default") == !call.arguments().isEmpty())
-        return call.failUsage(
-            QStringLiteral("Name a folder by its key, or take the default with --default."));
+        return call.failUsage(Text::tr("Name a folder by its key, or take the default with --default."));
 
     const ContactsOptionsOutlook model;
     const QString key = call.isSet("default") ? model.defaultEntryID() : call.arguments().first();
     if (!model.entryIDIsContact(key)) {
         return call.fail(ExitStatus::NotFound,
                          (call.isSet("default")
-                              ? QStringLiteral("Outlook has no default contact folder. ")
-                              : QStringLiteral("\"%1\" is not the key of a contact folder. ").arg(key)) +
-                             chooseHint);
+                              ? Text::tr("Outlook has no default contact folder. ")
+                              : Text::tr("\"%1\" is not the key of a contact folder. ").arg(key)) +
+                             chooseHint());
     }
     // adding tells whether the cache can be written, before anything is changed
     ContactLocalStorage storage;
@@ -139,13 +142,13 @@ int outlookChoose(Invocation& call)
         return call.fail(ExitStatus::Settings, trouble);
     }
     if (!forgetOtherFolders(storage, source)) {
-        return call.fail(ExitStatus::File, QStringLiteral("The folder is chosen, but the contacts of the one "
-                                                          "before could not be taken out of the cache."));
+        return call.fail(ExitStatus::File, Text::tr("The folder is chosen, but the contacts of the one "
+                                                    "before could not be taken out of the cache."));
     }
     if (call.isJson())
         call.json(QJsonObject{{QStringLiteral("key"), key}});
     else
-        call.line(QStringLiteral("Chosen. \"qdfax outlook sync\" copies the contacts."));
+        call.line(Text::tr("Chosen. \"qdfax outlook sync\" copies the contacts."));
     return ExitStatus::Ok;
 }
 
@@ -157,15 +160,13 @@ int outlookSync(Invocation& call)
         return status;
     const QString key = outlook.settings.outlookFolder();
     if (key.isEmpty()) {
-        return call.fail(
-            ExitStatus::Settings,
-            QStringLiteral("No Outlook folder is chosen. Choose one with \"qdfax outlook choose\"."));
+        return call.fail(ExitStatus::Settings,
+                         Text::tr("No Outlook folder is chosen. Choose one with \"qdfax outlook choose\"."));
     }
     if (!ContactsOptionsOutlook().entryIDIsContact(key)) {
-        return call.fail(
-            ExitStatus::NotFound,
-            QStringLiteral("The chosen Outlook folder is gone, or holds no contacts any more. ") +
-                chooseHint);
+        return call.fail(ExitStatus::NotFound,
+                         Text::tr("The chosen Outlook folder is gone, or holds no contacts any more. ") +
+                             chooseHint());
     }
 
     ContactManager manager;
@@ -176,7 +177,7 @@ int outlookSync(Invocation& call)
     if (source == 0) {
         if (manager.storage()->addSource(key, ContactLocalStorage::SourceOutlook) == 0)
             return call.fail(ExitStatus::File, ContactCache::unusableStore("outlook sync"));
-        return call.fail(ExitStatus::NotFound, QStringLiteral("Outlook does not open the folder any more."));
+        return call.fail(ExitStatus::NotFound, Text::tr("Outlook does not open the folder any more."));
     }
     QEventLoop loop;
     QObject::connect(&manager, &ContactManager::onSyncStop, &loop, &QEventLoop::quit);
@@ -184,15 +185,14 @@ int outlookSync(Invocation& call)
     if (manager.isSync())
         loop.exec();
     if (!provider->isStored()) {
-        return call.fail(
-            ExitStatus::File,
-            QStringLiteral("The contacts could not be stored, and those copied before stay: check "
-                           "permissions and free space."));
+        return call.fail(ExitStatus::File,
+                         Text::tr("The contacts could not be stored, and those copied before stay: check "
+                                  "permissions and free space."));
     }
     if (!provider->isRead()) {
         return call.fail(ExitStatus::NotFound,
-                         QStringLiteral("Outlook did not give the whole folder, and the cache holds only "
-                                        "what it gave. Try again while Outlook runs."));
+                         Text::tr("Outlook did not give the whole folder, and the cache holds only "
+                                  "what it gave. Try again while Outlook runs."));
     }
     const int count = manager.storage()
                           ->getContactList(source, ContactLocalStorage::TypeContact,
@@ -201,8 +201,7 @@ int outlookSync(Invocation& call)
     if (call.isJson())
         call.json(QJsonObject{{QStringLiteral("key"), key}, {QStringLiteral("contacts"), count}});
     else
-        call.line(count == 1 ? QStringLiteral("1 contact copied.")
-                             : QStringLiteral("%1 contacts copied.").arg(count));
+        call.line(count == 1 ? Text::tr("1 contact copied.") : Text::tr("%1 contacts copied.").arg(count));
     return ExitStatus::Ok;
 }
 
@@ -212,10 +211,9 @@ QVector<Command> outlookCommands()
 {
     Command folders;
     folders.name = QStringLiteral("outlook folders");
-    folders.summary = QStringLiteral("Show Outlook's contact folders");
-    folders.description =
-        QStringLiteral("Folders that neither are contact folders nor hold one are left out. The\n"
-                       "chosen folder has a star.");
+    folders.summary = Text::tr("Show Outlook's contact folders");
+    folders.description = Text::tr("Folders that neither are contact folders nor hold one are left out. The\n"
+                                   "chosen folder has a star.");
     folders.examples =
         QStringList{QStringLiteral("qdfax outlook folders"),
                     QStringLiteral("qdfax outlook folders --json | jq -r '.. | .key? // empty'")};
@@ -224,19 +222,19 @@ QVector<Command> outlookCommands()
     Command choose;
     choose.name = QStringLiteral("outlook choose");
     choose.arguments = QStringLiteral("KEY|--default");
-    choose.summary = QStringLiteral("Choose the Outlook folder whose contacts are copied");
-    choose.description = QStringLiteral("The contacts of the folder chosen before leave the cache.");
+    choose.summary = Text::tr("Choose the Outlook folder whose contacts are copied");
+    choose.description = Text::tr("The contacts of the folder chosen before leave the cache.");
     choose.examples = QStringList{QStringLiteral("qdfax outlook choose --default")};
-    choose.options = {{QStringLiteral("default"), QStringLiteral("Outlook's own contact folder.")}};
+    choose.options = {{QStringLiteral("default"), Text::tr("Outlook's own contact folder.")}};
     choose.mostArguments = 1;
     choose.run = outlookChoose;
 
     Command sync;
     sync.name = QStringLiteral("outlook sync");
-    sync.summary = QStringLiteral("Copy the contacts of the chosen Outlook folder into the cache");
+    sync.summary = Text::tr("Copy the contacts of the chosen Outlook folder into the cache");
     sync.description =
-        QStringLiteral("What was copied before is replaced. Takes as long as Outlook takes: --timeout\n"
-                       "does not count here.");
+        Text::tr("What was copied before is replaced. Takes as long as Outlook takes: --timeout\n"
+                 "does not count here.");
     sync.examples = QStringList{QStringLiteral("qdfax outlook sync")};
     sync.run = outlookSync;
 

@@ -1,5 +1,7 @@
 #include "parsing.h"
 
+#include "text.h"
+
 #include <QRegularExpression>
 
 namespace {
@@ -46,9 +48,8 @@ bool checkText(const QString& text, bool lines, QString* error)
         if (lines && (c == QLatin1Char('\n') || c == QLatin1Char('\t')))
             continue;
         if (c.unicode() < 0x20 || c.unicode() == 0x7F || c.unicode() >= 0xFFFE) {
-            *error = c == QLatin1Char('\n')
-                         ? QStringLiteral("contains a line break, which cannot be sent")
-                         : QStringLiteral("contains a control character, which cannot be sent");
+            *error = c == QLatin1Char('\n') ? Text::tr("contains a line break, which cannot be sent")
+                                            : Text::tr("contains a control character, which cannot be sent");
             return false;
         }
     }
@@ -63,8 +64,8 @@ std::optional<Contact> parseRecipient(const QString& text, QString* error)
     const QString& number = parts.at(0);
     static const QRegularExpression digit(QStringLiteral("[0-9]"));
     if (!number.contains(digit)) {
-        return refuse<Contact>(error, QStringLiteral("has no fax number in \"%1\"; write NUMBER, "
-                                                     "NUMBER,NAME or NUMBER,NAME,ORGANIZATION")
+        return refuse<Contact>(error, Text::tr("has no fax number in \"%1\"; write NUMBER, "
+                                               "NUMBER,NAME or NUMBER,NAME,ORGANIZATION")
                                           .arg(text));
     }
     Contact contact;
@@ -86,22 +87,20 @@ std::optional<QDateTime> parseFutureTime(const QString& text, const QDateTime& n
                                : QDateTime();
     if (!match.hasMatch() || !QDateTime::fromString(local + QLatin1Char('Z'), Qt::ISODate).isValid()) {
         return refuse<QDateTime>(
-            error,
-            QStringLiteral("\"%1\" is not a time; write it like 2026-11-15T14:30, in local time").arg(text));
+            error, Text::tr("\"%1\" is not a time; write it like 2026-11-15T14:30, in local time").arg(text));
     }
     // an hour that the clock jumps over is moved by Qt, and should not be sent at another time silently
     if (!time.isValid() ||
         (match.captured(4).isEmpty() && time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")) != local)) {
         return refuse<QDateTime>(
-            error,
-            QStringLiteral("\"%1\" does not exist here: the clock is put forward then. Choose another time")
-                .arg(text));
+            error, Text::tr("\"%1\" does not exist here: the clock is put forward then. Choose another time")
+                       .arg(text));
     }
     if (time <= now) {
-        return refuse<QDateTime>(
-            error, QStringLiteral("\"%1\" is in the past; it is %2 now. Leave the option out to "
-                                  "send at once")
-                       .arg(text, now.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
+        return refuse<QDateTime>(error,
+                                 Text::tr("\"%1\" is in the past; it is %2 now. Leave the option out to "
+                                          "send at once")
+                                     .arg(text, now.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss"))));
     }
     return time.toLocalTime();
 }
@@ -111,7 +110,7 @@ std::optional<int> parseInteger(const QString& text, int least, int greatest, QS
     bool ok = false;
     const int number = text.toInt(&ok);
     if (!ok || number < least || number > greatest) {
-        return refuse<int>(error, QStringLiteral("takes a number from %1 to %2, not \"%3\"")
+        return refuse<int>(error, Text::tr("takes a number from %1 to %2, not \"%3\"")
                                       .arg(QString::number(least), QString::number(greatest), text));
     }
     return number;
@@ -123,8 +122,8 @@ std::optional<int> parseChoice(const QString& text, const QStringList& choices, 
         if (choices.at(i).compare(text, Qt::CaseInsensitive) == 0)
             return i;
     }
-    return refuse<int>(
-        error, QStringLiteral("takes one of %1, not \"%2\"").arg(choices.join(QStringLiteral(", ")), text));
+    return refuse<int>(error,
+                       Text::tr("takes one of %1, not \"%2\"").arg(choices.join(QStringLiteral(", ")), text));
 }
 
 QUrl serverUrl(const QString& address, bool useSSL)
@@ -145,12 +144,11 @@ bool namesServer(const QUrl& url, const QString& address, bool useSSL)
 bool checkAddress(const QString& text, QString* error)
 {
     if (text.contains(QLatin1String("://"))) {
-        *error =
-            QStringLiteral("takes a host name or HOST:PORT without http:// before it; --ssl chooses HTTPS");
+        *error = Text::tr("takes a host name or HOST:PORT without http:// before it; --ssl chooses HTTPS");
         return false;
     }
     if (text.contains(QLatin1Char('@'))) {
-        *error = QStringLiteral("takes a host name or HOST:PORT without a login in it; that goes to --login");
+        *error = Text::tr("takes a host name or HOST:PORT without a login in it; that goes to --login");
         return false;
     }
     const QUrl url = serverUrl(text, false);
@@ -158,8 +156,8 @@ bool checkAddress(const QString& text, QString* error)
     static const QRegularExpression emptyPort(QStringLiteral(":0*$"));
     if (!url.isValid() || url.host().isEmpty() || text.contains(forbidden) ||
         (!isBareIPv6(text) && text.contains(emptyPort))) {
-        *error = QStringLiteral("\"%1\" is not a server address; write a host name or HOST:PORT, such as "
-                                "fax.example.org or [::1]:8080")
+        *error = Text::tr("\"%1\" is not a server address; write a host name or HOST:PORT, such as "
+                          "fax.example.org or [::1]:8080")
                      .arg(text);
         return false;
     }
@@ -174,9 +172,8 @@ std::optional<QUrl> parseEntryUrl(const QString& text, QString* error)
         !url.host().isEmpty();
     const bool isPath = url.scheme().isEmpty() && url.host().isEmpty() && text.startsWith(QLatin1Char('/'));
     if (!url.isValid() || !(isAbsolute || isPath) || url.path().size() < 2) {
-        return refuse<QUrl>(error,
-                            QStringLiteral("takes the URL of a fax as \"qdfax send\" and \"qdfax queue\" "
-                                           "print it"));
+        return refuse<QUrl>(error, Text::tr("takes the URL of a fax as \"qdfax send\" and \"qdfax queue\" "
+                                            "print it"));
     }
     return url;
 }

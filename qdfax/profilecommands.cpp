@@ -7,6 +7,7 @@
 #include "recordjson.h"
 #include "session.h"
 #include "tasks/taskmodifyfaxuser.h"
+#include "text.h"
 
 namespace {
 
@@ -23,26 +24,25 @@ void show(const Invocation& call, const FaxServer& server, const FaxUser& user)
     }
     const Contact& contact = user.contact();
     QVector<QPair<QString, QString>> fields{
-        {QStringLiteral("Login"), server.login()},
-        {QStringLiteral("Name"), contact.name()},
-        {QStringLiteral("Organization"), contact.organization()},
-        {QStringLiteral("Phone"), contact.phone()},
-        {QStringLiteral("Fax"), contact.fax()},
-        {QStringLiteral("E-mail"), contact.email()},
-        {QStringLiteral("Cover page"),
-         user.isUsedCoverPage() ? user.defaultCoverpage() : QStringLiteral("none")},
-        {QStringLiteral("Priority"), QString::number(options.priority())},
-        {QStringLiteral("Tries"), QString::number(options.maxAttempts())},
-        {QStringLiteral("Retry interval"), QStringLiteral("%1 s").arg(options.interval())},
-        {QStringLiteral("Receipt"), receiptWords().value(options.receipt())},
-        {QStringLiteral("Receipt attachment"), attachmentWords().value(options.receiptAttachment())}};
+        {Text::tr("Login"), server.login()},
+        {Text::tr("Name"), contact.name()},
+        {Text::tr("Organization"), contact.organization()},
+        {Text::tr("Phone"), contact.phone()},
+        {Text::tr("Fax"), contact.fax()},
+        {Text::tr("E-mail"), contact.email()},
+        {Text::tr("Cover page"), user.isUsedCoverPage() ? user.defaultCoverpage() : Text::tr("none")},
+        {Text::tr("Priority"), QString::number(options.priority())},
+        {Text::tr("Tries"), QString::number(options.maxAttempts())},
+        {Text::tr("Retry interval"), QStringLiteral("%1 s").arg(options.interval())},
+        {Text::tr("Receipt"), receiptWords().value(options.receipt())},
+        {Text::tr("Receipt attachment"), attachmentWords().value(options.receiptAttachment())}};
     if (server.isFaxPageSizeSupported())
-        fields.append({QStringLiteral("Page size"), pageSizeWords().value(options.faxPageSize())});
+        fields.append({Text::tr("Page size"), pageSizeWords().value(options.faxPageSize())});
     if (server.isPrintReceiptSupported()) {
-        fields.append({QStringLiteral("Print receipt"), receiptWords().value(options.faxReceipt())});
-        fields.append({QStringLiteral("Printer"), options.selectPrinter()});
-        fields.append({QStringLiteral("Print first page"),
-                       options.printWithFirstPage() ? QStringLiteral("yes") : QStringLiteral("no")});
+        fields.append({Text::tr("Print receipt"), receiptWords().value(options.faxReceipt())});
+        fields.append({Text::tr("Printer"), options.selectPrinter()});
+        fields.append(
+            {Text::tr("Print first page"), options.printWithFirstPage() ? Text::tr("yes") : Text::tr("no")});
     }
     call.fields(fields);
 }
@@ -64,11 +64,11 @@ struct ContactOption
 };
 
 const ContactOption contactOptions[] = {
-    {"name", "Your name as recipients see it.", &Contact::setName},
-    {"organization", "Your organization.", &Contact::setOrganization},
-    {"phone", "Your phone number.", &Contact::setPhone},
-    {"fax", "Your fax number.", &Contact::setFax},
-    {"email", "Your mail address, for receipts.", &Contact::setEmail},
+    {"name", QT_TRANSLATE_NOOP("qdfax", "Your name as recipients see it."), &Contact::setName},
+    {"organization", QT_TRANSLATE_NOOP("qdfax", "Your organization."), &Contact::setOrganization},
+    {"phone", QT_TRANSLATE_NOOP("qdfax", "Your phone number."), &Contact::setPhone},
+    {"fax", QT_TRANSLATE_NOOP("qdfax", "Your fax number."), &Contact::setFax},
+    {"email", QT_TRANSLATE_NOOP("qdfax", "Your mail address, for receipts."), &Contact::setEmail},
 };
 
 int profileSet(Invocation& call)
@@ -84,12 +84,12 @@ int profileSet(Invocation& call)
     if (!checkText(call.value("cover"), false, &error))
         return call.failOption("cover", error);
     if (call.isSet("cover") && call.isSet("no-cover"))
-        return call.failUsage(QStringLiteral("--cover and --no-cover exclude each other."));
+        return call.failUsage(Text::tr("--cover and --no-cover exclude each other."));
     const std::optional<ScheduleChoices> choices = ScheduleChoices::read(call);
     if (!choices)
         return ExitStatus::Usage;
     if (!hasContactOption && !call.isSet("cover") && !call.isSet("no-cover") && choices->isEmpty())
-        return call.failUsage(QStringLiteral("There is nothing to set."));
+        return call.failUsage(Text::tr("There is nothing to set."));
 
     Session session(call);
     if (!session.open())
@@ -120,8 +120,7 @@ int profileSet(Invocation& call)
     task->setUser(user);
     if (!session.run(
             task, &TaskModifyFaxUser::doneModifyFaxUser,
-            [&server](const FaxUser& written) { server.setUser(written); },
-            QStringLiteral("Saving the profile")))
+            [&server](const FaxUser& written) { server.setUser(written); }, Text::tr("Saving the profile")))
         return session.status();
 
     // The older protocol has no schedule defaults on the server: there they are kept in the settings alone.
@@ -135,7 +134,7 @@ int profileSet(Invocation& call)
     if (!session.settings().remark().isEmpty())
         call.note(session.settings().remark());
     if (!trouble.isEmpty())
-        return call.fail(ExitStatus::Settings, QStringLiteral("The server took the profile. ") + trouble);
+        return call.fail(ExitStatus::Settings, Text::tr("The server took the profile. ") + trouble);
     show(call, server, server.user());
     return ExitStatus::Ok;
 }
@@ -146,8 +145,7 @@ QVector<Command> profileCommands()
 {
     Command showCommand;
     showCommand.name = QStringLiteral("profile show");
-    showCommand.summary =
-        QStringLiteral("Show your profile on the server: who you are, and the defaults of a fax");
+    showCommand.summary = Text::tr("Show your profile on the server: who you are, and the defaults of a fax");
     showCommand.examples = QStringList{QStringLiteral("qdfax profile show"),
                                        QStringLiteral("qdfax profile show --json | jq .schedule")};
     showCommand.run = profileShow;
@@ -155,22 +153,22 @@ QVector<Command> profileCommands()
     Command set;
     set.name = QStringLiteral("profile set");
     set.arguments = QStringLiteral("[OPTION VALUE]...");
-    set.summary = QStringLiteral("Change your profile on the server");
+    set.summary = Text::tr("Change your profile on the server");
     set.description =
-        QStringLiteral("What is not named stays as it is; an empty value empties a field. The server has\n"
-                       "to be of a recent version to keep the defaults of a fax; an older one gets them\n"
-                       "from this program's settings.");
+        Text::tr("What is not named stays as it is; an empty value empties a field. The server has\n"
+                 "to be of a recent version to keep the defaults of a fax; an older one gets them\n"
+                 "from this program's settings.");
     set.examples =
         QStringList{QStringLiteral("qdfax profile set --name \"Mary Poe\" --organization \"Poe & Sons\""),
                     QStringLiteral("qdfax profile set --cover Standard --priority 4 --receipt always"),
                     QStringLiteral("qdfax profile set --no-cover")};
     for (const ContactOption& option : contactOptions) {
-        set.options.append({QString::fromLatin1(option.name), QString::fromLatin1(option.description),
-                            QStringLiteral("TEXT")});
+        set.options.append(
+            {QString::fromLatin1(option.name), Text::tr(option.description), QStringLiteral("TEXT")});
     }
     set.options.append(
-        {QStringLiteral("cover"), QStringLiteral("The cover page of a new fax."), QStringLiteral("NAME")});
-    set.options.append({QStringLiteral("no-cover"), QStringLiteral("A new fax has no cover page.")});
+        {QStringLiteral("cover"), Text::tr("The cover page of a new fax."), QStringLiteral("NAME")});
+    set.options.append({QStringLiteral("no-cover"), Text::tr("A new fax has no cover page.")});
     set.options += ScheduleChoices::options();
     set.run = profileSet;
 

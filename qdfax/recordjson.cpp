@@ -4,8 +4,40 @@
 #include "inboundfaxentry.h"
 #include "outboundfaxentry.h"
 #include "quendrainfo.h"
+#include "text.h"
 
 #include <QJsonArray>
+
+namespace {
+
+const char* stateWord(BaseFaxEntry::FaxEntryState state)
+{
+    switch (state) {
+    case BaseFaxEntry::StateUnknown:
+        break;
+    case BaseFaxEntry::StatePreprocessing:
+        return QT_TRANSLATE_NOOP("qdfax", "preprocessing");
+    case BaseFaxEntry::StatePending:
+        return QT_TRANSLATE_NOOP("qdfax", "pending");
+    case BaseFaxEntry::StateSending:
+        return QT_TRANSLATE_NOOP("qdfax", "sending");
+    case BaseFaxEntry::StateSent:
+        return QT_TRANSLATE_NOOP("qdfax", "sent");
+    case BaseFaxEntry::StateComplete:
+        return QT_TRANSLATE_NOOP("qdfax", "complete");
+    case BaseFaxEntry::StateAborted:
+        return QT_TRANSLATE_NOOP("qdfax", "aborted");
+    case BaseFaxEntry::StateFailed:
+        return QT_TRANSLATE_NOOP("qdfax", "failed");
+    case BaseFaxEntry::StateApprovalPending:
+        return QT_TRANSLATE_NOOP("qdfax", "approval_pending");
+    case BaseFaxEntry::StateRejected:
+        return QT_TRANSLATE_NOOP("qdfax", "rejected");
+    }
+    return QT_TRANSLATE_NOOP("qdfax", "unknown");
+}
+
+} // namespace
 
 QStringList receiptWords()
 {
@@ -24,29 +56,12 @@ QStringList pageSizeWords()
 
 QString stateText(BaseFaxEntry::FaxEntryState state)
 {
-    switch (state) {
-    case BaseFaxEntry::StateUnknown:
-        break;
-    case BaseFaxEntry::StatePreprocessing:
-        return QStringLiteral("preprocessing");
-    case BaseFaxEntry::StatePending:
-        return QStringLiteral("pending");
-    case BaseFaxEntry::StateSending:
-        return QStringLiteral("sending");
-    case BaseFaxEntry::StateSent:
-        return QStringLiteral("sent");
-    case BaseFaxEntry::StateComplete:
-        return QStringLiteral("complete");
-    case BaseFaxEntry::StateAborted:
-        return QStringLiteral("aborted");
-    case BaseFaxEntry::StateFailed:
-        return QStringLiteral("failed");
-    case BaseFaxEntry::StateApprovalPending:
-        return QStringLiteral("approval_pending");
-    case BaseFaxEntry::StateRejected:
-        return QStringLiteral("rejected");
-    }
-    return QStringLiteral("unknown");
+    return QLatin1String(stateWord(state));
+}
+
+QString stateForPeople(BaseFaxEntry::FaxEntryState state)
+{
+    return Text::tr(stateWord(state));
 }
 
 QString urlText(const QUrl& url)

@@ -32,6 +32,8 @@ QStringList pageSizeWords();
 
 /// "pending", "sent" and so on; "unknown" for a state that the library does not know.
 QString stateText(BaseFaxEntry::FaxEntryState state);
+/// The same in the language of the user.
+QString stateForPeople(BaseFaxEntry::FaxEntryState state);
 
 /// A URL to show or to pass on: encoded, without a password.
 QString urlText(const QUrl& url);

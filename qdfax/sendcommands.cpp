@@ -13,6 +13,7 @@
 #include "tasks/taskabort.h"
 #include "tasks/taskreschedule.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
@@ -43,18 +44,18 @@ int readContacts(const Invocation& call, ContactList& recipients)
         QString error;
         const auto unit = cache->resolve(text, &status, &error);
         if (!unit)
-            return call.fail(status, QStringLiteral("--to-contact: %1 Nothing was sent.").arg(error));
+            return call.fail(status, Text::tr("--to-contact: %1 Nothing was sent.").arg(error));
         cache->expand(*unit, named);
     }
     const QString without = named.withoutFax.join(QStringLiteral(", "));
     if (named.contacts.isEmpty()) {
         return call.failOption("to-contact",
                                without.isEmpty()
-                                   ? QStringLiteral("names no one: the group has no members")
-                                   : QStringLiteral("reaches no one: %1 without a fax number").arg(without));
+                                   ? Text::tr("names no one: the group has no members")
+                                   : Text::tr("reaches no one: %1 without a fax number").arg(without));
     }
     if (!without.isEmpty())
-        call.note(QStringLiteral("Not sent to those without a fax number: %1.").arg(without));
+        call.note(Text::tr("Not sent to those without a fax number: %1.").arg(without));
     for (const StoredContact& unit : qAsConst(named.contacts))
         recipients.addContact(unit.contact());
     return ExitStatus::Ok;
@@ -64,7 +65,7 @@ int readRequest(const Invocation& call, FaxRequest& request)
 {
     QString error;
     if (!call.isSet("to") && !call.isSet("to-contact"))
-        return call.failUsage(QStringLiteral("--to NUMBER or --to-contact NAME is missing."));
+        return call.failUsage(Text::tr("--to NUMBER or --to-contact NAME is missing."));
     const QStringList numbers = call.values("to");
     for (const QString& text : numbers) {
         const auto recipient = parseRecipient(text, &error);
@@ -73,15 +74,14 @@ int readRequest(const Invocation& call, FaxRequest& request)
         request.order.recipients.addContact(*recipient);
     }
     if (call.isSet("cover") && call.isSet("no-cover"))
-        return call.failUsage(QStringLiteral("--cover and --no-cover exclude each other."));
+        return call.failUsage(Text::tr("--cover and --no-cover exclude each other."));
     for (const char* option : {"cover", "subject", "comments"}) {
         if (!checkText(call.value(option), qstrcmp(option, "comments") == 0, &error))
             return call.failOption(option, error);
     }
     request.order.files = call.arguments();
     if (request.order.files.isEmpty() && !call.isSet("cover"))
-        return call.failUsage(
-            QStringLiteral("There is nothing to send: name a file, or a cover page by --cover."));
+        return call.failUsage(Text::tr("There is nothing to send: name a file, or a cover page by --cover."));
     if (call.isSet("at")) {
         const auto at = parseFutureTime(call.value("at"), QDateTime::currentDateTime(), &error);
         if (!at)
@@ -128,10 +128,10 @@ private:
         if (now < 500 || (sent < total && now - m_shown < 100)) // ms: short ones show nothing
             return;
         m_shown = now;
-        m_line.show(sent < total ? QStringLiteral("Sending %1 of %2 (%3 %), %4/s")
+        m_line.show(sent < total ? Text::tr("Sending %1 of %2 (%3 %), %4/s")
                                        .arg(sizeText(sent), sizeText(total),
                                             QString::number(sent * 100 / total), sizeText(sent * 1000 / now))
-                                 : QStringLiteral("Sent %1, waiting for the server").arg(sizeText(total)));
+                                 : Text::tr("Sent %1, waiting for the server").arg(sizeText(total)));
     }
 
     QElapsedTimer m_clock;
@@ -150,12 +150,12 @@ void printEntries(const Invocation& call, const QVector<QSharedPointer<BaseFaxEn
         call.json(array);
         return;
     }
-    Table table({{QStringLiteral("STATE")},
-                 {QStringLiteral("TO"), Table::Left, 12, 1},
-                 {QStringLiteral("PAGES"), Table::Right, 0, 2},
-                 {QStringLiteral("URL")}});
+    Table table({{Text::tr("STATE")},
+                 {Text::tr("TO"), Table::Left, 12, 1},
+                 {Text::tr("PAGES"), Table::Right, 0, 2},
+                 {Text::tr("URL")}});
     for (const auto& entry : entries) {
-        table.addRow({stateText(entry->state()), entry->recipient(), QString::number(entry->pages()),
+        table.addRow({stateForPeople(entry->state()), entry->recipient(), QString::number(entry->pages()),
                       urlText(entry->entryUrl())});
     }
     call.table(table);
@@ -231,9 +231,8 @@ int requestEntry(Invocation& call, Task::Type type, void (T::*done)(), const QDa
 
 int abortFax(Invocation& call)
 {
-    return requestEntry(call, Task::Abort, &TaskAbort::doneAbort, QDateTime(),
-                        QStringLiteral("Aborting the fax"),
-                        QStringLiteral("The server is aborting the fax. \"qdfax queue\" shows its state."));
+    return requestEntry(call, Task::Abort, &TaskAbort::doneAbort, QDateTime(), Text::tr("Aborting the fax"),
+                        Text::tr("The server is aborting the fax. \"qdfax queue\" shows its state."));
 }
 
 int reschedule(Invocation& call)
@@ -246,10 +245,10 @@ int reschedule(Invocation& call)
             return call.failOption("at", error);
         at = *time;
     }
-    return requestEntry(
-        call, Task::Reschedule, &TaskReschedule::doneReschedule, at, QStringLiteral("Rescheduling the fax"),
-        at.isNull() ? QStringLiteral("The server will send the fax now.")
-                    : QStringLiteral("The server will send the fax at %1.").arg(timeText(at)));
+    return requestEntry(call, Task::Reschedule, &TaskReschedule::doneReschedule, at,
+                        Text::tr("Rescheduling the fax"),
+                        at.isNull() ? Text::tr("The server will send the fax now.")
+                                    : Text::tr("The server will send the fax at %1.").arg(timeText(at)));
 }
 
 } // namespace
@@ -260,8 +259,8 @@ QVector<Command> sendCommands()
     sendCommand.name = QStringLiteral("send");
     sendCommand.arguments =
         QStringLiteral("FILE... --to NUMBER[,NAME[,ORGANIZATION]]...|--to-contact ID|NAME...");
-    sendCommand.summary = QStringLiteral("Send files as a fax");
-    sendCommand.description = QStringLiteral(
+    sendCommand.summary = Text::tr("Send files as a fax");
+    sendCommand.description = Text::tr(
         "Takes PDF, PostScript, plain text and TIFF, recognised by content. Prints one line a recipient\n"
         "with the state and the URL of the fax, by which it can be aborted or rescheduled.\n"
         "A comma inside a name is written as \\,. Names of contacts are looked up in what the last\n"
@@ -278,23 +277,22 @@ QVector<Command> sendCommands()
         QStringLiteral("qdfax send a.pdf --to 5551234 --wait && rm a.pdf"),
         QStringLiteral("qdfax send a.pdf --to 5551234 --json | jq -r '.[].url'")};
     sendCommand.options = QList<QCommandLineOption>{
-        {QStringLiteral("to"), QStringLiteral("A recipient. May be given several times."),
+        {QStringLiteral("to"), Text::tr("A recipient. May be given several times."),
          QStringLiteral("NUMBER[,NAME[,ORGANIZATION]]")},
         {QStringLiteral("to-contact"),
-         QStringLiteral("A contact, or the members of a group. May be given several times."),
+         Text::tr("A contact, or the members of a group. May be given several times."),
          QStringLiteral("ID|NAME")},
-        {QStringLiteral("cover"), QStringLiteral("Put this cover page of the server before it."),
+        {QStringLiteral("cover"), Text::tr("Put this cover page of the server before it."),
          QStringLiteral("NAME")},
-        {QStringLiteral("no-cover"), QStringLiteral("No cover page, whatever your profile says.")},
-        {QStringLiteral("subject"), QStringLiteral("The subject, on the cover page and in the logs."),
+        {QStringLiteral("no-cover"), Text::tr("No cover page, whatever your profile says.")},
+        {QStringLiteral("subject"), Text::tr("The subject, on the cover page and in the logs."),
          QStringLiteral("TEXT")},
-        {QStringLiteral("comments"), QStringLiteral("Text for the cover page."), QStringLiteral("TEXT")},
-        {QStringLiteral("at"), QStringLiteral("Send at this local time, like 2026-11-15T14:30, and not now."),
+        {QStringLiteral("comments"), Text::tr("Text for the cover page."), QStringLiteral("TEXT")},
+        {QStringLiteral("at"), Text::tr("Send at this local time, like 2026-11-15T14:30, and not now."),
          QStringLiteral("TIME")},
-        {QStringLiteral("wait"),
-         QStringLiteral("Wait until it is sent to, or has failed for, every recipient.")},
+        {QStringLiteral("wait"), Text::tr("Wait until it is sent to, or has failed for, every recipient.")},
         {QStringLiteral("interval"),
-         QStringLiteral("Seconds between two looks while waiting (%1).").arg(defaultInterval),
+         Text::tr("Seconds between two looks while waiting (%1).").arg(defaultInterval),
          QStringLiteral("SECONDS")},
     };
     sendCommand.options += ScheduleChoices::options();
@@ -304,8 +302,8 @@ QVector<Command> sendCommands()
     Command abortCommand;
     abortCommand.name = QStringLiteral("abort");
     abortCommand.arguments = QStringLiteral("URL");
-    abortCommand.summary = QStringLiteral("Cancel a fax that is not sent yet");
-    abortCommand.description = QStringLiteral(
+    abortCommand.summary = Text::tr("Cancel a fax that is not sent yet");
+    abortCommand.description = Text::tr(
         "URL is what \"qdfax send\" and \"qdfax queue\" print. The request always goes to the configured\n"
         "server; of the URL only the path counts. Success means that the server will try.");
     abortCommand.examples = QStringList{QStringLiteral("qdfax abort http://fax.example.org/qdws/v1/ofax/17"),
@@ -316,13 +314,13 @@ QVector<Command> sendCommands()
     Command rescheduleCommand;
     rescheduleCommand.name = QStringLiteral("reschedule");
     rescheduleCommand.arguments = QStringLiteral("URL [--at TIME]");
-    rescheduleCommand.summary = QStringLiteral("Send a queued fax at another time, or now");
+    rescheduleCommand.summary = Text::tr("Send a queued fax at another time, or now");
     rescheduleCommand.description = abortCommand.description;
     rescheduleCommand.examples =
         QStringList{QStringLiteral("qdfax reschedule http://fax.example.org/qdws/v1/ofax/17"),
                     QStringLiteral("qdfax reschedule /qdws/v1/ofax/17 --at 2026-11-15T22:00")};
     rescheduleCommand.options = QList<QCommandLineOption>{
-        {QStringLiteral("at"), QStringLiteral("The local time, like 2026-11-15T14:30; without it: now."),
+        {QStringLiteral("at"), Text::tr("The local time, like 2026-11-15T14:30; without it: now."),
          QStringLiteral("TIME")}};
     rescheduleCommand.leastArguments = rescheduleCommand.mostArguments = 1;
     rescheduleCommand.run = reschedule;

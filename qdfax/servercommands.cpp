@@ -10,6 +10,7 @@
 #include "settingsfile.h"
 #include "tasks/taskcheckpermissions.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QDir>
 #include <QFile>
@@ -31,9 +32,9 @@ std::optional<QString> askPassword(const Invocation& call, const QString& accoun
         const bool isOpen = path == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
                                                        : file.open(QIODevice::ReadOnly);
         if (!isOpen) {
-            *status = call.fail(
-                ExitStatus::File,
-                QStringLiteral("The password file %1 cannot be read: %2.").arg(path, file.errorString()));
+            *status =
+                call.fail(ExitStatus::File,
+                          Text::tr("The password file %1 cannot be read: %2.").arg(path, file.errorString()));
             return std::nullopt;
         }
         password = QString::fromUtf8(file.readLine(longestPassword));
@@ -42,11 +43,11 @@ std::optional<QString> askPassword(const Invocation& call, const QString& accoun
     } else if (qEnvironmentVariableIsSet(passwordVariable)) {
         password = qEnvironmentVariable(passwordVariable);
     } else {
-        const auto typed = Terminal::askHidden(QStringLiteral("Password of %1: ").arg(account));
+        const auto typed = Terminal::askHidden(Text::tr("Password of %1: ").arg(account));
         if (!typed) {
             *status = call.failUsage(
-                QStringLiteral("No password, and no terminal to ask for it. Give it by --password-file "
-                               "or the variable %1.")
+                Text::tr("No password, and no terminal to ask for it. Give it by --password-file "
+                         "or the variable %1.")
                     .arg(QLatin1String(passwordVariable)));
             return std::nullopt;
         }
@@ -54,7 +55,7 @@ std::optional<QString> askPassword(const Invocation& call, const QString& accoun
     }
     // HTTP's basic authentication carries these characters and no others
     if (QString::fromLatin1(password.toLatin1()) != password) {
-        *status = call.failUsage(QStringLiteral(
+        *status = call.failUsage(Text::tr(
             "The password holds characters that cannot be sent to a fax server (only Latin-1 can)."));
         return std::nullopt;
     }
@@ -70,7 +71,7 @@ int editSettings(const Invocation& call, const std::function<bool(SettingsFile&)
     if (!settings.remark().isEmpty())
         call.note(settings.remark());
     if (!movedTo.isEmpty()) {
-        call.note(QStringLiteral("The settings file was damaged. It is kept as %1, and a new one was begun.")
+        call.note(Text::tr("The settings file was damaged. It is kept as %1, and a new one was begun.")
                       .arg(QDir::toNativeSeparators(movedTo)));
     }
     return problem.isEmpty() ? int(ExitStatus::Ok) : call.fail(ExitStatus::Settings, problem);
@@ -84,11 +85,11 @@ int serverAdd(Invocation& call)
     if (!checkAddress(address, &error))
         return call.failUsage(QStringLiteral("ADDRESS %1.").arg(error));
     if (!call.isSet("login"))
-        return call.failUsage(QStringLiteral("--login LOGIN is missing."));
+        return call.failUsage(Text::tr("--login LOGIN is missing."));
     if (!checkText(login, false, &error))
         return call.failOption("login", error);
     if (login.contains(QLatin1Char(':')) || QString::fromLatin1(login.toLatin1()) != login)
-        return call.failOption("login", QStringLiteral("cannot hold a colon, nor characters beyond Latin-1"));
+        return call.failOption("login", Text::tr("cannot hold a colon, nor characters beyond Latin-1"));
 
     int status = ExitStatus::Ok;
     const auto password = askPassword(call, login + QLatin1Char('@') + address, &status);
@@ -122,7 +123,7 @@ int serverAdd(Invocation& call)
         call.json(QJsonObject{{QStringLiteral("uid"), server->genUID()},
                               {QStringLiteral("checked"), !call.isSet("no-check")}});
     } else {
-        call.line(QStringLiteral("Added %1: %2").arg(server->genUID(), server->getServerPreambule()));
+        call.line(Text::tr("Added %1: %2").arg(server->genUID(), server->getServerPreambule()));
     }
     return ExitStatus::Ok;
 }
@@ -135,7 +136,7 @@ int serverList(Invocation& call)
         return call.fail(ExitStatus::Settings, settings.problem());
     const QVector<StoredServer> servers = settings.servers();
     if (const int strange = settings.strangeEntryCount()) {
-        call.note(QStringLiteral("%1 of the entries in %2 cannot be read. They are kept as they are.")
+        call.note(Text::tr("%1 of the entries in %2 cannot be read. They are kept as they are.")
                       .arg(QString::number(strange), settings.path()));
     }
     if (call.isJson()) {
@@ -154,19 +155,18 @@ int serverList(Invocation& call)
         return ExitStatus::Ok;
     }
     if (servers.isEmpty()) {
-        call.note(
-            QStringLiteral("No fax server is configured. Add one: qdfax server add ADDRESS --login LOGIN"));
+        call.note(Text::tr("No fax server is configured. Add one: qdfax server add ADDRESS --login LOGIN"));
         return ExitStatus::Ok;
     }
     Table table({{QString()},
-                 {QStringLiteral("SERVER")},
-                 {QStringLiteral("HTTPS")},
-                 {QStringLiteral("MODEL"), Table::Left, 8, 1},
-                 {QStringLiteral("VERSION"), Table::Left, 0, 2},
-                 {QStringLiteral("DESCRIPTION"), Table::Left, 12, 3}});
+                 {Text::tr("SERVER")},
+                 {Text::tr("HTTPS")},
+                 {Text::tr("MODEL"), Table::Left, 8, 1},
+                 {Text::tr("VERSION"), Table::Left, 0, 2},
+                 {Text::tr("DESCRIPTION"), Table::Left, 12, 3}});
     for (const StoredServer& server : servers) {
         table.addRow({server.isDefault ? QStringLiteral("*") : QString(), server.uid,
-                      server.useSSL ? QStringLiteral("yes") : QStringLiteral("no"), server.info.model(),
+                      server.useSSL ? Text::tr("yes") : Text::tr("no"), server.info.model(),
                       server.info.version(), server.info.description()});
     }
     call.table(table);
@@ -197,8 +197,7 @@ int changeEntry(const Invocation& call, void (SettingsFile::*change)(const QStri
     if (uid.isEmpty()) {
         return call.fail(
             ExitStatus::Settings,
-            QStringLiteral("No configured server is called \"%1\". \"qdfax server list\" shows them.")
-                .arg(wanted));
+            Text::tr("No configured server is called \"%1\". \"qdfax server list\" shows them.").arg(wanted));
     }
     if (afterwards)
         afterwards(uid);
@@ -212,14 +211,14 @@ int changeEntry(const Invocation& call, void (SettingsFile::*change)(const QStri
 int serverRemove(Invocation& call)
 {
     // its contacts are of no use without it, and nothing else would ever remove them
-    return changeEntry(call, &SettingsFile::remove, QStringLiteral("Removed %1."), [](const QString& uid) {
+    return changeEntry(call, &SettingsFile::remove, Text::tr("Removed %1."), [](const QString& uid) {
         ContactLocalStorage().deleteSource(uid, ContactLocalStorage::SourceQuendra);
     });
 }
 
 int serverDefault(Invocation& call)
 {
-    return changeEntry(call, &SettingsFile::setDefault, QStringLiteral("%1 is the default server now."));
+    return changeEntry(call, &SettingsFile::setDefault, Text::tr("%1 is the default server now."));
 }
 
 int whoami(Invocation& call)
@@ -231,7 +230,7 @@ int whoami(Invocation& call)
     if (!session.run(
             session.task<TaskChekPermissions>(Task::ChekPermissions),
             &TaskChekPermissions::doneCheckPermissions, [&bits](unsigned int received) { bits = received; },
-            QStringLiteral("Reading the permissions")))
+            Text::tr("Reading the permissions")))
         return session.status();
 
     const FaxServer& server = session.server();
@@ -254,25 +253,24 @@ int whoami(Invocation& call)
         return ExitStatus::Ok;
     }
     const QuendraInfo& info = server.info();
-    const auto allowed = [](bool yes) { return yes ? QStringLiteral("yes") : QStringLiteral("no"); };
-    call.fields(
-        {{QStringLiteral("Server"), server.getServerPreambule()},
-         {QStringLiteral("Address"), server.address()},
-         {QStringLiteral("HTTPS"), allowed(server.useSSL())},
-         {QStringLiteral("Model"), info.model()},
-         {QStringLiteral("Version"), info.version()},
-         {QStringLiteral("Serial number"), info.serial()},
-         {QStringLiteral("Host name"), info.hostname()},
-         {QStringLiteral("Channels"), info.channels()},
-         {QStringLiteral("Uptime"), info.uptime()},
-         {QStringLiteral("Login"), server.login()},
-         {QStringLiteral("Name"), contact.name()},
-         {QStringLiteral("Organization"), contact.organization()},
-         {QStringLiteral("Phone"), contact.phone()},
-         {QStringLiteral("Fax"), contact.fax()},
-         {QStringLiteral("E-mail"), contact.email()},
-         {QStringLiteral("May edit own contacts"), allowed(permissions.editPersonalContactsEnabled())},
-         {QStringLiteral("May edit shared contacts"), allowed(permissions.editGlobalContactsEnabled())}});
+    const auto allowed = [](bool yes) { return yes ? Text::tr("yes") : Text::tr("no"); };
+    call.fields({{Text::tr("Server"), server.getServerPreambule()},
+                 {Text::tr("Address"), server.address()},
+                 {QStringLiteral("HTTPS"), allowed(server.useSSL())},
+                 {Text::tr("Model"), info.model()},
+                 {Text::tr("Version"), info.version()},
+                 {Text::tr("Serial number"), info.serial()},
+                 {Text::tr("Host name"), info.hostname()},
+                 {Text::tr("Channels"), info.channels()},
+                 {Text::tr("Uptime"), info.uptime()},
+                 {Text::tr("Login"), server.login()},
+                 {Text::tr("Name"), contact.name()},
+                 {Text::tr("Organization"), contact.organization()},
+                 {Text::tr("Phone"), contact.phone()},
+                 {Text::tr("Fax"), contact.fax()},
+                 {Text::tr("E-mail"), contact.email()},
+                 {Text::tr("May edit own contacts"), allowed(permissions.editPersonalContactsEnabled())},
+                 {Text::tr("May edit shared contacts"), allowed(permissions.editGlobalContactsEnabled())}});
     return ExitStatus::Ok;
 }
 
@@ -283,8 +281,8 @@ QVector<Command> serverCommands()
     Command add;
     add.name = QStringLiteral("server add");
     add.arguments = QStringLiteral("ADDRESS --login LOGIN");
-    add.summary = QStringLiteral("Log in to a fax server and keep it in the settings");
-    add.description = QStringLiteral(
+    add.summary = Text::tr("Log in to a fax server and keep it in the settings");
+    add.description = Text::tr(
         "ADDRESS is a host name or IP address with an optional port: fax.example.org,\n"
         "192.0.2.7:8080, [2001:db8::7]:8080. The password is asked for, or comes from --password-file\n"
         "or the variable QDFAX_PASSWORD; it is stored enciphered. A server that refuses the login, or\n"
@@ -295,22 +293,22 @@ QVector<Command> serverCommands()
                     QStringLiteral("qdfax server add 127.0.0.1:8080 --login mary --password-file pw.txt"),
                     QStringLiteral("QDFAX_PASSWORD=secret qdfax server add fax --login mary --default")};
     add.options = {
-        {QStringLiteral("login"), QStringLiteral("The user's name on the server."), QStringLiteral("LOGIN")},
+        {QStringLiteral("login"), Text::tr("The user's name on the server."), QStringLiteral("LOGIN")},
         {QStringLiteral("ssl"),
-         QStringLiteral("Use HTTPS. The certificate is not verified, so self-signed ones work.")},
-        {QStringLiteral("default"), QStringLiteral("Make it the default server.")},
+         Text::tr("Use HTTPS. The certificate is not verified, so self-signed ones work.")},
+        {QStringLiteral("default"), Text::tr("Make it the default server.")},
         {QStringLiteral("password-file"),
-         QStringLiteral("Read the password from the first line of this file; - is standard input."),
+         Text::tr("Read the password from the first line of this file; - is standard input."),
          QStringLiteral("FILE")},
-        {QStringLiteral("no-check"), QStringLiteral("Keep the server without asking it.")},
+        {QStringLiteral("no-check"), Text::tr("Keep the server without asking it.")},
     };
     add.leastArguments = add.mostArguments = 1;
     add.run = serverAdd;
 
     Command list;
     list.name = QStringLiteral("server list");
-    list.summary = QStringLiteral("List the configured servers, without asking them");
-    list.description = QStringLiteral("A star marks the default server.");
+    list.summary = Text::tr("List the configured servers, without asking them");
+    list.description = Text::tr("A star marks the default server.");
     list.examples = QStringList{QStringLiteral("qdfax server list"),
                                 QStringLiteral("qdfax server list --json | jq -r '.[].uid'")};
     list.run = serverList;
@@ -318,11 +316,11 @@ QVector<Command> serverCommands()
     Command remove;
     remove.name = QStringLiteral("server remove");
     remove.arguments = QStringLiteral("UID");
-    remove.summary = QStringLiteral("Forget a server");
-    remove.description = QStringLiteral(
-        "UID is as \"qdfax server list\" shows it; the address alone will do where only one\n"
-        "account has it. When the default server goes, the first of the others takes its place.\n"
-        "Its contacts go from this machine with it.");
+    remove.summary = Text::tr("Forget a server");
+    remove.description =
+        Text::tr("UID is as \"qdfax server list\" shows it; the address alone will do where only one\n"
+                 "account has it. When the default server goes, the first of the others takes its place.\n"
+                 "Its contacts go from this machine with it.");
     remove.examples = QStringList{QStringLiteral("qdfax server remove mary@fax.example.org")};
     remove.leastArguments = remove.mostArguments = 1;
     remove.run = serverRemove;
@@ -330,14 +328,14 @@ QVector<Command> serverCommands()
     Command makeDefault;
     makeDefault.name = QStringLiteral("server default");
     makeDefault.arguments = QStringLiteral("UID");
-    makeDefault.summary = QStringLiteral("Choose the server that commands use without --server");
+    makeDefault.summary = Text::tr("Choose the server that commands use without --server");
     makeDefault.examples = QStringList{QStringLiteral("qdfax server default mary@fax.example.org")};
     makeDefault.leastArguments = makeDefault.mostArguments = 1;
     makeDefault.run = serverDefault;
 
     Command me;
     me.name = QStringLiteral("whoami");
-    me.summary = QStringLiteral("Log in and show the server's identity, your profile and your permissions");
+    me.summary = Text::tr("Log in and show the server's identity, your profile and your permissions");
     me.examples = QStringList{QStringLiteral("qdfax whoami"),
                               QStringLiteral("qdfax whoami --server mary@fax.example.org --json")};
     me.run = whoami;

@@ -6,7 +6,9 @@
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "terminal.h"
+#include "text.h"
 
+#include <QBuffer>
 #include <QChildEvent>
 #include <QNetworkAccessManager>
 
@@ -159,13 +161,13 @@ bool Session::openNew(const QString& address, bool useSSL, const QString& login,
 bool Session::waitForLogin()
 {
     // The server logs in by itself: credentials, then its identity, then the user's record.
-    QString doing = QStringLiteral("Logging in");
+    QString doing = Text::tr("Logging in");
     bool loggedIn = false;
     Task::Status failed = Task::Unknown;
     // clazy:excludeall=lambda-in-connect (the connections end before what they capture)
     const QList<QMetaObject::Connection> connections = {
         connect(m_server, &FaxServer::changedQuendraInfo, this,
-                [&doing] { doing = QStringLiteral("Reading the user's profile"); }),
+                [&doing] { doing = Text::tr("Reading the user's profile"); }),
         connect(m_server, &FaxServer::changedFaxUser, this,
                 [&] {
                     loggedIn = true;
@@ -174,7 +176,7 @@ bool Session::waitForLogin()
         connect(m_server, &FaxServer::changedLastStatus, this,
                 [&](Task::Status status) {
                     if (status == Task::Ok) {
-                        doing = QStringLiteral("Reading the server's identity");
+                        doing = Text::tr("Reading the server's identity");
                         return;
                     }
                     failed = status;
@@ -218,12 +220,12 @@ bool Session::wait(const QString& doing)
         return true;
     // a server that waits for plain text says nothing to a TLS greeting
     const QString hint = m_server->useSSL() && !m_watch->isAnswered()
-                             ? QStringLiteral(" If the server does not speak HTTPS there, add it without "
-                                              "--ssl.")
+                             ? Text::tr(" If the server does not speak HTTPS there, add it without "
+                                        "--ssl.")
                              : QString();
     fail(ExitStatus::TimeOut,
-         QStringLiteral("%1 at %2: nothing was heard for %3. Try again later, or allow more with "
-                        "--timeout.%4")
+         Text::tr("%1 at %2: nothing was heard for %3. Try again later, or allow more with "
+                  "--timeout.%4")
              .arg(doing, m_server->address(), durationText(m_invocation.timeout() / 1000), hint));
     return false;
 }
@@ -235,7 +237,7 @@ bool Session::isWebPage() const
 
 int Session::explain(Task::Status status, const QString& doing)
 {
-    fail(status, QStringLiteral("%1 at %2 failed: %3").arg(doing, m_server->address(), reason(status)));
+    fail(status, Text::tr("%1 at %2 failed: %3").arg(doing, m_server->address(), reason(status)));
     return m_status;
 }
 
@@ -249,94 +251,90 @@ QString Session::reason(Task::Status status) const
 {
     const ReplyWatch::Outcome& last = m_watch->last();
     if (isWebPage()) {
-        return QStringLiteral(
+        return Text::tr(
             "a web page came instead of a fax server's answer. Check address and port: some other "
             "server may listen there.");
     }
     if (status == Task::AuthError) {
-        return QStringLiteral(
-                   "the server does not accept login \"%1\" with this password. Enter them again with "
-                   "\"qdfax server add\".")
+        return Text::tr("the server does not accept login \"%1\" with this password. Enter them again with "
+                        "\"qdfax server add\".")
             .arg(m_server->login());
     }
     const QString network = networkReason(last, m_server->useSSL());
     if (!network.isEmpty())
         return network;
     if (status == Task::InvalidReply) {
-        return QStringLiteral(
-            "the answer cannot be understood. Check that a fax server listens at this address; "
-            "--log-level 4 writes the answer to the log.");
+        return Text::tr("the answer cannot be understood. Check that a fax server listens at this address; "
+                        "--log-level 4 writes the answer to the log.");
     }
-    return QStringLiteral("the server did not confirm it. Its answer goes to the log with --log-level 4.");
+    return Text::tr("the server did not confirm it. Its answer goes to the log with --log-level 4.");
 }
 
 QString Session::networkReason(const ReplyWatch::Outcome& last, bool useSSL)
 {
     if (last.httpStatus == 400 && !useSSL) {
-        return QStringLiteral("the server answered \"400 %1\". If it expects HTTPS there, add it with --ssl.")
+        return Text::tr("the server answered \"400 %1\". If it expects HTTPS there, add it with --ssl.")
             .arg(last.reason);
     }
     if (last.httpStatus >= 300) {
         const QString answer =
-            QStringLiteral("the server answered \"%1 %2\".").arg(last.httpStatus).arg(last.reason);
+            Text::tr("the server answered \"%1 %2\".").arg(last.httpStatus).arg(last.reason);
         switch (last.httpStatus) {
         case 401:
             return answer +
-                   QStringLiteral(
+                   Text::tr(
                        " Login or password are not accepted; enter them again with \"qdfax server add\".");
         case 403:
-            return answer + QStringLiteral(" This user may not do that; ask the server's administrator.");
+            return answer + Text::tr(" This user may not do that; ask the server's administrator.");
         case 405:
-            return answer + QStringLiteral(" It does not permit that here; ask the server's administrator.");
+            return answer + Text::tr(" It does not permit that here; ask the server's administrator.");
         case 404:
             return answer +
-                   QStringLiteral(
-                       " What was asked for does not exist there (any more); check the URL or address.");
+                   Text::tr(" What was asked for does not exist there (any more); check the URL or address.");
         case 409:
-            return answer +
-                   QStringLiteral(" It is no longer in a state that allows this; see \"qdfax queue\" and "
-                                  "\"qdfax sent\".");
+            return answer + Text::tr(" It is no longer in a state that allows this; see \"qdfax queue\" and "
+                                     "\"qdfax sent\".");
         default:
             break;
         }
         if (last.httpStatus < 400)
-            return answer +
-                   QStringLiteral(" It points elsewhere, which is not followed; check address and --ssl.");
-        return answer + QStringLiteral(" Try again later, or ask the server's administrator.");
+            return answer + Text::tr(" It points elsewhere, which is not followed; check address and --ssl.");
+        return answer + Text::tr(" Try again later, or ask the server's administrator.");
     }
 
     switch (last.error) {
     case QNetworkReply::NoError:
         break;
     case QNetworkReply::HostNotFoundError:
-        return QStringLiteral("no host has this name. Check its spelling, and the network.");
+        return Text::tr("no host has this name. Check its spelling, and the network.");
     case QNetworkReply::ConnectionRefusedError:
-        return QStringLiteral("the connection is refused. Check that the server runs, and its port.");
+        return Text::tr("the connection is refused. Check that the server runs, and its port.");
     case QNetworkReply::RemoteHostClosedError:
-        return useSSL ? QStringLiteral("the server closed the connection. If it does not speak HTTPS "
-                                       "there, add it without --ssl.")
-                      : QStringLiteral("the server closed the connection without an answer. If it "
-                                       "expects HTTPS there, add it with --ssl.");
+        return useSSL ? Text::tr("the server closed the connection. If it does not speak HTTPS "
+                                 "there, add it without --ssl.")
+                      : Text::tr("the server closed the connection without an answer. If it "
+                                 "expects HTTPS there, add it with --ssl.");
     case QNetworkReply::SslHandshakeFailedError:
-        return QStringLiteral(
+        return Text::tr(
                    "no secure connection comes about (%1). If the server does not speak HTTPS there, add "
                    "it without --ssl.")
             .arg(last.socketError);
     case QNetworkReply::ProtocolUnknownError:
     case QNetworkReply::ProtocolFailure:
     case QNetworkReply::ProtocolInvalidOperationError:
-        return useSSL ? QStringLiteral("the answer is not HTTP. Check address and port.")
-                      : QStringLiteral("the answer is not HTTP. Check address and port; if the server "
-                                       "expects HTTPS there, add it with --ssl.");
+        return useSSL ? Text::tr("the answer is not HTTP. Check address and port.")
+                      : Text::tr("the answer is not HTTP. Check address and port; if the server "
+                                 "expects HTTPS there, add it with --ssl.");
     case QNetworkReply::OperationCanceledError:
-        return QStringLiteral("the answer is larger than any real one, and was cut off.");
+        return Text::tr("the answer is larger than any real one, and was cut off.");
     default:
-        // what the socket does not know either is an end in the middle; an unreachable network has a text
+        // What the socket does not know either is an end in the middle; an unreachable network has a text. Qt says
+        // so in the language of the user.
         if (last.error == QNetworkReply::UnknownNetworkError &&
-            (last.socketError.isEmpty() || last.socketError == QLatin1String("Unknown error")))
-            return QStringLiteral("the connection ended before the answer came. Try again later.");
-        return QStringLiteral("%1. Check address and network.")
-            .arg(last.socketError.isEmpty() ? QStringLiteral("the connection failed (%1)").arg(last.error)
+            (last.socketError.isEmpty() || last.socketError == QBuffer().errorString()))
+            return Text::tr("the connection ended before the answer came. Try again later.");
+        return Text::tr("%1. Check address and network.")
+            .arg(last.socketError.isEmpty() ? Text::tr("the connection failed (%1)").arg(last.error)
                                             : last.socketError);
     }
     return QString();

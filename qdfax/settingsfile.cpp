@@ -4,6 +4,7 @@
 #include "faxserver.h"
 #include "quendrastorage.h"
 #include "terminal.h"
+#include "text.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -37,14 +38,14 @@ const auto sideSuffix = QStringLiteral(".saving-"); // of the side file, before 
 QString xmlProblem(const QByteArray& bytes)
 {
     if (bytes.trimmed().isEmpty())
-        return QStringLiteral("it is empty");
+        return Text::tr("it is empty");
     QXmlStreamReader reader(bytes);
     int depth = 0;
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:
             if (++depth > deepestNesting)
-                return QStringLiteral("its elements are nested too deep");
+                return Text::tr("its elements are nested too deep");
             break;
         case QXmlStreamReader::EndElement:
             --depth;
@@ -55,7 +56,7 @@ QString xmlProblem(const QByteArray& bytes)
     }
     if (!reader.hasError())
         return QString();
-    return QStringLiteral("line %1: %2").arg(reader.lineNumber()).arg(reader.errorString());
+    return Text::tr("line %1: %2").arg(reader.lineNumber()).arg(reader.errorString());
 }
 
 /// A document whose root holds nothing but this entry, as a FaxManager reads it.
@@ -174,11 +175,11 @@ SettingsFile::State SettingsFile::load()
     if (!file.exists())
         return m_state = Missing;
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
-        m_detail = file.isOpen() || file.error() == QFileDevice::NoError ? QStringLiteral("it is not a file")
+        m_detail = file.isOpen() || file.error() == QFileDevice::NoError ? Text::tr("it is not a file")
                                                                          : file.errorString();
         return m_state = Unreadable;
     }
-    m_detail = file.size() > largestFile ? QStringLiteral("it is too large") : xmlProblem(file.readAll());
+    m_detail = file.size() > largestFile ? Text::tr("it is too large") : xmlProblem(file.readAll());
     file.close();
     if (!m_detail.isEmpty())
         return m_state = Damaged;
@@ -192,7 +193,7 @@ SettingsFile::State SettingsFile::load()
 bool SettingsFile::readStorage(const QDomElement& element, int)
 {
     if (element.tagName() != rootTag) {
-        m_detail = QStringLiteral("it is not a settings file");
+        m_detail = Text::tr("it is not a settings file");
         m_state = Damaged;
         return false;
     }
@@ -219,17 +220,16 @@ QString SettingsFile::problem() const
 {
     switch (m_state) {
     case Damaged:
-        return QStringLiteral(
+        return Text::tr(
                    "The settings file %1 is damaged (%2). Put a good copy in its place, or start anew with "
                    "\"qdfax server add\", which moves it aside.")
             .arg(QDir::toNativeSeparators(m_path), m_detail);
     case Newer:
-        return QStringLiteral(
-                   "The settings file %1 was written by a newer version of qdfax (format %2). Use that "
-                   "version, or move the file away.")
+        return Text::tr("The settings file %1 was written by a newer version of qdfax (format %2). Use that "
+                        "version, or move the file away.")
             .arg(QDir::toNativeSeparators(m_path), m_detail);
     case Unreadable:
-        return QStringLiteral("The settings file %1 cannot be read (%2). Check its permissions.")
+        return Text::tr("The settings file %1 cannot be read (%2). Check its permissions.")
             .arg(QDir::toNativeSeparators(m_path), m_detail);
     case Missing:
     case Good:
@@ -289,10 +289,10 @@ QString SettingsFile::choose(const QString& name, StoredServer* chosen)
         *chosen = list.at(index);
         return QString();
     }
-    return list.isEmpty() ? QStringLiteral("No fax server is configured. Add one: qdfax server add ADDRESS "
-                                           "--login LOGIN")
-                          : QStringLiteral("No configured server is called \"%1\". \"qdfax server list\" "
-                                           "shows them.")
+    return list.isEmpty() ? Text::tr("No fax server is configured. Add one: qdfax server add ADDRESS "
+                                     "--login LOGIN")
+                          : Text::tr("No configured server is called \"%1\". \"qdfax server list\" "
+                                     "shows them.")
                                 .arg(name);
 }
 
@@ -379,7 +379,7 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
     const QFileInfo info(m_path);
     const QString folder = QDir::toNativeSeparators(info.absolutePath());
     if (!QDir().mkpath(info.absolutePath()))
-        return QStringLiteral("The settings folder %1 cannot be made. Check permissions and free space.")
+        return Text::tr("The settings folder %1 cannot be made. Check permissions and free space.")
             .arg(folder);
 
     const Terminal::InterruptBlocker blocker;
@@ -389,11 +389,10 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
     lock.setStaleLockTime(lockTimeout / 2);
     if (!lock.tryLock(lockTimeout)) {
         return lock.error() == QLockFile::LockFailedError
-                   ? QStringLiteral("Another program holds the settings file %1. Try again later.")
+                   ? Text::tr("Another program holds the settings file %1. Try again later.")
                          .arg(QDir::toNativeSeparators(m_path))
-                   : QStringLiteral(
-                         "Nothing can be written to the settings folder %1. Check permissions and free "
-                         "space.")
+                   : Text::tr("Nothing can be written to the settings folder %1. Check permissions and free "
+                              "space.")
                          .arg(folder);
     }
     load();
@@ -407,8 +406,8 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
 
 QString SettingsFile::remark() const
 {
-    return m_wasBrokenOff ? QStringLiteral("An earlier change of the settings was broken off and is not in "
-                                           "them. \"qdfax server list\" shows what is.")
+    return m_wasBrokenOff ? Text::tr("An earlier change of the settings was broken off and is not in "
+                                     "them. \"qdfax server list\" shows what is.")
                           : QString();
 }
 
@@ -427,7 +426,7 @@ void SettingsFile::removeSideFiles()
 QString SettingsFile::save(QString* movedTo)
 {
     const auto failure = [this](const QString& why) {
-        return QStringLiteral("The settings could not be saved in %1: %2. The file is as it was.")
+        return Text::tr("The settings could not be saved in %1: %2. The file is as it was.")
             .arg(QDir::toNativeSeparators(m_path), why);
     };
     // QTemporaryFile lets nobody but the owner read it from the start
@@ -436,12 +435,12 @@ QString SettingsFile::save(QString* movedTo)
         return failure(side.errorString());
     side.close();
     if (!QuendraStorage(side.fileName()).Save(*this))
-        return failure(QStringLiteral("writing failed; is the disk full?"));
+        return failure(Text::tr("writing failed; is the disk full?"));
     SettingsFile written(side.fileName());
     if (written.load() != Good ||
         !sameContent(written.m_document.documentElement(), m_document.documentElement()) ||
         !flushToDisk(side.fileName()))
-        return failure(QStringLiteral("what was written does not read back"));
+        return failure(Text::tr("what was written does not read back"));
 
     QString aside;
     if (m_state == Damaged) {
@@ -451,12 +450,12 @@ QString SettingsFile::save(QString* movedTo)
         for (int n = 1; n < 100 && !QFile::rename(m_path, aside); ++n)
             aside = base + QLatin1Char('-') + QString::number(n);
         if (QFile::exists(m_path))
-            return failure(QStringLiteral("the damaged file cannot be moved aside"));
+            return failure(Text::tr("the damaged file cannot be moved aside"));
     }
     if (!replaceFile(side.fileName(), m_path)) {
         if (!aside.isEmpty())
             QFile::rename(aside, m_path);
-        return failure(QStringLiteral("the new file cannot be put in its place"));
+        return failure(Text::tr("the new file cannot be put in its place"));
     }
     if (movedTo)
         *movedTo = aside;
