@@ -1,5 +1,6 @@
-# What "cmake --install" puts where. Components: runtime (the shared library), development (headers, CMake package,
-# pkg-config file) and tools (qdfax and qdsim with their manuals and completion).
+# What "cmake --install" puts where. Components: runtime (the shared library, and its texts in other languages by
+# translations/CMakeLists.txt), development (headers, CMake package, pkg-config file) and tools (qdfax and qdsim with
+# their manuals and completion).
 
 include(CMakePackageConfigHelpers)
 

@@ -43,6 +43,8 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "client library for network fax serv
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qdfax)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION comm)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library} ${same_version}")
+# what Qt itself says, in the language that qdfax speaks
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "qttranslations5-l10n")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "command-line client for a network fax server
  Sends and follows faxes, reads logs, downloads documents and keeps contact
  books. With qdsim, a simulated server to try and to develop clients against.")

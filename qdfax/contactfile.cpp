@@ -454,8 +454,7 @@ bool ContactFile::knowsVcards()
 ContactFile ContactFile::readVcards(const QByteArray&)
 {
     ContactFile file;
-    file.problem =
-        QStringLiteral("this qdfax was built without vCards; use a table, a file that ends in .csv");
+    file.problem = Text::tr("this qdfax was built without vCards; use a table, a file that ends in .csv");
     return file;
 }
 

@@ -52,6 +52,17 @@ class TestQdfax : public QObject
         return program.finish();
     }
 
+    /// Runs of now on have these, like "LANG=de LC_ALL=C", of all variables that choose a language.
+    void speak(const char* variables)
+    {
+        for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG", "LANGUAGE"})
+            m_environment.remove(s(name));
+        const QStringList assignments = s(variables).split(QLatin1Char(' '));
+        for (const QString& assignment : assignments)
+            m_environment.insert(assignment.section(QLatin1Char('='), 0, 0),
+                                 assignment.section(QLatin1Char('='), 1));
+    }
+
     /// One line as a shell would split it; quotes keep blanks.
     Result run(const char* line) { return run(QProcess::splitCommand(s(line))); }
 
@@ -278,6 +289,46 @@ private Q_SLOTS:
             ++count;
         }
         QVERIFY(count >= 20);
+    }
+
+    void languageOfUser_data()
+    {
+        const Rows<bool> row("german");
+        row("LANG=de_DE.UTF-8", true);
+        row("LANG=de_AT", true);
+        row("LANG=en_US.UTF-8 LC_MESSAGES=de_DE.UTF-8", true);
+        row("LANG=de_DE.UTF-8 LC_ALL=C.UTF-8", false);
+        row("LANG=de_DE.UTF-8 LC_MESSAGES=C", false);
+        row("LANG=fr_FR.UTF-8", false); // there is no such translation
+        row("LANG=fr_FR.UTF-8 LANGUAGE=fr:de", true);
+        row("LANG=de_DE.UTF-8 LANGUAGE=en:de", false); // English is one of the languages that there are
+        row("LC_ALL=C.UTF-8 LANGUAGE=de", false);
+    }
+    void languageOfUser()
+    {
+        QFETCH(bool, german);
+        speak(QTest::currentDataTag());
+        const Result refused = run("queue");
+        QVERIFY2(
+            refused.err.contains(german ? "Kein Faxserver ist eingerichtet" : "No fax server is configured"),
+            refused.err);
+        // known before there is an application that could have translations
+        QVERIFY(run("help captures")
+                    .out.contains(german ? "\nOptionen aller Befehle:" : "\nOptions of every command:"));
+    }
+
+    void german()
+    {
+        addServer();
+        CHECK_RUN(run("send text.txt --to 555 --at 2099-01-01T12:00"), 0);
+        speak("LANG=de_DE.UTF-8");
+        const QByteArray queue = run("queue").out;
+        QVERIFY2(queue.startsWith("ZUSTAND") && queue.contains("wartend"), queue);
+        // what programs read has no language
+        QCOMPARE(run("queue --json").value(0, "state").toString(), s("pending"));
+        QVERIFY(m_sim->addFault(s("cut,path=/qdws/v1/about")));
+        const Result cut = run({s("server"), s("add"), m_sim->address(), s("--login"), s("mary")});
+        QVERIFY2(cut.err.contains("Lesen der Angaben zum Server bei "), cut.err);
     }
 
     void badServers_data()
