@@ -19,7 +19,8 @@ install(FILES ${widget_headers} DESTINATION ${QDCORE_INCLUDE_DIR} COMPONENT deve
 install(EXPORT qdcoreTargets
   NAMESPACE qdcore:: DESTINATION ${QDCORE_CMAKE_DIR} COMPONENT development)
 
-configure_package_config_file(cmake/qdcoreConfig.cmake.in qdcoreConfig.cmake INSTALL_DESTINATION ${QDCORE_CMAKE_DIR})
+configure_package_config_file(cmake/qdcoreConfig.cmake.in qdcoreConfig.cmake
+  INSTALL_DESTINATION ${QDCORE_CMAKE_DIR} PATH_VARS QDCORE_TRANSLATIONS_DIR)
 write_basic_package_version_file(qdcoreConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qdcoreConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/qdcoreConfigVersion.cmake
   DESTINATION ${QDCORE_CMAKE_DIR} COMPONENT development)

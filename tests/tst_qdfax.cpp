@@ -324,6 +324,11 @@ private Q_SLOTS:
         speak("LANG=de_DE.UTF-8");
         const QByteArray queue = run("queue").out;
         QVERIFY2(queue.startsWith("ZUSTAND") && queue.contains("wartend"), queue);
+        // the log too, whose texts are the library's
+        CHECK_RUN(run("queue --log-level 4"), 0);
+        const QDir logs(path("appdata/Quendra Client Software/Logs"));
+        QVERIFY(readFile(logs.filePath(logs.entryList(QDir::Files).value(0)))
+                    .contains("TaskGetFaxEntry-Anfrage:"));
         // what programs read has no language
         QCOMPARE(run("queue --json").value(0, "state").toString(), s("pending"));
         QVERIFY(m_sim->addFault(s("cut,path=/qdws/v1/about")));

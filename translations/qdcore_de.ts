@@ -11,7 +11,7 @@
     <message>
         <source>BaseScheduleOptions: Receipt is out of range!</source>
         <comment>Logger</comment>
-        <translation>BaseScheduleOptions: Empfangsbestätigung außerhalb des gültigen Bereichs!</translation>
+        <translation>BaseScheduleOptions: Bestätigung außerhalb des gültigen Bereichs!</translation>
     </message>
     <message>
         <source>BaseScheduleOptions: ReceipAttachment is out of range!</source>
