@@ -17,8 +17,11 @@
 #include "testkit.h"
 
 #include <QDomDocument>
+#include <QMetaEnum>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <algorithm>
 
 class TestTasks : public QObject
 {
@@ -137,6 +140,7 @@ class TestTasks : public QObject
     QTemporaryDir m_folder;
 
 private Q_SLOTS:
+    void everyTypeHasAnOperation();
     void operationEnds_data();
     void operationEnds();
     void content_data();
@@ -155,6 +159,18 @@ private Q_SLOTS:
     void userDocument();
     void entriesOfALog();
 };
+
+/// A new task meets the faults only if it has a row.
+void TestTasks::everyTypeHasAnOperation()
+{
+    const auto types = QMetaEnum::fromType<Task::Type>();
+    for (int i = 0; i < types.keyCount(); ++i) {
+        const bool isThere = std::any_of(
+            operations().begin(), operations().end(),
+            [value = types.value(i)](const Operation& operation) { return operation.type == value; });
+        QVERIFY2(isThere, types.key(i));
+    }
+}
 
 void TestTasks::operationEnds_data()
 {
