@@ -13,7 +13,8 @@
  * Removes from the store, in the background and in one transaction, the units of a book that its source no
  * longer has.
  *
- * Started by its creator; deletes itself when it has run. Its destructor waits for it, without limit.
+ * Owned and started by its creator, on whose thread it lives; only run() is on its own. Deletes itself
+ * when it has run. Its destructor waits for it, without limit.
  */
 class QDCORE_EXPORT ContactsDeleterThread : public QThread
 {

@@ -31,7 +31,7 @@ public:
 
     virtual ~Content();
 
-    /// Element "content_type": what is in the file. It is not looked at; the server converts by this.
+    /// Element "content_type": what is in the file. The file itself is not looked at.
     Type type() const { return m_type; }
     void setType(Type type) { m_type = type; }
 

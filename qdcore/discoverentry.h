@@ -5,7 +5,7 @@
 #include <QMetaType>
 #include <QString>
 
-/// A fax server's answer to Discover. Fields that the server left out are empty.
+/// A fax server's answer to Discover. A value; fields that the server left out are empty.
 struct QDCORE_EXPORT DiscoverEntry
 {
     QString inetAddr; ///< Reply property "inet_addr": the server's IP address as the server itself gives it.

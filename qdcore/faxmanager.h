@@ -43,8 +43,8 @@ public:
     /// The contact manager given to the constructor, not owned; null when there is none or it is gone.
     const QPointer<ContactManager>& conatctManager() const { return m_contactManager; }
 
-    /// Adds a server and starts its login; its contact books are synchronised after it. The first server
-    /// becomes the default. @p address may carry a port.
+    /// Adds a server and starts its login, FaxServer::verifyUser(); its contact books are synchronised after
+    /// it. The first server becomes the default. @p address may carry a port.
     QPointer<FaxServer> addServer(const QString& address, bool useSSL, const QString& login,
                                   const QString& password);
 
@@ -76,7 +76,8 @@ public:
     /// No signal.
     void clearUserServer() { m_userIndex = -1; }
 
-    /// Reads the user's record anew from every server whose last request succeeded.
+    /// Reads the user's record anew from every server whose last request succeeded; each ends with
+    /// FaxServer::changedFaxUser().
     void updateContacts();
 
     /// Adds the servers of the "server" children of @p element, starting their logins. Always true; a server

@@ -107,9 +107,9 @@ public:
     /// execute(). Null for a number that is no type.
     Task* addTask(Task::Type type);
 
-    /// Logs in, then reads identity and user record. lastStatus() becomes Unknown at once, without a signal.
-    /// With
-    /// @p syncContacts every contact book is synchronised after it.
+    /// Logs in, then reads identity and user record; ends with changedFaxUser(), or where it fails with
+    /// changedLastStatus(). lastStatus() becomes Unknown at once, without a signal. With @p syncContacts
+    /// every contact book is synchronised once the identity is there.
     void verifyUser(bool syncContacts);
 
     /// Reads the identity record; ends with changedQuendraInfo(). The argument is not used.
@@ -143,9 +143,9 @@ public:
 Q_SIGNALS:
     /// The identity record was read, changed or not.
     void changedQuendraInfo(const QuendraInfo& info);
-    /// The user's record was read, or set by setUser(). After a login this is the last signal.
+    /// The user's record was read, or set by setUser(). A login ends with it.
     void changedFaxUser(const FaxUser& user);
-    /// A request has ended otherwise than the one before. Comes after changedConnected().
+    /// lastStatus() is another now. Comes after changedConnected().
     void changedLastStatus(Task::Status status);
     /// What isConnected() returns was set, to another value or to the same.
     void changedConnected(bool connected);
@@ -159,7 +159,7 @@ Q_SIGNALS:
     void errorRetrievePrintersList();
 
 public Q_SLOTS:
-    /// Keeps the record, asks for the user's one, after a login of verifyUser() synchronises the contact
+    /// Keeps the record, asks for the user's one, after verifyUser(true) synchronises the contact
     /// books, and emits changedQuendraInfo().
     void slotFaxInfoReceived(const QuendraInfo& info);
     /// Keeps the record, but not the schedule options of a server of protocol version 1, which has none;

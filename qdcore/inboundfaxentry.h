@@ -66,11 +66,11 @@ public:
     /// Replaces all deliveries. Elements "delivered_to", of which the first is read.
     void setDeliveredTo(const DeliveredTo& deliveredTo) { m_deliveredTo = deliveredTo; }
 
-    /// The fax channel of the server that received it. Element "channel".
+    /// Element "channel".
     const QString& channel() const { return m_channel; }
     /// Element "modem".
     const QString& modem() const { return m_modem; }
-    /// The extension that was dialled. Element "extension".
+    /// Element "extension".
     const QString& extension() const { return m_extension; }
 
 private:

@@ -16,8 +16,9 @@ class OutlookItem;
  * Copies the contacts of an Outlook folder into the store, in the background and in one transaction: whoever
  * reads the store meanwhile sees what was there before.
  *
- * Started by its provider; deletes itself when it has run. Its destructor waits for it, without limit. Once
- * interrupted it leaves no contacts of the folder.
+ * Owned and started by its provider, on whose thread it lives; only run() is on its own. Deletes itself when
+ * it has run. Its destructor waits for it, without limit. Once interrupted it leaves no contacts of the
+ * folder.
  */
 class QDCORE_EXPORT OutlookContactProviderDisassembleThread : public QThread
 {

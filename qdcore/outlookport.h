@@ -6,14 +6,10 @@
 #include <QSharedPointer>
 #include <QString>
 
-// What the library uses of Microsoft Outlook, in plain types. The classes bear the names of Outlook's own
-// objects and have of their members those that are used.
-//
-// Objects belong to the thread that asked for them and have to be gone before its OutlookAccess. A null
-// pointer is an object that Outlook does not give: it has vanished, or Outlook cannot be reached any more. A
-// text that cannot be read is null, a number -1.
+// What the library uses of Microsoft Outlook, in plain types: see OutlookPort. The classes bear the names of
+// Outlook's own objects and have of their members those that are used.
 
-/// Something in a folder: a contact, a mail, a distribution list.
+/// Something in a folder: a contact, a mail, a distribution list. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookItem
 {
 public:
@@ -35,7 +31,7 @@ public:
     virtual QDateTime lastModificationTime() const = 0;
 };
 
-/// What is in a folder.
+/// What is in a folder. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookItems
 {
 public:
@@ -48,7 +44,7 @@ public:
 
 class OutlookFolders;
 
-/// A folder of a message store.
+/// A folder of a message store. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookFolder
 {
 public:
@@ -69,7 +65,7 @@ public:
     virtual QSharedPointer<OutlookItems> items() const = 0;
 };
 
-/// The folders in a folder, or the top-level ones.
+/// The folders in a folder, or the top-level ones. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookFolders
 {
 public:
@@ -80,7 +76,7 @@ public:
     virtual QSharedPointer<OutlookFolder> item(int number) const = 0;
 };
 
-/// Outlook's NameSpace.
+/// Outlook's NameSpace. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookSession
 {
 public:
@@ -100,7 +96,7 @@ public:
     virtual QSharedPointer<OutlookFolders> folders() const = 0;
 };
 
-/// Outlook itself.
+/// Outlook itself. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookApplication
 {
 public:
@@ -114,6 +110,10 @@ public:
  *
  * The library uses it through OutlookAccess alone. Its functions are called on every thread that uses
  * Outlook.
+ *
+ * Objects that it leads to belong to the thread that asked for them, are shared by whoever holds them, and
+ * have to be gone before that thread's OutlookAccess. A null pointer is an object that Outlook does not give:
+ * it has vanished, or Outlook cannot be reached any more. A text that cannot be read is null, a number -1.
  */
 class QDCORE_EXPORT OutlookPort
 {

@@ -12,7 +12,8 @@
 /**
  * Stores the units of a book as a fax server sent them, in the background and in one transaction.
  *
- * Started by its provider; deletes itself when it has run. Its destructor waits for it, without limit.
+ * Owned and started by its provider, on whose thread it lives; only run() is on its own. Deletes itself when
+ * it has run. Its destructor waits for it, without limit.
  */
 class QDCORE_EXPORT QuendraContactProviderDisassembleThread : public QThread
 {
