@@ -44,7 +44,7 @@ check "fuzzers" "$scripts/fuzz.sh" $fuzzing
 check "soak" "$scripts/soak.sh" $minutes
 check "kills" env QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 QDCORE_ROUNDS=$kills "$root/build/release/bin/tst_survival"
 [ -z "$long" ] ||
-  check "locked for a minute" env QT_QPA_PLATFORM=offscreen QDCORE_LOCK_SECONDS=60 "$root/build/release/bin/tst_contactstore" lockedForLong
+  check "locked for a minute" env QT_QPA_PLATFORM=offscreen QDCORE_LOCK_SECONDS=60 "$root/build/release/bin/tst_storesharing" lockedForLong
 
 say "Result"
 printf '%-28s %-7s %6s\n' POINT RESULT SECONDS

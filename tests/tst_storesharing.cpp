@@ -1,0 +1,537 @@
+#include "contactsdeleterthread.h"
+#include "quendracontact.h"
+#include "quendracontactproviderdisassemblethread.h"
+#include "smalldisk.h"
+#include "storekit.h"
+
+#include <QRandomGenerator>
+#include <QThread>
+#include <QtTest>
+
+#include <functional>
+#include <future>
+#include <thread>
+
+namespace {
+
+/// A thread of Qt's, for its object: the store tells threads apart by the addresses of these.
+class Worker : public QThread
+{
+public:
+    explicit Worker(std::function<void()> work)
+        : m_work(std::move(work))
+    {}
+    /// Runs the work, and comes back when it is done; by a promise, since ThreadSanitizer does not see Qt's
+    /// own wait.
+    void complete()
+    {
+        start();
+        m_done.get_future().wait();
+        wait();
+    }
+
+protected:
+    void run() override
+    {
+        m_work();
+        m_done.set_value();
+    }
+
+private:
+    std::function<void()> m_work;
+    std::promise<void> m_done;
+};
+
+} // namespace
+
+/// The contact cache shared with threads and other programs, its brackets, and files that refuse to be
+/// written.
+class StoreSharingTest : public StoreTest
+{
+    Q_OBJECT
+
+    /// Runs a statement on the store's own connection of this thread, the only one that is open.
+    static bool onTheStores(const char* text)
+    {
+        return QSqlQuery(QSqlDatabase::database(QSqlDatabase::connectionNames().constFirst())).exec(s(text));
+    }
+    /// To where nothing can be written; whatever comes through shows.
+    void writeInEveryWay()
+    {
+        m_store->updateContactInfo(1, 2, none, none, none, none, none, none);
+        m_store->linkContactAndGroup(1, 1);
+        m_store->unlinkGroup(1);
+        m_store->addProperty(1, key(1), none);
+        m_store->deleteContactsIfNotInUIDS(account, anyType, anywhere, {QString()});
+        m_store->deleteContact(1);
+        m_store->deleteSource(account);
+    }
+    void inAThread(const std::function<void()>& work)
+    {
+        std::thread([&] {
+            work();
+            m_store->freeStorageForThread();
+        }).join();
+    }
+
+private Q_SLOTS:
+    void init() { newStore(); }
+    void cleanup() { closeStore(); }
+
+    void bracketChangesNothing_data()
+    {
+        const Rows<quint32> row("seed");
+        for (quint32 seed = 1; seed <= 5; ++seed)
+            row(qPrintable(QString::number(seed)), seed);
+    }
+    void bracketChangesNothing()
+    {
+        // The same random operations by themselves and in brackets: what a bracket remembers and keeps back
+        // may show neither in the results nor in the file.
+        QFETCH(quint32, seed);
+        const auto run = [&](bool brackets) {
+            newStore();
+            QRandomGenerator random(seed);
+            const auto number = [&random](int limit) { return quint32(random.bounded(limit)); };
+            QList<quint32> results;
+            int inBracket = 0;
+            for (quint32 i = 0; i < 700; ++i) {
+                if (brackets && inBracket == 0)
+                    m_store->scopeBegin();
+                const quint32 id = 1 + number(90);
+                const quint32 other = 1 + number(90);
+                const auto type = static_cast<Store::ContactType>(1 + number(2));
+                const auto location = static_cast<Store::ContactLocation>(1 + number(2));
+                const QString uid = QString::number(number(120));
+                const quint32 what = number(100);
+                if (what < 45)
+                    results += add(uid, QString::number(i), type, location, account, number(3) * i);
+                else if (what < 65)
+                    m_store->linkContactAndGroup(id, other);
+                else if (what < 70)
+                    m_store->unlinkContactAndGroup(number(2) ? id : 0, number(2) ? other : 0);
+                else if (what < 75)
+                    m_store->updateContactInfo(id, number(2), uid, uid, uid, uid, uid, uid);
+                else if (what < 79)
+                    m_store->deleteContact(id);
+                else if (what < 82)
+                    m_store->deleteContact(account, type, location, uid);
+                else if (what < 83)
+                    m_store->deleteContactsIfNotInUIDS(account, type, location, {uid, s("5")});
+                else if (what < 86)
+                    m_store->addProperty(id, key(1), uid);
+                else if (what < 90)
+                    results += m_store->getContact(account, type, location, uid);
+                else if (what < 93)
+                    results += m_store->getContactLastTimeStamp(account, type, location);
+                else if (what < 96)
+                    results += m_store->quickSearch(uid, 0, 0, 0).keys();
+                else
+                    results += m_store->getContactList(account, type, anywhere, id, 0, 0);
+                inBracket = (inBracket + 1) % 140;
+                if (brackets && inBracket == 0)
+                    m_store->scopeEnd();
+            }
+            return spelled(results) + QLatin1Char('\n') + everything();
+        };
+        const QString plain = run(false);
+        QVERIFY(raw("SELECT id FROM contacts").count(QLatin1Char(' ')) > 50);
+        QCOMPARE(run(true), plain);
+    }
+
+    void bracketFindsTheFirst()
+    {
+        // Rows that another program left: several with one uid, one without any.
+        QCOMPARE(raw("INSERT INTO contacts(uid, type, location, source) VALUES(NULL, 1, 2, 1), "
+                     "('7', 1, 2, 1), ('7', 1, 2, 1)"),
+                 QString());
+        m_store->scopeBegin();
+        QCOMPARE(add(7), 2U);
+        QCOMPARE(find(none), 0U);
+        m_store->deleteContact(2);
+        QCOMPARE(add(7), 3U);
+        // The database takes a byte order mark off.
+        const quint32 marked = add(QChar(0xFEFF) + s("8"));
+        QCOMPARE(add(8), marked);
+        m_store->scopeEnd();
+    }
+
+    void nestedBrackets()
+    {
+        m_store->scopeEnd(); // of nothing
+        QVERIFY(m_store->scopeBegin());
+        QVERIFY(m_store->scopeBegin());
+        add(1);
+        m_store->scopeEnd();
+        QCOMPARE(uids(), QString());
+        add(2);
+        m_store->scopeEnd();
+        QCOMPARE(uids(), s("1 2"));
+        for (const char* line : {"Transaction mutex locked", "Transaction commit started",
+                                 "Transaction commit finished", "Transaction mutex unlocked"})
+            QCOMPARE(logged(line), 2);
+        QCOMPARE(logged("[ERROR"), 0);
+
+        // A thread that gives up its connection in the middle takes back what it wrote, and leaves no lock.
+        m_store->scopeBegin();
+        add(3);
+        m_store->freeStorageForThread();
+        m_store->scopeEnd();
+        inAThread([this] { add(4); });
+        QCOMPARE(uids(), s("1 2 4"));
+    }
+
+    void largeBracket()
+    {
+        // Readers see the state before it, writers wait for its end.
+        const int size = 20000;
+        qint64 adding = 0;
+        qint64 deleting = 0;
+        std::promise<void> begun;
+        std::promise<void> goOn;
+        std::thread worker([&] {
+            m_store->scopeBegin();
+            QElapsedTimer timer;
+            timer.start();
+            for (int i = 1; i <= size; ++i)
+                add(i, QString(100, QLatin1Char('x')));
+            adding = timer.restart();
+            for (int i = 2; i <= 201; ++i)
+                m_store->deleteContact(account, people, personal, QString::number(i));
+            deleting = timer.elapsed();
+            begun.set_value();
+            goOn.get_future().wait();
+            m_store->scopeEnd();
+            m_store->freeStorageForThread();
+        });
+        begun.get_future().wait();
+        const int foundWithin = m_store->quickSearch(none, 0, 0, 0).size() + int(find(s("1")));
+        auto deleted = std::async(std::launch::async, [&] {
+            m_store->deleteContact(account, people, personal, s("1"));
+            m_store->freeStorageForThread();
+        });
+        const auto wait = deleted.wait_for(std::chrono::milliseconds(50));
+        goOn.set_value();
+        worker.join();
+        deleted.wait();
+        QCOMPARE(foundWithin, 0);
+        QVERIFY(wait == std::future_status::timeout);
+        QCOMPARE(m_store->quickSearch(none, 0, 0, 0).size(), size - 201);
+        // What the bracket knows of the others stays known when one goes.
+        QVERIFY2(deleting < adding, qPrintable(s("%1 ms, adding took %2").arg(deleting).arg(adding)));
+    }
+
+    void failedWrite_data()
+    {
+        const Rows<QString> row("refused");
+        row("contact, the last one", "INSERT ON contacts WHEN NEW.uid='last'");
+        row("contact among others", "INSERT ON contacts WHEN NEW.uid='400'");
+        row("first contact", "INSERT ON contacts WHEN NEW.uid='301'");
+        row("change", "UPDATE ON contacts WHEN OLD.uid='150'");
+        row("membership", "INSERT ON groups");
+        row("membership's end", "DELETE ON groups WHEN OLD.contact=2");
+        row("property", "INSERT ON properties");
+        row("property's end", "DELETE ON properties WHEN OLD.type=2");
+        row("deletion", "DELETE ON contacts WHEN OLD.uid='7'");
+        row("deletion of few", "DELETE ON contacts WHEN OLD.uid='few'");
+        row("deletion of many", "DELETE ON contacts WHEN OLD.uid='many'");
+        row("source", "INSERT ON sources");
+        row("no more pages", "");
+        row("full disk", "");
+    }
+    void failedWrite()
+    {
+        // Whatever fails in a bracket, and however SQLite goes on, the book is stored whole or not at all.
+        QFETCH(QString, refused);
+        std::optional<SmallDisk> disk;
+        if (qstrcmp(QTest::currentDataTag(), "full disk") == 0) {
+            m_store.reset();
+            disk.emplace(QFileInfo(storeFile()).path());
+            if (!disk->works())
+                QSKIP("Only root may mount a small disk.");
+            openStore();
+        }
+        const quint32 group = add(s("g"), none, groups);
+        m_store->scopeBegin();
+        for (int i = 1; i <= 300; ++i)
+            add(i, QString(1000, QLatin1Char('o')));
+        for (int i = 1; i <= 40; ++i)
+            add(i == 40 ? s("many") : QString::number(i), none, groups, global);
+        add(s("few"), none, people, global);
+        m_store->linkContactAndGroup(2, group);
+        m_store->addProperty(2, key(2), none);
+        m_store->scopeEnd();
+        const QString before = everything();
+
+        // Returns the id of the last contact and whether the bracket inside still ran.
+        const auto storeBook = [&] {
+            m_store->scopeBegin();
+            for (int i = 1; i <= 600; ++i) {
+                const QString name(1000, QLatin1Char('n'));
+                m_store->linkContactAndGroup(add(QString::number(i), name, people, personal, account, 2),
+                                             group);
+            }
+            m_store->unlinkContact(2);
+            m_store->addProperty(3, key(3), none);
+            m_store->deleteProperty(2, key(2));
+            m_store->addSource(s("another"), Store::SourceOutlook);
+            m_store->deleteContact(account, people, personal, s("7"));
+            m_store->deleteContactList(account, people, global);
+            m_store->deleteContactList(account, groups, global);
+            const bool inner = m_store->scopeBegin();
+            const quint32 last = add(s("last"));
+            m_store->scopeEnd();
+            m_store->linkContactAndGroup(group, group);
+            m_store->scopeEnd();
+            return qMakePair(last, inner);
+        };
+        if (!refused.isEmpty())
+            QCOMPARE(raw(s("CREATE TRIGGER refuse BEFORE %1 BEGIN SELECT RAISE(ABORT, 'refused'); END")
+                             .arg(refused)),
+                     QString());
+        else
+            QVERIFY(disk ? disk->fill(100 * 1024) : onTheStores("PRAGMA max_page_count=180"));
+        const bool atTheEnd = refused.endsWith(s("'last'"));
+        QCOMPARE(storeBook(), qMakePair(atTheEnd ? 643U : 0U, atTheEnd));
+        QCOMPARE(everything(), before);
+        QVERIFY(logged("Error to add contact (db insert)") > 0);
+
+        // The next one repairs it.
+        QCOMPARE(raw("DROP TRIGGER IF EXISTS refuse"), QString());
+        QVERIFY(onTheStores("PRAGMA max_page_count=1073741823"));
+        if (disk)
+            QVERIFY(QFile::remove(disk->ballast()));
+        QVERIFY(storeBook().second);
+        QCOMPARE(raw("SELECT count(*), sum(timestamp), max(id) FROM contacts"), s("601|1200|643"));
+        QCOMPARE(raw("SELECT count(*) FROM groups"), s("599"));
+        QCOMPARE(raw("SELECT * FROM properties"), s("3|3|"));
+        m_store.reset();
+    }
+
+    void bracketThatCannotBegin()
+    {
+        // Another program has the file: the bracket says so, and its end is still due.
+        const quint32 known = add(s("1"), s("old"));
+        const QString before = everything();
+        QVERIFY(onTheStores("PRAGMA busy_timeout=100"));
+        {
+            const OtherProgram other(s("BEGIN EXCLUSIVE"));
+            QVERIFY(other.works());
+            QVERIFY(!m_store->scopeBegin());
+        }
+        // What would be written now would be part of a book.
+        QVERIFY(!m_store->scopeBegin());
+        QCOMPARE(add(s("1"), s("new")) + add(2), 0U);
+        QCOMPARE(logged("Error to add contact (db insert)"), 2);
+        writeInEveryWay();
+        QCOMPARE(everything(), before);
+        QCOMPARE(find(s("1")), known);
+        m_store->scopeEnd();
+        m_store->scopeEnd();
+        inAThread([this] {
+            m_store->scopeBegin();
+            add(2);
+            m_store->scopeEnd();
+        });
+        QCOMPARE(uids(), s("1 2"));
+    }
+
+    void bracketThatCannotCommit()
+    {
+        // Another program reads all the time: the end of the bracket takes everything back, and leaves
+        // neither a transaction nor the mutex.
+        add(1);
+        add(2);
+        QVERIFY(onTheStores("PRAGMA busy_timeout=100"));
+        {
+            OtherProgram reader(s("SELECT uid FROM contacts"));
+            QVERIFY(reader.next());
+            QVERIFY(m_store->scopeBegin());
+            QCOMPARE(add(3), 3U);
+            QCOMPARE(logged("[ERROR"), 0);
+            m_store->scopeEnd();
+            QCOMPARE(logged("Error to add contact (db insert)"), 1);
+            QVERIFY(m_store->scopeBegin());
+            m_store->scopeEnd();
+        }
+        inAThread([this] { add(4); });
+        QCOMPARE(uids(), s("1 2 4"));
+    }
+
+    void lockedForLong()
+    {
+        // Another program has the file for longer than SQLite's patience, which is 5 s (or for as long as
+        // QDCORE_LOCK_SECONDS says): a worker waits once and not for each contact, leaves the book as it
+        // was, and says that it is done. The next one stores it all.
+        qRegisterMetaType<ContactList::Type>();
+        for (const int uid : {1, 2, 9})
+            add(uid, s("old"));
+        const QString before = everything();
+        ContactList book;
+        book.setContactsType(ContactList::PersonalContacts);
+        const QStringList ids{s("1"), s("2"), s("3"), s("4")};
+        for (const QString& id : ids) {
+            QuendraContact contact;
+            contact.setUrl(QUrl(s("https://fax/user/contacts/") + id));
+            contact.setName(s("new"));
+            book.addContact(contact);
+        }
+        const QPointer<Store> storage(m_store.get());
+        const auto synchronise = [&] {
+            auto* const deleter = new ContactsDeleterThread(storage, account, people, personal, ids, nullptr);
+            auto* const writer = new QuendraContactProviderDisassembleThread(storage, account, nullptr);
+            writer->setContacts(book, 7);
+            QSignalSpy deleted(deleter, &ContactsDeleterThread::doneContactsDeletion);
+            QSignalSpy stored(writer,
+                              &QuendraContactProviderDisassembleThread::doneDisassembleContactFromThread);
+            QPointer<QThread> threads[] = {deleter, writer};
+            deleter->start();
+            writer->start();
+            const bool done = spinUntil([&] { return deleted.count() && stored.count(); }, 18);
+            return spinUntil([&] { return !threads[0] && !threads[1]; }, 60) && done;
+        };
+        {
+            const OtherProgram other(s("BEGIN IMMEDIATE"));
+            QVERIFY(other.works());
+            const QDeadlineTimer longest(1000 * qEnvironmentVariableIntValue("QDCORE_LOCK_SECONDS"));
+            do {
+                QVERIFY(synchronise());
+                QCOMPARE(everything(), before);
+            } while (!longest.hasExpired());
+        }
+        QVERIFY(synchronise());
+        QCOMPARE(raw("SELECT uid, name, timestamp FROM contacts ORDER BY uid"),
+                 s("1|new|7 2|new|7 3|new|7 4|new|7"));
+    }
+
+    void manyThatCannotBeCounted()
+    {
+        // Another program lets go of the file after the counting was given up. Taken for few, the rows would
+        // go one by one; the schema's version tells that they did not.
+        for (int i = 1; i <= 40; ++i)
+            add(i);
+        const QString version = raw("PRAGMA schema_version");
+        QVERIFY(onTheStores("PRAGMA busy_timeout=1000"));
+        std::promise<void> locked;
+        std::promise<void> never;
+        std::thread program([&] {
+            const OtherProgram other(s("BEGIN EXCLUSIVE"));
+            locked.set_value();
+            never.get_future().wait_for(std::chrono::milliseconds(1200));
+        });
+        locked.get_future().wait();
+        m_store->deleteContactList(account, anyType, anywhere);
+        program.join();
+        QCOMPARE(uids(), QString());
+        QVERIFY(raw("PRAGMA schema_version") != version);
+    }
+
+    void manyThreadsInTurn_data()
+    {
+        const Rows<bool> row("frees");
+        row("each frees its connection", true);
+        row("none does", false);
+    }
+    void manyThreadsInTurn()
+    {
+        // All thread objects stand at one address, so all connections bear one name.
+        QFETCH(bool, frees);
+        std::optional<Worker> worker;
+        for (int i = 1; i <= 300; ++i) {
+            worker.emplace([&, i] {
+                if (m_store->scopeBegin())
+                    add(i);
+                m_store->scopeEnd();
+                if (frees)
+                    m_store->freeStorageForThread();
+            });
+            worker->complete();
+        }
+        QCOMPARE(raw("SELECT count(*) FROM contacts"), s("300"));
+        if (frees)
+            QCOMPARE(QSqlDatabase::connectionNames().size(), 1);
+        QCOMPARE(logged("[ERROR"), 0);
+    }
+
+    void eightThreadsAtOnce()
+    {
+        std::vector<std::thread> workers;
+        for (int t = 0; t < 8; ++t) {
+            workers.emplace_back([this, t] {
+                const quint32 source = m_store->addSource(QString::number(t), Store::SourceQuendra);
+                for (int part = 0; part < 4; ++part) {
+                    m_store->scopeBegin();
+                    for (int i = 0; i < 100; ++i)
+                        add(QString::number(part * 100 + i), none, people, personal, source);
+                    m_store->scopeEnd();
+                    add(QString::number(1000 + part), none, groups, personal, source);
+                    m_store->quickSearch(s("x"), 10, 0, 0);
+                }
+                m_store->deleteContactList(source, people, anywhere);
+                m_store->freeStorageForThread();
+            });
+        }
+        for (std::thread& worker : workers)
+            worker.join();
+        QCOMPARE(raw("SELECT count(*), count(DISTINCT source) FROM contacts"), s("32|8"));
+        QCOMPARE(raw("SELECT count(*) FROM sqlite_master WHERE type='trigger'"), s("2"));
+        QCOMPARE(logged("[ERROR"), 0);
+    }
+
+    void badFiles_data()
+    {
+        const Rows<QString> row("message");
+        row("no database", "Error creating database");
+        row("a folder in its place", "Error opening database");
+        row("folder cannot be made", "Error creating path ");
+        row("read-only", "");
+    }
+    void badFiles()
+    {
+        QFETCH(QString, message);
+        const QString what = s(QTest::currentDataTag());
+        add(s("1"), s("n"));
+        m_store.reset();
+        std::optional<SmallDisk> disk;
+        const QString file = storeFile();
+        const bool readable = what == s("read-only");
+        if (readable) {
+            QVERIFY(QFile::setPermissions(file, QFile::ReadOwner));
+            if (QFile(file).open(QIODevice::ReadWrite)) { // root may write everything
+                disk.emplace(QFileInfo(file).path(), true);
+                if (!disk->works())
+                    QSKIP("This user may write everything, and mount nothing.");
+            }
+        } else {
+            QVERIFY(QFile::remove(file));
+        }
+        if (what == s("no database")) {
+            writeFile(file, QByteArray(5000, 'x'));
+        } else if (what == s("a folder in its place")) {
+            QVERIFY(QDir().mkpath(file));
+        } else if (what == s("folder cannot be made")) {
+            const QString blocker = m_dir->filePath(s("blocker"));
+            writeFile(blocker, "");
+            qputenv("APPDATA", blocker.toLocal8Bit());
+        }
+
+        m_store = std::make_unique<Store>();
+        QVERIFY(m_log->text().contains(message));
+        QCOMPARE(m_store->scopeBegin(), readable); // SQLite begins a transaction that can only read.
+        QCOMPARE(add(2), 0U);
+        m_store->scopeEnd();
+        QCOMPARE(logged("Error to add contact (db insert)"), 1);
+        QCOMPARE(m_store->addSource(s("new"), Store::SourceQuendra), 0U);
+        QCOMPARE(logged("Error to add source (db insert)"), 1);
+        writeInEveryWay();
+        QCOMPARE(m_store->quickSearch(none, 0, 0, 0).size(), readable ? 1 : 0);
+        QCOMPARE(units(anyType, anywhere).contacts().size(), readable ? 1 : 0);
+        QCOMPARE(m_store->getContactLastTimeStamp(1, anyType, anywhere), readable ? 1U : 0U);
+        QString value = s("kept");
+        QVERIFY(!m_store->getPropertyInfo(1, key(1), value));
+        QCOMPARE(value, s("kept"));
+        m_store.reset();
+    }
+};
+QTEST_GUILESS_MAIN(StoreSharingTest)
+#include "tst_storesharing.moc"
