@@ -3,9 +3,11 @@
 // What tests of windows of captured print jobs need.
 
 #include "actionbaritemdelegate.h"
+#include "datetimeconverter.h"
 #include "printcapturebase.h"
 #include "printcapturemodelbase.h"
 #include "shorthand.h"
+#include "testkit.h"
 
 #include <QApplication>
 #include <QDir>
@@ -14,8 +16,62 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTableView>
+#include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 #include <QTimer>
+
+#include <memory>
+
+/// Words, with blanks between.
+inline QStringList list(const char* names)
+{
+    return s(names).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+/// What tests of captured print jobs have in common: their folder, and what is in it.
+class CaptureTest : public QObject
+{
+protected:
+    static QString folder() { return PrintCaptureModelBase::folder(); }
+    static QString path(const QString& name) { return folder() + QLatin1Char('/') + name; }
+    static QString path(const char* name) { return path(s(name)); }
+    static QStringList names() { return QDir(folder()).entryList(QDir::Files, QDir::Name); }
+    static void add(const QStringList& names)
+    {
+        for (const QString& name : names)
+            writeFile(path(name), "%PDF-1.4\n");
+    }
+    static void add(const char* names) { add(list(names)); }
+    /// When a document was made, as the model has it.
+    static QDateTime created(const char* name)
+    {
+        const QFileInfo info(path(name));
+        return info.birthTime().isValid() ? info.birthTime() : info.lastModified();
+    }
+
+    /// An empty folder and an empty log, for the next test.
+    void newFolder()
+    {
+        m_appData = std::make_unique<QTemporaryDir>();
+        qputenv("APPDATA", m_appData->path().toUtf8());
+        QVERIFY(QDir().mkpath(folder()));
+        QCOMPARE(folder(), m_appData->filePath(s("Quendra Client Software/Print Captures")));
+        m_log = std::make_unique<TestLog>();
+        m_converter = std::make_unique<DateTimeConverter>();
+    }
+    /// Waits for what is still being deleted.
+    void leaveFolder()
+    {
+        QThreadPool::globalInstance()->waitForDone();
+        QCoreApplication::processEvents();
+        m_log.reset();
+    }
+
+    std::unique_ptr<QTemporaryDir> m_appData;
+    std::unique_ptr<TestLog> m_log;
+    std::unique_ptr<DateTimeConverter> m_converter;
+};
 
 /// Answers the next message box with the mouse, as a user would, and remembers what it said.
 class BoxAnswer : public QObject

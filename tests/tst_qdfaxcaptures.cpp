@@ -5,10 +5,9 @@
 #include "capturemodel.h"
 #include "capturewindow.h"
 #include "command.h"
-#include "datetimeconverter.h"
 #include "faxdialog.h"
 #include "folderwatch.h"
-#include "simserver.h"
+#include "simwire.h"
 
 #include <QBuffer>
 #include <QJsonArray>
@@ -21,7 +20,6 @@
 #include <QProcess>
 #include <QScrollBar>
 #include <QSettings>
-#include <QTemporaryDir>
 
 #include <functional>
 
@@ -87,34 +85,30 @@ private:
     QTimer m_patience;
 };
 
+/// The window over what the folder holds.
+struct Shown
+{
+    Shown()
+    {
+        model.slotUpdate();
+        window = new CaptureWindow(model, converter, settings);
+        window->show();
+    }
+    ~Shown() { delete window; }
+    Q_DISABLE_COPY(Shown)
+
+    const DateTimeConverter converter;
+    QSettings settings{qEnvironmentVariable("APPDATA") + s("/test.ini"), QSettings::IniFormat};
+    CaptureModel model{converter, true};
+    QPointer<CaptureWindow> window;
+};
+
 } // namespace
 
-class TestQdfaxCaptures : public QObject
+class TestQdfaxCaptures : public CaptureTest
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void counting();
-    void companions();
-    void folderThatComesAndGoes();
-    void fileThatIsBeingWritten();
-    void filesThatCannotBeWatched();
-    void windowFollowsTheFolder();
-    void refreshKeepsThePlace();
-    void refreshLosesNoClick();
-    void deleteTenThousand();
-    void commands();
-    void commandsThatFail_data();
-    void commandsThatFail();
-    void watching();
-    void changeWhileReading();
-    void newFax();
-    void newFaxThatFails();
-
-private:
-    QString path(const char* name) const { return CaptureModel::folder() + QLatin1Char('/') + s(name); }
     static void start(QProcess& program, const char* line)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -124,7 +118,16 @@ private:
         program.start(s(QDFAX_PROGRAM), QProcess::splitCommand(s(line)));
     }
     /// Runs the program without a display; the output is @p out.
-    int run(const char* line, QByteArray* out = nullptr);
+    int run(const char* line, QByteArray* out = nullptr)
+    {
+        QProcess program;
+        start(program, line);
+        if (!program.waitForFinished())
+            return -1;
+        if (out)
+            *out = program.readAllStandardOutput();
+        return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
+    }
     static bool clickAction(int row, int action)
     {
         const auto* window = visible<CaptureWindow>();
@@ -149,464 +152,439 @@ private:
     /// The last step of a user.
     static bool closeWindow() { return visible<CaptureWindow>() && visible<CaptureWindow>()->close(); }
 
-    QTemporaryDir m_appData;
-};
-
-void TestQdfaxCaptures::initTestCase()
-{
-    qputenv("APPDATA", m_appData.path().toUtf8()); // before anything asks for it
-    qputenv("QDFAX_PASSWORD", "secret");
-}
-
-void TestQdfaxCaptures::init()
-{
-    QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
-    QVERIFY(QDir().mkpath(CaptureModel::folder()));
-}
-
-int TestQdfaxCaptures::run(const char* line, QByteArray* out)
-{
-    QProcess program;
-    start(program, line);
-    if (!program.waitForFinished())
-        return -1;
-    if (out)
-        *out = program.readAllStandardOutput();
-    return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -2;
-}
-
-void TestQdfaxCaptures::counting()
-{
-#ifndef QDFAX_WITH_POPPLER
-    QSKIP("This build has no reader of PDFs");
-#endif
-    writeFile(path("a 12.pdf"), pdf(12));
-    writeFile(path("b none.pdf"), "nothing of the kind");
-    writeFile(path("c cut.pdf"), pdf(3).left(200));
-    writeFile(path("d empty.pdf"), "");
-    QVERIFY(QDir().mkpath(path("e folder.pdf")));
-    writeFile(path("f 1.pdf"), pdf(1));
-    writeFile(path("g locked.pdf"), lockedPdf());
-    const DateTimeConverter converter;
-    CaptureModel model(converter, true);
-    model.slotUpdate();
-    QVector<int> pages;
-    for (const auto& document : model.countedDocuments())
-        pages.append(document.pages);
-    QCOMPARE(pages, (QVector<int>{12, 0, 0, 0, 0, 1, 0}));
-
-    // known counts stay over a refresh, and a document that was replaced is counted again
-    model.slotUpdate();
-    QCOMPARE(model.index(0, 1).data().toInt(), 12);
-    writeFile(path("f 1.pdf"), pdf(4));
-    model.slotUpdate();
-    QCOMPARE(model.countedDocuments().at(5).pages, 4);
-
-    for (int i = 0; i < 20; ++i) // refreshes and the end come at any time
-        writeFile(path("x%1.pdf").arg(i), pdf(2));
-    CaptureModel hasty(converter, true);
-    hasty.slotUpdate();
-    QFile::remove(path("x1.pdf"));
-    hasty.slotUpdate();
-    QCOMPARE(hasty.countedDocuments().size(), 26);
-    CaptureModel gone(converter, true);
-    gone.slotUpdate();
-}
-
-void TestQdfaxCaptures::companions()
-{
-    for (const char* name : {"a.pdf", "b.pdf", "b.TIF", "c.pdf", "d.pdf", "d.TIF"})
-        writeFile(path(name), "x");
-    QVERIFY(QDir().mkpath(path("c.TIF")));
-    QFile older(path("d.TIF"));
-    QVERIFY(older.open(QIODevice::ReadWrite));
-    QVERIFY(older.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
-    const DateTimeConverter converter;
-    CaptureModel model(converter, true);
-    const auto texts = [&] {
-        model.slotUpdate();
-        QStringList texts;
-        for (int row = 0; row < 4; ++row)
-            texts.append(model.index(row, 1).data(Qt::ToolTipRole).toString());
-        return texts;
-    };
-    QCOMPARE(texts(), (QStringList{QString(), s("TIFF, 1 B"), s("TIFF that cannot be read"),
-                                   s("TIFF, 1 B, older than the document")}));
-    QCOMPARE(model.index(1, 0).data(Qt::ToolTipRole).toString(), s("b.pdf")); // nothing but the name
-    QVERIFY(captureSummary(model).endsWith(s("3 with a TIFF file")));
-    const auto pictureOf = [&](int row) {
-        return model.index(row, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16, 16).toImage();
-    };
-    QVERIFY(!pictureOf(0).isNull() && pictureOf(0) != pictureOf(1));
-    older.close();
-    writeFile(path("d.TIF"), "newer");
-    QCOMPARE(texts().at(3), s("TIFF, 5 B"));
-
-    QVERIFY(model.removePrintCapture(1)); // both go
-    QVERIFY(!QFile::exists(path("b.pdf")) && !QFile::exists(path("b.TIF")));
-    QVERIFY(!model.removePrintCapture(2)); // a folder is no file
-}
-
-void TestQdfaxCaptures::folderThatComesAndGoes()
-{
-    QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
-    FolderWatch watch(CaptureModel::folder());
-    QSignalSpy changed(&watch, &FolderWatch::changed);
-    const auto isTold = [&] {
-        const bool told = changed.wait();
-        changed.clear();
-        return told;
-    };
-    for (int i = 0; i < 2; ++i) {
-        QVERIFY(QDir().mkpath(CaptureModel::folder()));
-        QVERIFY(isTold());
-        writeFile(path("a.pdf"), "x");
-        QVERIFY(isTold());
-        QFileInfo known(path("a.pdf"));
-        known.size();
-        watch.setFiles({known});
-        writeFile(path("a.pdf"), "xyz"); // in place: the folder does not change
-        QVERIFY(isTold());
-        watch.setFiles({});
-        writeFile(path("a.pdf"), "xy");
-        watch.setFiles({known}); // it was another one
-        QVERIFY(isTold());
-        const QString other = CaptureModel::folder() + QString::number(i);
-        QVERIFY(QDir().rename(CaptureModel::folder(), other));
-        QVERIFY(QDir().mkpath(CaptureModel::folder())); // another one of the same name
-        QVERIFY(isTold());
-        writeFile(path("b.pdf"), "x");
-        QVERIFY(isTold());
-        QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
-        QVERIFY(isTold());
-        QVERIFY(QDir().rename(other, CaptureModel::folder()));
-        QVERIFY(isTold());
-        QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
-        QVERIFY(isTold());
-    }
-}
-
-void TestQdfaxCaptures::fileThatIsBeingWritten()
-{
-    writeFile(path("a.pdf"), "x");
-    FolderWatch watch(CaptureModel::folder());
-    watch.setFiles({QFileInfo(path("a.pdf"))});
-    QSignalSpy changed(&watch, &FolderWatch::changed);
-    int writes = 0;
-    QTimer writer;
-    connect(&writer, &QTimer::timeout, this, [&] { writeFile(path("a.pdf"), QByteArray(++writes, 'x')); });
-    writer.start(20);
-    QTRY_VERIFY_WITH_TIMEOUT(writes >= 100, 30000);
-    writer.stop();
-    QVERIFY2(changed.count() <= 3, "not while it is written, but for a machine that is busy for a while");
-    QVERIFY(changed.wait());
-}
-
-void TestQdfaxCaptures::filesThatCannotBeWatched()
-{
-    QVERIFY(QDir().mkpath(path("folder.pdf")));
-    QFileInfoList files{QFileInfo(path("folder.pdf")), QFileInfo(path("missing.pdf"))};
-    for (int i = 0; i <= FolderWatch::mostFiles; ++i) {
-        writeFile(path("x%1.pdf").arg(i), "x");
-        files.append(QFileInfo(path("x%1.pdf").arg(i)));
-    }
-    FolderWatch watch(CaptureModel::folder());
-    const auto* watcher = watch.findChild<QFileSystemWatcher*>();
-    for (int i = 0; i < 2; ++i) {
-        watch.setFiles(files);
-        QCOMPARE(watcher->files().size(), FolderWatch::mostFiles);
-        QCOMPARE(watcher->directories(),
-                 (QStringList{CaptureModel::folder(), QFileInfo(CaptureModel::folder()).path()}));
-    }
-    watch.setFiles(files.mid(2, 1));
-    QCOMPARE(watcher->files(), QStringList{path("x0.pdf")});
-}
-
-void TestQdfaxCaptures::windowFollowsTheFolder()
-{
-    const DateTimeConverter converter;
-    QSettings settings(m_appData.filePath(s("test.ini")), QSettings::IniFormat);
-    CaptureModel model(converter, true);
-    model.slotUpdate();
-    QPointer<CaptureWindow> window = new CaptureWindow(model, converter, settings);
-    window->show();
-    const auto says = [&](const char* text) {
-        const auto labels = window->findChildren<QLabel*>();
-        return std::any_of(labels.cbegin(), labels.cend(), [text](const QLabel* label) {
-            return label->isVisible() && label->text() == s(text);
-        });
-    };
-    QVERIFY(says("No documents"));
-    QVERIFY(!window->findChild<QWidget*>(s("status"))->isVisible());
-    writeFile(path("a.pdf"), pdf(2));
-    writeFile(path("a.TIF"), "x");
-    QTRY_COMPARE(tableOf(*window)->model()->rowCount(), 1);
-#ifdef QDFAX_WITH_POPPLER
-    QTRY_VERIFY(says("1 document, 2 pages, 1 with a TIFF file"));
-    writeFile(path("a.pdf"), pdf(3)); // in place
-    QTRY_VERIFY(says("1 document, 3 pages, 1 with a TIFF file"));
-#endif
-    writeFile(path("a.TIF"), "longer");
-    QTRY_COMPARE(model.index(0, 1).data(Qt::ToolTipRole).toString(), s("TIFF, 6 B"));
-    QFile::remove(path("a.pdf"));
-    QTRY_VERIFY(says("No documents"));
-    QVERIFY(!window->findChild<QWidget*>(s("pushButtonDeleteAll"))->isEnabled());
-    window->close();
-    QTRY_VERIFY(!window);
-}
-
-void TestQdfaxCaptures::refreshKeepsThePlace()
-{
-    for (int i = 10; i < 60; ++i)
-        writeFile(path("x%1.pdf").arg(i), "x");
-    const char* broken = "x25 line\nbreak.pdf";
-    writeFile(path(broken), "x");
-    const DateTimeConverter converter;
-    QSettings settings(m_appData.filePath(s("test.ini")), QSettings::IniFormat);
-    CaptureModel model(converter, true);
-    model.slotUpdate();
-    CaptureWindow window(model, converter, settings);
-    window.show();
-    QTableView* table = tableOf(window);
-    table->sortByColumn(0, Qt::AscendingOrder);
-    const auto rowOf = [&](const char* name) {
-        return table->model()->match(table->model()->index(0, 0), Qt::ToolTipRole, s(name), 1, {}).value(0);
-    };
-    QVERIFY(!rowOf(broken).data().toString().contains(QLatin1Char('\n'))); // all of it in one line
-    table->selectRow(rowOf("x50.pdf").row());
-    table->selectionModel()->setCurrentIndex(rowOf(broken).siblingAtColumn(2), QItemSelectionModel::NoUpdate);
-    table->verticalScrollBar()->setValue(3); // neither is in view
-    writeFile(path("x00.pdf"), "x");
-    QTRY_COMPARE(table->model()->rowCount(), 52);
-    QCOMPARE(table->selectionModel()->selectedRows(), QModelIndexList{rowOf("x50.pdf")});
-    QCOMPARE(table->currentIndex(), rowOf(broken).siblingAtColumn(2));
-    QCOMPARE(table->verticalScrollBar()->value(), 3);
-    QFile::remove(path("x50.pdf"));
-    QTRY_COMPARE(table->model()->rowCount(), 51);
-    QVERIFY(!table->selectionModel()->hasSelection());
-}
-
-void TestQdfaxCaptures::refreshLosesNoClick()
-{
-    writeFile(path("a.pdf"), "x");
-    const DateTimeConverter converter;
-    QSettings settings(m_appData.filePath(s("test.ini")), QSettings::IniFormat);
-    CaptureModel model(converter, true);
-    model.slotUpdate();
-    CaptureWindow window(model, converter, settings);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    QTableView* table = tableOf(window);
-    QSignalSpy read(&model, &QAbstractItemModel::modelReset);
-    auto* watch = window.findChild<FolderWatch*>();
-    const auto* delegate = qobject_cast<ActionBarItemDelegate*>(table->itemDelegate());
-    const QPoint remove = delegate->actionRect(table->model()->index(0, 3), 2).center();
-    const QPoint inWindow = table->viewport()->mapTo(&window, remove);
+private Q_SLOTS:
+    void initTestCase()
     {
-        const BoxAnswer no(QMessageBox::No);
-        QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, inWindow);
-        Q_EMIT watch->changed();
-        QCOMPARE(read.count(), 0);
-        QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, inWindow);
-        QTRY_VERIFY(!no.said.isEmpty());
-    }
-    QTRY_COMPARE(read.count(), 1); // what was held back
-    const BoxAnswer no(QMessageBox::No);
-    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, remove);
-    Q_EMIT watch->changed(); // before the click is written
-    QVERIFY(!no.said.isEmpty());
-    QCOMPARE(read.count(), 2);
-}
-
-void TestQdfaxCaptures::deleteTenThousand()
-{
-    addManyCaptures();
-    const DateTimeConverter converter;
-    QSettings settings(m_appData.filePath(s("test.ini")), QSettings::IniFormat);
-    CaptureModel model(converter, true);
-    model.slotUpdate();
-    CaptureWindow window(model, converter, settings);
-    window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
-    // however often the folder is said to change: it is read at the end, and for what is told after that
-    auto* watch = window.findChild<FolderWatch*>();
-    QTimer often;
-    connect(&often, &QTimer::timeout, watch, [&] {
-        if (!tableOf(window)->isEnabled())
-            Q_EMIT watch->changed();
-    });
-    often.start(1);
-    deleteManyCaptures(window, model, 2);
-}
-
-void TestQdfaxCaptures::commands()
-{
-    for (const char* name : {"a.pdf", "b.pdf", "c.pdf", "c.TIF", "1.pdf", "<b>\n\x1b[31m.pdf"})
-        writeFile(path(name), "x");
-    QByteArray out;
-    QCOMPARE(run("captures list", &out), 0);
-    QCOMPARE(out.count('\n'), 6);
-    QVERIFY(!out.contains('\x1b'));
-    QCOMPARE(run("captures list --json", &out), 0);
-    const QJsonArray listed = QJsonDocument::fromJson(out).array();
-    QCOMPARE(listed.size(), 5);
-    for (const QJsonValue& document : listed) {
-        QVERIFY(QFile::exists(document[s("file")].toString()));
-        QCOMPARE(document[s("tiff")].toString(), s(document[s("name")] == s("c.pdf") ? "present" : "none"));
+        newFolder();   // for all tests: the program asks for it once
+        m_log.reset(); // which the program keeps itself
+        qputenv("QDFAX_PASSWORD", "secret");
     }
 
-    QCOMPARE(run("captures delete a.pdf nosuch.pdf"), 9);
-    QVERIFY(QFile::exists(path("a.pdf"))); // all or nothing
-    QCOMPARE(run("captures delete a.pdf c.pdf a.pdf", &out), 0);
-    QCOMPARE(out, QByteArray("Deleted: 2\n"));
-    QVERIFY(!QFile::exists(path("a.pdf")) && !QFile::exists(path("c.TIF")));
-    QCOMPARE(run("captures delete 1 --json"), 0); // the newest
-    QCOMPARE(run("captures delete-all"), 1);
-    QVERIFY(QFile::exists(path("b.pdf")) || QFile::exists(path("1.pdf")));
-    QVERIFY(QDir().mkpath(path("stays.pdf")));
-    QCOMPARE(run("captures delete-all --yes"), 11);
-    QVERIFY(QDir(path("stays.pdf")).exists());
-    QVERIFY(QDir().rmdir(path("stays.pdf")));
-    for (const char* command : {"captures delete a.pdf", "captures delete-all --yes"}) {
+    void init()
+    {
+        QVERIFY(QDir(folder()).removeRecursively());
+        QVERIFY(QDir().mkpath(folder()));
+    }
+
+    void counting()
+    {
+#ifndef QDFAX_WITH_POPPLER
+        QSKIP("This build has no reader of PDFs");
+#endif
+        writeFile(path("a 12.pdf"), pdf(12));
+        writeFile(path("b none.pdf"), "nothing of the kind");
+        writeFile(path("c cut.pdf"), pdf(3).left(200));
+        writeFile(path("d empty.pdf"), "");
+        QVERIFY(QDir().mkpath(path("e folder.pdf")));
+        writeFile(path("f 1.pdf"), pdf(1));
+        writeFile(path("g locked.pdf"), lockedPdf());
+        CaptureModel model(*m_converter, true);
+        model.slotUpdate();
+        QVector<int> pages;
+        for (const auto& document : model.countedDocuments())
+            pages.append(document.pages);
+        QCOMPARE(pages, (QVector<int>{12, 0, 0, 0, 0, 1, 0}));
+
+        // known counts stay over a refresh, and a document that was replaced is counted again
+        model.slotUpdate();
+        QCOMPARE(model.index(0, 1).data().toInt(), 12);
+        writeFile(path("f 1.pdf"), pdf(4));
+        model.slotUpdate();
+        QCOMPARE(model.countedDocuments().at(5).pages, 4);
+
+        for (int i = 0; i < 20; ++i) // refreshes and the end come at any time
+            writeFile(path("x%1.pdf").arg(i), pdf(2));
+        CaptureModel hasty(*m_converter, true);
+        hasty.slotUpdate();
+        QFile::remove(path("x1.pdf"));
+        hasty.slotUpdate();
+        QCOMPARE(hasty.countedDocuments().size(), 26);
+        CaptureModel gone(*m_converter, true);
+        gone.slotUpdate();
+    }
+
+    void companions()
+    {
+        for (const char* name : {"a.pdf", "b.pdf", "b.TIF", "c.pdf", "d.pdf", "d.TIF"})
+            writeFile(path(name), "x");
+        QVERIFY(QDir().mkpath(path("c.TIF")));
+        QFile older(path("d.TIF"));
+        QVERIFY(older.open(QIODevice::ReadWrite));
+        QVERIFY(
+            older.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
+        CaptureModel model(*m_converter, true);
+        const auto texts = [&] {
+            model.slotUpdate();
+            QStringList texts;
+            for (int row = 0; row < 4; ++row)
+                texts.append(model.index(row, 1).data(Qt::ToolTipRole).toString());
+            return texts;
+        };
+        QCOMPARE(texts(), (QStringList{QString(), s("TIFF, 1 B"), s("TIFF that cannot be read"),
+                                       s("TIFF, 1 B, older than the document")}));
+        QCOMPARE(model.index(1, 0).data(Qt::ToolTipRole).toString(), s("b.pdf")); // nothing but the name
+        QVERIFY(captureSummary(model).endsWith(s("3 with a TIFF file")));
+        const auto pictureOf = [&](int row) {
+            return model.index(row, 0).data(Qt::DecorationRole).value<QIcon>().pixmap(16, 16).toImage();
+        };
+        QVERIFY(!pictureOf(0).isNull() && pictureOf(0) != pictureOf(1));
+        older.close();
+        writeFile(path("d.TIF"), "newer");
+        QCOMPARE(texts().at(3), s("TIFF, 5 B"));
+
+        QVERIFY(model.removePrintCapture(1)); // both go
+        QVERIFY(!QFile::exists(path("b.pdf")) && !QFile::exists(path("b.TIF")));
+        QVERIFY(!model.removePrintCapture(2)); // a folder is no file
+    }
+
+    void folderThatComesAndGoes()
+    {
+        QVERIFY(QDir(folder()).removeRecursively());
+        FolderWatch watch(folder());
+        QSignalSpy changed(&watch, &FolderWatch::changed);
+        const auto isTold = [&] {
+            const bool told = changed.wait();
+            changed.clear();
+            return told;
+        };
+        for (int i = 0; i < 2; ++i) {
+            QVERIFY(QDir().mkpath(folder()));
+            QVERIFY(isTold());
+            writeFile(path("a.pdf"), "x");
+            QVERIFY(isTold());
+            QFileInfo known(path("a.pdf"));
+            known.size();
+            watch.setFiles({known});
+            writeFile(path("a.pdf"), "xyz"); // in place: the folder does not change
+            QVERIFY(isTold());
+            watch.setFiles({});
+            writeFile(path("a.pdf"), "xy");
+            watch.setFiles({known}); // it was another one
+            QVERIFY(isTold());
+            const QString other = folder() + QString::number(i);
+            QVERIFY(QDir().rename(folder(), other));
+            QVERIFY(QDir().mkpath(folder())); // another one of the same name
+            QVERIFY(isTold());
+            writeFile(path("b.pdf"), "x");
+            QVERIFY(isTold());
+            QVERIFY(QDir(folder()).removeRecursively());
+            QVERIFY(isTold());
+            QVERIFY(QDir().rename(other, folder()));
+            QVERIFY(isTold());
+            QVERIFY(QDir(folder()).removeRecursively());
+            QVERIFY(isTold());
+        }
+    }
+
+    void fileThatIsBeingWritten()
+    {
         writeFile(path("a.pdf"), "x");
-        QVERIFY(QDir().mkpath(path("a.TIF")));
-        QCOMPARE(run(command, &out), 11); // the companion stays
-        QCOMPARE(out, QByteArray("Deleted: 1\n"));
+        FolderWatch watch(folder());
+        watch.setFiles({QFileInfo(path("a.pdf"))});
+        QSignalSpy changed(&watch, &FolderWatch::changed);
+        int writes = 0;
+        QTimer writer;
+        connect(&writer, &QTimer::timeout, this,
+                [&] { writeFile(path("a.pdf"), QByteArray(++writes, 'x')); });
+        writer.start(20);
+        QTRY_VERIFY_WITH_TIMEOUT(writes >= 100, 30000);
+        writer.stop();
+        QVERIFY2(changed.count() <= 3, "not while it is written, but for a machine that is busy for a while");
+        QVERIFY(changed.wait());
     }
-    QVERIFY(QDir().rmdir(path("a.TIF")));
-    QCOMPARE(run("captures delete-all --yes"), 0);
-    QVERIFY(QDir(CaptureModel::folder()).isEmpty());
-    QVERIFY(QDir(CaptureModel::folder()).removeRecursively());
-    QCOMPARE(run("captures list"), 0);
-    QCOMPARE(run("captures delete-all --yes"), 0);
-}
 
-void TestQdfaxCaptures::commandsThatFail_data()
-{
-    const Rows<int> row("status");
-    row("captures", 2); // there is no display
-    row("captures view a.pdf", 2);
-    row("captures --help", 0); // for help none is needed, nor for saying what is wrong with a line
-    row("help captures", 0);
-    row("captures nosuch", 1);
-    row("captures --nosuch", 1);
-    row("captures --timeout soon", 1);
-    row("captures view a.pdf --log-level 5", 1);
-    row("captures list a.pdf", 1);
-    row("captures view", 1);
-    row("captures delete", 1);
-    row("captures delete 0", 9);
-    row("captures delete 2", 9);
-    row("captures watch --rounds 0", 1);
-    row("help captures list", 0);
-}
+    void filesThatCannotBeWatched()
+    {
+        QVERIFY(QDir().mkpath(path("folder.pdf")));
+        QFileInfoList files{QFileInfo(path("folder.pdf")), QFileInfo(path("missing.pdf"))};
+        for (int i = 0; i <= FolderWatch::mostFiles; ++i) {
+            writeFile(path("x%1.pdf").arg(i), "x");
+            files.append(QFileInfo(path("x%1.pdf").arg(i)));
+        }
+        FolderWatch watch(folder());
+        const auto* watcher = watch.findChild<QFileSystemWatcher*>();
+        for (int i = 0; i < 2; ++i) {
+            watch.setFiles(files);
+            QCOMPARE(watcher->files().size(), FolderWatch::mostFiles);
+            QCOMPARE(watcher->directories(), (QStringList{folder(), QFileInfo(folder()).path()}));
+        }
+        watch.setFiles(files.mid(2, 1));
+        QCOMPARE(watcher->files(), QStringList{path("x0.pdf")});
+    }
 
-void TestQdfaxCaptures::commandsThatFail()
-{
-    QFETCH(int, status);
-    writeFile(path("a.pdf"), "x");
-    QCOMPARE(run(QTest::currentDataTag()), status);
-    QVERIFY(QFile::exists(path("a.pdf")));
-}
+    void windowFollowsTheFolder()
+    {
+        Shown shown;
+        CaptureModel& model = shown.model;
+        QPointer<CaptureWindow>& window = shown.window;
+        const auto says = [&](const char* text) {
+            const auto labels = window->findChildren<QLabel*>();
+            return std::any_of(labels.cbegin(), labels.cend(), [text](const QLabel* label) {
+                return label->isVisible() && label->text() == s(text);
+            });
+        };
+        QVERIFY(says("No documents"));
+        QVERIFY(!window->findChild<QWidget*>(s("status"))->isVisible());
+        writeFile(path("a.pdf"), pdf(2));
+        writeFile(path("a.TIF"), "x");
+        QTRY_COMPARE(tableOf(*window)->model()->rowCount(), 1);
+#ifdef QDFAX_WITH_POPPLER
+        QTRY_VERIFY(says("1 document, 2 pages, 1 with a TIFF file"));
+        writeFile(path("a.pdf"), pdf(3)); // in place
+        QTRY_VERIFY(says("1 document, 3 pages, 1 with a TIFF file"));
+#endif
+        writeFile(path("a.TIF"), "longer");
+        QTRY_COMPARE(model.index(0, 1).data(Qt::ToolTipRole).toString(), s("TIFF, 6 B"));
+        QFile::remove(path("a.pdf"));
+        QTRY_VERIFY(says("No documents"));
+        QVERIFY(!window->findChild<QWidget*>(s("pushButtonDeleteAll"))->isEnabled());
+        window->close();
+        QTRY_VERIFY(!window);
+    }
 
-void TestQdfaxCaptures::watching()
-{
-    QProcess program;
-    start(program, "captures watch --json --rounds 3");
-    QByteArray out;
-    const auto rounds = [&] {
-        out += program.readAllStandardOutput();
-        return out.count("]\n");
-    };
-    QTRY_COMPARE_WITH_TIMEOUT(rounds(), 1, 30000);
-    writeFile(path("a.pdf"), "x");
-    QTRY_COMPARE_WITH_TIMEOUT(rounds(), 2, 30000);
-    QVERIFY(out.contains("a.pdf"));
-    QFile::remove(path("a.pdf"));
-    QTRY_COMPARE_WITH_TIMEOUT(rounds(), 3, 30000);
-    QTRY_COMPARE(program.state(), QProcess::NotRunning);
-    QCOMPARE(program.exitCode(), 0);
-}
+    void refreshKeepsThePlace()
+    {
+        for (int i = 10; i < 60; ++i)
+            writeFile(path("x%1.pdf").arg(i), "x");
+        const char* broken = "x25 line\nbreak.pdf";
+        writeFile(path(broken), "x");
+        Shown shown;
+        CaptureWindow& window = *shown.window;
+        QTableView* table = tableOf(window);
+        table->sortByColumn(0, Qt::AscendingOrder);
+        const auto rowOf = [&](const char* name) {
+            return table->model()
+                ->match(table->model()->index(0, 0), Qt::ToolTipRole, s(name), 1, {})
+                .value(0);
+        };
+        QVERIFY(!rowOf(broken).data().toString().contains(QLatin1Char('\n'))); // all of it in one line
+        table->selectRow(rowOf("x50.pdf").row());
+        table->selectionModel()->setCurrentIndex(rowOf(broken).siblingAtColumn(2),
+                                                 QItemSelectionModel::NoUpdate);
+        table->verticalScrollBar()->setValue(3); // neither is in view
+        writeFile(path("x00.pdf"), "x");
+        QTRY_COMPARE(table->model()->rowCount(), 52);
+        QCOMPARE(table->selectionModel()->selectedRows(), QModelIndexList{rowOf("x50.pdf")});
+        QCOMPARE(table->currentIndex(), rowOf(broken).siblingAtColumn(2));
+        QCOMPARE(table->verticalScrollBar()->value(), 3);
+        QFile::remove(path("x50.pdf"));
+        QTRY_COMPARE(table->model()->rowCount(), 51);
+        QVERIFY(!table->selectionModel()->hasSelection());
+    }
 
-void TestQdfaxCaptures::changeWhileReading()
-{
-    QFile slow(
-        path("slow.pdf")); // all of it is searched for pages, for longer than a change takes to be told
-    QVERIFY(slow.open(QIODevice::WriteOnly) && slow.write("%PDF-1.4\n") && slow.resize(40 << 20));
-    slow.close();
-    QObject meanwhile;
-    QTimer::singleShot(0, &meanwhile, [this] { writeFile(path("late.pdf"), "x"); });
-    bool isLost = false;
-    QTimer::singleShot(20000, &meanwhile, [&] {
-        isLost = true;
-        writeFile(path("another.pdf"), "x");
-    });
-    QCOMPARE(runCommandLine({s("qdfax"), s("captures"), s("watch"), s("--json"), s("--rounds"), s("2")}), 0);
-    QVERIFY(!isLost);
-}
+    void refreshLosesNoClick()
+    {
+        writeFile(path("a.pdf"), "x");
+        Shown shown;
+        CaptureModel& model = shown.model;
+        CaptureWindow& window = *shown.window;
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QTableView* table = tableOf(window);
+        QSignalSpy read(&model, &QAbstractItemModel::modelReset);
+        auto* watch = window.findChild<FolderWatch*>();
+        const auto* delegate = qobject_cast<ActionBarItemDelegate*>(table->itemDelegate());
+        const QPoint remove = delegate->actionRect(table->model()->index(0, 3), 2).center();
+        const QPoint inWindow = table->viewport()->mapTo(&window, remove);
+        {
+            const BoxAnswer no(QMessageBox::No);
+            QTest::mousePress(window.windowHandle(), Qt::LeftButton, {}, inWindow);
+            Q_EMIT watch->changed();
+            QCOMPARE(read.count(), 0);
+            QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, inWindow);
+            QTRY_VERIFY(!no.said.isEmpty());
+        }
+        QTRY_COMPARE(read.count(), 1); // what was held back
+        const BoxAnswer no(QMessageBox::No);
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, remove);
+        Q_EMIT watch->changed(); // before the click is written
+        QVERIFY(!no.said.isEmpty());
+        QCOMPARE(read.count(), 2);
+    }
 
-void TestQdfaxCaptures::newFax()
-{
-    SimOptions options;
-    options.speed = 0;
-    options.spoolDir = m_appData.filePath(s("spool"));
-    SimUser mary;
-    QString error;
-    QVERIFY(SimUser::parse(s("mary:secret"), &mary, &error));
-    options.users = {mary};
-    SimServer sim(options);
-    QVERIFY2(sim.start(&error), qPrintable(error));
-    QCOMPARE(runCommandLine(
-                 {s("qdfax"), s("server"), s("add"), sim.address(), s("--login"), s("mary"), s("--default")}),
-             0);
-    const QByteArray content = pdf(3);
-    writeFile(path("offer.pdf"), content);
+    void deleteTenThousand()
+    {
+        addManyCaptures();
+        Shown shown;
+        CaptureModel& model = shown.model;
+        CaptureWindow& window = *shown.window;
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        // however often the folder is said to change: it is read at the end, and for what is told after that
+        auto* watch = window.findChild<FolderWatch*>();
+        QTimer often;
+        connect(&often, &QTimer::timeout, watch, [&] {
+            if (!tableOf(window)->isEnabled())
+                Q_EMIT watch->changed();
+        });
+        often.start(1);
+        deleteManyCaptures(window, model, 2);
+    }
 
-    const User user({
-        [] { return clickAction(0, 0); },
-        [] { return dialog() && !visible<CaptureWindow>() && !sendButton()->isEnabled(); },
-        [] { return type("number", "no digits") && !sendButton()->isEnabled(); },
-        [] {
-            return type("number", "+49 30 5550100") && type("name", "Poe, Mary \\ Sons") &&
-                   sendButton()->isEnabled();
-        },
-        [] {
-            QTest::mouseClick(sendButton(), Qt::LeftButton); // returns when the fax is on its way
-            return says("has taken the fax");
-        },
-        [] { return dialog()->close(); },
-        closeWindow,
-    });
-    QCOMPARE(runCommandLine({s("qdfax"), s("captures")}), 0);
-    QVERIFY(user.isDone());
-    QCOMPARE(sim.refusals(), QStringList());
-    QCOMPARE(sim.faxes().size(), 1);
-    QCOMPARE(sim.faxes().at(0).recipient.fax, s("+49 30 5550100"));
-    QCOMPARE(sim.faxes().at(0).recipient.name, s("Poe, Mary \\ Sons"));
-    const QVector<SimAttachment> attachments = sim.attachments(sim.faxes().at(0).id);
-    QCOMPARE(attachments.size(), 1);
-    QCOMPARE(attachments.at(0).contentType, s("application/pdf"));
-    QCOMPARE(readFile(attachments.at(0).path), content);
-}
+    void commands()
+    {
+        for (const char* name : {"a.pdf", "b.pdf", "c.pdf", "c.TIF", "1.pdf", "<b>\n\x1b[31m.pdf"})
+            writeFile(path(name), "x");
+        QByteArray out;
+        QCOMPARE(run("captures list", &out), 0);
+        QCOMPARE(out.count('\n'), 6);
+        QVERIFY(!out.contains('\x1b'));
+        QCOMPARE(run("captures list --json", &out), 0);
+        const QJsonArray listed = QJsonDocument::fromJson(out).array();
+        QCOMPARE(listed.size(), 5);
+        for (const QJsonValue& document : listed) {
+            QVERIFY(QFile::exists(document[s("file")].toString()));
+            QCOMPARE(document[s("tiff")].toString(),
+                     s(document[s("name")] == s("c.pdf") ? "present" : "none"));
+        }
 
-void TestQdfaxCaptures::newFaxThatFails()
-{
-    // the server of the test before is gone
-    writeFile(path("offer.pdf"), pdf(1));
-    const auto pressed = [](Qt::Key key) {
-        QTest::keyClick(dialog(), key);
-        return true;
-    };
-    const User user({
-        [] { return clickAction(0, 0); },
-        [&] { return dialog() && type("number", "555") && pressed(Qt::Key_Return); },
-        [] { return says("connection is refused") && sendButton()->isEnabled(); },
-        [&] { return pressed(Qt::Key_Escape); },
-        closeWindow,
-    });
-    QCOMPARE(runCommandLine({s("qdfax"), s("captures")}), 2);
-    QVERIFY(user.isDone());
-}
+        QCOMPARE(run("captures delete a.pdf nosuch.pdf"), 9);
+        QVERIFY(QFile::exists(path("a.pdf"))); // all or nothing
+        QCOMPARE(run("captures delete a.pdf c.pdf a.pdf", &out), 0);
+        QCOMPARE(out, QByteArray("Deleted: 2\n"));
+        QVERIFY(!QFile::exists(path("a.pdf")) && !QFile::exists(path("c.TIF")));
+        QCOMPARE(run("captures delete 1 --json"), 0); // the newest
+        QCOMPARE(run("captures delete-all"), 1);
+        QVERIFY(QFile::exists(path("b.pdf")) || QFile::exists(path("1.pdf")));
+        QVERIFY(QDir().mkpath(path("stays.pdf")));
+        QCOMPARE(run("captures delete-all --yes"), 11);
+        QVERIFY(QDir(path("stays.pdf")).exists());
+        QVERIFY(QDir().rmdir(path("stays.pdf")));
+        for (const char* command : {"captures delete a.pdf", "captures delete-all --yes"}) {
+            writeFile(path("a.pdf"), "x");
+            QVERIFY(QDir().mkpath(path("a.TIF")));
+            QCOMPARE(run(command, &out), 11); // the companion stays
+            QCOMPARE(out, QByteArray("Deleted: 1\n"));
+        }
+        QVERIFY(QDir().rmdir(path("a.TIF")));
+        QCOMPARE(run("captures delete-all --yes"), 0);
+        QVERIFY(QDir(folder()).isEmpty());
+        QVERIFY(QDir(folder()).removeRecursively());
+        QCOMPARE(run("captures list"), 0);
+        QCOMPARE(run("captures delete-all --yes"), 0);
+    }
+
+    void commandsThatFail_data()
+    {
+        const Rows<int> row("status");
+        row("captures", 2); // there is no display
+        row("captures view a.pdf", 2);
+        row("captures --help", 0); // for help none is needed, nor for saying what is wrong with a line
+        row("help captures", 0);
+        row("captures nosuch", 1);
+        row("captures --nosuch", 1);
+        row("captures --timeout soon", 1);
+        row("captures view a.pdf --log-level 5", 1);
+        row("captures list a.pdf", 1);
+        row("captures view", 1);
+        row("captures delete", 1);
+        row("captures delete 0", 9);
+        row("captures delete 2", 9);
+        row("captures watch --rounds 0", 1);
+        row("help captures list", 0);
+    }
+    void commandsThatFail()
+    {
+        QFETCH(int, status);
+        writeFile(path("a.pdf"), "x");
+        QCOMPARE(run(QTest::currentDataTag()), status);
+        QVERIFY(QFile::exists(path("a.pdf")));
+    }
+
+    void watching()
+    {
+        QProcess program;
+        start(program, "captures watch --json --rounds 3");
+        QByteArray out;
+        const auto rounds = [&] {
+            out += program.readAllStandardOutput();
+            return out.count("]\n");
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(rounds(), 1, 30000);
+        writeFile(path("a.pdf"), "x");
+        QTRY_COMPARE_WITH_TIMEOUT(rounds(), 2, 30000);
+        QVERIFY(out.contains("a.pdf"));
+        QFile::remove(path("a.pdf"));
+        QTRY_COMPARE_WITH_TIMEOUT(rounds(), 3, 30000);
+        QTRY_COMPARE(program.state(), QProcess::NotRunning);
+        QCOMPARE(program.exitCode(), 0);
+    }
+
+    void changeWhileReading()
+    {
+        QFile slow(
+            path("slow.pdf")); // all of it is searched for pages, for longer than a change takes to be told
+        QVERIFY(slow.open(QIODevice::WriteOnly) && slow.write("%PDF-1.4\n") && slow.resize(40 << 20));
+        slow.close();
+        QObject meanwhile;
+        QTimer::singleShot(0, &meanwhile, [this] { writeFile(path("late.pdf"), "x"); });
+        bool isLost = false;
+        QTimer::singleShot(20000, &meanwhile, [&] {
+            isLost = true;
+            writeFile(path("another.pdf"), "x");
+        });
+        QCOMPARE(runCommandLine({s("qdfax"), s("captures"), s("watch"), s("--json"), s("--rounds"), s("2")}),
+                 0);
+        QVERIFY(!isLost);
+    }
+
+    void newFax()
+    {
+        SimOptions options;
+        options.speed = 0;
+        options.spoolDir = m_appData->filePath(s("spool"));
+        options.users = {someUser("mary:secret")};
+        const Started sim(options);
+        QCOMPARE(runCommandLine({s("qdfax"), s("server"), s("add"), sim.address(), s("--login"), s("mary"),
+                                 s("--default")}),
+                 0);
+        const QByteArray content = pdf(3);
+        writeFile(path("offer.pdf"), content);
+
+        const User user({
+            [] { return clickAction(0, 0); },
+            [] { return dialog() && !visible<CaptureWindow>() && !sendButton()->isEnabled(); },
+            [] { return type("number", "no digits") && !sendButton()->isEnabled(); },
+            [] {
+                return type("number", "+49 30 5550100") && type("name", "Poe, Mary \\ Sons") &&
+                       sendButton()->isEnabled();
+            },
+            [] {
+                QTest::mouseClick(sendButton(), Qt::LeftButton); // returns when the fax is on its way
+                return says("has taken the fax");
+            },
+            [] { return dialog()->close(); },
+            closeWindow,
+        });
+        QCOMPARE(runCommandLine({s("qdfax"), s("captures")}), 0);
+        QVERIFY(user.isDone());
+        QCOMPARE(sim.refusals(), QStringList());
+        QCOMPARE(sim.faxes().size(), 1);
+        QCOMPARE(sim.faxes().at(0).recipient.fax, s("+49 30 5550100"));
+        QCOMPARE(sim.faxes().at(0).recipient.name, s("Poe, Mary \\ Sons"));
+        const QVector<SimAttachment> attachments = sim.attachments(sim.faxes().at(0).id);
+        QCOMPARE(attachments.size(), 1);
+        QCOMPARE(attachments.at(0).contentType, s("application/pdf"));
+        QCOMPARE(readFile(attachments.at(0).path), content);
+    }
+
+    void newFaxThatFails()
+    {
+        // the server of the test before is gone
+        writeFile(path("offer.pdf"), pdf(1));
+        const auto pressed = [](Qt::Key key) {
+            QTest::keyClick(dialog(), key);
+            return true;
+        };
+        const User user({
+            [] { return clickAction(0, 0); },
+            [&] { return dialog() && type("number", "555") && pressed(Qt::Key_Return); },
+            [] { return says("connection is refused") && sendButton()->isEnabled(); },
+            [&] { return pressed(Qt::Key_Escape); },
+            closeWindow,
+        });
+        QCOMPARE(runCommandLine({s("qdfax"), s("captures")}), 2);
+        QVERIFY(user.isDone());
+    }
+};
 
 int main(int argc, char** argv)
 {

@@ -1,0 +1,545 @@
+#include "actionbarheaderview.h"
+#include "actionbaritem.h"
+#include "capturekit.h"
+#include "cursoroverridehelper.h"
+
+#include <QDesktopServices>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLayout>
+#include <QSettings>
+#include <QStyleFactory>
+#include <QThreadPool>
+
+#include <cmath>
+
+namespace {
+
+/// Access to what subclasses see.
+class Model : public PrintCaptureModelBase
+{
+public:
+    using PrintCaptureModelBase::PrintCaptureModelBase;
+    using PrintCaptureModelBase::setPages;
+
+    QString longName; ///< Shown instead of "long.pdf": file systems do not allow such names.
+
+protected:
+    bool addEntry(QFileInfo& file) override
+    {
+        Entry entry = entryOf(file);
+        if (!longName.isEmpty() && entry.name == s("long.pdf"))
+            entry.name = entry.toolTip = longName;
+        appendEntry(entry);
+        return true;
+    }
+};
+
+class Window : public PrintCaptureBase
+{
+public:
+    using PrintCaptureBase::hidePagesColumn, PrintCaptureBase::hidePrinterStatus;
+    using PrintCaptureBase::PrintCaptureBase;
+};
+
+/// The desktop's opener of files, in place of programs.
+class Opener : public QObject
+{
+    Q_OBJECT
+public:
+    Opener() { QDesktopServices::setUrlHandler(s("file"), this, "open"); }
+    ~Opener() override { QDesktopServices::unsetUrlHandler(s("file")); }
+    QList<QUrl> opened;
+
+public Q_SLOTS:
+    void open(const QUrl& url) { opened.append(url); }
+};
+
+double luminance(const QColor& color)
+{
+    const auto linear = [](double part) { return std::pow(part, 2.2); };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QColor& a, const QColor& b)
+{
+    const auto [dark, light] = std::minmax({luminance(a), luminance(b)});
+    return (light + 0.05) / (dark + 0.05);
+}
+
+} // namespace
+
+/// The window of captured print jobs, as users see and click it.
+class CaptureWindowTest : public CaptureTest
+{
+    Q_OBJECT
+
+    /// Opens the window over what the folder holds.
+    Window* open(bool newFaxAction = true)
+    {
+        if (!newFaxAction)
+            m_model = std::make_unique<Model>(*m_converter, false);
+        m_model->slotUpdate();
+        m_window = new Window(m_model.get(), *m_converter, *m_settings, true);
+        m_table = tableOf(*m_window);
+        m_window->show();
+        if (!QTest::qWaitForWindowExposed(m_window))
+            qFatal("The window does not appear");
+        return m_window;
+    }
+    void click(int row, int action) { clickAction(*m_window, row, action); }
+    void click(const char* button) { clickButton(*m_window, button); }
+    QString textOf(const char* label) const { return m_window->findChild<QLabel*>(s(label))->text(); }
+    bool isEnabled(const char* widget) const { return m_window->findChild<QWidget*>(s(widget))->isEnabled(); }
+    QStringList shownTexts() const
+    {
+        QStringList texts;
+        for (int row = 0; row < m_table->model()->rowCount(); ++row)
+            texts.append(shownName(row));
+        return texts;
+    }
+    QString shownName(int row) const { return m_table->model()->index(row, 0).data().toString(); }
+
+    std::unique_ptr<QSettings> m_settings;
+    std::unique_ptr<Model> m_model;
+    QPointer<Window> m_window;
+    QTableView* m_table{nullptr};
+
+private Q_SLOTS:
+    void init()
+    {
+        newFolder();
+        m_settings = std::make_unique<QSettings>(m_appData->filePath(s("window.ini")), QSettings::IniFormat);
+        m_model = std::make_unique<Model>(*m_converter, true);
+    }
+    void cleanup()
+    {
+        delete m_window;
+        leaveFolder();
+        m_model.reset();
+        QVERIFY(!QApplication::overrideCursor());
+    }
+
+    void form()
+    {
+        open();
+        QCOMPARE(m_window->windowTitle(), s("Print Captures"));
+        QVERIFY(m_window->isModal());
+        QCOMPARE(m_window->minimumSize(), QSize(650, 195));
+        QVERIFY(!(m_window->windowFlags() & Qt::WindowContextHelpButtonHint));
+        QCOMPARE(m_window->layout()->objectName(), s("verticalLayout"));
+        for (const char* layout : {"horizontalLayout_2", "horizontalLayout"})
+            QVERIFY2(m_window->findChild<QLayout*>(s(layout)), layout);
+        QCOMPARE(textOf("label") + textOf("status"), s("Status:Idle"));
+        for (const char* button : {"Delete All", "Close"}) {
+            const QString name = s("pushButton") + s(button).remove(QLatin1Char(' '));
+            QCOMPARE(m_window->findChild<QPushButton*>(name)->text(), s(button));
+        }
+
+        QCOMPARE(m_table->lineWidth(), 1);
+        QVERIFY(m_table->alternatingRowColors() && m_table->wordWrap() && m_table->isSortingEnabled());
+        QCOMPARE(m_table->selectionMode(), QAbstractItemView::SingleSelection);
+        QCOMPARE(m_table->selectionBehavior(), QAbstractItemView::SelectRows);
+        QCOMPARE(m_table->focusPolicy(), Qt::NoFocus);
+        const QHeaderView* rows = m_table->verticalHeader();
+        QVERIFY(rows->defaultSectionSize() == 20 && rows->minimumSectionSize() == 20);
+        QVERIFY(!rows->highlightSections() && !rows->stretchLastSection());
+
+        const auto* header = qobject_cast<ActionBarHeaderView*>(m_table->horizontalHeader());
+        QVERIFY(header); // the library's class, by a cast in another module
+        QCOMPARE(header->actionColumn(), 3);
+        QVERIFY(header->sectionsClickable() && header->isSortIndicatorShown() &&
+                header->stretchLastSection());
+        QVERIFY(!header->highlightSections() && header->property("showSortIndicator").toBool());
+        QCOMPARE(header->sectionSize(1), 50);
+        QCOMPARE(header->sectionSize(2), 150);
+        QCOMPARE(header->sectionResizeMode(0), QHeaderView::Stretch);
+        for (int column = 1; column < 4; ++column)
+            QCOMPARE(header->sectionResizeMode(column), QHeaderView::Fixed);
+        QVERIFY(!isEnabled("pushButtonDeleteAll")); // nothing there
+    }
+
+    void newestFirst()
+    {
+        // time stamps of files are coarse: go on until the times differ
+        add("b-oldest.pdf");
+        for (const auto& [younger, older] :
+             {std::make_pair("c-middle.pdf", "b-oldest.pdf"), std::make_pair("a-newest.pdf", "c-middle.pdf")})
+            QTRY_VERIFY((QFile::remove(path(younger)), add(younger), created(younger) > created(older)));
+        m_converter->setFormat(s("ss.zzz"));
+        open();
+        QCOMPARE(shownName(0), s("a-newest.pdf"));
+        QCOMPARE(shownName(2), s("b-oldest.pdf"));
+        QCOMPARE(m_table->model()->index(0, 2).data().toString(),
+                 m_converter->toText(created("a-newest.pdf")));
+        QCOMPARE(m_table->horizontalHeader()->sortIndicatorSection(), 2);
+        QCOMPARE(m_table->horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
+    }
+
+    void oddNames()
+    {
+        const QStringList odd{s("<b>bold.pdf"),        s("two\nlines.pdf"),
+                              s("\u202Efdp.evil.pdf"), QString(240, QLatin1Char('n')) + s(".pdf"),
+                              s("%1 & %2.pdf"),        s("long.pdf")};
+        add(odd);
+        m_model->longName = s("<i>") + QString(500, QLatin1Char('m'));
+        open();
+        for (int row = 0; row < odd.size(); ++row)
+            QCOMPARE(m_table->model()->index(row, 0).data(Qt::ToolTipRole).toString(), shownName(row));
+        for (const QString& name : odd)
+            QVERIFY(shownTexts().contains(name == s("long.pdf") ? m_model->longName : name));
+        m_window->grab(); // paints them all
+
+        Opener opener;
+        for (int row = 0; row < odd.size(); ++row)
+            click(row, 1);
+        QCOMPARE(opener.opened.size(), odd.size());
+        for (const QString& name : odd)
+            QVERIFY(opener.opened.contains(QUrl::fromLocalFile(path(name))));
+        while (m_table->model()->rowCount() > 0) {
+            const BoxAnswer yes(QMessageBox::Yes);
+            click(0, 2);
+            QVERIFY(!yes.said.isEmpty());
+        }
+        QVERIFY(names().isEmpty());
+    }
+
+    void view()
+    {
+        add(QStringList{s("a b.pdf")});
+        {
+            open();
+            const Opener opener;
+            click(0, 1);
+            QCOMPARE(opener.opened, QList<QUrl>{QUrl::fromLocalFile(path("a b.pdf"))});
+            delete m_window;
+            open(false); // without "New Fax", "View" is the first
+            click(0, 0);
+            QCOMPARE(opener.opened.size(), 2);
+        }
+        // without a program: this platform opens no files
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(s("does not support")));
+        const BoxAnswer answer(QMessageBox::Ok);
+        click(0, 0);
+        QCOMPARE(
+            answer.said,
+            s("complains|Quendra Client|This file does not have a program associated with it and cannot be "
+              "opened. "
+              "Install a program to open TIFF files, or create a file association for TIFF files."));
+        QCOMPARE(m_log->messages(s("ERROR")),
+                 QStringList{s("printcapturebase.cpp Failed to open file: ") + path("a b.pdf")});
+    }
+
+    void deleteOne_data()
+    {
+        const Rows<int, bool> row("answer", "deleted");
+        row("Yes", QMessageBox::Yes, true);
+        row("No", QMessageBox::No, false);
+        row("Escape", QMessageBox::NoButton, false);
+    }
+    void deleteOne()
+    {
+        QFETCH(int, answer);
+        QFETCH(bool, deleted);
+        add("a.pdf b.pdf c.pdf");
+        open();
+        m_table->sortByColumn(0, Qt::AscendingOrder);
+        // of each step the row, and what is left after it; a click does nothing for those who do not say yes
+        for (const auto& [row, left] : {std::make_pair(1, "a.pdf c.pdf"), {0, "c.pdf"}, {0, ""}}) {
+            const BoxAnswer box{QMessageBox::StandardButton(answer)};
+            // Qt's proxy notices that the model was reset inside
+            if (deleted && *left)
+                QTest::ignoreMessage(QtWarningMsg,
+                                     "QSortFilterProxyModel: inconsistent changes reported by source model");
+            click(row, 2);
+            QCOMPARE(box.said, s("asks|Quindra Client|Are you sure you want to delete the document?"));
+            QCOMPARE(names(), list(deleted ? left : "a.pdf b.pdf c.pdf"));
+            QCOMPARE(shownTexts(), names());
+            QCOMPARE(isEnabled("pushButtonDeleteAll"), !names().isEmpty());
+        }
+    }
+
+    void deleteAllAsks()
+    {
+        add("a.pdf b.pdf");
+        open();
+        {
+            const BoxAnswer no(QMessageBox::No);
+            click("pushButtonDeleteAll");
+            QCOMPARE(no.said,
+                     s("asks|Quendra Client|Are you sure you want to delete all the print captures?"));
+        }
+        QCOMPARE(names().size(), 2);
+        QVERIFY(m_table->isEnabled() && !QApplication::overrideCursor());
+
+        const BoxAnswer yes(QMessageBox::Yes);
+        click("pushButtonDeleteAll");
+        // the answer has come, the pool's has not: it needs the event loop
+        QVERIFY(!m_table->isEnabled() && !isEnabled("pushButtonDeleteAll"));
+        QCOMPARE(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+        m_window->slotPrinterStatusChanged(PrintCaptureBase::PrinterIdle);
+        QVERIFY(!isEnabled("pushButtonDeleteAll"));
+        QTRY_VERIFY(m_table->isEnabled());
+        QVERIFY(names().isEmpty());
+        QVERIFY(!isEnabled("pushButtonDeleteAll"));
+        QTRY_VERIFY(!QApplication::overrideCursor());
+        add("c.pdf");
+        m_window->slotUpdate();
+        QVERIFY(isEnabled("pushButtonDeleteAll"));
+    }
+
+    void deleteTenThousand()
+    {
+        addManyCaptures();
+        open();
+        deleteManyCaptures(*m_window, *m_model, 1);
+    }
+
+    void closedWhileDeleting()
+    {
+        add("a.pdf");
+        open();
+        QSignalSpy done(m_model.get(), &PrintCaptureModelBase::signalDeleteAllComlete);
+        const BoxAnswer yes(QMessageBox::Yes);
+        click("pushButtonDeleteAll");
+        QVERIFY(QApplication::overrideCursor());
+        m_window->close();
+        QTRY_VERIFY(!m_window);
+        QVERIFY(!QApplication::overrideCursor());
+        QVERIFY(done.count() > 0 || done.wait());
+
+        add("b.pdf");
+        m_model->deleteAll();
+        m_model.reset(); // and without its model the pool goes on
+        QThreadPool::globalInstance()->waitForDone();
+        QVERIFY(names().isEmpty());
+    }
+
+    void newFax()
+    {
+        add("a.pdf");
+        open();
+        QSignalSpy wanted(m_window, &PrintCaptureBase::signalSendNewFax);
+        click(0, 0);
+        QCOMPARE(wanted, (QList<QVariantList>{{path("a.pdf"), s("a.pdf")}}));
+        QVERIFY(!m_window->isVisible());
+        QTRY_VERIFY(!m_window);
+
+        open();
+        connect(m_window, &PrintCaptureBase::signalSendNewFax, this, [this] { delete m_window; });
+        m_window->slotNewFax(path("a.pdf"), s("a.pdf"));
+        QVERIFY(!m_window);
+    }
+
+    void missingFiles_data()
+    {
+        const Rows<int, QString> row("action", "text");
+        row("new fax", 0, "Failed to create new fax.\r\nThe file %1 cannot be found.");
+        row("view", 1, "Failed to open file.\r\nThe file %1 cannot be found.");
+    }
+    void missingFiles()
+    {
+        QFETCH(int, action);
+        QFETCH(QString, text);
+        const QString name = s("<b>%1.pdf");
+        add(QStringList{name});
+        open();
+        QVERIFY(QFile::remove(path(name)));
+        QSignalSpy wanted(m_window, &PrintCaptureBase::signalSendNewFax);
+        const BoxAnswer ok(QMessageBox::Ok);
+        click(0, action);
+        QCOMPARE(ok.said, s("complains|Quendra Client|") + text.arg(path(name)));
+        QCOMPARE(wanted.count(), 0);
+        QVERIFY(m_window && m_window->isVisible());
+
+        // deleting what is gone: logged, and the table is true again
+        const BoxAnswer yes(QMessageBox::Yes);
+        click(0, 2);
+        QCOMPARE(m_log->messages(s("WARNING")),
+                 QStringList{s("printcapturemodelbase.cpp Can't delete file ") + path(name)});
+        QCOMPARE(m_table->model()->rowCount(), 0);
+    }
+
+    void keysAndClose()
+    {
+        add("a.pdf");
+        open();
+        QTest::keyClick(m_window, Qt::Key_Escape);
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QApplication::sendEvent(m_window, &escape);
+        QVERIFY(!escape.isAccepted());
+        // Enter presses the button that has the focus, which at first is "Close"
+        {
+            const BoxAnswer no(QMessageBox::No);
+            QTest::keyClick(m_window->findChild<QPushButton*>(s("pushButtonDeleteAll")), Qt::Key_Return);
+            QVERIFY(!no.said.isEmpty());
+        }
+        QVERIFY(m_window->isVisible());
+        QCOMPARE(names(), list("a.pdf"));
+        delete m_window;
+        open();
+        QCOMPARE(m_window->focusWidget()->objectName(), s("pushButtonClose"));
+        QTest::keyClick(m_window, Qt::Key_Return);
+        QTRY_VERIFY(!m_window);
+
+        open();
+        QTimer::singleShot(0, m_window, &QWidget::close); // by the window's frame
+        QCOMPARE(m_window->exec(), int(QDialog::Rejected));
+        QTRY_VERIFY(!m_window);
+    }
+
+    void geometry()
+    {
+        open();
+        m_window->setGeometry(40, 60, 700, 333);
+        QCoreApplication::processEvents();
+        const QRect wanted = m_window->geometry();
+        click("pushButtonClose");
+        QVERIFY(!m_window->isVisible());
+        QTRY_VERIFY(!m_window);
+        m_settings->sync();
+        QSettings file(m_settings->fileName(), QSettings::IniFormat); // a later run of the program
+        QCOMPARE(file.allKeys(), list("Settings/PrintCapturesWindow/geometry"));
+        file.setValue(s("other"), 1);
+        file.sync();
+        m_settings = std::make_unique<QSettings>(m_settings->fileName(), QSettings::IniFormat);
+        open();
+        QCOMPARE(m_window->geometry(), wanted);
+        QCOMPARE(m_settings->group(), QString()); // the groups were left
+        delete m_window;
+        m_settings->setValue(s("Settings/PrintCapturesWindow/geometry"), QByteArray("nonsense"));
+        open();
+        QVERIFY(m_window->width() >= 650);
+    }
+
+    void printerStatus()
+    {
+        open();
+        const auto isEnabledAfter = [this](int status) {
+            m_window->slotPrinterStatusChanged(PrintCaptureBase::PrinterStatus(status));
+            return isEnabled("pushButtonDeleteAll");
+        };
+        QVERIFY(!isEnabledAfter(2)); // there is nothing
+        add("a.pdf");
+        m_window->slotUpdate();
+        QVERIFY(isEnabled("pushButtonDeleteAll"));
+        for (int idle : {2, 5, 6}) {
+            for (int status : {0, 3, 4, 7, -1, idle}) // none of the others changes anything
+                QVERIFY(isEnabledAfter(status));
+            for (int status : {1, 3, 4, 0, 7})
+                QVERIFY(!isEnabledAfter(status));
+            m_model->slotUpdate();
+            QVERIFY(!isEnabled("pushButtonDeleteAll"));
+            QVERIFY(isEnabledAfter(idle));
+        }
+    }
+
+    void sortByTitles()
+    {
+        add("b.pdf C.pdf a.pdf");
+        open();
+        const auto shownAfter = [this](int clickedTitle) {
+            QHeaderView* header = m_table->horizontalHeader();
+            const int x =
+                header->sectionViewportPosition(clickedTitle) + header->sectionSize(clickedTitle) / 2;
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(x, 5));
+            return shownTexts();
+        };
+        const QStringList ascending = list("a.pdf b.pdf C.pdf");
+        QCOMPARE(shownAfter(0), ascending);
+        QCOMPARE(shownAfter(3), ascending);
+        QCOMPARE(shownAfter(0), QStringList(ascending.crbegin(), ascending.crend()));
+        m_model->setPages(2, 7); // C.pdf
+        m_model->setPages(0, 9); // a.pdf
+        QCOMPARE(shownAfter(1), list("b.pdf C.pdf a.pdf"));
+    }
+
+    void forSubclasses()
+    {
+        open();
+        m_window->hidePagesColumn();
+        QVERIFY(m_table->isColumnHidden(1));
+        QCOMPARE(m_table->columnWidth(2), 200);
+        m_window->hidePrinterStatus();
+        for (const char* name : {"label", "status"})
+            QVERIFY(!m_window->findChild<QLabel*>(QLatin1String(name))->isVisible());
+        CursorOverrideHelper outer;
+        {
+            const CursorOverrideHelper inner;
+        }
+        QCOMPARE(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+    }
+
+    void icons_data()
+    {
+        const Rows<QString> row("name");
+        for (const char* name : {"new-fax-action-icon", "view-icon", "abort", "folder"})
+            row(name, s(":/icons/") + s(name));
+    }
+    void icons()
+    {
+        QFETCH(QString, name);
+        const QIcon icon(name);
+        for (int size : {16, 24, 32, 64}) {
+            const QImage image = icon.pixmap(size, size).toImage();
+            QCOMPARE(image.size(), QSize(size, size)); // drawn for the size, not scaled up
+            int inked = 0;
+            int solid = 0;
+            for (int pixel = 0; pixel < size * size; ++pixel) {
+                const QColor color = image.pixelColor(pixel % size, pixel / size);
+                inked += color.alpha() > 0;
+                if (color.alpha() < 255)
+                    continue;
+                ++solid;
+                // dark palettes have a dark grey
+                for (const QColor& background : {QColor(Qt::white), QColor(0x2d, 0x2d, 0x2d)})
+                    QVERIFY2(contrast(color, background) >= 3, qPrintable(color.name()));
+            }
+            QVERIFY(inked > size * size / 8);
+            QVERIFY(solid * 3 >= inked); // lines on the grid of pixels
+        }
+    }
+
+    void hoveredIcons_data()
+    {
+        const Rows<QColor, QColor, QColor> row("window", "base", "alternate");
+        row("light", QColor(0xef, 0xef, 0xef), QColor(Qt::white), QColor(0xf7, 0xf7, 0xf7));
+        row("dark", QColor(0x35, 0x35, 0x35), QColor(0x23, 0x23, 0x23), QColor(0x2d, 0x2d, 0x2d));
+    }
+    void hoveredIcons()
+    {
+        QFETCH(QColor, window);
+        QFETCH(QColor, base);
+        QFETCH(QColor, alternate);
+        add("a.pdf b.pdf");
+        open();
+        const std::unique_ptr<QStyle> style(QStyleFactory::create(s("Fusion")));
+        QPalette palette(window, window);
+        palette.setColor(QPalette::Base, base);
+        palette.setColor(QPalette::AlternateBase, alternate);
+        m_table->setPalette(palette);
+        m_table->setStyle(style.get());
+        const auto* delegate = qobject_cast<ActionBarItemDelegate*>(m_table->itemDelegate());
+        for (int row = 0; row < 2; ++row) {
+            for (int action = 0; action < 3; ++action) {
+                const QRect button = delegate->actionRect(m_table->model()->index(row, 3), action);
+                const QImage still = m_table->viewport()->grab(button).toImage();
+                QTest::mouseMove(m_table->viewport(), button.center());
+                const QImage image = m_table->viewport()->grab(button).toImage();
+                QVERIFY(image != still);
+                // beside the image, inside the frame
+                const QColor background = image.pixelColor(3, 3);
+                const auto bar = m_table->model()->index(row, 3).data().value<ActionBarItem>();
+                const QImage icon = bar.actions().at(action).image.pixmap(16, 16).toImage();
+                for (int pixel = 0; pixel < 16 * 16; ++pixel) {
+                    const QColor color = icon.pixelColor(pixel % 16, pixel / 16);
+                    QVERIFY2(color.alpha() < 255 || contrast(color, background) >= 3,
+                             qPrintable(color.name() + background.name()));
+                }
+            }
+        }
+    }
+};
+
+QTEST_MAIN(CaptureWindowTest)
+#include "tst_capturewindow.moc"
