@@ -1,0 +1,124 @@
+#pragma once
+
+// The provider of Outlook's contacts in a manager, over an Outlook in memory.
+
+#include "contactlocalstorage.h"
+#include "contactmanager.h"
+#include "fakeoutlook.h"
+#include "outlookcontactprovider.h"
+#include "shorthand.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+inline const auto contactBook = ContactList::OutlookContacts;
+inline const int distributionList = 69;
+inline const QStringList success{s("start"), s("stop"), s("synced 5")};
+
+inline FakeItem contact(int number, int itemClass = OutlookItem::contactClass)
+{
+    const auto text = [number](const char* format) { return s(format).arg(number); };
+    const QDateTime modified(QDate(2026, 1, 2), QTime(3, 4, 5));
+    return {itemClass,   text("I%1"),        text("Name %1"),         text("1%1"),
+            text("2%1"), text("Company %1"), modified.addSecs(number)};
+}
+
+inline QVector<FakeItem> contacts(int count)
+{
+    QVector<FakeItem> items;
+    for (int i = 1; i <= count; ++i)
+        items.append(contact(i));
+    return items;
+}
+
+/// How an item's row in the store is to look.
+inline QString row(const FakeItem& item)
+{
+    const qint64 seconds = item.modified.isValid() ? item.modified.toSecsSinceEpoch() : 0;
+    return s("%1: 1/2 %2 %3||%4|%5||%6")
+        .arg(item.entryID, QString::number(seconds), item.fullName, item.phone, item.fax, item.company);
+}
+
+/// A manager with its Outlook provider, and what the provider said.
+struct World
+{
+    explicit World(const FakeFolderPtr& folder = FakeFolderPtr())
+    {
+        manager->initOutlook(false);
+        provider = qobject_cast<OutlookContactProvider*>(manager->providers().first().data());
+        using P = ContactProvider;
+        const auto hear = [this](auto signal, const char* what) {
+            QObject::connect(provider, signal, [heard = said.get(), what](auto... value) {
+                heard->append(
+                    (QStringList{s(what)} + QStringList{QString::number(value)...}).join(QLatin1Char(' ')));
+            });
+        };
+        hear(&P::onSyncStart, "start");
+        hear(&P::onSyncStop, "stop");
+        hear(&P::syncedContacts, "synced");
+        hear(&P::errorSyncedContacts, "error");
+        hear(&P::errorGotContacts, "get");
+        hear(&P::errorAddedContact, "add");
+        hear(&P::errorModifiedContact, "modify");
+        hear(&P::errorDeletedContact, "delete");
+        if (folder)
+            provider->setEntryID(folder->key(), false);
+    }
+    bool sync()
+    {
+        provider->syncContacts(contactBook, false);
+        return settle();
+    }
+    bool settle()
+    {
+        return QTest::qWaitFor([this] { return !manager->isSync(); }, 120000);
+    }
+    QList<quint32> ids(quint32 source) const
+    {
+        return manager->storage()->getContactList(source, ContactLocalStorage::AnyType,
+                                                  ContactLocalStorage::AnyLocation, 0, 0, 0);
+    }
+    /// The rows of a source.
+    static QStringList rows(quint32 source)
+    {
+        return onStore(
+            s("SELECT uid||': '||type||'/'||location||' '||timestamp||' '||name||'|'||description||'|'||"
+              "phone||'|'||fax||'|'||email||'|'||organization FROM contacts WHERE source=%1 ORDER BY id")
+                .arg(source));
+    }
+
+    const std::unique_ptr<QStringList> said{new QStringList};
+    std::unique_ptr<ContactManager> manager{new ContactManager};
+    QPointer<OutlookContactProvider> provider;
+};
+
+/// What tests of the provider have in common: an Outlook and a store for each.
+class OutlookTest : public QObject
+{
+protected:
+    void newOutlook()
+    {
+        const QString folder = m_folder.filePath(s(QTest::currentTestFunction()) + QLatin1Char('-') +
+                                                 s(QTest::currentDataTag()));
+        QVERIFY(QDir().mkpath(folder));
+        qputenv("APPDATA", QFile::encodeName(folder));
+
+        m_fake = std::make_unique<FakeMailbox>();
+        m_outlook = m_fake->outlook;
+        m_contacts = m_fake->contacts;
+        m_team = m_fake->team;
+        m_team->items = {contact(7)};
+    }
+    void leaveOutlook()
+    {
+        m_fake.reset();
+        QVERIFY(m_outlook->isBalanced()); // the worlds of the test are gone
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<FakeMailbox> m_fake;
+    QSharedPointer<FakeOutlook> m_outlook;
+    FakeFolderPtr m_contacts, m_team;
+};

@@ -1,0 +1,251 @@
+// What happens while Outlook's contacts are read: by the worker, to the store, and to the provider.
+
+#include "outlookcontactproviderdisassemblethread.h"
+#include "outlookworld.h"
+
+#include <QElapsedTimer>
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QThread>
+
+#include <thread>
+
+namespace {
+
+/// Waits where there is no event loop.
+template <typename Condition>
+bool yieldUntil(Condition condition)
+{
+    QElapsedTimer patience;
+    patience.start();
+    while (!condition() && patience.elapsed() < 20000)
+        std::this_thread::yield();
+    return condition();
+}
+
+} // namespace
+
+class TestOutlookReading : public OutlookTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { newOutlook(); }
+    void cleanup() { leaveOutlook(); }
+
+    // The event loop does not wait until a large folder is read that nobody wants any more.
+    void switchesWhileReading()
+    {
+        m_contacts->items = contacts(2000);
+        World world(m_contacts);
+        QVERIFY(world.sync());
+        const quint32 first = world.provider->sourceId();
+
+        QSemaphore reading;
+        m_outlook->beforeItem = [&reading](int number) {
+            if (number != 100)
+                return;
+            reading.release();
+            yieldUntil([] { return QThread::currentThread()->isInterruptionRequested(); });
+        };
+        m_outlook->itemsRead = 0;
+        world.said->clear();
+        world.provider->syncContacts(contactBook, false);
+        QVERIFY(reading.tryAcquire(1, 20000));
+        world.provider->setEntryID(m_team->key(), true);
+        QVERIFY(world.ids(first).isEmpty());
+        QCOMPARE(int(m_outlook->itemsRead), 100);
+        QVERIFY(world.settle());
+        QCOMPARE(*world.said, success); // one was running, so no other was begun
+        QVERIFY(world.sync());
+        QCOMPARE(world.rows(world.provider->sourceId()), QStringList{row(contact(7))});
+        QVERIFY(world.ids(first).isEmpty());
+    }
+
+    void workerAlone()
+    {
+        m_contacts->items = contacts(10);
+        World world(m_contacts);
+        QVERIFY(world.sync());
+        const quint32 source = world.provider->sourceId();
+        ContactLocalStorage& storage = *world.manager->storage();
+        QList<ContactList::Type> done;
+        const auto run = [&](ContactList::Type type, ContactLocalStorage* into) {
+            QPointer<OutlookContactProviderDisassembleThread> thread(
+                new OutlookContactProviderDisassembleThread(into, source, this));
+            thread->setContactsType(type);
+            thread->setEntryID(m_contacts->key());
+            connect(thread, &OutlookContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
+                    [&done](ContactList::Type book) { done.append(book); });
+            m_outlook->itemsRead = 0;
+            thread->start();
+            QTRY_VERIFY(!thread); // it deletes itself
+        };
+        // of any other type it drops groups, and reads nothing
+        storage.addContact(source, ContactLocalStorage::TypeGroup, ContactLocalStorage::LocationPersonal,
+                           s("G"), 1, s("G"), {}, {}, {}, {}, {});
+        run(ContactList::PersonalGroups, &storage);
+        QCOMPARE(world.ids(source).size(), 10);
+        QCOMPARE(int(m_outlook->itemsRead), 0);
+        run(contactBook, nullptr);
+        QCOMPARE(world.ids(source).size(), 10);
+
+        // interrupted, it leaves nothing
+        m_outlook->beforeItem = [](int number) {
+            if (number == 5)
+                QThread::currentThread()->requestInterruption();
+        };
+        run(contactBook, &storage);
+        QVERIFY(world.ids(source).isEmpty());
+        QCOMPARE(done, QList<ContactList::Type>({ContactList::PersonalGroups, contactBook, contactBook}));
+    }
+
+    void shrinksWhileRead()
+    {
+        m_contacts->items = contacts(10);
+        World world(m_contacts);
+        m_outlook->beforeItem = [this](int number) {
+            if (number == 4)
+                m_contacts->items.resize(3); // the one that is asked for is gone as well
+        };
+        QVERIFY(world.sync());
+        QCOMPARE(int(m_outlook->itemsRead), 4);
+        QCOMPARE(world.rows(world.provider->sourceId()),
+                 QStringList({row(contact(1)), row(contact(2)), row(contact(3))}));
+    }
+
+    void largeFolder()
+    {
+        m_contacts->items = contacts(20000);
+        for (int i = 0; i < 20000; i += 10)
+            m_contacts->items[i] = contact(i + 1, distributionList);
+        World world(m_contacts);
+        for (int run = 0; run < 2; ++run) {
+            m_outlook->itemsRead = 0;
+            QVERIFY(world.sync());
+            QCOMPARE(int(m_outlook->itemsRead), 20000);
+            QCOMPARE(world.ids(world.provider->sourceId()).size(), 18000);
+        }
+        const quint32 last =
+            world.manager->storage()->getContact(world.provider->sourceId(), ContactLocalStorage::TypeContact,
+                                                 ContactLocalStorage::LocationPersonal, s("I20000"));
+        QVERIFY(last != 0);
+    }
+
+    // Whoever reads the store in another thread meets either the copy before or the one after.
+    void neverHalfRebuilt()
+    {
+        m_contacts->items = contacts(1000);
+        World world(m_contacts);
+        QVERIFY(world.sync());
+        const quint32 source = world.provider->sourceId();
+        std::atomic<bool> stop{false};
+        std::atomic<int> readings{0};
+        QSet<int> seen;
+        std::thread reader([&] {
+            while (!stop) {
+                seen.insert(world.ids(source).size());
+                ++readings;
+            }
+            world.manager->storage()->freeStorageForThread();
+        });
+        int paused = 0;
+        m_outlook->beforeItem = [&](int number) {
+            if (number != 1 && number != 400 && number != 999)
+                return;
+            // until it has been read twice in the middle of it
+            paused += yieldUntil([&, goal = readings + 2] { return readings >= goal; });
+        };
+        m_contacts->items.append(contact(1001));
+        const bool first = world.sync();
+        m_contacts->items.append(contact(1002));
+        const bool second = world.sync();
+        stop = true;
+        reader.join();
+        QVERIFY(first && second);
+        QCOMPARE(paused, 6);
+        QVERIFY(seen.subtract({1000, 1001, 1002}).isEmpty());
+    }
+
+    void destroyedWhileReading_data()
+    {
+        const Rows<int, bool> row("item", "byManager");
+        row("at the first item", 1, true);
+        row("in the middle", 150, true);
+        row("at the last item", 300, true);
+        row("taken off the list", 150, false);
+    }
+
+    void destroyedWhileReading()
+    {
+        QFETCH(int, item);
+        QFETCH(bool, byManager);
+        m_contacts->items = contacts(300);
+        QSemaphore reading;
+        QSemaphore goOn; // the threads stand still until their end is settled
+        m_outlook->beforeItem = [&](int number) {
+            if (number == item) {
+                reading.release();
+                goOn.acquire();
+            }
+        };
+        World world(m_contacts);
+        // the second waits for the first
+        world.provider->syncContacts(contactBook, false);
+        world.provider->syncContacts(contactBook, false);
+        QSignalSpy idle(world.manager.get(), &ContactManager::onSyncStop);
+        int readBefore = 0;
+        connect(world.provider, &ContactProvider::errorSyncedContacts,
+                [&] { readBefore = m_outlook->itemsRead; });
+        const quint32 source = world.provider->sourceId();
+        QVERIFY(reading.tryAcquire(1, 20000));
+        if (byManager) {
+            goOn.release(2);
+            world.manager.reset();
+            world.manager = std::make_unique<ContactManager>();
+        } else {
+            world.manager->deleteProvider(world.provider.data());
+            goOn.release(2);
+            QTRY_VERIFY(!world.provider);
+            QCOMPARE(idle.count(), 1);
+            QVERIFY(!world.manager->isSync());
+        }
+        QVERIFY(!world.provider);
+        const QStringList end{s("stop"), s("error 2")};
+        QCOMPARE(*world.said, QStringList({s("start"), s("start")}) + end + end);
+        // they were waited for before anything was said, and what they read is there, whole
+        QCOMPARE(readBefore, 600);
+        QCOMPARE(world.ids(source).size(), 300);
+    }
+
+    void destroyedBySlot_data()
+    {
+        const Rows<int, QString> row("when", "last");
+        row("at the start", 0, "error 2");
+        row("at the stop", 1, "stop");
+        row("at the end", 2, "synced 5");
+    }
+
+    void destroyedBySlot()
+    {
+        QFETCH(int, when);
+        // with a thread, and without one
+        for (const FakeFolderPtr& folder : {m_contacts, m_fake->mail}) {
+            World world(folder);
+            const auto destroy = [&world] { world.manager.reset(); };
+            if (when == 2)
+                connect(world.provider, &ContactProvider::syncedContacts, destroy);
+            else
+                connect(world.provider, when ? &ContactProvider::onSyncStop : &ContactProvider::onSyncStart,
+                        destroy);
+            world.provider->syncContacts(contactBook, false);
+            QTRY_VERIFY(!world.provider);
+            QCOMPARE(world.said->first(), s("start"));
+            QCOMPARE(world.said->count(s("stop")), 1);
+            QTEST(world.said->last(), "last");
+        }
+    }
+};
+
+QTEST_MAIN(TestOutlookReading)
+#include "tst_outlookreading.moc"
