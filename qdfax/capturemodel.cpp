@@ -3,10 +3,12 @@
 #include "displaytext.h"
 #include "pdfpages.h"
 #include "text.h"
+#include "tsan_p.h"
 
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
+#include <QRunnable>
 
 #include <algorithm>
 #include <tuple>
@@ -30,6 +32,34 @@ QIcon imageOf(const QString& name)
 }
 
 } // namespace
+
+/// Counts the pages of one file on the model's pool.
+class CaptureModel::Counter : public QRunnable
+{
+public:
+    Counter(CaptureModel& model, QString path, Count count)
+        : m_model(model)
+        , m_path(std::move(path))
+        , m_count(std::move(count))
+    {}
+
+    void run() override
+    {
+        tsanTakeOver(this);
+        m_count.pages = pdfPages(m_path);
+        {
+            const std::lock_guard<std::mutex> lock(m_model.m_doneMutex);
+            m_model.m_done.append({m_path, m_count});
+        }
+        QMetaObject::invokeMethod(&m_model, "takeDone", Qt::QueuedConnection);
+        tsanHandOver(&m_model);
+    }
+
+private:
+    CaptureModel& m_model;
+    QString m_path;
+    Count m_count;
+};
 
 /// A static library's resources are linked by name.
 static void addResources()
@@ -71,6 +101,7 @@ CaptureModel::~CaptureModel()
 {
     m_pool.clear();
     m_pool.waitForDone();
+    tsanTakeOver(this);
 }
 
 bool CaptureModel::addEntry(QFileInfo& file)
@@ -100,12 +131,19 @@ void CaptureModel::count(const QFileInfo& file)
     Count count;
     count.size = file.size();
     count.modified = file.lastModified();
-    m_pool.start([this, path, count] {
-        Count done = count;
-        done.pages = pdfPages(path);
-        QMetaObject::invokeMethod(
-            this, [this, path, done] { takeCount(path, done); }, Qt::QueuedConnection);
-    });
+    auto* counter = new Counter(*this, path, count);
+    tsanHandOver(counter);
+    m_pool.start(counter);
+}
+
+void CaptureModel::takeDone()
+{
+    QPair<QString, Count> done;
+    {
+        const std::lock_guard<std::mutex> lock(m_doneMutex);
+        done = m_done.takeFirst();
+    }
+    takeCount(done.first, done.second);
 }
 
 void CaptureModel::takeCount(const QString& path, const Count& count)

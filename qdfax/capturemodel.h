@@ -3,9 +3,12 @@
 #include "printcapturemodelbase.h"
 
 #include <QHash>
+#include <QPair>
 #include <QSet>
 #include <QThreadPool>
 #include <QVector>
+
+#include <mutex>
 
 /**
  * The captured print jobs with their pages counted, and with the TIFF files that lie beside them: the image
@@ -67,7 +70,11 @@ private:
         int pages{0};
     };
 
+    class Counter;
+
     void count(const QFileInfo& file);
+    /// The first of m_done; posted once for each.
+    Q_INVOKABLE void takeDone();
     void takeCount(const QString& path, const Count& count);
 
     QVector<Document> m_documents;  ///< The rows; the pages are those of the base class.
@@ -76,5 +83,7 @@ private:
     QSet<QString> m_waiting;        ///< Paths of the rows that are not counted yet.
     QIcon m_image;
     QIcon m_imageWithTiff;
+    std::mutex m_doneMutex;
+    QVector<QPair<QString, Count>> m_done; ///< What was counted and not taken, with paths. Guarded.
     QThreadPool m_pool;
 };
