@@ -10,7 +10,7 @@ packages=(
   qtbase5-dev qttools5-dev qttools5-dev-tools libqt5sql5-sqlite libqt5svg5-dev libqt5svg5
   libpoppler-qt5-dev
   libcpp-httplib-dev libssl-dev libsqlite3-dev libcsv-dev libkf5contacts-dev
-  openssl ca-certificates wget iproute2 util-linux
+  openssl ca-certificates wget jq iproute2 util-linux
 )
 
 # Installs what is missing of the packages; asks for nothing when all is there.

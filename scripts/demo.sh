@@ -2,29 +2,35 @@
 # The whole story in one run: builds, starts qdsim (a simulated fax server) on this machine, sends a fax through it with
 # qdfax, shows it arriving byte for byte, and keeps and uses the contact books. Exit status 0 only if every step worked.
 #
-# Usage: scripts/demo.sh          Installs what the build needs (Debian packages) where it is missing.
-# Nothing but 127.0.0.1 is spoken to, and nothing outside a temporary folder is written.
+# Usage: scripts/demo.sh                    Installs what the build needs (Debian packages) where it is missing.
+#        scripts/demo.sh PROGRAMS FOLDER    Runs what is built in PROGRAMS, and leaves all that it wrote in FOLDER.
+# Nothing but 127.0.0.1 is spoken to, and nothing outside a temporary folder is written. Everything is logged. DEMO_PASSWORD
+# is the password of the simulated user; it is on no command line and in no file but, enciphered, qdfax's settings.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 
-install_packages jq
-build release qdfax qdsim
-
-work=$(mktemp -d)
+if [ $# -eq 2 ]; then
+  bin=$1 work=$2
+else
+  install_packages
+  build release qdfax qdsim
+  bin=$root/build/release/bin work=$(mktemp -d)
+fi
+keep=${2:-}
 finish() {
   local status=$?
   stop_qdsim
   [ $status -eq 0 ] || { echo; echo "The demonstration FAILED (exit status $status)." >&2; sed 's/^/qdsim: /' "$work/qdsim.log" >&2 || true; }
-  rm -rf "$work"
+  [ -n "$keep" ] || rm -rf "$work"
   exit $status
 }
 trap finish EXIT
 
-export APPDATA=$work/appdata QDFAX_PASSWORD='s3cret & "quoted"'
+export APPDATA=$work/appdata QDFAX_PASSWORD=${DEMO_PASSWORD:-s3cret & \"quoted\"}
 mkdir "$work/appdata" "$work/spool" "$work/outbox" "$work/downloads"
-bin=$root/build/release/bin
 
-run() { printf '\n$ qdfax %s\n' "$*"; "$bin/qdfax" "$@"; }
+qdfax() { "$bin/qdfax" "$@" --log-level 4; }
+run() { printf '\n$ qdfax %s\n' "$*"; qdfax "$@"; }
 
 # A small valid PDF of so many pages, written by hand: objects, their offsets, the trailer.
 make_pdf() { # FILE PAGES
@@ -50,7 +56,7 @@ make_pdf() { # FILE PAGES
 
 say "Starting qdsim"
 start_qdsim "$bin/qdsim" "$work" \
-  --user "anna:$QDFAX_PASSWORD:global" --spool "$work/spool" --speed 20 --inbound 5 --contacts 2000 --groups 5
+  --users <(printf 'anna:%s:global\n' "$QDFAX_PASSWORD") --spool "$work/spool" --speed 20 --inbound 5 --contacts 2000 --groups 5
 cat "$work/qdsim.out"
 
 say "Adding the server and looking around"
@@ -64,12 +70,12 @@ run queue
 say "Sending a PDF of 3 pages and a text to two recipients, with a cover page, tomorrow"
 make_pdf "$work/outbox/offer.pdf" 3
 printf 'Terms and conditions\n\nPay within 30 days.\n' >"$work/outbox/terms.txt"
-cover=$("$bin/qdfax" covers --json | jq -r 'map(select(.enabled)) | .[0].name')
+cover=$(qdfax covers --json | jq -r 'map(select(.enabled)) | .[0].name')
 tomorrow=$(date -d tomorrow +%Y-%m-%dT%H:%M)
 run send "$work/outbox/offer.pdf" "$work/outbox/terms.txt" --to '+49 30 5550100,Mary Poe,Poe & Sons' --to 5550123,Bob \
   --cover "$cover" --subject 'Our offer' --comments 'As agreed on the phone' --at "$tomorrow"
 run queue
-mapfile -t urls < <("$bin/qdfax" queue --json | jq -r 'sort_by(.url)[].url')
+mapfile -t urls < <(qdfax queue --json | jq -r 'sort_by(.url)[].url')
 [ ${#urls[@]} -eq 2 ]
 
 say "Aborting the first and sending the second at once"
@@ -78,7 +84,7 @@ run reschedule "${urls[1]}"
 
 say "Waiting for it to arrive"
 for _ in $(seq 60); do
-  "$bin/qdfax" sent --json >"$work/sent.json"
+  qdfax sent --json >"$work/sent.json"
   jq -e 'any(.[]; .state == "sent")' "$work/sent.json" >/dev/null && break
   sleep 0.5
 done
@@ -98,18 +104,18 @@ done
 say "Downloading a received fax"
 run inbox
 run download --inbox 1 --to "$work/downloads"
-location=$("$bin/qdfax" inbox --json | jq -r '.[0].location')
-wget -q -O "$work/direct" --user anna --password "$QDFAX_PASSWORD" --header 'Content-Type: application/xml' "$location"
+qdfax inbox --json | jq -r '.[0].location | sub("://"; "://anna:\(env.QDFAX_PASSWORD | @uri)@")' |
+  wget -q -O "$work/direct" --header 'Content-Type: application/xml' -i -
 cmp "$work/direct" "$(find "$work/downloads" -type f)" && echo "The document is the server's, byte for byte."
 
 say "Keeping the contact books, and sending to a group"
 run contacts sync
 run contacts search richter --limit 5
 run contacts add 'Rosa Demo' --fax 5550199
-friend=$("$bin/qdfax" contacts search richter --json | jq -r 'map(select(.fax != ""))[0].id')
+friend=$(qdfax contacts search richter --json | jq -r 'map(select(.fax != ""))[0].id')
 run contacts add 'Demo team' --book personal-groups --member 'Rosa Demo' --member "$friend"
 run contacts sync
 run send "$work/outbox/terms.txt" --to-contact 'Demo team' --no-cover --subject 'To the team' --wait
-[ "$("$bin/qdfax" sent --json | jq 'map(select(.subject == "To the team" and .state == "sent")) | length')" -eq 2 ]
+[ "$(qdfax sent --json | jq 'map(select(.subject == "To the team" and .state == "sent")) | length')" -eq 2 ]
 
 say "Everything worked"

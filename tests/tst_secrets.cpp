@@ -1,16 +1,26 @@
-// Where a password must not turn up: a whole run of qdfax against qdsim, with everything logged.
+// Where a password must not turn up: whole runs of qdfax against qdsim, the demonstration among them, with
+// everything logged.
 
 #include "qdfaxprogram.h"
 #include "shorthand.h"
 
 #include <QDirIterator>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
 
+#include <memory>
+
 namespace {
+
+/// Base64 as far as it is the same whatever follows the text.
+QByteArray base64(const QByteArray& text)
+{
+    return text.left(text.size() / 3 * 3).toBase64();
+}
 
 /// Every form in which a program might give a password away, and its name.
 QMap<QByteArray, QString> formsOf(const QString& login, const QString& password)
@@ -24,10 +34,10 @@ QMap<QByteArray, QString> formsOf(const QString& login, const QString& password)
             {password.toHtmlEscaped().toUtf8(), s("in XML")},
             {QUrl::toPercentEncoding(password), s("in a URL")},
             {password.toUtf8().toHex(), s("in hexadecimal")},
-            {password.toUtf8().toBase64(), s("Base64")},
-            {password.toLatin1().toBase64(), s("Base64 of Latin-1")},
-            {both.toUtf8().toBase64(), s("credentials")},
-            {both.toLatin1().toBase64(), s("credentials in Latin-1")}};
+            {base64(password.toUtf8()), s("Base64")},
+            {base64(password.toLatin1()), s("Base64 of Latin-1")},
+            {base64(both.toUtf8()), s("credentials")},
+            {base64(both.toLatin1()), s("credentials in Latin-1")}};
 }
 
 } // namespace
@@ -38,8 +48,10 @@ class TestSecrets : public QObject
 
     const QString m_password = s("Tr0ub4dor&\u00e4 <\"3\">");
     const QString m_wrong = s("w1de0pen /%\u00fc");
+    const QString m_shown = s("Dem0nstr4tion &<'\"/%2f+>? $HOME"); // the demonstration's
     QMap<QByteArray, QString> m_forms = formsOf(s("anna"), m_password);
     QStringList m_leaks;
+    int m_samples{0}; ///< How often the processes were looked at.
     QTemporaryDir m_folder;
     QProcess m_sim;
     QString m_address;
@@ -49,8 +61,9 @@ class TestSecrets : public QObject
     void look(const QByteArray& text, const QString& where)
     {
         for (auto form = m_forms.begin(); form != m_forms.end(); ++form) {
-            if (text.contains(form.key()))
-                m_leaks << where + s(": ") + form.value();
+            const QString leak = where + s(": ") + form.value();
+            if (text.contains(form.key()) && !m_leaks.contains(leak))
+                m_leaks << leak;
         }
     }
 
@@ -60,6 +73,16 @@ class TestSecrets : public QObject
         const QStringList entries = QDir(s("/proc")).entryList({s("[0-9]*")}, QDir::Dirs);
         for (const QString& entry : entries)
             look(readFile(s("/proc/") + entry + s("/cmdline")), s("a command line"));
+        ++m_samples;
+    }
+
+    /// Looks at them again and again, until it is gone.
+    std::unique_ptr<QTimer> sampling()
+    {
+        auto timer = std::make_unique<QTimer>();
+        connect(timer.get(), &QTimer::timeout, this, &TestSecrets::lookAtProcesses);
+        timer->start(5);
+        return timer;
     }
 
     int lookAtFiles(const QString& folder)
@@ -80,12 +103,10 @@ class TestSecrets : public QObject
         environment.insert(s("APPDATA"), path("appdata"));
         environment.insert(s("QDFAX_PASSWORD"), password);
         Program program;
-        QTimer sample;
-        connect(&sample, &QTimer::timeout, this, &TestSecrets::lookAtProcesses);
+        const auto samples = sampling();
         program.begin(QProcess::splitCommand(line) << s("--log-level") << s("4"), m_folder.path(),
                       environment);
         lookAtProcesses();
-        sample.start(10);
         program.closeWriteChannel();
         const Result result = program.finish();
         look(result.out, line + s(", output"));
@@ -96,9 +117,11 @@ class TestSecrets : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        const auto wrong = formsOf(s("anna"), m_wrong);
-        for (auto form = wrong.begin(); form != wrong.end(); ++form)
-            m_forms.insert(form.key(), form.value() + s(" of the wrong one"));
+        for (const QString& another : {m_wrong, m_shown}) {
+            const auto forms = formsOf(s("anna"), another);
+            for (auto form = forms.begin(); form != forms.end(); ++form)
+                m_forms.insert(form.key(), form.value() + s(" of ") + another);
+        }
 
         QVERIFY(QDir().mkpath(path("appdata")));
         writeFile(path("users"), "anna:" + m_password.toUtf8() + ":global\n");
@@ -112,6 +135,8 @@ private Q_SLOTS:
         QVERIFY(match.hasMatch());
         m_address = match.captured(1);
     }
+
+    void init() { m_leaks.clear(); }
 
     /// What finds nothing below must be able to find.
     void everyFormIsFound()
@@ -164,6 +189,40 @@ private Q_SLOTS:
         while (logs.hasNext())
             isLogged = isLogged || readFile(logs.next()).contains("TaskVerifyLogin request");
         QVERIFY(isLogged);
+        QVERIFY2(m_leaks.isEmpty(), qPrintable(m_leaks.join(QLatin1Char('\n'))));
+    }
+
+    void demonstration()
+    {
+        for (const char* needed : {"bash", "jq", "wget"}) {
+            if (QStandardPaths::findExecutable(s(needed)).isEmpty())
+                QSKIP("The demonstration needs what is not installed.");
+        }
+        const QString folder = path("demo");
+        QVERIFY(QDir().mkpath(folder));
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(s("DEMO_PASSWORD"), m_shown);
+        QProcess demo;
+        demo.setProcessEnvironment(environment);
+        demo.start(s("bash"), {s(DEMO_SCRIPT), QFileInfo(s(QDFAX_PROGRAM)).path(), folder});
+        m_samples = 0;
+        {
+            const auto samples = sampling();
+            QTRY_COMPARE_WITH_TIMEOUT(demo.state(), QProcess::NotRunning, 200000);
+        }
+        const QByteArray out = demo.readAllStandardOutput();
+        const QByteArray err = demo.readAllStandardError();
+        QVERIFY2(demo.exitCode() == 0 && out.contains("Everything worked"), (out + err).constData());
+        QVERIFY(m_samples > 100);
+
+        look(out, s("the demonstration's output"));
+        look(err, s("the demonstration's error text"));
+        QVERIFY(lookAtFiles(folder) > 10);
+        int replies = 0;
+        QDirIterator logs(folder + s("/appdata/Quendra Client Software/Logs"), QDir::Files);
+        while (logs.hasNext())
+            replies += readFile(logs.next()).count(" reply");
+        QVERIFY(replies > 20);
         QVERIFY2(m_leaks.isEmpty(), qPrintable(m_leaks.join(QLatin1Char('\n'))));
     }
 };
