@@ -22,15 +22,19 @@ ContactsDeleterThread::~ContactsDeleterThread()
 
 void ContactsDeleterThread::run()
 {
+    bool isStored = false;
     if (m_storage) {
         // whoever began a bracket ends it, also when beginning failed: the mutex is held either way
-        if (m_storage->scopeBegin() &&
+        const bool begun = m_storage->scopeBegin();
+        if (begun &&
             (!m_known || m_storage->getContactLastTimeStamp(m_source, m_type, m_location) == *m_known))
             m_storage->deleteContactsIfNotInUIDS(m_source, m_type, m_location, m_uids);
-        m_storage->scopeEnd();
+        const bool holds = m_storage->scopeEnd();
+        isStored = begun && holds;
         m_storage->freeStorageForThread();
     }
     tsanHandOver(this);
+    Q_EMIT deleted(isStored);
     Q_EMIT doneContactsDeletion();
     deleteLater();
     tsanHandOver(this);

@@ -32,6 +32,9 @@ public:
     void setKnown(unsigned int timestamp) { m_known = timestamp; }
 
 Q_SIGNALS:
+    /// Comes before doneContactsDeletion(). @p isStored: whether the store is without the units; where not,
+    /// it is as it was.
+    void deleted(bool isStored);
     /// The transaction has ended, well or not; comes from the thread itself.
     void doneContactsDeletion();
 

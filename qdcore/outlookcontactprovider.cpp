@@ -129,10 +129,10 @@ void OutlookContactProvider::syncContacts(ContactList::Type type, bool)
     m_threads.append(thread);
     thread->setContactsType(ContactList::OutlookContacts);
     thread->setEntryID(m_entryID);
-    connect(thread, &OutlookContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
-            [this, thread] {
-                m_isStored = thread->isStored();
-                m_isRead = thread->isRead();
+    connect(thread, &OutlookContactProviderDisassembleThread::copied, this,
+            [this](bool isStored, bool isRead) {
+                m_isStored = isStored;
+                m_isRead = isRead;
             });
     connect(thread, &OutlookContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
             &OutlookContactProvider::slotDisassembleContactFromThread);

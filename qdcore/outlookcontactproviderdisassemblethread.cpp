@@ -33,6 +33,8 @@ OutlookContactProviderDisassembleThread::~OutlookContactProviderDisassembleThrea
 void OutlookContactProviderDisassembleThread::run()
 {
     const OutlookAccess access;
+    bool isStored = false;
+    bool isRead = false;
     if (m_storage) {
         const bool begun = m_storage->scopeBegin();
         // another folder may have been chosen meanwhile; the contacts of this one must not come back
@@ -41,15 +43,16 @@ void OutlookContactProviderDisassembleThread::run()
         const bool isWanted = begun && m_storage->getSourceInfo(m_source, name, kind);
         if (isWanted) {
             dropContacts();
-            m_isRead = copyFolder(access);
+            isRead = copyFolder(access);
             if (isInterruptionRequested())
                 dropContacts();
         }
         const bool holds = m_storage->scopeEnd();
-        m_isStored = isWanted && holds;
+        isStored = isWanted && holds;
         m_storage->freeStorageForThread();
     }
     tsanHandOver(this);
+    Q_EMIT copied(isStored, isRead);
     Q_EMIT doneDisassembleContactFromThread(m_type);
     deleteLater();
     tsanHandOver(this);

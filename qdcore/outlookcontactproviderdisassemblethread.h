@@ -7,8 +7,6 @@
 #include <QPointer>
 #include <QThread>
 
-#include <atomic>
-
 class OutlookAccess;
 class OutlookItem;
 
@@ -34,12 +32,10 @@ public:
     /// The folder's key. Set before start().
     void setEntryID(const QString& entryID) { m_entryID = entryID; }
 
-    /// Once it has run: whether the store holds what it wrote. Where not, the store is as it was.
-    bool isStored() const { return m_isStored; }
-    /// Once it has run: whether Outlook gave the folder to its end.
-    bool isRead() const { return m_isRead; }
-
 Q_SIGNALS:
+    /// Comes before doneDisassembleContactFromThread(). @p isStored: whether the store holds what was
+    /// written; where not, it is as it was. @p isRead: whether Outlook gave the folder to its end.
+    void copied(bool isStored, bool isRead);
     /// It has run, with whatever success; comes from the thread itself.
     void doneDisassembleContactFromThread(ContactList::Type type);
 
@@ -56,6 +52,4 @@ private:
     unsigned int m_source;
     ContactList::Type m_type{ContactList::OutlookContacts};
     QString m_entryID;
-    std::atomic<bool> m_isStored{false};
-    std::atomic<bool> m_isRead{false};
 };

@@ -407,6 +407,8 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
     m_threads.append(thread);
     thread->setContacts(contacts, timestamp);
     thread->setKnown(kindOf(type), locationOf(type), known);
+    connect(thread, &QuendraContactProviderDisassembleThread::written, this,
+            [this, type](bool isStored) { bookWritten(type, isStored); });
     connect(thread, &QuendraContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
             &QuendraContactProvider::slotDisassembleContactFromThread);
     if (m_work.value(type).deleters > 0)
@@ -424,9 +426,20 @@ void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QS
         new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type), uids, this);
     deleter->setKnown(known);
     ++m_work[type].deleters;
-    connect(deleter, &ContactsDeleterThread::doneContactsDeletion, this,
-            [this, type] { deleterEnded(type); });
+    connect(deleter, &ContactsDeleterThread::deleted, this, [this, type](bool isStored) {
+        if (!isStored)
+            m_undeleted.insert(type);
+        deleterEnded(type);
+    });
     deleter->start();
+}
+
+void QuendraContactProvider::bookWritten(ContactList::Type type, bool isStored)
+{
+    if (isStored && !m_undeleted.contains(type))
+        m_stored.insert(type);
+    else
+        m_stored.remove(type);
 }
 
 void QuendraContactProvider::deleterEnded(ContactList::Type type)
@@ -448,8 +461,10 @@ bool QuendraContactProvider::endSync()
 {
     const QPointer<QuendraContactProvider> self(this);
     --m_syncCount;
-    if (m_syncCount == 0)
+    if (m_syncCount == 0) {
         m_syncOids.clear();
+        m_undeleted.clear();
+    }
     Q_EMIT onSyncStop();
     if (self)
         QD_LOG(DEBUG, tr("sync count (%1)", "Logger").arg(m_syncCount));

@@ -5,6 +5,7 @@
 #include "qdcore_global.h"
 
 #include <QMap>
+#include <QSet>
 
 class FaxServer;
 class QuendraContactProviderDisassembleThread;
@@ -49,6 +50,10 @@ public:
     void getContacts(ContactList::Type type, const QString& filter, unsigned int offset,
                      unsigned int limit) override;
     void syncContacts(ContactList::Type type, bool full) override;
+    /// Whether the store holds what the last synchronisation of a book that ended with syncedContacts()
+    /// brought. That signal comes also when nothing could be stored (no room, a file that is read-only or
+    /// locked): then the book is as it was, or has only lost what the server no longer lists.
+    bool isStored(ContactList::Type type) const { return m_stored.contains(type); }
     /// A QuendraContact or QuendraContactGroup; its URL begins with "http://" whatever the connection uses.
     QSharedPointer<ContactUnit> aggregateContact(unsigned int id) override;
 
@@ -105,6 +110,7 @@ private:
     void useOids(const QList<QString>& oids, ContactList::Type type, unsigned int known);
     void useContacts(const ContactList& contacts, unsigned int timestamp, bool full, unsigned int known);
     unsigned int lastTimeStamp(ContactList::Type type) const;
+    void bookWritten(ContactList::Type type, bool isStored);
     void startDeleter(ContactList::Type type, const QList<QString>& uids, unsigned int known);
     void deleterEnded(ContactList::Type type);
     bool endSync();
@@ -115,4 +121,6 @@ private:
     QList<QPointer<QuendraContactProviderDisassembleThread>> m_threads;
     QMap<ContactList::Type, QList<QString>> m_syncOids; ///< What the server said it has, while synchronising.
     QMap<ContactList::Type, BookWork> m_work;
+    QSet<ContactList::Type> m_undeleted; ///< Books that a deleter failed on, while synchronising.
+    QSet<ContactList::Type> m_stored;    ///< Books of which the last synchronisation is in the store.
 };

@@ -41,6 +41,7 @@ bool QuendraContactProviderDisassembleThread::isOutdated() const
 
 void QuendraContactProviderDisassembleThread::run()
 {
+    bool isStored = false;
     if (m_storage) {
         const bool begun = m_storage->scopeBegin();
         // the server may have been removed while the reply was on its way; its units must not come back
@@ -52,10 +53,12 @@ void QuendraContactProviderDisassembleThread::run()
                     disassemble(*m_storage, m_source, *unit, m_timestamp, 0);
             }
         }
-        m_storage->scopeEnd();
+        const bool holds = m_storage->scopeEnd();
+        isStored = begun && holds;
         m_storage->freeStorageForThread();
     }
     tsanHandOver(this);
+    Q_EMIT written(isStored);
     Q_EMIT doneDisassembleContactFromThread(m_contacts.contactsType());
     deleteLater();
     tsanHandOver(this);

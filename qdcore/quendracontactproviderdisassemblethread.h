@@ -35,6 +35,9 @@ public:
                   unsigned int timestamp);
 
 Q_SIGNALS:
+    /// Comes before doneDisassembleContactFromThread(). @p isStored: whether the store holds the units, or
+    /// newer ones; where not, it is as it was.
+    void written(bool isStored);
     /// It has run, with whatever success; comes from the thread itself.
     void doneDisassembleContactFromThread(ContactList::Type type);
 

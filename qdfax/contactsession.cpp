@@ -5,6 +5,7 @@
 #include "contactprovider.h"
 #include "quendracontact.h"
 #include "quendracontactgroup.h"
+#include "quendracontactprovider.h"
 #include "text.h"
 
 namespace {
@@ -87,5 +88,11 @@ bool ContactSession::synchronise(ContactList::Type book, bool full)
         [&] { provider().syncContacts(book, full); }, [](ContactList::Type) {},
         Text::tr("Reading the %1").arg(bookText(book)));
     m_session.setPatientWhileIdle(false);
-    return ok;
+    const auto* books = qobject_cast<const QuendraContactProvider*>(&provider());
+    if (!ok || !books || books->isStored(book))
+        return ok;
+    m_session.fail(ExitStatus::File, Text::tr("The %1 could not be stored: check permissions and free space, "
+                                              "and whether another program has the file.")
+                                         .arg(bookText(book)));
+    return false;
 }

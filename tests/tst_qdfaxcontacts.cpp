@@ -4,12 +4,15 @@
 #include "shorthand.h"
 #include "simserver.h"
 #include "simwire.h"
+#include "smalldisk.h"
+#include "storefile.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QTemporaryDir>
 
 #include <memory>
+#include <optional>
 
 #include <stdlib.h>
 
@@ -107,6 +110,60 @@ private Q_SLOTS:
         m_environment.remove(s("COLUMNS"));
     }
     void cleanup() { m_sim.reset(); }
+
+    void bookThatCannotBeStored_data()
+    {
+        const Rows<QString> row("refused");
+        row("full disk", "");
+        row("read-only", "");
+        row("what is new", "INSERT ON contacts");
+        row("what is gone", "DELETE ON contacts");
+    }
+    void bookThatCannotBeStored()
+    {
+        // a book that was read and not stored is not synchronised, whatever the server said
+        QFETCH(QString, refused);
+        const QString folder = path("appdata/Quendra Client Software/Contacts");
+        const QString file = folder + s("/contacts.sqlite");
+        std::optional<SmallDisk> disk;
+        QVERIFY(QDir().mkpath(folder));
+        const bool isFull = QTest::currentDataTag() == QByteArray("full disk");
+        if (isFull)
+            disk.emplace(folder);
+        startSim(30, 1);
+        CHECK_RUN(run("contacts sync"), 0);
+        QVERIFY(m_sim->deleteEntry(m_mine, m_sim->book(s("mary")).first().uid));
+        m_sim->addEntry(m_mine, person("New", "1"));
+        if (!refused.isEmpty()) {
+            OtherProgram trigger(s("CREATE TRIGGER refuse BEFORE ") + refused +
+                                     s(" BEGIN SELECT RAISE(ABORT, 'refused'); END"),
+                                 file);
+            QVERIFY(trigger.works());
+        } else if (!isFull) {
+            disk.emplace(folder, true);
+        }
+        if (disk && !disk->works())
+            QSKIP("Only root may mount a disk.");
+        QVERIFY(!isFull || disk->fill(0));
+
+        const Result failed = run("contacts sync --json");
+        CHECK_RUN(failed, 11);
+        QVERIFY2(failed.err.contains("The personal contacts could not be stored"), failed.err);
+        QCOMPARE(failed.value(0, "synchronised").toBool(), false);
+        QVERIFY(run("contacts list --json --book personal").array().size() >=
+                29); // perhaps without what is gone
+
+        if (!refused.isEmpty())
+            QVERIFY(OtherProgram(s("DROP TRIGGER refuse"), file).works());
+        else if (isFull)
+            QVERIFY(QFile::remove(disk->ballast()));
+        else
+            disk.reset();
+        const Result repaired = run("contacts sync --json");
+        CHECK_RUN(repaired, 0);
+        QCOMPARE(repaired.value(0, "entries").toInt(), 30);
+        QCOMPARE(run("contacts search New --json").array().size(), 1);
+    }
 
     void cacheIsReadWithoutTheServer()
     {

@@ -2129,5 +2129,9 @@ diesem Rechner.</translation>
         <source>This qdfax was built without vCards; use --csv.</source>
         <translation>Dieses qdfax wurde ohne vCards gebaut; verwenden Sie --csv.</translation>
     </message>
+    <message>
+        <source>The %1 could not be stored: check permissions and free space, and whether another program has the file.</source>
+        <translation>Nicht gespeichert (%1): Prüfen Sie Rechte und freien Platz, und ob ein anderes Programm die Datei hat.</translation>
+    </message>
 </context>
 </TS>
