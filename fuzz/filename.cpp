@@ -82,6 +82,7 @@ FUZZ_TARGET(filename)
             PROMISE(reply->url().userInfo().isEmpty());
             reply->deliver("the content", 3,
                            how & 4 ? QNetworkReply::ContentNotFoundError : QNetworkReply::NoError);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
         }
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

@@ -157,11 +157,13 @@ void Downloader::download(QUrl url, bool secure)
         if (reply->hasRawHeader("Content-Encoding"))
             reply->setReadBufferSize(waitingCompressed);
     });
-    connect(m_reply.data(), &QNetworkReply::finished, this, &Downloader::slotFinished);
+    // Queued: a receiver of what they report may destroy the access manager, and so the reply, which looks at
+    // itself again after its signals. What arrives is taken at once: the reply gives it away until it fails.
+    connect(m_reply.data(), &QNetworkReply::finished, this, &Downloader::slotFinished, Qt::QueuedConnection);
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
     connect(m_reply.data(), QOverload<QNetworkReply::NetworkError>::of(&QNetworkReply::error), this,
-            &Downloader::err);
+            &Downloader::err, Qt::QueuedConnection);
     QT_WARNING_POP
     connect(m_reply.data(), &QNetworkReply::readyRead, this, &Downloader::slotReadyRead);
 }
@@ -174,7 +176,7 @@ void Downloader::slotReadyRead()
         if (m_file.isOpen())
             m_file.close();
         QD_LOG(ERROR, tr("Downloader: network error when getting data chunk!", "Logger"));
-        Q_EMIT downloadError(NetworkError);
+        QMetaObject::invokeMethod(this, &Downloader::fail, Qt::QueuedConnection);
         return;
     }
 
@@ -191,7 +193,14 @@ void Downloader::err(QNetworkReply::NetworkError code)
     Q_UNUSED(code)
     if (m_file.isOpen())
         m_file.close();
-    Q_EMIT downloadError(NetworkError);
+    fail();
+}
+
+/// Unless the manager has gone meanwhile.
+void Downloader::fail()
+{
+    if (m_reply)
+        Q_EMIT downloadError(NetworkError);
 }
 
 void Downloader::slotFinished()

@@ -214,6 +214,25 @@ private Q_SLOTS:
             QTRY_VERIFY(!m_discover || sockets() == 0);
             QCOMPARE(calls, 1);
         }
+        // after any number of turns of the event loop, with answers waiting or on their way
+        bool wasOver = false;
+        for (int turns = 0; !wasOver; ++turns) {
+            QVERIFY(turns < 300);
+            init();
+            int found = 0;
+            connect(m_discover.get(), &Discover::discoveredEntry, this, [&found] { ++found; });
+            m_discover->startDiscover(0);
+            QTRY_VERIFY(!m_queries.isEmpty());
+            answer(sentinel);
+            answer(sentinel);
+            for (int i = 0; i < turns && found < 2; ++i)
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            wasOver = found == 2;
+            m_discover.reset();
+            const int heard = found;
+            QCoreApplication::processEvents();
+            QCOMPARE(found, heard);
+        }
         init();
         connect(m_discover.get(), &Discover::timeOutDiscover, this, [this] { m_discover.reset(); });
         m_discover->startDiscover(1);

@@ -3,6 +3,7 @@
 
 #include "contactmanager.h"
 #include "contactprovider.h"
+#include "downloader.h"
 #include "operations.h"
 #include "quendracontact.h"
 #include "taskkit.h"
@@ -201,6 +202,34 @@ public:
     bool isReady{false};
 };
 
+/// An access manager that knows whether one of its replies is in the middle of a signal.
+class WatchedNetwork : public QNetworkAccessManager
+{
+public:
+    bool isInside{false};
+
+protected:
+    QNetworkReply* createRequest(Operation operation, const QNetworkRequest& request,
+                                 QIODevice* body) override
+    {
+        QNetworkReply* reply = QNetworkAccessManager::createRequest(operation, request, body);
+        // before any receiver, and after all of them
+        const auto watch = [this, reply](auto signal) {
+            connect(reply, signal, this, [this] { isInside = true; });
+            connect(
+                reply, signal, this, [this] { isInside = false; }, Qt::QueuedConnection);
+        };
+        watch(&QNetworkReply::finished);
+        watch(&QNetworkReply::readyRead);
+        watch(&QNetworkReply::errorOccurred);
+        QT_WARNING_PUSH
+        QT_WARNING_DISABLE_DEPRECATED
+        watch(QOverload<QNetworkReply::NetworkError>::of(&QNetworkReply::error));
+        QT_WARNING_POP
+        return reply;
+    }
+};
+
 /// One turn of the event loop with something in it.
 void turn()
 {
@@ -252,6 +281,8 @@ private Q_SLOTS:
     void insideAnySlot();
     void overTheLimit_data();
     void overTheLimit();
+    void downloads_data();
+    void downloads();
 };
 
 void TestLifetime::afterAnyTurn()
@@ -359,6 +390,85 @@ void TestLifetime::overTheLimit()
     QCOMPARE(outcome.errors, QList<Task::Status>{Task::Error});
     QVERIFY(!outcome.task && !nam);
     QVERIFY(!wasInside);
+}
+
+void TestLifetime::downloads_data()
+{
+    QTest::addColumn<bool>("insideSlots");
+    QTest::addColumn<bool>("ofManager");
+    QTest::addColumn<int>("answer");
+    const char* const names[] = {"good", "refused", "cut", "never there", "compressed and cut", "no file"};
+    for (const bool insideSlots : {false, true}) {
+        for (const bool ofManager : {false, true}) {
+            for (int answer = 0; answer < int(std::size(names)); ++answer)
+                QTest::addRow("%s, %s, %s", insideSlots ? "in slots" : "after turns",
+                              ofManager ? "manager" : "downloader", names[answer])
+                    << insideSlots << ofManager << answer;
+        }
+    }
+}
+
+void TestLifetime::downloads()
+{
+    QFETCH(bool, insideSlots);
+    QFETCH(bool, ofManager);
+    QFETCH(int, answer);
+
+    ScriptedServer wire;
+    const QByteArray body(300000, 'x');
+    wire.setAnswer(answer == 1   ? ScriptedServer::reply(body, "404 No")
+                   : answer == 4 ? ScriptedServer::bomb(1000)
+                                 : ScriptedServer::reply(body));
+    wire.setHangUp(answer == 2 || answer == 4 ? ScriptedServer::HangUp::InsideReply
+                   : answer == 3              ? ScriptedServer::HangUp::AfterBody
+                                              : ScriptedServer::HangUp::Never);
+    const QUrl url(
+        QStringLiteral("http://%1/%2").arg(wire.address(), QLatin1String(answer == 5 ? ".." : "a.tif")));
+    int reached = 0;
+    for (int number = 0; number <= reached; ++number) {
+        QVERIFY(number < 300);
+        const QPointer<WatchedNetwork> manager = new WatchedNetwork;
+        const QPointer<Downloader> downloader = new Downloader(nullptr, *manager);
+        downloader->setDownloadPath(m_folder.path());
+        Listener listener;
+        listener.listenTo(downloader);
+        bool killed = false;
+        bool wasInside = false;
+        const auto kill = [&] {
+            killed = true;
+            wasInside = insideSlots && manager->isInside;
+            ofManager ? delete manager : delete downloader;
+        };
+        const auto isOver = [&] { return !manager || manager->findChildren<QNetworkReply*>().isEmpty(); };
+        int signal = 0;
+        if (insideSlots) {
+            listener.onSignal = [&] {
+                if (signal++ != number)
+                    return;
+                reached = number + 1;
+                kill();
+            };
+        }
+        downloader->download(url, false);
+        if (insideSlots) {
+            QVERIFY(spinUntil([&] { return killed || isOver(); }));
+        } else {
+            for (int i = 0; i < number && !isOver(); ++i)
+                turn();
+            if (!isOver())
+                reached = number + 1;
+            kill();
+        }
+        QVERIFY2(!wasInside, listener.last); // no sanitizer sees what Qt does with a reply that is gone
+        const int heard = listener.heard;
+        QVERIFY(spinUntil(isOver));
+        for (int i = 0; i < 3; ++i)
+            QCoreApplication::processEvents();
+        QVERIFY2(listener.heard == heard, listener.last);
+        delete downloader;
+        delete manager;
+    }
+    QVERIFY(reached > 0 || (answer == 5 && !insideSlots)); // without a file nothing is sent
 }
 
 QTEST_GUILESS_MAIN(TestLifetime)
