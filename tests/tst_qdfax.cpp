@@ -1,55 +1,27 @@
-// The program qdfax as users start it, against a simulated server and against servers that misbehave.
+// The program qdfax as users start it: servers and passwords, sending, and what goes wrong.
 
-#include "qdfaxprogram.h"
+#include "qdfaxworld.h"
 #include "scriptedserver.h"
-#include "shorthand.h"
-#include "simwire.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QNetworkInterface>
-#include <QProcess>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 
-#include <memory>
-
-#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <termios.h>
 #include <unistd.h>
 
-class TestQdfax : public QObject
+class TestQdfax : public QdfaxTest
 {
     Q_OBJECT
 
     const QString m_password = s("s3cret & \"quoted\"");
-    std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<SimServer> m_sim;
-    QProcessEnvironment m_environment;
 
-    QString path(const char* name) const { return m_folder->filePath(QLatin1String(name)); }
     QString settings() const { return path("appdata/Quendra Client Software/Settings/qdfax.xml"); }
 
-    void start(Program& program, const QStringList& arguments)
+    void startSim(SimOptions options)
     {
-        program.begin(arguments, m_folder->path(), m_environment);
-    }
-
-    Result run(const QStringList& arguments, const QByteArray& input = QByteArray())
-    {
-        Program program;
-        start(program, arguments);
-        program.write(input);
-        program.closeWriteChannel();
-        return program.finish();
+        options.users = {someUser("mary:s3cret & \"quoted\":global"), someUser("tom:other:nosend")};
+        m_sim = std::make_unique<Started>(options);
     }
 
     /// Runs of now on have these, like "LANG=de LC_ALL=C", of all variables that choose a language.
@@ -63,46 +35,10 @@ class TestQdfax : public QObject
                                  assignment.section(QLatin1Char('='), 1));
     }
 
-    /// One line as a shell would split it; quotes keep blanks.
-    Result run(const char* line) { return run(QProcess::splitCommand(s(line))); }
-
-    void addServer()
-    {
-        const Result added = run({s("server"), s("add"), m_sim->address(), s("--login"), s("mary")});
-        CHECK_RUN(added, 0);
-        m_sim->clearRequests();
-    }
-
-    void startSim(SimOptions options)
-    {
-        options.users = {someUser("mary:s3cret & \"quoted\":global"), someUser("tom:other:nosend")};
-        m_sim = std::make_unique<SimServer>(options);
-        QString error;
-        QVERIFY2(m_sim->start(&error), qPrintable(error));
-    }
-
-    /// Every file below a folder that holds the text.
-    static QStringList filesWith(const QString& folder, const QByteArray& text)
-    {
-        QStringList found;
-        for (const QFileInfo& info :
-             QDir(folder).entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)) {
-            if (info.isDir())
-                found += filesWith(info.filePath(), text);
-            else if (readFile(info.filePath()).contains(text))
-                found.append(info.filePath());
-        }
-        return found;
-    }
-
 private Q_SLOTS:
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_environment = QProcessEnvironment::systemEnvironment();
-        m_environment.insert(s("APPDATA"), path("appdata"));
-        m_environment.insert(s("QDFAX_PASSWORD"), m_password);
-        m_environment.remove(s("COLUMNS"));
+        newFolder(m_password);
         SimOptions options;
         options.speed = 0;
         options.spoolDir = path("spool");
@@ -167,22 +103,6 @@ private Q_SLOTS:
         QCOMPARE(m_sim->refusals().filter(s("POST")), QStringList());
     }
 
-    void passwordStaysSecret()
-    {
-        addServer();
-        for (const char* line : {"whoami --log-level 4", "send text.txt --to 1 --log-level 4", "server list",
-                                 "inbox --log-level 4", "abort /qdws/v1/ofax/77 --log-level 4"}) {
-            const Result result = run(line);
-            QVERIFY2(!(result.out + result.err).contains("s3cret"), line);
-        }
-        QCOMPARE(filesWith(path("appdata"), "TaskVerifyLogin request").size(), 1); // there is a log
-        QCOMPARE(filesWith(path("appdata"), "s3cret"), QStringList());
-        QCOMPARE(filesWith(path("appdata"), QByteArray("s3cret").toBase64().left(6)), QStringList());
-        const QFile::Permissions others =
-            QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther;
-        QCOMPARE(QFile::permissions(settings()) & others, QFile::Permissions());
-    }
-
     void passwordFromFileAndInput()
     {
         m_environment.remove(s("QDFAX_PASSWORD"));
@@ -191,6 +111,9 @@ private Q_SLOTS:
                                  s("--login"), s("mary"), s("--password-file")};
         CHECK_RUN(run(add + QStringList(s("pw"))), 0);
         CHECK_RUN(run(add + QStringList(s("-")), m_password.toUtf8() + "\r\n"), 0);
+        const QFile::Permissions others =
+            QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther;
+        QCOMPARE(QFile::permissions(settings()) & others, QFile::Permissions());
         CHECK_RUN(run(add + QStringList(s("missing"))), 11);
         const Result none = run(add.mid(0, 5));
         CHECK_RUN(none, 1); // no terminal to ask on
@@ -506,175 +429,6 @@ private Q_SLOTS:
         QCOMPARE(run("queue --finished 5 --json").array().size(), 2);
     }
 
-    void longLog()
-    {
-        SimOptions options;
-        options.inbound = 10000;
-        startSim(options);
-        addServer();
-        const QJsonArray all = run("inbox --json").array();
-        QCOMPARE(all.size(), 10000);
-        for (int i = 1; i < all.size(); ++i) {
-            const QString before = all.at(i - 1).toObject().value(s("completed")).toString();
-            QVERIFY(before >= all.at(i).toObject().value(s("completed")).toString());
-        }
-        QCOMPARE(run("inbox --json --limit 7").array().size(), 7);
-        m_environment.insert(s("COLUMNS"), s("60"));
-        for (const QByteArray& line : run("inbox --limit 50").out.split('\n'))
-            QVERIFY2(s(line).size() <= 60, line);
-    }
-
-    void absurdEntries()
-    {
-        SimInbound evil;
-        evil.filename = s("\xc2\x9b evil.tif");
-        evil.completeTime = s("0000-00-00T00:00:00");
-        evil.pages = s("9999999999");
-        evil.toName = QString(5000, QLatin1Char('x')) + QChar(0x202E);
-        evil.status = s("dancing");
-        SimInbound dated;
-        dated.filename = s("b.tif");
-        dated.completeTime = s("2026-01-01T00:00:00");
-        dated.pages = s("-7");
-        m_sim->addInbound(dated);
-        m_sim->addInbound(evil);
-        addServer();
-        const Result entries = run("inbox --json");
-        QCOMPARE(entries.array().size(), 2);
-        QCOMPARE(entries.value(0, "file").toString(), s("b.tif")); // has a time
-        QCOMPARE(entries.value(1, "status").toString(), s("dancing"));
-        QVERIFY(entries.value(1, "completed").isNull());
-        QCOMPARE(entries.value(1, "to").toString(), evil.toName);
-        m_environment.insert(s("COLUMNS"), s("100"));
-        const Result shown = run("inbox");
-        CHECK_RUN(shown, 0);
-        QVERIFY2(!s(shown.out).contains(
-                     QRegularExpression(s("[\\x{0}-\\x{9}\\x{b}-\\x{1f}\\x{7f}-\\x{9f}\\x{202e}]"))),
-                 shown.out);
-    }
-
-    void watchRounds()
-    {
-        addServer();
-        CHECK_RUN(run("send text.txt --to 5551234"), 0);
-        QVERIFY(m_sim->addFault(s("status=503,method=GET,path=/qdws/v1/ofax,skip=1,times=1")));
-        const Result result = run("watch queue --rounds 3 --interval 1");
-        CHECK_RUN(result, 0);
-        QCOMPARE(result.out.count("5551234"), 3); // what is known stays when one reading fails
-        QCOMPARE(result.out.count("503"), 1);
-    }
-
-    void downloadFromTheInbox()
-    {
-        SimInbound fax;
-        fax.filename = s("a fax, \xc3\xa4.pdf");
-        fax.completeTime = s("2026-01-01T00:00:00");
-        fax.document = "%PDF-1.4\n" + QByteArray(3000000, '\x01');
-        m_sim->addInbound(fax);
-        addServer();
-        const Result result = run("download --inbox 1 --json");
-        CHECK_RUN(result, 0);
-        const QString file = m_folder->filePath(fax.filename);
-        QCOMPARE(readFile(file), fax.document);
-        QCOMPARE(result.object().value(s("bytes")).toInt(), fax.document.size());
-
-        writeFile(file, "mine"); // is not replaced unasked
-        CHECK_RUN(run("download --inbox 1"), 11);
-        QCOMPARE(readFile(file), QByteArray("mine"));
-        CHECK_RUN(run("download --inbox 1 --overwrite"), 0);
-        QCOMPARE(readFile(file), fax.document);
-        CHECK_RUN(run("download --inbox 2"), 9);
-
-        QVERIFY(QFile::remove(file));
-        Program program;
-        program.largestFile = 1000000;
-        start(program, {s("download"), s("--inbox"), s("1")});
-        const Result full = program.finish();
-        CHECK_RUN(full, 11);
-        QVERIFY2(full.err.contains(fax.filename.toUtf8()), full.err);
-    }
-
-    void badDownloads_data()
-    {
-        // left:of the file; null: there is none
-        const Rows<QByteArray, QString, int, QString, QByteArray> row("head", "target", "status", "says",
-                                                                      "left");
-        // left: of the file; null: there is none
-        row("redirect", "302 Found\r\nLocation: /y", "/d/x.tif", 2, "302", "no");
-        row("404", "404 Not Found", "/d/x.tif", 9, "404", {});
-        row("401", "401 No\r\nWWW-Authenticate: Basic realm=\"r\"", "/d/x.tif", 3, "none was sent", {});
-        row("no name", "200 OK", "/d/", 11, "name", {});
-        row("hidden name", "200 OK", "/d/.profile", 11, ".profile", {});
-    }
-    void badDownloads()
-    {
-        QFETCH(QByteArray, head);
-        QFETCH(QString, target);
-        QFETCH(int, status);
-        QFETCH(QString, says);
-        QFETCH(QByteArray, left);
-        addServer();
-        ScriptedServer other;
-        other.setAnswer("HTTP/1.1 " + head + "\r\nContent-Length: 2\r\n\r\nno");
-        const Result result = run({s("download"), s("http://mary:pw@") + other.address() + target});
-        CHECK_RUN(result, status);
-        QVERIFY2(result.err.contains(says.toUtf8()), result.err);
-        if (!left.isNull())
-            QVERIFY(readFile(path("x.tif")).startsWith(left.left(1)));
-        // not ours, and not what the URL held
-        for (const WireRequest& request : other.requests())
-            QCOMPARE(request.header("Authorization"), QByteArray());
-    }
-
-    void cutDownload()
-    {
-        SimInbound fax;
-        fax.filename = s("cut.tif");
-        fax.document = QByteArray(300000, 'x');
-        m_sim->addInbound(fax);
-        addServer();
-        QVERIFY(m_sim->addFault(s("cut=150000,path=/qdws/v1/documents")));
-        const Result result = run("download --inbox 1");
-        CHECK_RUN(result, 2);
-        QVERIFY2(result.err.contains("cut.tif (150.0 kB)"), result.err);
-        QCOMPARE(readFile(path("cut.tif")).size(), 150000);
-    }
-
-    void interruptNamesThePartialFile()
-    {
-        addServer();
-        ScriptedServer other;
-        other.setAnswer([](const WireRequest&) {
-            return QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
-        });
-        Program program;
-        start(program, {s("download"), s("http://") + other.address() + s("/x.tif")});
-        QTRY_COMPARE_WITH_TIMEOUT(readFile(path("x.tif")), QByteArray("half"), Program::longest);
-        QCOMPARE(::kill(pid_t(program.processId()), SIGINT), 0);
-        const Result result = program.finish();
-        CHECK_RUN(result, 130);
-        QVERIFY2(result.err.contains("x.tif"), result.err);
-    }
-
-    void timeoutCountsSilenceOnly()
-    {
-        addServer();
-        // a second and more in drops: longer than the time-out, but never silent
-        SimInbound fax;
-        fax.filename = s("slow.tif");
-        fax.document = QByteArray(30, 'x');
-        m_sim->addInbound(fax);
-        QVERIFY(m_sim->addFault(s("drip=60,path=/qdws/v1/documents")));
-        CHECK_RUN(run("download --inbox 1 --timeout 1"), 0);
-        m_sim->clearFaults();
-        QVERIFY(m_sim->addFault(s("delay=20000,path=/qdws/v1/ofax")));
-        const Result silent = run("queue --timeout 1");
-        CHECK_RUN(silent, 10);
-        const Result sending = run("send text.txt --to 5 --timeout 1");
-        CHECK_RUN(sending, 10);
-        QVERIFY2(sending.err.contains("not known"), sending.err);
-    }
-
     void lostOutputIsNoSuccess()
     {
         addServer();
@@ -712,55 +466,14 @@ private Q_SLOTS:
         QCOMPARE(run("discover --timeout 1000").out.count('\n'), 1);
     }
 
-    void noDocuments_data()
-    {
-        QTest::addColumn<QByteArray>("headers");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("target");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("says");
-        const QString target = QStringLiteral("/d/x.tif");
-        QTest::newRow("packed unasked")
-            << QByteArray("Content-Encoding: gzip\r\n") << QByteArray("\x1f\x8b") << target << 7 << "gzip";
-        QTest::newRow("packed in no way")
-            << QByteArray("Content-Encoding: identity\r\n") << QByteArray("II*") << target << 0 << "";
-        QTest::newRow("page by its type") << QByteArray("Content-Type: text/html; charset=utf-8\r\n")
-                                          << QByteArray("Hello") << target << 7 << "web page";
-        QTest::newRow("page by its content") << QByteArray("Content-Type: image/tiff\r\n")
-                                             << QByteArray("\n<!DOCTYPE HTML>") << target << 7 << "web page";
-        QTest::newRow("control characters")
-            << QByteArray() << QByteArray("II*") << s("/d/a%1Bb.tif") << 11 << "is refused: it holds control";
-        QTest::newRow("long name") << QByteArray() << QByteArray("II*")
-                                   << s("/d/") + QString(300, QLatin1Char('x')) << 11
-                                   << "is refused: it is longer than 255 bytes";
-    }
-    void noDocuments()
-    {
-        QFETCH(QByteArray, headers);
-        QFETCH(QByteArray, body);
-        QFETCH(QString, target);
-        QFETCH(int, status);
-        QFETCH(QString, says);
-        addServer();
-        ScriptedServer other;
-        other.setAnswer(ScriptedServer::reply(body, "200 OK", headers));
-        const Result result = run({s("download"), s("http://") + other.address() + target});
-        CHECK_RUN(result, status);
-        QVERIFY2(result.err.contains(says.toUtf8()), result.err);
-        for (const WireRequest& request : other.requests())
-            QCOMPARE(request.header("Accept-Encoding"), QByteArray("identity"));
-    }
-
     void doubtIsSaid_data()
     {
-        QTest::addColumn<QString>("fault");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<bool>("isInDoubt");
-        QTest::newRow("cut inside the answer") << s("cut=40") << 2 << true;
-        QTest::newRow("unreadable answer") << s("truncated") << 7 << true;
-        QTest::newRow("bad gateway") << s("status=502") << 2 << true;
-        QTest::newRow("gateway time-out") << s("status=504") << 2 << true;
-        QTest::newRow("refused") << s("status=403") << 2 << false;
+        const Rows<QString, int, bool> row("fault", "status", "isInDoubt");
+        row("cut inside the answer", "cut=40", 2, true);
+        row("unreadable answer", "truncated", 7, true);
+        row("bad gateway", "status=502", 2, true);
+        row("gateway time-out", "status=504", 2, true);
+        row("refused", "status=403", 2, false);
     }
     void doubtIsSaid()
     {

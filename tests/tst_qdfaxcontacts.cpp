@@ -1,17 +1,9 @@
 // qdfax's contacts commands as users start them, against a simulated server.
 
-#include "qdfaxprogram.h"
-#include "shorthand.h"
-#include "simserver.h"
-#include "simwire.h"
+#include "qdfaxworld.h"
 #include "smalldisk.h"
 #include "storefile.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QTemporaryDir>
-
-#include <memory>
 #include <optional>
 
 #include <stdlib.h>
@@ -47,7 +39,7 @@ QStringList sorted(const QVector<SimEntry>& entries)
 
 } // namespace
 
-class TestQdfaxContacts : public QObject
+class TestQdfaxContacts : public QdfaxTest
 {
     Q_OBJECT
 
@@ -55,25 +47,6 @@ class TestQdfaxContacts : public QObject
     const SimBookId m_myGroups{s("mary"), true};
     const SimBookId m_global{SimBooks::global(), false};
     const SimBookId m_globalGroups{SimBooks::global(), true};
-    std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<SimServer> m_sim;
-    QProcessEnvironment m_environment;
-
-    QString path(const char* name) const { return m_folder->filePath(QLatin1String(name)); }
-
-    Result run(const QStringList& arguments)
-    {
-        Program program;
-        program.begin(arguments, m_folder->path(), m_environment);
-        return program.finish();
-    }
-    /// One line as a shell would split it; quotes keep blanks.
-    Result run(const char* line) { return run(QProcess::splitCommand(s(line))); }
-
-    void addServer(const char* login)
-    {
-        CHECK_RUN(run({s("server"), s("add"), m_sim->address(), s("--login"), s(login), s("--default")}), 0);
-    }
 
     void startSim(int contacts, int groups)
     {
@@ -83,10 +56,8 @@ class TestQdfaxContacts : public QObject
         options.contacts = contacts;
         options.groups = groups;
         options.speed = 0;
-        m_sim = std::make_unique<SimServer>(options);
-        QString error;
-        QVERIFY2(m_sim->start(&error), qPrintable(error));
-        addServer("mary");
+        m_sim = std::make_unique<Started>(options);
+        addServer();
     }
 
     /// A group on the server with the entries of these uids in a book.
@@ -101,14 +72,7 @@ class TestQdfaxContacts : public QObject
     }
 
 private Q_SLOTS:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_environment = QProcessEnvironment::systemEnvironment();
-        m_environment.insert(s("APPDATA"), path("appdata"));
-        m_environment.insert(s("QDFAX_PASSWORD"), s("secret"));
-        m_environment.remove(s("COLUMNS"));
-    }
+    void init() { newFolder(); }
     void cleanup() { m_sim.reset(); }
 
     void bookThatCannotBeStored_data()

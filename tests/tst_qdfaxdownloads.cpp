@@ -1,0 +1,216 @@
+// What qdfax shows of the logs, and how it downloads: from the server, from others, and cut short.
+
+#include "qdfaxworld.h"
+#include "scriptedserver.h"
+
+#include <csignal>
+
+class TestQdfaxDownloads : public QdfaxTest
+{
+    Q_OBJECT
+
+    void startSim(SimOptions options = SimOptions())
+    {
+        options.users = {someUser("mary:secret")};
+        options.speed = 0;
+        m_sim = std::make_unique<Started>(options);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        newFolder();
+        startSim();
+        writeFile(path("text.txt"), "Hello\n");
+    }
+    void cleanup() { m_sim.reset(); }
+
+    void longLog()
+    {
+        SimOptions options;
+        options.inbound = 10000;
+        startSim(options);
+        addServer();
+        const QJsonArray all = run("inbox --json").array();
+        QCOMPARE(all.size(), 10000);
+        for (int i = 1; i < all.size(); ++i) {
+            const QString before = all.at(i - 1).toObject().value(s("completed")).toString();
+            QVERIFY(before >= all.at(i).toObject().value(s("completed")).toString());
+        }
+        QCOMPARE(run("inbox --json --limit 7").array().size(), 7);
+        m_environment.insert(s("COLUMNS"), s("60"));
+        for (const QByteArray& line : run("inbox --limit 50").out.split('\n'))
+            QVERIFY2(s(line).size() <= 60, line);
+    }
+
+    void absurdEntries()
+    {
+        SimInbound evil;
+        evil.filename = s("\xc2\x9b evil.tif");
+        evil.completeTime = s("0000-00-00T00:00:00");
+        evil.pages = s("9999999999");
+        evil.toName = QString(5000, QLatin1Char('x')) + QChar(0x202E);
+        evil.status = s("dancing");
+        SimInbound dated;
+        dated.filename = s("b.tif");
+        dated.completeTime = s("2026-01-01T00:00:00");
+        dated.pages = s("-7");
+        m_sim->addInbound(dated);
+        m_sim->addInbound(evil);
+        addServer();
+        const Result entries = run("inbox --json");
+        QCOMPARE(entries.array().size(), 2);
+        QCOMPARE(entries.value(0, "file").toString(), s("b.tif")); // has a time
+        QCOMPARE(entries.value(1, "status").toString(), s("dancing"));
+        QVERIFY(entries.value(1, "completed").isNull());
+        QCOMPARE(entries.value(1, "to").toString(), evil.toName);
+        m_environment.insert(s("COLUMNS"), s("100"));
+        const Result shown = run("inbox");
+        CHECK_RUN(shown, 0);
+        QVERIFY2(!s(shown.out).contains(
+                     QRegularExpression(s("[\\x{0}-\\x{9}\\x{b}-\\x{1f}\\x{7f}-\\x{9f}\\x{202e}]"))),
+                 shown.out);
+    }
+
+    void watchRounds()
+    {
+        addServer();
+        CHECK_RUN(run("send text.txt --to 5551234"), 0);
+        QVERIFY(m_sim->addFault(s("status=503,method=GET,path=/qdws/v1/ofax,skip=1,times=1")));
+        const Result result = run("watch queue --rounds 3 --interval 1");
+        CHECK_RUN(result, 0);
+        QCOMPARE(result.out.count("5551234"), 3); // what is known stays when one reading fails
+        QCOMPARE(result.out.count("503"), 1);
+    }
+
+    void downloadFromTheInbox()
+    {
+        SimInbound fax;
+        fax.filename = s("a fax, \xc3\xa4.pdf");
+        fax.completeTime = s("2026-01-01T00:00:00");
+        fax.document = "%PDF-1.4\n" + QByteArray(3000000, '\x01');
+        m_sim->addInbound(fax);
+        addServer();
+        const Result result = run("download --inbox 1 --json");
+        CHECK_RUN(result, 0);
+        const QString file = m_folder->filePath(fax.filename);
+        QCOMPARE(readFile(file), fax.document);
+        QCOMPARE(result.object().value(s("bytes")).toInt(), fax.document.size());
+
+        writeFile(file, "mine"); // is not replaced unasked
+        CHECK_RUN(run("download --inbox 1"), 11);
+        QCOMPARE(readFile(file), QByteArray("mine"));
+        CHECK_RUN(run("download --inbox 1 --overwrite"), 0);
+        QCOMPARE(readFile(file), fax.document);
+        CHECK_RUN(run("download --inbox 2"), 9);
+
+        QVERIFY(QFile::remove(file));
+        Program program;
+        program.largestFile = 1000000;
+        start(program, {s("download"), s("--inbox"), s("1")});
+        const Result full = program.finish();
+        CHECK_RUN(full, 11);
+        QVERIFY2(full.err.contains(fax.filename.toUtf8()), full.err);
+    }
+
+    void badDownloads_data()
+    {
+        using Server = ScriptedServer;
+        const Rows<QByteArray, QString, int, QString, QByteArray> row("answer", "target", "status", "says",
+                                                                      "left");
+        // left: the file's first byte; null: there is no file, or it does not matter
+        const char* const target = "/d/x.tif";
+        row("redirect", Server::reply("no", "302 Found", "Location: /y\r\n"), target, 2, "302", "n");
+        row("404", Server::reply("no", "404 Not Found"), target, 9, "404", {});
+        row("401", Server::reply("no", "401 No", "WWW-Authenticate: Basic realm=\"r\"\r\n"), target, 3,
+            "none was sent", {});
+        row("no name", Server::reply("no"), "/d/", 11, "name", {});
+        row("hidden name", Server::reply("no"), "/d/.profile", 11, ".profile", {});
+        row("control characters", Server::reply("II*"), "/d/a%1Bb.tif", 11, "is refused: it holds control",
+            {});
+        row("long name", Server::reply("II*"), s("/d/") + QString(300, QLatin1Char('x')), 11,
+            "is refused: it is longer than 255 bytes", {});
+        row("packed unasked", Server::reply("\x1f\x8b", "200 OK", "Content-Encoding: gzip\r\n"), target, 7,
+            "gzip", {});
+        row("packed in no way", Server::reply("II*", "200 OK", "Content-Encoding: identity\r\n"), target, 0,
+            "", "I");
+        row("page by its type",
+            Server::reply("Hello", "200 OK", "Content-Type: text/html; charset=utf-8\r\n"), target, 7,
+            "web page", {});
+        row("page by its content",
+            Server::reply("\n<!DOCTYPE HTML>", "200 OK", "Content-Type: image/tiff\r\n"), target, 7,
+            "web page", {});
+    }
+    void badDownloads()
+    {
+        QFETCH(QByteArray, answer);
+        QFETCH(QString, target);
+        QFETCH(int, status);
+        QFETCH(QString, says);
+        QFETCH(QByteArray, left);
+        addServer();
+        ScriptedServer other;
+        other.setAnswer(answer);
+        const Result result = run({s("download"), s("http://mary:pw@") + other.address() + target});
+        CHECK_RUN(result, status);
+        QVERIFY2(result.err.contains(says.toUtf8()), result.err);
+        if (!left.isNull())
+            QVERIFY(readFile(path("x.tif")).startsWith(left));
+        for (const WireRequest& request : other.requests()) {
+            QCOMPARE(request.header("Authorization"), QByteArray()); // not ours, and not what the URL held
+            QCOMPARE(request.header("Accept-Encoding"), QByteArray("identity"));
+        }
+    }
+
+    void cutDownload()
+    {
+        SimInbound fax;
+        fax.filename = s("cut.tif");
+        fax.document = QByteArray(300000, 'x');
+        m_sim->addInbound(fax);
+        addServer();
+        QVERIFY(m_sim->addFault(s("cut=150000,path=/qdws/v1/documents")));
+        const Result result = run("download --inbox 1");
+        CHECK_RUN(result, 2);
+        QVERIFY2(result.err.contains("cut.tif (150.0 kB)"), result.err);
+        QCOMPARE(readFile(path("cut.tif")).size(), 150000);
+    }
+
+    void interruptNamesThePartialFile()
+    {
+        addServer();
+        ScriptedServer other;
+        other.setAnswer([](const WireRequest&) {
+            return QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+        });
+        Program program;
+        start(program, {s("download"), s("http://") + other.address() + s("/x.tif")});
+        QTRY_COMPARE_WITH_TIMEOUT(readFile(path("x.tif")), QByteArray("half"), Program::longest);
+        QCOMPARE(::kill(pid_t(program.processId()), SIGINT), 0);
+        const Result result = program.finish();
+        CHECK_RUN(result, 130);
+        QVERIFY2(result.err.contains("x.tif"), result.err);
+    }
+
+    void timeoutCountsSilenceOnly()
+    {
+        addServer();
+        // a second and more in drops: longer than the time-out, but never silent
+        SimInbound fax;
+        fax.filename = s("slow.tif");
+        fax.document = QByteArray(30, 'x');
+        m_sim->addInbound(fax);
+        QVERIFY(m_sim->addFault(s("drip=60,path=/qdws/v1/documents")));
+        CHECK_RUN(run("download --inbox 1 --timeout 1"), 0);
+        m_sim->clearFaults();
+        QVERIFY(m_sim->addFault(s("delay=20000,path=/qdws/v1/ofax")));
+        const Result silent = run("queue --timeout 1");
+        CHECK_RUN(silent, 10);
+        const Result sending = run("send text.txt --to 5 --timeout 1");
+        CHECK_RUN(sending, 10);
+        QVERIFY2(sending.err.contains("not known"), sending.err);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestQdfaxDownloads)
+#include "tst_qdfaxdownloads.moc"
