@@ -4,6 +4,7 @@
 #include "bench.h"
 #include "contact.h"
 #include "contactlocalstorage.h"
+#include "plainsqlite.h"
 #include "quendracontact.h"
 #include "quendracontactproviderdisassemblethread.h"
 
@@ -14,7 +15,6 @@
 
 #include <atomic>
 #include <memory>
-#include <sqlite3.h>
 
 namespace {
 
@@ -59,86 +59,6 @@ public:
 
 private:
     QTemporaryDir m_dir;
-};
-
-/// SQLite's own interface, on the file that a store made.
-class Plain
-{
-public:
-    explicit Plain(const Folder& folder)
-    {
-        if (sqlite3_open(folder.file().constData(), &m_db) != SQLITE_OK)
-            fail("open");
-        run("PRAGMA cache_spill=OFF");
-    }
-    ~Plain()
-    {
-        for (sqlite3_stmt* statement : m_statements)
-            sqlite3_finalize(statement);
-        sqlite3_close(m_db);
-    }
-
-    void run(const char* text)
-    {
-        if (sqlite3_exec(m_db, text, nullptr, nullptr, nullptr) != SQLITE_OK)
-            fail(sqlite3_errmsg(m_db));
-    }
-
-    /// The one number that a query gives.
-    int number(const char* text)
-    {
-        sqlite3_stmt* statement = prepare(text);
-        if (sqlite3_step(statement) != SQLITE_ROW)
-            fail(sqlite3_errmsg(m_db));
-        const int result = sqlite3_column_int(statement, 0);
-        sqlite3_reset(statement);
-        return result;
-    }
-
-    sqlite3_stmt* prepare(const char* text)
-    {
-        sqlite3_stmt* statement = nullptr;
-        if (sqlite3_prepare_v2(m_db, text, -1, &statement, nullptr) != SQLITE_OK)
-            fail(sqlite3_errmsg(m_db));
-        m_statements.push_back(statement);
-        return statement;
-    }
-
-    /// Binds and runs a statement that gives no rows.
-    template <typename... Values>
-    void step(sqlite3_stmt* statement, const Values&... values)
-    {
-        bindAll(statement, values...);
-        if (sqlite3_step(statement) != SQLITE_DONE)
-            fail(sqlite3_errmsg(m_db));
-        sqlite3_reset(statement);
-    }
-
-    template <typename... Values>
-    static void bindAll(sqlite3_stmt* statement, const Values&... values)
-    {
-        int index = 1;
-        (bind(statement, index++, values), ...);
-    }
-
-    static QString text(sqlite3_stmt* statement, int column)
-    {
-        const void* data = sqlite3_column_text16(statement, column);
-        return QString(static_cast<const QChar*>(data), sqlite3_column_bytes16(statement, column) / 2);
-    }
-
-private:
-    static void bind(sqlite3_stmt* statement, int index, int value)
-    {
-        sqlite3_bind_int(statement, index, value);
-    }
-    static void bind(sqlite3_stmt* statement, int index, const QString& value)
-    {
-        sqlite3_bind_text16(statement, index, value.utf16(), value.size() * 2, SQLITE_STATIC);
-    }
-
-    sqlite3* m_db{nullptr};
-    std::vector<sqlite3_stmt*> m_statements;
 };
 
 const char* const insertContact =
@@ -276,7 +196,7 @@ double plainStoreFirst(int round, int count)
     Folder folder;
     Store().addSource(QStringLiteral("user@fax"), Store::SourceQuendra);
     const QVector<Row> contacts = rows(round, count);
-    Plain plain(folder);
+    Plain plain(folder.file());
     const double time = milliseconds([&] { fillPlain(plain, contacts); });
     if (plain.number("SELECT count(*) FROM contacts WHERE timestamp=1000") != count)
         fail("plain store-first");
@@ -297,7 +217,7 @@ double plainStoreAgain(int round, int count)
     Filled filled(round, count);
     filled.store.reset();
     const QVector<Row> contacts = rows(round + 1, count);
-    Plain plain(filled.folder);
+    Plain plain(filled.folder.file());
     const double time = milliseconds([&] {
         sqlite3_stmt* update = plain.prepare(updateContact);
         plain.run("BEGIN");
@@ -387,7 +307,7 @@ double plainStoreGroups(int round, int memberships, bool whole)
     if (!whole)
         addGroups(filled, groups);
     filled.store.reset();
-    Plain plain(filled.folder);
+    Plain plain(filled.folder.file());
     const QString empty = QLatin1String("");
     double time = 0;
     for (int again = 0; again < 2; ++again) {
@@ -456,7 +376,7 @@ double plainSourceDelete(int round, int count)
 {
     TwoSources filled(round, count);
     filled.store.reset();
-    Plain plain(filled.folder);
+    Plain plain(filled.folder.file());
     plain.run("DROP TRIGGER delete_source");
     plain.run("DROP TRIGGER delete_contact");
     const double time = milliseconds([&] {
@@ -528,7 +448,7 @@ double listPages(Filled& filled, int round, int count)
 
 double plainListPages(const Filled& filled, int round, int count)
 {
-    Plain plain(filled.folder);
+    Plain plain(filled.folder.file());
     sqlite3_stmt* list =
         plain.prepare("SELECT id, uid, type, location, name, description, phone, fax, email, organization "
                       "FROM contacts WHERE source=? AND location=? AND type=? LIMIT ? OFFSET ?");
@@ -576,7 +496,7 @@ double search(Filled& filled, int round, int count)
 
 double plainSearch(const Filled& filled, int round, int count)
 {
-    Plain plain(filled.folder);
+    Plain plain(filled.folder.file());
     sqlite3_stmt* find =
         plain.prepare("SELECT id, name FROM contacts WHERE name LIKE ? AND source=? LIMIT ?");
     int found = 0;

@@ -2,6 +2,11 @@
 
 #include <QFile>
 
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
 QString appFolder(const QString& leaf)
 {
     return qEnvironmentVariable("APPDATA") + QStringLiteral("/Quendra Client Software") + leaf;
@@ -15,4 +20,15 @@ void keepToOwner(const QString& path)
                                       QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
     if (now & others)
         QFile::setPermissions(path, now & owners);
+}
+
+void makePrivate(const QString& path)
+{
+#ifdef Q_OS_UNIX
+    const int descriptor =
+        ::open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (descriptor >= 0)
+        ::close(descriptor);
+#endif
+    keepToOwner(path);
 }

@@ -10,3 +10,7 @@ QString appFolder(const QString& leaf);
 
 /// Takes a file from everybody but its owner, where the platform knows of owners. Does not open it.
 void keepToOwner(const QString& path);
+
+/// Makes an empty file, if there is none, and takes it from everybody but its owner. Does not open one that
+/// is there: closing it would give up the locks that this process has on it.
+void makePrivate(const QString& path);

@@ -5,16 +5,10 @@
 #include "storebracket_p.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTextStream>
 
 #include <algorithm>
 #include <memory>
-
-#ifdef Q_OS_UNIX
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace {
 
@@ -45,21 +39,6 @@ bool isObjectId(const QString& text)
     return !text.isEmpty() && text.size() <= 18 && std::all_of(text.cbegin(), text.cend(), [](QChar c) {
         return c >= QLatin1Char('0') && c <= QLatin1Char('9');
     });
-}
-
-/// Makes the file of the contacts, if there is none, and takes it from everybody but its owner. SQLite gives
-/// the files beside it (a journal) the same permissions.
-void makePrivate(const QString& file)
-{
-#ifdef Q_OS_UNIX
-    // Only one that is new is opened: closing a file gives up the locks that other connections of this
-    // process have on it.
-    const int descriptor =
-        ::open(QFile::encodeName(file).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (descriptor >= 0)
-        ::close(descriptor);
-#endif
-    keepToOwner(file);
 }
 
 /// The condition of a statement that deletes contacts.
@@ -104,7 +83,7 @@ ContactLocalStorage::ContactLocalStorage(QObject* parent)
     const QString path = folder();
     if (!QDir(path).exists() && !QDir().mkpath(path))
         QD_LOG(ERROR, tr("Error creating path %1", "Logger").arg(path));
-    makePrivate(m_file);
+    makePrivate(m_file); // SQLite gives the files beside it, a journal, the same permissions
     if (!checkDB() && !makeDB())
         QD_LOG(ERROR, tr("Error creating database", "Logger"));
 }
@@ -440,35 +419,30 @@ ContactList ContactLocalStorage::units(ContactFactory factory, quint32 source, C
                                        ContactLocation location, quint32 group, uint offset, uint limit,
                                        void* userData, QVector<quint32>& path)
 {
-    struct Row
-    {
-        quint32 id, type, location;
-        QString uid, name, description, phone, fax, email, organization;
-    };
-    QVector<Row> found;
+    QVector<QPair<quint32, ContactRow>> found; // with their ids
     {
         // All rows before any members: those are read by the same statement.
         QVector<QVariant> values;
         const StoreStatement list = listOf(source, type, location, group, offset, limit, values);
         StoreRows rows = settled().runList(list, true, limit != 0, values);
         while (rows.next()) {
-            found.append({rows.number(0), rows.number(2), rows.number(3), rows.text(1), rows.text(4),
-                          rows.text(5), rows.text(6), rows.text(7), rows.text(8), rows.text(9)});
+            found.append({rows.number(0),
+                          {source, static_cast<ContactType>(rows.number(2)),
+                           static_cast<ContactLocation>(rows.number(3)), rows.text(1), 0, rows.text(4),
+                           rows.text(5), rows.text(6), rows.text(7), rows.text(8), rows.text(9)}});
         }
     }
 
     ContactList result;
     result.contacts().reserve(found.size());
-    for (const Row& row : qAsConst(found)) {
+    for (const auto& [id, row] : qAsConst(found)) {
         ContactList members;
-        if (row.type == TypeGroup && !path.contains(row.id)) {
-            path.append(row.id);
-            members = units(factory, source, AnyType, AnyLocation, row.id, 0, 0, userData, path);
+        if (row.type == TypeGroup && !path.contains(id)) {
+            path.append(id);
+            members = units(factory, source, AnyType, AnyLocation, id, 0, 0, userData, path);
             path.removeLast();
         }
-        result.contacts().append(factory(
-            static_cast<ContactType>(row.type), static_cast<ContactLocation>(row.location), row.uid, row.name,
-            row.description, row.phone, row.fax, row.email, row.organization, members, userData));
+        result.contacts().append(row.build(factory, members, userData));
     }
     return result;
 }

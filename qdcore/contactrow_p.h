@@ -1,6 +1,6 @@
 #pragma once
 
-// A stored contact as one value. Internal: not installed.
+// A row of the contacts table. Internal: not installed.
 
 #include "contactlocalstorage.h"
 
@@ -8,14 +8,14 @@
 
 #include <optional>
 
-/// What ContactLocalStorage::getContactInfo() gives, and how the providers build a unit of it.
+/// A contact or group as it is stored, without its id.
 struct ContactRow
 {
     quint32 source{0};
-    quint32 timestamp{0};
     ContactLocalStorage::ContactType type{};
     ContactLocalStorage::ContactLocation location{};
     QString uid;
+    quint32 timestamp{0};
     QString name;
     QString description;
     QString phone;
@@ -35,6 +35,7 @@ struct ContactRow
         return std::nullopt;
     }
 
+    /// The unit that a factory makes of it; may be null.
     QSharedPointer<ContactUnit> build(ContactLocalStorage::ContactFactory factory, const ContactList& members,
                                       void* userData) const
     {

@@ -50,7 +50,7 @@ quint32 StoreBracket::contactId(quint32 source, quint32 type, quint32 location, 
     return rows.next() ? rows.number(0) : 0;
 }
 
-quint32 StoreBracket::addContact(const StoreContact& contact)
+quint32 StoreBracket::addContact(const ContactRow& contact)
 {
     if (m_failed)
         return 0;
@@ -205,7 +205,7 @@ bool StoreBracket::loadLinks()
 
 void StoreBracket::writeContacts()
 {
-    const QVector<QPair<quint32, StoreContact>> contacts = std::exchange(m_newContacts, {});
+    const QVector<QPair<quint32, ContactRow>> contacts = std::exchange(m_newContacts, {});
     const bool atOnce = contacts.size() == storeRowsAtOnce;
     QVector<QVariant> values;
     values.reserve(storeRowsAtOnce * 12);

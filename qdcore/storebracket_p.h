@@ -3,28 +3,13 @@
 // What a transaction bracket of the contact store knows and has yet to write. Internal: not installed, not
 // exported.
 
+#include "contactrow_p.h"
 #include "storeconnection_p.h"
 
 #include <QSet>
 
 #include <tuple>
 #include <utility>
-
-/// A row of the contacts table as it is stored.
-struct StoreContact
-{
-    quint32 source;
-    quint32 type;
-    quint32 location;
-    QString uid;
-    quint32 timestamp;
-    QString name;
-    QString description;
-    QString phone;
-    QString fax;
-    QString email;
-    QString organization;
-};
 
 /**
  * A transaction bracket.
@@ -59,7 +44,7 @@ public:
     quint32 contactId(quint32 source, quint32 type, quint32 location, const QString& uid);
 
     /// Adds a contact that contactId() does not know. Returns its id, 0 when the bracket has failed.
-    quint32 addContact(const StoreContact& contact);
+    quint32 addContact(const ContactRow& contact);
 
     /// Whether a contact has yet to be written.
     bool isPending(quint32 id) const;
@@ -108,6 +93,6 @@ private:
     QHash<quint32, QSet<quint32>> m_members; ///< From group to its contacts.
     bool m_hasLinks{false};                  ///< m_members is loaded.
     quint32 m_nextId{0};                     ///< The id that the next new contact will have, 0 while unknown.
-    QVector<QPair<quint32, StoreContact>> m_newContacts;
+    QVector<QPair<quint32, ContactRow>> m_newContacts;
     QVector<QPair<quint32, quint32>> m_newLinks; ///< Contact and group.
 };
