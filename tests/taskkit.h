@@ -27,6 +27,16 @@ public:
     }
 };
 
+/// A server, and the service behind it, which answers everything with @p answer.
+struct TaskWorld
+{
+    explicit TaskWorld(const QByteArray& answer = QByteArray()) { wire.setAnswer(answer); }
+
+    ScriptedServer wire;
+    FaxManager manager{noContacts};
+    BareServer server{manager, wire.address()};
+};
+
 /// A good answer with this content in its document element.
 inline QByteArray okReply(const QByteArray& content)
 {

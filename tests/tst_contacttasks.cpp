@@ -5,6 +5,7 @@
 #include "outlookcontact.h"
 #include "quendracontact.h"
 #include "quendracontactgroup.h"
+#include "shorthand.h"
 #include "taskkit.h"
 #include "tasks/taskaddcontact.h"
 #include "tasks/taskdeletecontact.h"
@@ -19,17 +20,17 @@ namespace {
 
 QuendraContact person(const QString& path)
 {
-    return personAt(path.isEmpty() ? path : QStringLiteral("http://elsewhere") + path);
+    return personAt(path.isEmpty() ? path : s("http://elsewhere") + path);
 }
 
 QuendraContactGroup team(const QString& path)
 {
     QuendraContactGroup group;
-    group.setName(QStringLiteral("Team"));
-    group.setDescription(QStringLiteral("All"));
-    group.addContact(person(QStringLiteral("/qdws/v1/contacts/anna/7")));
+    group.setName(s("Team"));
+    group.setDescription(s("All"));
+    group.addContact(person(s("/qdws/v1/contacts/anna/7")));
     if (!path.isEmpty())
-        group.setUrl(QUrl(QStringLiteral("http://elsewhere") + path));
+        group.setUrl(QUrl(s("http://elsewhere") + path));
     return group;
 }
 
@@ -50,373 +51,340 @@ class TestContactTasks : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void books_data();
-    void books();
-    void changes_data();
-    void changes();
-    void changeEnds_data();
-    void changeEnds();
-    void nothingToChange();
-    void readBooks();
-    void oids_data();
-    void oids();
-    void members();
-    void memberFails_data();
-    void memberFails();
-};
-
-void TestContactTasks::books_data()
-{
-    QTest::addColumn<int>("book");
-    QTest::addColumn<QByteArray>("contacts");
-    QTest::addColumn<QByteArray>("oids");
-
-    QTest::newRow("personal contacts")
-        << 1 << QByteArray("/qdws/v1/contacts/anna") << QByteArray("/qdws/v1/contact_oids/anna");
-    QTest::newRow("personal groups") << 2 << QByteArray("/qdws/v1/contact_groups/anna")
-                                     << QByteArray("/qdws/v1/contact_group_oids/anna");
-    QTest::newRow("global contacts") << 3 << QByteArray("/qdws/v1/contacts/global_contact_list")
-                                     << QByteArray("/qdws/v1/contact_oids/global_contact_list");
-    QTest::newRow("global groups") << 4 << QByteArray("/qdws/v1/contact_groups/global_contact_list")
-                                   << QByteArray("/qdws/v1/contact_group_oids/global_contact_list");
-    QTest::newRow("none") << 0 << QByteArray("/") << QByteArray("/");
-}
-
-void TestContactTasks::books()
-{
-    QFETCH(int, book);
-    QFETCH(QByteArray, contacts);
-    QFETCH(QByteArray, oids);
-
-    ScriptedServer wire;
-    wire.setAnswer(okReply("<query_time>77</query_time><oids>1</oids>"));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-
-    auto* all = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
-    all->setContactsType(ContactList::Type(book));
-    unsigned int stamp = 0;
-    connect(all, &TaskGetContacts::doneGetContacts, this,
-            [&stamp](const ContactList&, unsigned int time) { stamp = time; });
-    all->execute();
-    QTRY_COMPARE(stamp, 77U);
-    QCOMPARE(wire.requests().last().target, contacts);
-
-    auto* since = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
-    since->setContactsType(ContactList::Type(book));
-    since->setContactsLastTimeSync(1234);
-    Outcome changed(since, SIGNAL(doneGetContactsAfterLastTimeSync(ContactList, unsigned int)));
-    server.slotError(Task::Error);
-    since->execute();
-    QTRY_COMPARE(changed.done, 1);
-    QCOMPARE(server.lastStatus(), Task::Ok); // this outcome is one for the bookkeeping, too
-    QCOMPARE(wire.requests().last().target, contacts + "?query_time=1234");
-
-    auto* ids = static_cast<TaskGetContactsOids*>(server.addTask(Task::GetContactsOids));
-    ids->setContactsType(ContactList::Type(book));
-    QList<QString> got{QStringLiteral("not yet")};
-    connect(ids, &TaskGetContactsOids::doneGetContactsOids, this,
-            [&got](const QList<QString>& list, ContactList::Type) { got = list; });
-    ids->execute();
-    QTRY_COMPARE(got, book ? QList<QString>{QStringLiteral("1")} : QList<QString>());
-    QCOMPARE(wire.requests().last().target, oids);
-}
-
-void TestContactTasks::changes_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<bool>("isGroup");
-    QTest::addColumn<int>("book");
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<QByteArray>("target");
-    QTest::addColumn<QByteArray>("body");
-
-    const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
-    const QByteArray person = "<name>MaryPoe &amp; &lt;Co></name><fax_number>555</fax_number></contact>";
-    const QByteArray team = "<name>Team</name><description>All</description>"
-                            "<contact>http://elsewhere/qdws/v1/contacts/anna/7</contact></contact_group>";
-    const QByteArray added = declaration + "<contact>" + person;
-    const QByteArray addedTeam = declaration + "<contact_group>" + team;
-    const QByteArray modified =
-        declaration + "<contact><contact_url>http://elsewhere/qdws/v1/contacts/an na/7</contact_url>" +
-        person;
-
-    const int add = Task::AddContact;
-    QTest::newRow("add personal") << add << false << 1 << QByteArray("POST")
-                                  << QByteArray("/qdws/v1/contacts/anna") << added;
-    QTest::newRow("add global") << add << false << 3 << QByteArray("POST")
-                                << QByteArray("/qdws/v1/contacts/global_contact_list") << added;
-    QTest::newRow("add group") << add << true << 2 << QByteArray("POST")
-                               << QByteArray("/qdws/v1/contact_groups/anna") << addedTeam;
-    QTest::newRow("add global group")
-        << add << true << 4 << QByteArray("POST") << QByteArray("/qdws/v1/contact_groups/global_contact_list")
-        << addedTeam;
-    QTest::newRow("add contact to groups")
-        << add << false << 2 << QByteArray("POST") << QByteArray("/") << added;
-    QTest::newRow("modify") << int(Task::ModifyContact) << false << 1 << QByteArray("PUT")
-                            << QByteArray("/qdws/v1/contacts/an%20na/7") << modified;
-    QTest::newRow("delete") << int(Task::DeleteContact) << false << 1 << QByteArray("DELETE")
-                            << QByteArray("/qdws/v1/contacts/an%20na/7") << QByteArray();
-}
-
-void TestContactTasks::changes()
-{
-    QFETCH(int, type);
-    QFETCH(bool, isGroup);
-    QFETCH(int, book);
-    QFETCH(QByteArray, method);
-    QFETCH(QByteArray, target);
-    QFETCH(QByteArray, body);
-
-    ScriptedServer wire;
-    wire.setAnswer(okReply(""));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    auto* task = static_cast<TaskChangeContact*>(server.addTask(Task::Type(type)));
-    const QString path =
-        type == Task::AddContact ? QString() : QStringLiteral("/qdws/v1/contacts/an%20na/7?x=1");
-    if (isGroup)
-        task->setContact(team(path), ContactList::Type(book));
-    else
-        task->setContact(person(type == Task::AddContact ? QString() : path.section(QLatin1Char('?'), 0, 0)),
-                         ContactList::Type(book));
-    Outcome outcome(task, doneSignal(Task::Type(type)));
-    task->execute();
-    task->execute();
-    QVERIFY(spinUntil([&] { return !outcome.task; }));
-    QCOMPARE(outcome.errors, QList<Task::Status>{Task::InvalidReply}); // confirmed nothing
-    QCOMPARE(wire.requests().size(), 1);
-    QCOMPARE(wire.requests().first().method, method);
-    QCOMPARE(wire.requests().first().target, target);
-    QCOMPARE(wire.requests().first().body, body);
-}
-
-void TestContactTasks::changeEnds_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QByteArray>("answer");
-    QTest::addColumn<int>("status"); // 0: the done signal
-    QTest::addColumn<QString>("error");
-
-    const struct
+    void books_data()
     {
-        Task::Type type;
-        const char* name;
-        QByteArray good;
-        const char* invalid;
-    } tasks[] = {
-        {Task::AddContact, "taskaddcontact.cpp TaskAddContact: ", "<message>Created</message>" + memberXml(9),
-         "invalid reply!"},
-        {Task::ModifyContact, "taskmodifycontact.cpp TaskModifyContact: ", "<message>Modified</message>",
-         "invalid reply"},
-        {Task::DeleteContact, "taskdeletecontact.cpp TaskDeleteContact: ", "<message>Deleted</message>",
-         "invalid reply!"},
-    };
-    for (const auto& task : tasks) {
-        const auto row = [&task](const char* fault, const QByteArray& answer, int status,
-                                 const QString& error) {
-            QTest::addRow("%s, %s", task.name, fault)
-                << int(task.type) << answer << status
-                << (error.isEmpty() ? error : QLatin1String(task.name) + error);
-        };
-        const QString invalid = QLatin1String(task.invalid);
-        row("good", okReply(task.good), 0, {});
-        row("message in lower case", okReply(task.good.toLower()), Task::InvalidReply, invalid);
-        row("no message", okReply("<x/>"), Task::InvalidReply, invalid);
+        QTest::addColumn<int>("book");
+        QTest::addColumn<QByteArray>("contacts");
+        QTest::addColumn<QByteArray>("oids");
+
+        QTest::newRow("personal contacts")
+            << 1 << QByteArray("/qdws/v1/contacts/anna") << QByteArray("/qdws/v1/contact_oids/anna");
+        QTest::newRow("personal groups") << 2 << QByteArray("/qdws/v1/contact_groups/anna")
+                                         << QByteArray("/qdws/v1/contact_group_oids/anna");
+        QTest::newRow("global contacts") << 3 << QByteArray("/qdws/v1/contacts/global_contact_list")
+                                         << QByteArray("/qdws/v1/contact_oids/global_contact_list");
+        QTest::newRow("global groups") << 4 << QByteArray("/qdws/v1/contact_groups/global_contact_list")
+                                       << QByteArray("/qdws/v1/contact_group_oids/global_contact_list");
+        QTest::newRow("none") << 0 << QByteArray("/") << QByteArray("/");
     }
-    QTest::newRow("created without an entry")
-        << int(Task::AddContact) << okReply("<message>Created</message>") << int(Task::InvalidReply)
-        << QStringLiteral("taskaddcontact.cpp TaskAddContact: invalid reply!");
-}
+    void books()
+    {
+        QFETCH(int, book);
+        QFETCH(QByteArray, contacts);
+        QFETCH(QByteArray, oids);
 
-void TestContactTasks::changeEnds()
-{
-    QFETCH(int, type);
-    QFETCH(QByteArray, answer);
-    QFETCH(int, status);
-    QFETCH(QString, error);
+        TaskWorld world(okReply("<query_time>77</query_time><oids>1</oids>"));
 
-    ScriptedServer wire;
-    wire.setAnswer(answer);
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    TestLog log;
-    auto* task = static_cast<TaskChangeContact*>(server.addTask(Task::Type(type)));
-    task->setContact(person(QStringLiteral("/qdws/v1/contacts/anna/7")), ContactList::PersonalContacts);
-    QUrl added;
-    if (auto* add = qobject_cast<TaskAddContact*>(task)) {
-        connect(add, &TaskAddContact::doneAddContact, this,
-                [&added](const ContactUnit& unit, ContactList::Type) {
-                    added = dynamic_cast<const QuendraContact&>(unit).url();
-                });
+        auto* all = static_cast<TaskGetContacts*>(world.server.addTask(Task::GetContacts));
+        all->setContactsType(ContactList::Type(book));
+        unsigned int stamp = 0;
+        connect(all, &TaskGetContacts::doneGetContacts, this,
+                [&stamp](const ContactList&, unsigned int time) { stamp = time; });
+        all->execute();
+        QTRY_COMPARE(stamp, 77U);
+        QCOMPARE(world.wire.requests().last().target, contacts);
+
+        auto* since = static_cast<TaskGetContacts*>(world.server.addTask(Task::GetContacts));
+        since->setContactsType(ContactList::Type(book));
+        since->setContactsLastTimeSync(1234);
+        Outcome changed(since, SIGNAL(doneGetContactsAfterLastTimeSync(ContactList, unsigned int)));
+        world.server.slotError(Task::Error);
+        since->execute();
+        QTRY_COMPARE(changed.done, 1);
+        QCOMPARE(world.server.lastStatus(), Task::Ok); // this outcome is one for the bookkeeping, too
+        QCOMPARE(world.wire.requests().last().target, contacts + "?query_time=1234");
+
+        auto* ids = static_cast<TaskGetContactsOids*>(world.server.addTask(Task::GetContactsOids));
+        ids->setContactsType(ContactList::Type(book));
+        QList<QString> got{s("not yet")};
+        connect(ids, &TaskGetContactsOids::doneGetContactsOids, this,
+                [&got](const QList<QString>& list, ContactList::Type) { got = list; });
+        ids->execute();
+        QTRY_COMPARE(got, book ? QList<QString>{s("1")} : QList<QString>());
+        QCOMPARE(world.wire.requests().last().target, oids);
     }
-    Outcome outcome(task, doneSignal(Task::Type(type)));
-    task->execute();
-    QVERIFY(spinUntil([&] { return !outcome.task; }));
-    QCOMPARE(outcome.done, status ? 0 : 1);
-    QCOMPARE(outcome.errors, status ? QList<Task::Status>{Task::Status(status)} : QList<Task::Status>());
-    QCOMPARE(log.messages(QStringLiteral("ERROR")), error.isEmpty() ? QStringList() : QStringList{error});
-    if (type == Task::AddContact && !status)
-        QCOMPARE(added.path(), QStringLiteral("/qdws/v1/contacts/anna/9"));
-}
 
-void TestContactTasks::nothingToChange()
-{
-    FaxManager manager(noContacts);
-    BareServer server(manager, QStringLiteral("127.0.0.1:1"));
-    OutlookContact foreign;
-    const QuendraContact own = person(QStringLiteral("/qdws/v1/contacts/anna/7"));
-    for (const Task::Type type : {Task::AddContact, Task::ModifyContact, Task::DeleteContact}) {
-        for (int way = 0; way < 3; ++way) {
-            auto* task = static_cast<TaskChangeContact*>(server.addTask(type));
-            Outcome outcome(task, doneSignal(type));
-            if (way == 1)
-                task->setContact(own, ContactList::OutlookContacts); // ignored
-            else if (way == 2)
-                task->setContact(foreign, ContactList::PersonalContacts);
-            task->execute();
-            QCOMPARE(outcome.errors, QList<Task::Status>{Task::Error});
-        }
+    void changes_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<bool>("isGroup");
+        QTest::addColumn<int>("book");
+        QTest::addColumn<QByteArray>("method");
+        QTest::addColumn<QByteArray>("target");
+        QTest::addColumn<QByteArray>("body");
+
+        const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
+        const QByteArray person = "<name>MaryPoe &amp; &lt;Co></name><fax_number>555</fax_number></contact>";
+        const QByteArray team = "<name>Team</name><description>All</description>"
+                                "<contact>http://elsewhere/qdws/v1/contacts/anna/7</contact></contact_group>";
+        const QByteArray added = declaration + "<contact>" + person;
+        const QByteArray addedTeam = declaration + "<contact_group>" + team;
+        const QByteArray modified =
+            declaration + "<contact><contact_url>http://elsewhere/qdws/v1/contacts/an na/7</contact_url>" +
+            person;
+
+        const int add = Task::AddContact;
+        QTest::newRow("add personal")
+            << add << false << 1 << QByteArray("POST") << QByteArray("/qdws/v1/contacts/anna") << added;
+        QTest::newRow("add global") << add << false << 3 << QByteArray("POST")
+                                    << QByteArray("/qdws/v1/contacts/global_contact_list") << added;
+        QTest::newRow("add group") << add << true << 2 << QByteArray("POST")
+                                   << QByteArray("/qdws/v1/contact_groups/anna") << addedTeam;
+        QTest::newRow("add global group")
+            << add << true << 4 << QByteArray("POST")
+            << QByteArray("/qdws/v1/contact_groups/global_contact_list") << addedTeam;
+        QTest::newRow("add contact to groups")
+            << add << false << 2 << QByteArray("POST") << QByteArray("/") << added;
+        QTest::newRow("modify") << int(Task::ModifyContact) << false << 1 << QByteArray("PUT")
+                                << QByteArray("/qdws/v1/contacts/an%20na/7") << modified;
+        QTest::newRow("delete") << int(Task::DeleteContact) << false << 1 << QByteArray("DELETE")
+                                << QByteArray("/qdws/v1/contacts/an%20na/7") << QByteArray();
     }
-}
+    void changes()
+    {
+        QFETCH(int, type);
+        QFETCH(bool, isGroup);
+        QFETCH(int, book);
+        QFETCH(QByteArray, method);
+        QFETCH(QByteArray, target);
+        QFETCH(QByteArray, body);
 
-void TestContactTasks::readBooks()
-{
-    ScriptedServer wire;
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    const auto read = [&](ContactList::Type book, const QByteArray& content) {
-        wire.setAnswer(okReply(content));
-        ContactList result;
-        auto* task = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
-        task->setContactsType(book);
-        bool done = false;
-        connect(task, &TaskGetContacts::doneGetContacts, this, [&](const ContactList& list, unsigned int) {
-            result = list;
-            done = true;
-        });
+        TaskWorld world(okReply(""));
+        auto* task = static_cast<TaskChangeContact*>(world.server.addTask(Task::Type(type)));
+        const QString path = type == Task::AddContact ? QString() : s("/qdws/v1/contacts/an%20na/7?x=1");
+        if (isGroup)
+            task->setContact(team(path), ContactList::Type(book));
+        else
+            task->setContact(
+                person(type == Task::AddContact ? QString() : path.section(QLatin1Char('?'), 0, 0)),
+                ContactList::Type(book));
+        Outcome outcome(task, doneSignal(Task::Type(type)));
         task->execute();
-        for (int i = 0; i < 500 && !done; ++i)
-            QTest::qWait(10);
-        return result;
-    };
-    const ContactList people =
-        read(ContactList::GlobalContacts, memberXml(3) + "<x>" + memberXml(4) + "</x>" + memberXml(5));
-    QCOMPARE(people.contactsType(), ContactList::GlobalContacts);
-    QCOMPARE(people.contacts().size(), 2);
-    QCOMPARE(dynamic_cast<const QuendraContact&>(*people.contacts().at(1)).name(), QStringLiteral("M5"));
+        task->execute();
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
+        QCOMPARE(outcome.errors, QList<Task::Status>{Task::InvalidReply}); // confirmed nothing
+        QCOMPARE(world.wire.requests().size(), 1);
+        QCOMPARE(world.wire.requests().first().method, method);
+        QCOMPARE(world.wire.requests().first().target, target);
+        QCOMPARE(world.wire.requests().first().body, body);
+    }
 
-    // groups that cannot be read are left out; without members there is nothing to wait for
-    const int before = wire.requests().size();
-    const ContactList groups =
-        read(ContactList::PersonalGroups, "<contact_group><name>A</name></contact_group>"
-                                          "<contact_group><name>B</name><description/></contact_group>");
-    QCOMPARE(groups.contacts().size(), 1);
-    QCOMPARE(wire.requests().size(), before + 1);
-}
+    void changeEnds_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<int>("status"); // 0: the done signal
+        QTest::addColumn<QString>("error");
 
-void TestContactTasks::oids_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QStringList>("oids");
-
-    QTest::newRow("some") << QByteArray("<oids>12, 15,,20 \n</oids>")
-                          << QStringList{QStringLiteral("12"), QStringLiteral("15"), QString(),
-                                         QStringLiteral("20")};
-    QTest::newRow("empty") << QByteArray("<oids/>") << QStringList{QString()};
-    QTest::newRow("none") << QByteArray("<x/>") << QStringList();
-}
-
-void TestContactTasks::oids()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(QStringList, oids);
-
-    ScriptedServer wire;
-    wire.setAnswer(okReply(content));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    auto* task = static_cast<TaskGetContactsOids*>(server.addTask(Task::GetContactsOids));
-    task->setContactsType(ContactList::PersonalContacts);
-    QStringList got{QStringLiteral("not yet")};
-    connect(task, &TaskGetContactsOids::doneGetContactsOids, this,
-            [&got](const QList<QString>& list, ContactList::Type) { got = list; });
-    task->execute();
-    QTRY_COMPARE(got, oids);
-}
-
-void TestContactTasks::members()
-{
-    ScriptedServer wire;
-    wire.setAnswer([](const WireRequest& request) {
-        if (request.target.contains("groups")) {
-            return okReply("<contact_group><name>A</name><description/>" + memberUrl(1) + memberUrl(2) +
-                           "</contact_group><contact_group><name>B</name><description/>" + memberUrl(3) +
-                           "</contact_group>");
+        const struct
+        {
+            Task::Type type;
+            const char* name;
+            QByteArray good;
+            const char* invalid;
+        } tasks[] = {
+            {Task::AddContact, "taskaddcontact.cpp TaskAddContact: ",
+             "<message>Created</message>" + memberXml(9), "invalid reply!"},
+            {Task::ModifyContact, "taskmodifycontact.cpp TaskModifyContact: ", "<message>Modified</message>",
+             "invalid reply"},
+            {Task::DeleteContact, "taskdeletecontact.cpp TaskDeleteContact: ", "<message>Deleted</message>",
+             "invalid reply!"},
+        };
+        for (const auto& task : tasks) {
+            const auto row = [&task](const char* fault, const QByteArray& answer, int status,
+                                     const QString& error) {
+                QTest::addRow("%s, %s", task.name, fault)
+                    << int(task.type) << answer << status
+                    << (error.isEmpty() ? error : QLatin1String(task.name) + error);
+            };
+            const QString invalid = QLatin1String(task.invalid);
+            row("good", okReply(task.good), 0, {});
+            row("message in lower case", okReply(task.good.toLower()), Task::InvalidReply, invalid);
+            row("no message", okReply("<x/>"), Task::InvalidReply, invalid);
         }
-        if (request.target.endsWith("/2"))
-            return okReply("<message>nobody</message>"); // counts as finished all the same
-        return okReply(memberXml(request.target.right(1).toInt()));
-    });
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    auto* task = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
-    task->setContactsType(ContactList::GlobalGroups);
-    ContactList groups;
-    connect(task, &TaskGetContacts::doneGetContacts, this,
-            [&groups](const ContactList& list, unsigned int) { groups = list; });
-    Outcome outcome(task, doneSignal(Task::GetContacts));
-    task->execute();
-    QTRY_COMPARE(outcome.done, 1);
-    QVERIFY(spinUntil([&] { return !outcome.task; }));
-    QCOMPARE(outcome.done + outcome.errors.size(), 1);
-    QCOMPARE(groups.contacts().size(), 2);
-    const auto& first = dynamic_cast<const QuendraContactGroup&>(*groups.contacts().at(0));
-    const auto& second = dynamic_cast<const QuendraContactGroup&>(*groups.contacts().at(1));
-    QCOMPARE(first.contacts().contacts().size(), 1);
-    QCOMPARE(dynamic_cast<const QuendraContact&>(*second.contacts().contacts().at(0)).name(),
-             QStringLiteral("M3"));
-    // members are fetched from the configured server, whatever host the group names
-    QCOMPARE(wire.requests().size(), 4);
-    QCOMPARE(wire.requests().last().header("Authorization"),
-             "Basic " + QByteArray("anna:se:cret").toBase64());
-}
+        QTest::newRow("created without an entry")
+            << int(Task::AddContact) << okReply("<message>Created</message>") << int(Task::InvalidReply)
+            << s("taskaddcontact.cpp TaskAddContact: invalid reply!");
+    }
+    void changeEnds()
+    {
+        QFETCH(int, type);
+        QFETCH(QByteArray, answer);
+        QFETCH(int, status);
+        QFETCH(QString, error);
 
-void TestContactTasks::memberFails_data()
-{
-    QTest::addColumn<QByteArray>("bad");
-    QTest::addColumn<QList<int>>("statuses");
+        TaskWorld world(answer);
+        TestLog log;
+        auto* task = static_cast<TaskChangeContact*>(world.server.addTask(Task::Type(type)));
+        task->setContact(person(s("/qdws/v1/contacts/anna/7")), ContactList::PersonalContacts);
+        QUrl added;
+        if (auto* add = qobject_cast<TaskAddContact*>(task)) {
+            connect(add, &TaskAddContact::doneAddContact, this,
+                    [&added](const ContactUnit& unit, ContactList::Type) {
+                        added = dynamic_cast<const QuendraContact&>(unit).url();
+                    });
+        }
+        Outcome outcome(task, doneSignal(Task::Type(type)));
+        task->execute();
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
+        QCOMPARE(outcome.done, status ? 0 : 1);
+        QCOMPARE(outcome.errors, status ? QList<Task::Status>{Task::Status(status)} : QList<Task::Status>());
+        QCOMPARE(log.messages(s("ERROR")), error.isEmpty() ? QStringList() : QStringList{error});
+        if (type == Task::AddContact && !status)
+            QCOMPARE(added.path(), s("/qdws/v1/contacts/anna/9"));
+    }
 
-    QTest::newRow("404") << ScriptedServer::reply("", "404 Gone") << QList<int>{Task::Error};
-    // the last reply decides, and replies come in any order
-    QTest::newRow("not XML") << ScriptedServer::reply("<a") << QList<int>{Task::Error, Task::InvalidReply};
-}
+    void nothingToChange()
+    {
+        FaxManager manager(noContacts);
+        BareServer server(manager, s("127.0.0.1:1"));
+        OutlookContact foreign;
+        const QuendraContact own = person(s("/qdws/v1/contacts/anna/7"));
+        for (const Task::Type type : {Task::AddContact, Task::ModifyContact, Task::DeleteContact}) {
+            for (int way = 0; way < 3; ++way) {
+                auto* task = static_cast<TaskChangeContact*>(server.addTask(type));
+                Outcome outcome(task, doneSignal(type));
+                if (way == 1)
+                    task->setContact(own, ContactList::OutlookContacts); // ignored
+                else if (way == 2)
+                    task->setContact(foreign, ContactList::PersonalContacts);
+                task->execute();
+                QCOMPARE(outcome.errors, QList<Task::Status>{Task::Error});
+            }
+        }
+    }
 
-void TestContactTasks::memberFails()
-{
-    QFETCH(QByteArray, bad);
-    QFETCH(QList<int>, statuses);
+    void readBooks()
+    {
+        TaskWorld world;
+        const auto read = [&](ContactList::Type book, const QByteArray& content) {
+            world.wire.setAnswer(okReply(content));
+            ContactList result;
+            auto* task = static_cast<TaskGetContacts*>(world.server.addTask(Task::GetContacts));
+            task->setContactsType(book);
+            bool done = false;
+            connect(task, &TaskGetContacts::doneGetContacts, this,
+                    [&](const ContactList& list, unsigned int) {
+                        result = list;
+                        done = true;
+                    });
+            task->execute();
+            for (int i = 0; i < 500 && !done; ++i)
+                QTest::qWait(10);
+            return result;
+        };
+        const ContactList people =
+            read(ContactList::GlobalContacts, memberXml(3) + "<x>" + memberXml(4) + "</x>" + memberXml(5));
+        QCOMPARE(people.contactsType(), ContactList::GlobalContacts);
+        QCOMPARE(people.contacts().size(), 2);
+        QCOMPARE(dynamic_cast<const QuendraContact&>(*people.contacts().at(1)).name(), s("M5"));
 
-    // one of three fails; the book fails once, after the last
-    ScriptedServer wire;
-    wire.setAnswer([&bad](const WireRequest& request) {
-        if (request.target.contains("groups"))
-            return okReply("<contact_group><name>A</name><description/>" + memberUrl(1) + memberUrl(2) +
-                           memberUrl(3) + "</contact_group>");
-        return request.target.endsWith("/1") ? bad : okReply(memberXml(2));
-    });
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    auto* task = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
-    task->setContactsType(ContactList::PersonalGroups);
-    Outcome outcome(task, doneSignal(Task::GetContacts));
-    task->execute();
-    QVERIFY(spinUntil([&] { return !outcome.task; }));
-    QCOMPARE(outcome.done, 0);
-    QCOMPARE(outcome.errors.size(), 1);
-    QVERIFY(statuses.contains(outcome.errors.first()));
-    QCOMPARE(wire.requests().size(), 4);
-}
+        // groups that cannot be read are left out; without members there is nothing to wait for
+        const int before = world.wire.requests().size();
+        const ContactList groups =
+            read(ContactList::PersonalGroups, "<contact_group><name>A</name></contact_group>"
+                                              "<contact_group><name>B</name><description/></contact_group>");
+        QCOMPARE(groups.contacts().size(), 1);
+        QCOMPARE(world.wire.requests().size(), before + 1);
+    }
+
+    void oids_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QStringList>("oids");
+
+        QTest::newRow("some") << QByteArray("<oids>12, 15,,20 \n</oids>")
+                              << QStringList{s("12"), s("15"), QString(), s("20")};
+        QTest::newRow("empty") << QByteArray("<oids/>") << QStringList{QString()};
+        QTest::newRow("none") << QByteArray("<x/>") << QStringList();
+    }
+    void oids()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QStringList, oids);
+
+        TaskWorld world(okReply(content));
+        auto* task = static_cast<TaskGetContactsOids*>(world.server.addTask(Task::GetContactsOids));
+        task->setContactsType(ContactList::PersonalContacts);
+        QStringList got{s("not yet")};
+        connect(task, &TaskGetContactsOids::doneGetContactsOids, this,
+                [&got](const QList<QString>& list, ContactList::Type) { got = list; });
+        task->execute();
+        QTRY_COMPARE(got, oids);
+    }
+
+    void members()
+    {
+        ScriptedServer wire;
+        wire.setAnswer([](const WireRequest& request) {
+            if (request.target.contains("groups")) {
+                return okReply("<contact_group><name>A</name><description/>" + memberUrl(1) + memberUrl(2) +
+                               "</contact_group><contact_group><name>B</name><description/>" + memberUrl(3) +
+                               "</contact_group>");
+            }
+            if (request.target.endsWith("/2"))
+                return okReply("<message>nobody</message>"); // counts as finished all the same
+            return okReply(memberXml(request.target.right(1).toInt()));
+        });
+        FaxManager manager(noContacts);
+        BareServer server(manager, wire.address());
+        auto* task = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
+        task->setContactsType(ContactList::GlobalGroups);
+        ContactList groups;
+        connect(task, &TaskGetContacts::doneGetContacts, this,
+                [&groups](const ContactList& list, unsigned int) { groups = list; });
+        Outcome outcome(task, doneSignal(Task::GetContacts));
+        task->execute();
+        QTRY_COMPARE(outcome.done, 1);
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
+        QCOMPARE(outcome.done + outcome.errors.size(), 1);
+        QCOMPARE(groups.contacts().size(), 2);
+        const auto& first = dynamic_cast<const QuendraContactGroup&>(*groups.contacts().at(0));
+        const auto& second = dynamic_cast<const QuendraContactGroup&>(*groups.contacts().at(1));
+        QCOMPARE(first.contacts().contacts().size(), 1);
+        QCOMPARE(dynamic_cast<const QuendraContact&>(*second.contacts().contacts().at(0)).name(), s("M3"));
+        // members are fetched from the configured server, whatever host the group names
+        QCOMPARE(wire.requests().size(), 4);
+        QCOMPARE(wire.requests().last().header("Authorization"),
+                 "Basic " + QByteArray("anna:se:cret").toBase64());
+    }
+
+    void memberFails_data()
+    {
+        QTest::addColumn<QByteArray>("bad");
+        QTest::addColumn<QList<int>>("statuses");
+
+        QTest::newRow("404") << ScriptedServer::reply("", "404 Gone") << QList<int>{Task::Error};
+        // the last reply decides, and replies come in any order
+        QTest::newRow("not XML") << ScriptedServer::reply("<a")
+                                 << QList<int>{Task::Error, Task::InvalidReply};
+    }
+    void memberFails()
+    {
+        QFETCH(QByteArray, bad);
+        QFETCH(QList<int>, statuses);
+
+        // one of three fails; the book fails once, after the last
+        ScriptedServer wire;
+        wire.setAnswer([&bad](const WireRequest& request) {
+            if (request.target.contains("groups"))
+                return okReply("<contact_group><name>A</name><description/>" + memberUrl(1) + memberUrl(2) +
+                               memberUrl(3) + "</contact_group>");
+            return request.target.endsWith("/1") ? bad : okReply(memberXml(2));
+        });
+        FaxManager manager(noContacts);
+        BareServer server(manager, wire.address());
+        auto* task = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
+        task->setContactsType(ContactList::PersonalGroups);
+        Outcome outcome(task, doneSignal(Task::GetContacts));
+        task->execute();
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
+        QCOMPARE(outcome.done, 0);
+        QCOMPARE(outcome.errors.size(), 1);
+        QVERIFY(statuses.contains(outcome.errors.first()));
+        QCOMPARE(wire.requests().size(), 4);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestContactTasks)
 #include "tst_contacttasks.moc"

@@ -39,65 +39,46 @@ class TestTasks : public QObject
 
     static Log logOf(Task::Type type)
     {
-        switch (type) {
-        case Task::GetQuendraInfo:
-            return {true, "taskgetquendrainfo.cpp TaskGetQuendraInfo: reply error! http code ",
-                    "TaskGetQuendraInfo request:\r\n", "TaskGetQuendraInfo reply:\r\n"};
+        const QByteArray name = "Task" + QByteArray(QMetaEnum::fromType<Task::Type>().valueToKey(type));
+        const QByteArray begin = name.toLower() + ".cpp ";
+        Log log{true, begin + name + ": reply error! http code ", name + " request:\r\n",
+                name + " reply:\r\n"};
+        switch (type) { // those that differ
         case Task::VerifyLogin:
-            return {true, "taskverifylogin.cpp TaskVerifyLogin: reschedule error! http code ",
-                    "TaskVerifyLogin request:\r\n"};
-        case Task::GetFaxUser:
-            return {false, "taskgetfaxuser.cpp TaskGetFaxUser: reply error! http code ",
-                    "TaskGetFaxUser request:\r\n", "TaskGetFaxUser reply:\r\n"};
-        case Task::ModifyFaxUser:
-            return {false, "taskmodifyfaxuser.cpp TaskModifyFaxUser: reply error! http code ",
-                    "TaskModifyFaxUser request:\r\n", "TaskModifyFaxUser reply:\r\n"};
-        case Task::ChekPermissions:
-            return {true,
-                    "taskcheckpermissions.cpp TaskChekPermissions: response permission error! http code ",
-                    "Request:\r\n", "TaskChekPermissions reply:\r\n"};
         case Task::Schedule:
-            return {false, "taskschedule.cpp TaskSchedule: reschedule error! http code ",
-                    "TaskSchedule request:\r\n"};
-        case Task::Abort:
-            return {true, "taskabort.cpp TaskAbort: reply error! http code ", "TaskAbort request:\r\n",
-                    "TaskAbort reply:\r\n", ""};
         case Task::Reschedule:
-            return {true, "taskreschedule.cpp TaskReschedule: reschedule error! http code ",
-                    "TaskReschedule request:\r\n"};
-        case Task::GetFaxEntry:
-            return {true, "taskgetfaxentry.cpp TaskGetFaxEntry: reply error! http code ",
-                    "TaskGetFaxEntry request:\r\n", "TaskGetFaxEntry reply:\r\n"};
+            log.authApart = type != Task::Schedule;
+            log.errorText = begin + name + ": reschedule error! http code ";
+            log.reply = QByteArray();
+            break;
+        case Task::ChekPermissions:
+            log.errorText =
+                "taskcheckpermissions.cpp TaskChekPermissions: response permission error! http code ";
+            log.request = "Request:\r\n";
+            break;
+        case Task::Abort:
+            log.failed = "";
+            break;
         case Task::GetInboundFaxEntry:
-            return {true, "taskgetinboundfaxentry.cpp TaskGetInboundFaxEntry: reply error! http code ",
-                    "TaskGetInboundFaxEntry request:\r\n", "TaskGetInboundFaxEntry reply:\r\n",
-                    "TaskGetInboundFaxEntry reply:\r\n"};
-        case Task::GetOutboundFaxEntry:
-            return {true, "taskgetoutboundfaxentry.cpp TaskGetOutboundFaxEntry: reply error! http code ",
-                    "TaskGetOutboundFaxEntry request:\r\n", "TaskGetOutboundFaxEntry reply:\r\n"};
+            log.failed = log.reply;
+            break;
         case Task::GetCoverPages:
-            return {false, "taskgetcoverpages.cpp TaskGetContactsOids: reply error! http code ",
-                    "TaskGetCoverPages request:\r\n", "TaskGetCoverPages reply:\r\n"};
+            log.authApart = false;
+            log.errorText = begin + "TaskGetContactsOids: reply error! http code ";
+            break;
+        case Task::GetFaxUser:
+        case Task::ModifyFaxUser:
         case Task::GetPrinterNames:
-            return {false, "taskgetprinternames.cpp TaskGetPrinterNames: reply error! http code ",
-                    "TaskGetPrinterNames request:\r\n", "TaskGetPrinterNames reply:\r\n"};
-        case Task::GetContacts:
-            return {true, "taskgetcontacts.cpp TaskGetContacts: reply error! http code ",
-                    "TaskGetContacts request:\r\n", "TaskGetContacts reply:\r\n"};
         case Task::GetContactsOids:
-            return {false, "taskgetcontactsoids.cpp TaskGetContactsOids: reply error! http code ",
-                    "TaskGetContactsOids request:\r\n", "TaskGetContactsOids reply:\r\n"};
         case Task::AddContact:
-            return {false, "taskaddcontact.cpp TaskAddContact: reply error! http code ",
-                    "TaskAddContact request:\r\n", "TaskAddContact reply:\r\n"};
         case Task::ModifyContact:
-            return {false, "taskmodifycontact.cpp TaskModifyContact: reply error! http code ",
-                    "TaskModifyContact request:\r\n", "TaskModifyContact reply:\r\n"};
         case Task::DeleteContact:
-            return {false, "taskdeletecontact.cpp TaskDeleteContact: reply error! http code ",
-                    "TaskDeleteContact request:\r\n", "TaskDeleteContact reply:\r\n"};
+            log.authApart = false;
+            break;
+        default:
+            break;
         }
-        return {};
+        return log;
     }
 
     /// What an operation logs at DEBUG: its request, and after it the body of the reply where it does.
@@ -123,14 +104,14 @@ class TestTasks : public QObject
     /// A fax to one recipient with one attachment.
     FaxDocument document(const QByteArray& attachment = "%PDF-1.4 nothing")
     {
-        QFile file(m_folder.filePath(QStringLiteral("attachment")));
+        QFile file(m_folder.filePath(s("attachment")));
         file.open(QIODevice::WriteOnly);
         file.write(attachment);
         file.close();
 
         Contact recipient;
-        recipient.setName(QStringLiteral("Bob & <Co>"));
-        recipient.setFax(QStringLiteral("555"));
+        recipient.setName(s("Bob & <Co>"));
+        recipient.setFax(s("555"));
         FaxDocument fax;
         fax.recipients().addContact(recipient);
         fax.attachs().append(inlineAttach(s("offer.pdf"), contentOf(Content::Pdf, file.fileName())));
@@ -140,508 +121,462 @@ class TestTasks : public QObject
     QTemporaryDir m_folder;
 
 private Q_SLOTS:
-    void everyTypeHasAnOperation();
-    void operationEnds_data();
-    void operationEnds();
-    void content_data();
-    void content();
-    void limits_data();
-    void limits();
-    void addresses_data();
-    void addresses();
-    void credentials();
-    void tls();
-    void largeAttachment();
-    void fixAmp_data();
-    void fixAmp();
-    void nothingToSend();
-    void entriesOfASubmission();
-    void userDocument();
-    void entriesOfALog();
-};
-
-/// A new task meets the faults only if it has a row.
-void TestTasks::everyTypeHasAnOperation()
-{
-    const auto types = QMetaEnum::fromType<Task::Type>();
-    for (int i = 0; i < types.keyCount(); ++i) {
-        const bool isThere = std::any_of(
-            operations().begin(), operations().end(),
-            [value = types.value(i)](const Operation& operation) { return operation.type == value; });
-        QVERIFY2(isThere, types.key(i));
-    }
-}
-
-void TestTasks::operationEnds_data()
-{
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QByteArray>("answer");
-    QTest::addColumn<int>("status"); // 0: the done signal
-    QTest::addColumn<int>("error");  // 0: no network error
-
-    for (int index = 0; index < operations().size(); ++index) {
-        const Operation& operation = operations().at(index);
-        if (operation.name == "GetContacts of groups")
-            continue; // more than one request
-        const bool isContact = operation.isChange() && operation.name.endsWith("Contact");
-        const auto row = [&](const char* fault, const QByteArray& answer, int status, int error = 0) {
-            QTest::newRow((operation.name + ", " + fault).constData()) << index << answer << status << error;
-        };
-        const auto refusal = [&](const char* http, int error, int status, int contactStatus = Task::Error) {
-            row(http, ScriptedServer::reply("<gone/>", http, "WWW-Authenticate: Basic realm=\"x\"\r\n"),
-                isContact ? contactStatus : status, error);
-        };
-        row("good", okReply(operation.good), 0);
-        row("not XML", ScriptedServer::reply("<reply><message>Succ"), Task::InvalidReply);
-        row("HTML", ScriptedServer::reply("<html><p>Welcome<br></html>"), Task::InvalidReply);
-        row("empty", ScriptedServer::reply(""), Task::InvalidReply);
-        refusal("401 Unauthorized", 204, logOf(operation.type).authApart ? Task::AuthError : Task::Error);
-        refusal("403 Forbidden", 201, Task::Error, Task::AccessDenied);
-        refusal("404 Not Found", 203, Task::Error, Task::NotFound);
-        refusal("405 Not Allowed", 202, Task::Error, Task::NotPermitted);
-        refusal("500 Oops", 401, Task::Error);
-        refusal("402 Pay first", 299, operation.type == Task::Schedule ? Task::InvalidReply : Task::Error,
-                Task::InvalidReply);
-    }
-}
-
-void TestTasks::operationEnds()
-{
-    QFETCH(int, index);
-    QFETCH(QByteArray, answer);
-    QFETCH(int, status);
-    QFETCH(int, error);
-    const Operation& operation = operations().at(index);
-    const Task::Type type = operation.type;
-
-    ScriptedServer wire;
-    wire.setAnswer(answer);
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    TestLog log;
-    Outcome outcome(operation.make(server), operation.done);
-    int loggedBefore = -1;
-    connect(outcome.task, &Task::errorExecute, this, [&](Task::Status said) {
-        loggedBefore = log.messages(QStringLiteral("ERROR")).size();
-        QCOMPARE(server.lastStatus(), said); // the bookkeeping comes first
-    });
-    QCOMPARE(outcome.task->type(), type);
-    outcome.task->execute();
-    outcome.task->execute(); // a task sends at most once
-    QVERIFY(spinUntil([&] { return !outcome.task; }));
-
-    QCOMPARE(wire.requests().size(), 1); // and credentials are not tried again after 401
-    const WireRequest& request = wire.requests().first();
-    QCOMPARE(request.method + ' ' + request.target, operation.request);
-    QCOMPARE(request.header("Content-Type"), QByteArray("application/xml"));
-    const QByteArray credentials = QByteArray("anna:se:cret").toBase64();
-    QCOMPARE(request.header("Authorization"), "Basic " + credentials);
-    QCOMPARE(request.header("Host"), wire.address().toLatin1());
-    QVERIFY(!log.text().contains(QLatin1String("se:cret")));
-    QVERIFY(!log.text().contains(QLatin1String(credentials)));
-
-    QCOMPARE(outcome.done, status ? 0 : 1);
-    QCOMPARE(outcome.errors, status ? QList<Task::Status>{Task::Status(status)} : QList<Task::Status>());
-    QCOMPARE(int(server.lastStatus()), status ? status : int(Task::Ok));
-    QCOMPARE(server.isConnected(), status == 0);
-    // these speak before they log
-    const bool speaksFirst = type == Task::Abort || type == Task::Reschedule ||
-                             (type == Task::GetContacts && status == Task::AuthError);
-    if (error)
-        QCOMPARE(loggedBefore, speaksFirst ? 0 : 1);
-    QCOMPARE(log.messages(QStringLiteral("DEBUG")),
-             debugLines(wire, type, answer, error, status != Task::InvalidReply));
-    const bool stop = type == Task::GetCoverPages || type == Task::GetPrinterNames;
-    const QString text = s(logOf(type).errorText) + QString::number(error) + s(stop ? "." : "");
-    QCOMPARE(log.messages(QStringLiteral("ERROR")), error ? QStringList{text} : QStringList());
-}
-
-void TestTasks::content_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("error");
-
-    const auto row = [](const char* name, Task::Type type, const QByteArray& content, int status,
-                        const char* error = nullptr) {
-        QTest::newRow(name) << int(type) << content << status << QString::fromLatin1(error);
-    };
-    row("about missing", Task::GetQuendraInfo, "<abaut/>", Task::Error);
-    row("about without version", Task::GetQuendraInfo, "<about><model>m</model></about>", Task::Error);
-    row("verified, any case", Task::VerifyLogin, "<message>vERIFIED</message>", 0);
-    row("not verified", Task::VerifyLogin, "<message>NOT VERIFIED</message>", Task::AuthError);
-    row("no verdict", Task::VerifyLogin, "", Task::AuthError);
-    row("user missing", Task::GetFaxUser, "", Task::Error,
-        "taskgetfaxuser.cpp TaskGetFaxUser: invalid reply!");
-    row("user unreadable", Task::GetFaxUser, "<user><name>A</name></user>", Task::Error,
-        "taskgetfaxuser.cpp TaskGetFaxUser: invalid reply!");
-    row("modified, lower case", Task::ModifyFaxUser, "<message>modified</message>", Task::Error,
-        "taskmodifyfaxuser.cpp TaskModifyFaxUser: invalid reply");
-    row("options refused", Task::ChekPermissions, "<message>No</message>", Task::Error,
-        "taskcheckpermissions.cpp TaskChekPermissions: response permission error! response: "
-        "<?xml version=\"1.0\" encoding=\"utf-8\"?><reply><message>No</message></reply>");
-    row("options unreadable", Task::ChekPermissions, "<message>Success</message><user_options/>", Task::Error,
-        "taskcheckpermissions.cpp TaskChekPermissions: can not parse user options");
-    row("no entry", Task::Schedule, "<message>Success</message>", Task::InvalidReply,
-        "taskschedule.cpp TaskSchedule: invalid reply.");
-    row("entry too deep", Task::Schedule, "<entries><fax_entry/></entries>", Task::InvalidReply,
-        "taskschedule.cpp TaskSchedule: invalid reply.");
-    row("abort, lower case", Task::Abort, "<message>attempting abort</message>", Task::Error,
-        "taskabort.cpp TaskAbort: invalid reply!");
-    row("reschedule refused", Task::Reschedule, "<message>No</message>", Task::Error,
-        "taskreschedule.cpp TaskReschedule: reschedule error! response: "
-        "<?xml version=\"1.0\" encoding=\"utf-8\"?><reply><message>No</message></reply>");
-    // the logs report what they have and then complain
-    row("queue, message missing", Task::GetFaxEntry, "<fax_entry/>", 0,
-        "taskgetfaxentry.cpp TaskGetFaxEntry: contains invalid reply!");
-    row("inbound, message wrong", Task::GetInboundFaxEntry, "<message>success</message>", 0,
-        "taskgetinboundfaxentry.cpp TaskGetInboundFaxEntry: contains invalid reply!");
-    row("outbound, message wrong", Task::GetOutboundFaxEntry, "<message>Failure</message>", 0,
-        "taskgetoutboundfaxentry.cpp TaskGetOutboundFaxEntry: contains invalid reply!");
-}
-
-void TestTasks::content()
-{
-    QFETCH(int, type);
-    QFETCH(QByteArray, content);
-    QFETCH(int, status);
-    QFETCH(QString, error);
-
-    ScriptedServer wire;
-    wire.setAnswer(okReply(content));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    TestLog log;
-    Outcome outcome(prepared(server, Task::Type(type)), doneSignal(Task::Type(type)));
-    outcome.task->execute();
-    QVERIFY(spinUntil([&] { return !outcome.task; }));
-    QCOMPARE(outcome.done, status ? 0 : 1);
-    QCOMPARE(outcome.errors, status ? QList<Task::Status>{Task::Status(status)} : QList<Task::Status>());
-    QCOMPARE(log.messages(QStringLiteral("ERROR")), error.isEmpty() ? QStringList() : QStringList{error});
-}
-
-void TestTasks::limits_data()
-{
-    const Rows<int, int, int, QByteArray> row("type", "entryType", "limit", "target");
-    row("queue", Task::GetFaxEntry, 1, 25, "/qdws/v1/ofax?complete_limit=25");
-    row("status", Task::GetFaxEntry, 2, 25, "/qdws/v1/outbound_status?pending_limit=25&sending_limit=25");
-    row("status, all", Task::GetFaxEntry, 2, 0, "/qdws/v1/outbound_status");
-    row("nothing valid", Task::GetFaxEntry, 0, 25, "/");
-    row("inbound", Task::GetInboundFaxEntry, 0, 3, "/qdws/v1/inbound_log?index=0&limit=3");
-    row("inbound, all", Task::GetInboundFaxEntry, 0, -1, "/qdws/v1/inbound_log");
-    row("outbound", Task::GetOutboundFaxEntry, 0, 3, "/qdws/v1/outbound_log?limit=3");
-}
-
-void TestTasks::limits()
-{
-    QFETCH(int, type);
-    QFETCH(int, entryType);
-    QFETCH(int, limit);
-    QFETCH(QByteArray, target);
-
-    ScriptedServer wire;
-    wire.setAnswer(okReply("<message>Success</message>"));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    Outcome outcome(server.addTask(Task::Type(type)), doneSignal(Task::Type(type)));
-    if (auto* task = qobject_cast<TaskGetFaxEntry*>(outcome.task)) {
-        task->setCompleteLimit(limit);
-        task->setTaskEntryType(TaskGetFaxEntry::TaskEntryType(entryType));
-    } else if (auto* task = qobject_cast<TaskGetInboundFaxEntry*>(outcome.task)) {
-        task->setCompleteLimit(limit);
-    } else if (auto* task = qobject_cast<TaskGetOutboundFaxEntry*>(outcome.task)) {
-        task->setCompleteLimit(limit);
-    }
-    outcome.task->execute();
-    QTRY_COMPARE(outcome.done, 1);
-    QCOMPARE(wire.requests().first().target, target);
-}
-
-void TestTasks::addresses_data()
-{
-    const Rows<QString, bool> row("address", "reached"); // %1: the port of a server that listens
-    row("name and port", "localhost:%1", true);
-    row("IPv4 and port", "127.0.0.1:%1", true);
-    row("with blanks around", " 127.0.0.1:%1\t", true);
-    row("port not a number", "127.0.0.1:%1x", false);
-    row("port too large", "127.0.0.1:1%1%1", false);
-    row("port 0", "127.0.0.1:0", false);
-    row("port empty", "127.0.0.1:", false);
-    row("port negative", "127.0.0.1:-%1", false);
-    row("with a path", "127.0.0.1:%1/x", false);
-    row("with a scheme", "http://127.0.0.1:%1", false);
-    row("with a user", "me@127.0.0.1:%1", false);
-    row("IPv6 without its end", "[::1:%1", false);
-    row("not quite IPv6", "[::g]:%1", false);
-    row("empty", {}, false);
-    row("a sentence", "my fax server", false);
-}
-
-void TestTasks::addresses()
-{
-    QFETCH(QString, address);
-    QFETCH(bool, reached);
-
-    ScriptedServer wire;
-    wire.setAnswer(okReply("<message>Verified</message>"));
-    FaxManager manager(noContacts);
-    BareServer server(manager, address.replace(QLatin1String("%1"), QString::number(wire.serverPort())));
-    Outcome outcome(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
-    outcome.task->execute();
-    QCOMPARE(outcome.isOver(), false); // nonsense ends like a server that is not there, later
-    QVERIFY(spinUntil([&] { return !outcome.task; }));
-    QCOMPARE(outcome.done, reached ? 1 : 0);
-    QCOMPARE(wire.requests().size(), reached ? 1 : 0);
-    QCOMPARE(int(server.lastStatus()), int(reached ? Task::Ok : Task::Error));
-}
-
-void TestTasks::credentials()
-{
-    ScriptedServer wire;
-    wire.setAnswer(okReply("<message>Verified</message>"));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    server.setLogin(QString());
-    server.setPassword(QString());
-    Outcome without(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
-    without.task->execute();
-    QTRY_COMPARE(without.done, 1);
-    QVERIFY(wire.requests().last().header("Authorization").isNull());
-
-    // Latin-1, as the service takes it
-    server.setLogin(QStringLiteral("j\u00f6rg"));
-    server.setPassword(QStringLiteral("p\u00e4ss w@rd/%20"));
-    Outcome with(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
-    with.task->execute();
-    QTRY_COMPARE(with.done, 1);
-    QCOMPARE(wire.requests().last().header("Authorization"),
-             "Basic " + QByteArray("j\xf6rg:p\xe4ss w@rd/%20").toBase64());
-
-    // a login with a slash and a blank is part of a path here
-    Outcome user(server.addTask(Task::GetFaxUser), SIGNAL(doneGetFaxUser(FaxUser)));
-    static_cast<TaskGetFaxUser*>(user.task.data())->setUser(QStringLiteral("a b/c"));
-    user.task->execute();
-    QVERIFY(spinUntil([&] { return user.isOver(); }));
-    QCOMPARE(wire.requests().last().target, QByteArray("/qdws/v1/users/a%20b/c"));
-}
-
-void TestTasks::tls()
-{
-    ScriptedServer wire(true);
-    wire.setAnswer(okReply("<message>Verified</message>"));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address(), true);
-    Outcome outcome(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
-    outcome.task->execute();
-    QVERIFY(spinUntil([&] { return !outcome.task; }));
-    QCOMPARE(outcome.done, 1);
-
-    // the wrong protocol, both ways
-    for (const bool secure : {false, true}) {
-        ScriptedServer other(!secure);
-        BareServer wrong(manager, other.address(), secure);
-        Outcome failure(wrong.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
-        failure.task->execute();
-        QTRY_VERIFY_WITH_TIMEOUT(!failure.task, 20000);
-        QCOMPARE(failure.errors, QList<Task::Status>{Task::Error});
-    }
-}
-
-void TestTasks::largeAttachment()
-{
-    // texts that could be mistaken for what stands in for the file's bytes
-    QByteArray bytes;
-    for (int i = 0; i < 3 * 1024 * 1024; ++i)
-        bytes.append(char((i * 131) ^ (i >> 7)));
-    FaxDocument fax = document(bytes);
-    fax.attachs().append(fax.attachs().first());
-    CoverPage cover;
-    cover.setSubject(QStringLiteral("<content>x</content> & 'quotes'"));
-    fax.setCoverPage(cover);
-
-    ScriptedServer wire;
-    wire.setAnswer(okReply("<fax_entry><state>pending</state></fax_entry>"));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    Outcome outcome(server.addTask(Task::Schedule), doneSignal(Task::Schedule));
-    static_cast<TaskSchedule*>(outcome.task.data())->setFaxDocument(fax);
-    outcome.task->execute();
-    QTRY_COMPARE(outcome.done, 1);
-
-    // what the DOM itself would have written
-    QDomDocument expected;
-    expected.appendChild(expected.createProcessingInstruction(
-        QStringLiteral("xml"), QStringLiteral("version=\"1.0\" encoding=\"utf-8\"")));
-    QDomElement root = expected.createElement(QStringLiteral("schedule_fax"));
-    expected.appendChild(root);
-    QDomElement sender = expected.createElement(QStringLiteral("sender"));
-    root.appendChild(sender);
-    fax.renameDuplicateAttachments();
-    server.user().writeFax(expected, sender, 1);
-    fax.writeFax(expected, root, 1);
-    fax.faxSchedule().writeFax(expected, root, 1);
-    QVERIFY(wire.requests().first().body == expected.toByteArray(1));
-}
-
-void TestTasks::fixAmp_data()
-{
-    QTest::addColumn<QByteArray>("data");
-    QTest::addColumn<QString>("fixed");
-
-    const auto row = [](const char* data, const char* fixed) {
-        QTest::newRow(data) << QByteArray(data) << QString::fromUtf8(fixed);
-    };
-    row("nothing", "nothing");
-    row("Tom & Jerry &amp; co", "Tom &amp; Jerry &amp; co");
-    row("&lt;&gt;&apos;&quot;&amp;", "&lt;&gt;&apos;&quot;&amp;");
-    row("&&amp;&", "&amp;&amp;&amp;");
-    row("&amp &AMP; &ampx;", "&amp;amp &amp;AMP; &amp;ampx;");
-    row("&#65;", "&amp;#65;");
-    row("\xc3\xbc & \xe2\x82\xac", "\xc3\xbc &amp; \xe2\x82\xac");
-    row("", "");
-}
-
-void TestTasks::fixAmp()
-{
-    QFETCH(QByteArray, data);
-    QFETCH(QString, fixed);
-
-    struct Probe : Task
+    void everyTypeHasAnOperation()
     {
-        using Task::fixAmp;
-        explicit Probe(FaxServer& server)
-            : Task(server)
-        {}
-        void execute() override {}
-        void onFinished() override {}
-        Task::Type type() override { return Task::VerifyLogin; }
-    };
-    FaxManager manager(noContacts);
-    BareServer server(manager, QString());
-    Probe probe(server);
-    QCOMPARE(probe.fixAmp(data), fixed);
-}
-
-void TestTasks::nothingToSend()
-{
-    ScriptedServer wire;
-    wire.setAnswer(okReply(""));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-
-    // no parameter: no request and no outcome
-    for (const Task::Type type : {Task::ModifyFaxUser, Task::Abort, Task::Reschedule}) {
-        Outcome silent(server.addTask(type), doneSignal(type));
-        silent.task->execute();
-        QVERIFY(!silent.isOver());
-        QVERIFY(silent.task);
+        const auto types = QMetaEnum::fromType<Task::Type>();
+        for (int i = 0; i < types.keyCount(); ++i) {
+            const bool isThere = std::any_of(
+                operations().begin(), operations().end(),
+                [value = types.value(i)](const Operation& operation) { return operation.type == value; });
+            QVERIFY2(isThere, types.key(i));
+        }
     }
-    // a fax to nobody cannot be written
-    Outcome nobody(server.addTask(Task::Schedule), doneSignal(Task::Schedule));
-    nobody.task->execute();
-    nobody.task->execute();
-    QCOMPARE(nobody.errors, QList<Task::Status>{Task::InvalidReply});
-    QVERIFY(spinUntil([&] { return !nobody.task; }));
-    QCOMPARE(wire.requests().size(), 0);
 
-    // the server goes first: its tasks go with it, silently
-    auto* doomed = new BareServer(manager, wire.address());
-    Outcome lost(doomed->addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
-    lost.task->execute();
-    delete doomed;
-    QVERIFY(!lost.task);
-    QVERIFY(!lost.isOver());
-}
+    void operationEnds_data()
+    {
+        QTest::addColumn<int>("index");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<int>("status"); // 0: the done signal
+        QTest::addColumn<int>("error");  // 0: no network error
 
-void TestTasks::entriesOfASubmission()
-{
-    ScriptedServer wire;
-    wire.setAnswer(
-        okReply("<fax_entry><state>pending</state><fax_entry_url>http://h/qdws/v1/ofax/1</fax_entry_url>"
-                "</fax_entry><other/><fax_entry><state>Sending</state></fax_entry>"));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    auto* task = static_cast<TaskSchedule*>(prepared(server, Task::Schedule));
-    BaseFaxEntry::FaxEntriesPtrListPtr entries;
-    connect(task, &TaskSchedule::doneFaxSchedule, this,
-            [&entries](const BaseFaxEntry::FaxEntriesPtrListPtr& list) { entries = list; });
-    task->execute();
-    QVERIFY(spinUntil([&] { return entries; }));
-    QCOMPARE(entries->size(), 2);
-    QCOMPARE(int(entries->at(0)->state()), 2);
-    QCOMPARE(entries->at(0)->entryUrl().path(), QStringLiteral("/qdws/v1/ofax/1"));
-    QCOMPARE(int(entries->at(1)->state()), 3);
+        for (int index = 0; index < operations().size(); ++index) {
+            const Operation& operation = operations().at(index);
+            if (operation.name == "GetContacts of groups")
+                continue; // more than one request
+            const bool isContact = operation.isChange() && operation.name.endsWith("Contact");
+            const auto row = [&](const char* fault, const QByteArray& answer, int status, int error = 0) {
+                QTest::newRow((operation.name + ", " + fault).constData())
+                    << index << answer << status << error;
+            };
+            const auto refusal = [&](const char* http, int error, int status,
+                                     int contactStatus = Task::Error) {
+                row(http, ScriptedServer::reply("<gone/>", http, "WWW-Authenticate: Basic realm=\"x\"\r\n"),
+                    isContact ? contactStatus : status, error);
+            };
+            row("good", okReply(operation.good), 0);
+            row("not XML", ScriptedServer::reply("<reply><message>Succ"), Task::InvalidReply);
+            row("HTML", ScriptedServer::reply("<html><p>Welcome<br></html>"), Task::InvalidReply);
+            row("empty", ScriptedServer::reply(""), Task::InvalidReply);
+            refusal("401 Unauthorized", 204, logOf(operation.type).authApart ? Task::AuthError : Task::Error);
+            refusal("403 Forbidden", 201, Task::Error, Task::AccessDenied);
+            refusal("404 Not Found", 203, Task::Error, Task::NotFound);
+            refusal("405 Not Allowed", 202, Task::Error, Task::NotPermitted);
+            refusal("500 Oops", 401, Task::Error);
+            refusal("402 Pay first", 299, operation.type == Task::Schedule ? Task::InvalidReply : Task::Error,
+                    Task::InvalidReply);
+        }
+    }
+    void operationEnds()
+    {
+        QFETCH(int, index);
+        QFETCH(QByteArray, answer);
+        QFETCH(int, status);
+        QFETCH(int, error);
+        const Operation& operation = operations().at(index);
+        const Task::Type type = operation.type;
 
-    // the time of a reschedule is UTC, its colons encoded
-    auto* later = static_cast<TaskReschedule*>(server.addTask(Task::Reschedule));
-    later->setFaxEntryUrl(entries->at(0)->entryUrl());
-    later->setDateTime(QDateTime(QDate(2026, 11, 15), QTime(9, 5, 7), Qt::OffsetFromUTC, 3600));
-    Outcome outcome(later, SIGNAL(doneReschedule()));
-    later->execute();
-    QVERIFY(spinUntil([&] { return outcome.isOver(); }));
-    QCOMPARE(wire.requests().last().target, QByteArray("/qdws/v1/outbound_log/1?at=2026-11-15T08%3A05%3A07"));
-    QCOMPARE(wire.requests().last().body, QByteArray());
-}
+        TaskWorld world(answer);
+        TestLog log;
+        Outcome outcome(operation.make(world.server), operation.done);
+        int loggedBefore = -1;
+        connect(outcome.task, &Task::errorExecute, this, [&](Task::Status said) {
+            loggedBefore = log.messages(s("ERROR")).size();
+            QCOMPARE(world.server.lastStatus(), said); // the bookkeeping comes first
+        });
+        QCOMPARE(outcome.task->type(), type);
+        outcome.task->execute();
+        outcome.task->execute(); // a task sends at most once
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
 
-void TestTasks::userDocument()
-{
-    ScriptedServer wire;
-    wire.setAnswer(okReply("<message>Modified</message>"));
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    QuendraInfo info;
-    info.setModel(QStringLiteral("ABC40"));
-    info.setVersion(QStringLiteral("3.2.7"));
-    info.computeProtocolVersion();
-    server.setInfo(info);
-    Outcome outcome(prepared(server, Task::ModifyFaxUser), doneSignal(Task::ModifyFaxUser));
-    outcome.task->execute();
-    QTRY_COMPARE(outcome.done, 1);
-    QCOMPARE(wire.requests().first().body,
-             QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?><user>"
-                        "<contact_url>http://elsewhere:9/qdws/v1/users/7</contact_url><name>Anna</name>"
-                        "<default_cover_page_enabled>true</default_cover_page_enabled>"
-                        "<default_cover_page_name>plain</default_cover_page_name><priority>3</priority>"
-                        "<max_attempts>3</max_attempts><interval>300</interval><receipt>failure</receipt>"
-                        "<receipt_attachment>pdf</receipt_attachment></user>"));
-}
+        QCOMPARE(world.wire.requests().size(), 1); // and credentials are not tried again after 401
+        const WireRequest& request = world.wire.requests().first();
+        QCOMPARE(request.method + ' ' + request.target, operation.request);
+        QCOMPARE(request.header("Content-Type"), QByteArray("application/xml"));
+        const QByteArray credentials = QByteArray("anna:se:cret").toBase64();
+        QCOMPARE(request.header("Authorization"), "Basic " + credentials);
+        QCOMPARE(request.header("Host"), world.wire.address().toLatin1());
+        QVERIFY(!log.text().contains(QLatin1String("se:cret")));
+        QVERIFY(!log.text().contains(QLatin1String(credentials)));
 
-void TestTasks::entriesOfALog()
-{
-    ScriptedServer wire;
-    FaxManager manager(noContacts);
-    BareServer server(manager, wire.address());
-    TestLog log;
-    // a refusal that brings entries all the same
-    wire.setAnswer(okReply("<message>Failure</message>"
-                           "<inbound_fax_entry><filename>a.tif</filename></inbound_fax_entry><other/>"
-                           "<inbound_fax_entry><filename>b.tif</filename></inbound_fax_entry>"));
-    auto* inbound = static_cast<TaskGetInboundFaxEntry*>(server.addTask(Task::GetInboundFaxEntry));
-    QStringList files;
-    int loggedBefore = -1;
-    connect(inbound, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry, this,
-            [&](const InboundFaxEntriesPtrListPtr& entries) {
-                for (const auto& entry : *entries)
-                    files << entry->filename();
-                loggedBefore = log.messages(QStringLiteral("ERROR")).size();
-            });
-    inbound->execute();
-    QTRY_COMPARE(files, QStringList({QStringLiteral("a.tif"), QStringLiteral("b.tif")}));
-    QCOMPARE(loggedBefore, 0); // the list first, then the complaint
-    QCOMPARE(log.messages(QStringLiteral("ERROR")).size(), 1);
+        QCOMPARE(outcome.done, status ? 0 : 1);
+        QCOMPARE(outcome.errors, status ? QList<Task::Status>{Task::Status(status)} : QList<Task::Status>());
+        QCOMPARE(int(world.server.lastStatus()), status ? status : int(Task::Ok));
+        QCOMPARE(world.server.isConnected(), status == 0);
+        // these speak before they log
+        const bool speaksFirst = type == Task::Abort || type == Task::Reschedule ||
+                                 (type == Task::GetContacts && status == Task::AuthError);
+        if (error)
+            QCOMPARE(loggedBefore, speaksFirst ? 0 : 1);
+        QCOMPARE(log.messages(s("DEBUG")),
+                 debugLines(world.wire, type, answer, error, status != Task::InvalidReply));
+        const bool stop = type == Task::GetCoverPages || type == Task::GetPrinterNames;
+        const QString text = s(logOf(type).errorText) + QString::number(error) + s(stop ? "." : "");
+        QCOMPARE(log.messages(s("ERROR")), error ? QStringList{text} : QStringList());
+    }
 
-    wire.setAnswer(okReply("<file><enabled>true</enabled><name>a</name></file><file><name>b</name></file>"
-                           "<file><enabled>false</enabled></file>"));
-    auto* pages = static_cast<TaskGetCoverPages*>(server.addTask(Task::GetCoverPages));
-    QStringList names;
-    connect(pages, &TaskGetCoverPages::doneGetCoverPages, this, [&names](const CoverPageListPtr& list) {
-        for (const CoverPage& page : *list)
-            names << page.name();
-    });
-    pages->execute();
-    QTRY_COMPARE(names, QStringList({QStringLiteral("a"), QString()}));
-}
+    void content_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("error");
+
+        const auto row = [](const char* name, Task::Type type, const QByteArray& content, int status,
+                            const char* error = nullptr) {
+            QTest::newRow(name) << int(type) << content << status << QString::fromLatin1(error);
+        };
+        row("about missing", Task::GetQuendraInfo, "<abaut/>", Task::Error);
+        row("about without version", Task::GetQuendraInfo, "<about><model>m</model></about>", Task::Error);
+        row("verified, any case", Task::VerifyLogin, "<message>vERIFIED</message>", 0);
+        row("not verified", Task::VerifyLogin, "<message>NOT VERIFIED</message>", Task::AuthError);
+        row("no verdict", Task::VerifyLogin, "", Task::AuthError);
+        row("user missing", Task::GetFaxUser, "", Task::Error,
+            "taskgetfaxuser.cpp TaskGetFaxUser: invalid reply!");
+        row("user unreadable", Task::GetFaxUser, "<user><name>A</name></user>", Task::Error,
+            "taskgetfaxuser.cpp TaskGetFaxUser: invalid reply!");
+        row("modified, lower case", Task::ModifyFaxUser, "<message>modified</message>", Task::Error,
+            "taskmodifyfaxuser.cpp TaskModifyFaxUser: invalid reply");
+        row("options refused", Task::ChekPermissions, "<message>No</message>", Task::Error,
+            "taskcheckpermissions.cpp TaskChekPermissions: response permission error! response: "
+            "<?xml version=\"1.0\" encoding=\"utf-8\"?><reply><message>No</message></reply>");
+        row("options unreadable", Task::ChekPermissions, "<message>Success</message><user_options/>",
+            Task::Error, "taskcheckpermissions.cpp TaskChekPermissions: can not parse user options");
+        row("no entry", Task::Schedule, "<message>Success</message>", Task::InvalidReply,
+            "taskschedule.cpp TaskSchedule: invalid reply.");
+        row("entry too deep", Task::Schedule, "<entries><fax_entry/></entries>", Task::InvalidReply,
+            "taskschedule.cpp TaskSchedule: invalid reply.");
+        row("abort, lower case", Task::Abort, "<message>attempting abort</message>", Task::Error,
+            "taskabort.cpp TaskAbort: invalid reply!");
+        row("reschedule refused", Task::Reschedule, "<message>No</message>", Task::Error,
+            "taskreschedule.cpp TaskReschedule: reschedule error! response: "
+            "<?xml version=\"1.0\" encoding=\"utf-8\"?><reply><message>No</message></reply>");
+        // the logs report what they have and then complain
+        row("queue, message missing", Task::GetFaxEntry, "<fax_entry/>", 0,
+            "taskgetfaxentry.cpp TaskGetFaxEntry: contains invalid reply!");
+        row("inbound, message wrong", Task::GetInboundFaxEntry, "<message>success</message>", 0,
+            "taskgetinboundfaxentry.cpp TaskGetInboundFaxEntry: contains invalid reply!");
+        row("outbound, message wrong", Task::GetOutboundFaxEntry, "<message>Failure</message>", 0,
+            "taskgetoutboundfaxentry.cpp TaskGetOutboundFaxEntry: contains invalid reply!");
+    }
+    void content()
+    {
+        QFETCH(int, type);
+        QFETCH(QByteArray, content);
+        QFETCH(int, status);
+        QFETCH(QString, error);
+
+        TaskWorld world(okReply(content));
+        TestLog log;
+        Outcome outcome(prepared(world.server, Task::Type(type)), doneSignal(Task::Type(type)));
+        outcome.task->execute();
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
+        QCOMPARE(outcome.done, status ? 0 : 1);
+        QCOMPARE(outcome.errors, status ? QList<Task::Status>{Task::Status(status)} : QList<Task::Status>());
+        QCOMPARE(log.messages(s("ERROR")), error.isEmpty() ? QStringList() : QStringList{error});
+    }
+
+    void limits_data()
+    {
+        const Rows<int, int, int, QByteArray> row("type", "entryType", "limit", "target");
+        row("queue", Task::GetFaxEntry, 1, 25, "/qdws/v1/ofax?complete_limit=25");
+        row("status", Task::GetFaxEntry, 2, 25, "/qdws/v1/outbound_status?pending_limit=25&sending_limit=25");
+        row("status, all", Task::GetFaxEntry, 2, 0, "/qdws/v1/outbound_status");
+        row("nothing valid", Task::GetFaxEntry, 0, 25, "/");
+        row("inbound", Task::GetInboundFaxEntry, 0, 3, "/qdws/v1/inbound_log?index=0&limit=3");
+        row("inbound, all", Task::GetInboundFaxEntry, 0, -1, "/qdws/v1/inbound_log");
+        row("outbound", Task::GetOutboundFaxEntry, 0, 3, "/qdws/v1/outbound_log?limit=3");
+    }
+    void limits()
+    {
+        QFETCH(int, type);
+        QFETCH(int, entryType);
+        QFETCH(int, limit);
+        QFETCH(QByteArray, target);
+
+        TaskWorld world(okReply("<message>Success</message>"));
+        Outcome outcome(world.server.addTask(Task::Type(type)), doneSignal(Task::Type(type)));
+        if (auto* task = qobject_cast<TaskGetFaxEntry*>(outcome.task)) {
+            task->setCompleteLimit(limit);
+            task->setTaskEntryType(TaskGetFaxEntry::TaskEntryType(entryType));
+        } else if (auto* task = qobject_cast<TaskGetInboundFaxEntry*>(outcome.task)) {
+            task->setCompleteLimit(limit);
+        } else if (auto* task = qobject_cast<TaskGetOutboundFaxEntry*>(outcome.task)) {
+            task->setCompleteLimit(limit);
+        }
+        outcome.task->execute();
+        QTRY_COMPARE(outcome.done, 1);
+        QCOMPARE(world.wire.requests().first().target, target);
+    }
+
+    void addresses_data()
+    {
+        const Rows<QString, bool> row("address", "reached"); // %1: the port of a server that listens
+        row("name and port", "localhost:%1", true);
+        row("IPv4 and port", "127.0.0.1:%1", true);
+        row("with blanks around", " 127.0.0.1:%1\t", true);
+        row("port not a number", "127.0.0.1:%1x", false);
+        row("port too large", "127.0.0.1:1%1%1", false);
+        row("port 0", "127.0.0.1:0", false);
+        row("port empty", "127.0.0.1:", false);
+        row("port negative", "127.0.0.1:-%1", false);
+        row("with a path", "127.0.0.1:%1/x", false);
+        row("with a scheme", "http://127.0.0.1:%1", false);
+        row("with a user", "me@127.0.0.1:%1", false);
+        row("IPv6 without its end", "[::1:%1", false);
+        row("not quite IPv6", "[::g]:%1", false);
+        row("empty", {}, false);
+        row("a sentence", "my fax server", false);
+    }
+    void addresses()
+    {
+        QFETCH(QString, address);
+        QFETCH(bool, reached);
+
+        ScriptedServer wire;
+        wire.setAnswer(okReply("<message>Verified</message>"));
+        FaxManager manager(noContacts);
+        BareServer server(manager, address.replace(QLatin1String("%1"), QString::number(wire.serverPort())));
+        Outcome outcome(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+        outcome.task->execute();
+        QCOMPARE(outcome.isOver(), false); // nonsense ends like a server that is not there, later
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
+        QCOMPARE(outcome.done, reached ? 1 : 0);
+        QCOMPARE(wire.requests().size(), reached ? 1 : 0);
+        QCOMPARE(int(server.lastStatus()), int(reached ? Task::Ok : Task::Error));
+    }
+
+    void credentials()
+    {
+        TaskWorld world(okReply("<message>Verified</message>"));
+        world.server.setLogin(QString());
+        world.server.setPassword(QString());
+        Outcome without(world.server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+        without.task->execute();
+        QTRY_COMPARE(without.done, 1);
+        QVERIFY(world.wire.requests().last().header("Authorization").isNull());
+
+        // Latin-1, as the service takes it
+        world.server.setLogin(s("j\u00f6rg"));
+        world.server.setPassword(s("p\u00e4ss w@rd/%20"));
+        Outcome with(world.server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+        with.task->execute();
+        QTRY_COMPARE(with.done, 1);
+        QCOMPARE(world.wire.requests().last().header("Authorization"),
+                 "Basic " + QByteArray("j\xf6rg:p\xe4ss w@rd/%20").toBase64());
+
+        // a login with a slash and a blank is part of a path here
+        Outcome user(world.server.addTask(Task::GetFaxUser), SIGNAL(doneGetFaxUser(FaxUser)));
+        static_cast<TaskGetFaxUser*>(user.task.data())->setUser(s("a b/c"));
+        user.task->execute();
+        QVERIFY(spinUntil([&] { return user.isOver(); }));
+        QCOMPARE(world.wire.requests().last().target, QByteArray("/qdws/v1/users/a%20b/c"));
+    }
+
+    void tls()
+    {
+        ScriptedServer wire(true);
+        wire.setAnswer(okReply("<message>Verified</message>"));
+        FaxManager manager(noContacts);
+        BareServer server(manager, wire.address(), true);
+        Outcome outcome(server.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+        outcome.task->execute();
+        QVERIFY(spinUntil([&] { return !outcome.task; }));
+        QCOMPARE(outcome.done, 1);
+
+        // the wrong protocol, both ways
+        for (const bool secure : {false, true}) {
+            ScriptedServer other(!secure);
+            BareServer wrong(manager, other.address(), secure);
+            Outcome failure(wrong.addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+            failure.task->execute();
+            QTRY_VERIFY_WITH_TIMEOUT(!failure.task, 20000);
+            QCOMPARE(failure.errors, QList<Task::Status>{Task::Error});
+        }
+    }
+
+    void largeAttachment()
+    {
+        // texts that could be mistaken for what stands in for the file's bytes
+        QByteArray bytes;
+        for (int i = 0; i < 3 * 1024 * 1024; ++i)
+            bytes.append(char((i * 131) ^ (i >> 7)));
+        FaxDocument fax = document(bytes);
+        fax.attachs().append(fax.attachs().first());
+        CoverPage cover;
+        cover.setSubject(s("<content>x</content> & 'quotes'"));
+        fax.setCoverPage(cover);
+
+        TaskWorld world(okReply("<fax_entry><state>pending</state></fax_entry>"));
+        Outcome outcome(world.server.addTask(Task::Schedule), doneSignal(Task::Schedule));
+        static_cast<TaskSchedule*>(outcome.task.data())->setFaxDocument(fax);
+        outcome.task->execute();
+        QTRY_COMPARE(outcome.done, 1);
+
+        // what the DOM itself would have written
+        QDomDocument expected;
+        expected.appendChild(
+            expected.createProcessingInstruction(s("xml"), s("version=\"1.0\" encoding=\"utf-8\"")));
+        QDomElement root = expected.createElement(s("schedule_fax"));
+        expected.appendChild(root);
+        QDomElement sender = expected.createElement(s("sender"));
+        root.appendChild(sender);
+        fax.renameDuplicateAttachments();
+        world.server.user().writeFax(expected, sender, 1);
+        fax.writeFax(expected, root, 1);
+        fax.faxSchedule().writeFax(expected, root, 1);
+        QVERIFY(world.wire.requests().first().body == expected.toByteArray(1));
+    }
+
+    void fixAmp_data()
+    {
+        QTest::addColumn<QByteArray>("data");
+        QTest::addColumn<QString>("fixed");
+
+        const auto row = [](const char* data, const char* fixed) {
+            QTest::newRow(data) << QByteArray(data) << QString::fromUtf8(fixed);
+        };
+        row("nothing", "nothing");
+        row("Tom & Jerry &amp; co", "Tom &amp; Jerry &amp; co");
+        row("&lt;&gt;&apos;&quot;&amp;", "&lt;&gt;&apos;&quot;&amp;");
+        row("&&amp;&", "&amp;&amp;&amp;");
+        row("&amp &AMP; &ampx;", "&amp;amp &amp;AMP; &amp;ampx;");
+        row("&#65;", "&amp;#65;");
+        row("\xc3\xbc & \xe2\x82\xac", "\xc3\xbc &amp; \xe2\x82\xac");
+        row("", "");
+    }
+    void fixAmp()
+    {
+        QFETCH(QByteArray, data);
+        QFETCH(QString, fixed);
+
+        struct Probe : Task
+        {
+            using Task::fixAmp;
+            explicit Probe(FaxServer& server)
+                : Task(server)
+            {}
+            void execute() override {}
+            void onFinished() override {}
+            Task::Type type() override { return Task::VerifyLogin; }
+        };
+        FaxManager manager(noContacts);
+        BareServer server(manager, QString());
+        Probe probe(server);
+        QCOMPARE(probe.fixAmp(data), fixed);
+    }
+
+    void nothingToSend()
+    {
+        TaskWorld world(okReply(""));
+
+        // no parameter: no request and no outcome
+        for (const Task::Type type : {Task::ModifyFaxUser, Task::Abort, Task::Reschedule}) {
+            Outcome silent(world.server.addTask(type), doneSignal(type));
+            silent.task->execute();
+            QVERIFY(!silent.isOver());
+            QVERIFY(silent.task);
+        }
+        // a fax to nobody cannot be written
+        Outcome nobody(world.server.addTask(Task::Schedule), doneSignal(Task::Schedule));
+        nobody.task->execute();
+        nobody.task->execute();
+        QCOMPARE(nobody.errors, QList<Task::Status>{Task::InvalidReply});
+        QVERIFY(spinUntil([&] { return !nobody.task; }));
+        QCOMPARE(world.wire.requests().size(), 0);
+
+        // the server goes first: its tasks go with it, silently
+        auto* doomed = new BareServer(world.manager, world.wire.address());
+        Outcome lost(doomed->addTask(Task::VerifyLogin), SIGNAL(doneVerifyLogin()));
+        lost.task->execute();
+        delete doomed;
+        QVERIFY(!lost.task);
+        QVERIFY(!lost.isOver());
+    }
+
+    void entriesOfASubmission()
+    {
+        TaskWorld world(
+            okReply("<fax_entry><state>pending</state><fax_entry_url>http://h/qdws/v1/ofax/1</fax_entry_url>"
+                    "</fax_entry><other/><fax_entry><state>Sending</state></fax_entry>"));
+        auto* task = static_cast<TaskSchedule*>(prepared(world.server, Task::Schedule));
+        BaseFaxEntry::FaxEntriesPtrListPtr entries;
+        connect(task, &TaskSchedule::doneFaxSchedule, this,
+                [&entries](const BaseFaxEntry::FaxEntriesPtrListPtr& list) { entries = list; });
+        task->execute();
+        QVERIFY(spinUntil([&] { return entries; }));
+        QCOMPARE(entries->size(), 2);
+        QCOMPARE(int(entries->at(0)->state()), 2);
+        QCOMPARE(entries->at(0)->entryUrl().path(), s("/qdws/v1/ofax/1"));
+        QCOMPARE(int(entries->at(1)->state()), 3);
+
+        // the time of a reschedule is UTC, its colons encoded
+        auto* later = static_cast<TaskReschedule*>(world.server.addTask(Task::Reschedule));
+        later->setFaxEntryUrl(entries->at(0)->entryUrl());
+        later->setDateTime(QDateTime(QDate(2026, 11, 15), QTime(9, 5, 7), Qt::OffsetFromUTC, 3600));
+        Outcome outcome(later, SIGNAL(doneReschedule()));
+        later->execute();
+        QVERIFY(spinUntil([&] { return outcome.isOver(); }));
+        QCOMPARE(world.wire.requests().last().target,
+                 QByteArray("/qdws/v1/outbound_log/1?at=2026-11-15T08%3A05%3A07"));
+        QCOMPARE(world.wire.requests().last().body, QByteArray());
+    }
+
+    void userDocument()
+    {
+        TaskWorld world(okReply("<message>Modified</message>"));
+        QuendraInfo info;
+        info.setModel(s("ABC40"));
+        info.setVersion(s("3.2.7"));
+        info.computeProtocolVersion();
+        world.server.setInfo(info);
+        Outcome outcome(prepared(world.server, Task::ModifyFaxUser), doneSignal(Task::ModifyFaxUser));
+        outcome.task->execute();
+        QTRY_COMPARE(outcome.done, 1);
+        QCOMPARE(world.wire.requests().first().body,
+                 QByteArray("<?xml version=\"1.0\" encoding=\"utf-8\"?><user>"
+                            "<contact_url>http://elsewhere:9/qdws/v1/users/7</contact_url><name>Anna</name>"
+                            "<default_cover_page_enabled>true</default_cover_page_enabled>"
+                            "<default_cover_page_name>plain</default_cover_page_name><priority>3</priority>"
+                            "<max_attempts>3</max_attempts><interval>300</interval><receipt>failure</receipt>"
+                            "<receipt_attachment>pdf</receipt_attachment></user>"));
+    }
+
+    void entriesOfALog()
+    {
+        TaskWorld world;
+        TestLog log;
+        // a refusal that brings entries all the same
+        world.wire.setAnswer(
+            okReply("<message>Failure</message>"
+                    "<inbound_fax_entry><filename>a.tif</filename></inbound_fax_entry><other/>"
+                    "<inbound_fax_entry><filename>b.tif</filename></inbound_fax_entry>"));
+        auto* inbound = static_cast<TaskGetInboundFaxEntry*>(world.server.addTask(Task::GetInboundFaxEntry));
+        QStringList files;
+        int loggedBefore = -1;
+        connect(inbound, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry, this,
+                [&](const InboundFaxEntriesPtrListPtr& entries) {
+                    for (const auto& entry : *entries)
+                        files << entry->filename();
+                    loggedBefore = log.messages(s("ERROR")).size();
+                });
+        inbound->execute();
+        QTRY_COMPARE(files, QStringList({s("a.tif"), s("b.tif")}));
+        QCOMPARE(loggedBefore, 0); // the list first, then the complaint
+        QCOMPARE(log.messages(s("ERROR")).size(), 1);
+
+        world.wire.setAnswer(
+            okReply("<file><enabled>true</enabled><name>a</name></file><file><name>b</name></file>"
+                    "<file><enabled>false</enabled></file>"));
+        auto* pages = static_cast<TaskGetCoverPages*>(world.server.addTask(Task::GetCoverPages));
+        QStringList names;
+        connect(pages, &TaskGetCoverPages::doneGetCoverPages, this, [&names](const CoverPageListPtr& list) {
+            for (const CoverPage& page : *list)
+                names << page.name();
+        });
+        pages->execute();
+        QTRY_COMPARE(names, QStringList({s("a"), QString()}));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestTasks)
 #include "tst_tasks.moc"
