@@ -8,6 +8,17 @@
 #include <QDomDocument>
 #include <QTextStream>
 
+/// An element that holds a text or elements.
+inline QString tag(const char* name, const QString& content)
+{
+    return QStringLiteral("<%1>%2</%1>").arg(QLatin1String(name), content);
+}
+
+inline QString tag(const char* name, const char* content)
+{
+    return tag(name, QString::fromUtf8(content));
+}
+
 /// Elements that hold texts without blanks, of "name=text name=text".
 inline QString elements(const char* texts)
 {

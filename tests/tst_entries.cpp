@@ -1,0 +1,237 @@
+#include "faxentry.h"
+#include "inboundfaxentry.h"
+#include "outboundfaxentry.h"
+#include "shorthand.h"
+#include "xmltext.h"
+
+#include <QtTest>
+
+/// What the logs say of a fax: of one that waits, of one that was sent and of one that came.
+class EntriesTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        // A zone with summer time and an offset: a date that is taken in the wrong zone shows.
+        qputenv("TZ", "Europe/Berlin");
+        tzset();
+    }
+
+    void entryState_data()
+    {
+        const Rows<int> row("state");
+
+        const char* const texts[] = {"",         "preprocessing", "pending", "sending",          "sent",
+                                     "complete", "aborted",       "failed",  "approval_pending", "rejected"};
+        for (int i = 0; i < 10; ++i)
+            row(texts[i], i);
+        row("Sent", 4);
+        row("REJECTED", 9);
+        row("queued", 0);
+        row(" sent", 0);
+    }
+    void entryState()
+    {
+        QFETCH(int, state);
+        const QString text = QLatin1String(QTest::currentDataTag());
+        FaxEntry queued;
+        InboundFaxEntry received;
+        OutboundFaxEntry sent;
+        for (BaseFaxEntry* entry :
+             {static_cast<BaseFaxEntry*>(&queued), static_cast<BaseFaxEntry*>(&received),
+              static_cast<BaseFaxEntry*>(&sent)}) {
+            QVERIFY(readFax(*entry, s("<state>failed</state><status>failed</status>")));
+            QCOMPARE(int(entry->state()), 7);
+            QVERIFY(readFax(*entry, tag("state", text) + tag("status", text)));
+            QCOMPARE(int(entry->state()), state);
+            QCOMPARE(writtenFax(*entry), s("refused"));
+        }
+        QCOMPARE(received.status(), text);
+    }
+
+    void entryDates()
+    {
+        const QDateTime november(QDate(2026, 11, 15), QTime(14, 30, 5));
+        QCOMPARE(QDateTime::fromString(s("2026-11-15T14:30:05"), s("yyyy-MM-ddThh:mm:ss")), november);
+        // Whatever the text, ours must be what Qt reads, by whichever way.
+        for (const char* text : {"2026-11-15T14:30:05",  "2024-02-29T00:00:00",
+                                 "1900-01-01T12:00:00",  "",
+                                 "2026-02-29T00:00:00",  "2026-13-01T00:00:00",
+                                 "2026-11-15T24:00:00",  "2026-11-15T23:59:60",
+                                 "2026-11-15 14:30:05",  "2026-11-15t14:30:05",
+                                 "2026-11-15T14:30:05Z", "2026-11-15T4:30:05",
+                                 "yyyy-MM-ddThh:mm:ss",  "2026-11-15T14:30:0\u0665",
+                                 "2026-03-29T02:30:00",  "2026-11-15T+4:30:05",
+                                 "2026-11-15T 4:30:05",  "+026-11-15T14:30:05",
+                                 "-026-11-15T14:30:05",  "0000-01-01T00:00:00",
+                                 "0001-01-01T00:00:00",  "1893-03-31T23:59:00",
+                                 "2026-11-15T14:30:5 ",  "2026-11-15T14:30:05.5"}) {
+            const QDateTime expected = QDateTime::fromString(s(text), s("yyyy-MM-ddThh:mm:ss"));
+            FaxEntry queued;
+            QVERIFY(readFax(queued, tag("created", text) + tag("stime", "2026-11-15T14:30:05")));
+            InboundFaxEntry received;
+            QVERIFY(readFax(received, tag("complete_time", text)));
+            OutboundFaxEntry sent;
+            QVERIFY(readFax(sent, tag("start_time", "2026-11-15T14:30:05") + tag("end_time", text)));
+            for (const QDateTime& read : {queued.createTime(), received.completeTime(), sent.sentAt()}) {
+                QVERIFY2(read == expected && read.isNull() == expected.isNull(), text);
+                QVERIFY2(read.isValid() == expected.isValid(), text);
+                QCOMPARE(read.timeSpec(), Qt::LocalTime);
+            }
+            QCOMPARE(queued.changeStateTime(), november);
+            QCOMPARE(sent.startTime(), november);
+        }
+    }
+
+    void pageCount_data()
+    {
+        const Rows<QString, QString, int> row("pages", "used", "count");
+
+        row("cover", "3", "1", 4);
+        row("two covers count once", "3", "2", 4);
+        row("no cover", "3", "0", 3);
+        row("minus one cover", "3", "-1", 3);
+        row("not said", "3", "", 3);
+        row("a word", "3", "true", 3);
+        row("no pages", "", "1", 1);
+        row("absurd", "9999999999", "0", 0);
+        row("as many as there are", "2147483647", "1", 2147483647);
+    }
+    void pageCount()
+    {
+        QFETCH(QString, pages);
+        QFETCH(QString, used);
+        QFETCH(int, count);
+        OutboundFaxEntry sent;
+        QVERIFY(readFax(sent, tag("pages", pages) + tag("cover_page_used", used)));
+        QCOMPARE(sent.pages(), count);
+        const bool enabled = used.toInt() > 0;
+        QCOMPARE(sent.coverPage().enabled(), enabled);
+
+        FaxEntry queued;
+        const QString cover = tag("enabled", enabled ? "true" : "");
+        QVERIFY(readFax(queued, tag("pages", pages) + tag("cover_page", cover)));
+        QCOMPARE(queued.pages(), count);
+        InboundFaxEntry received;
+        QVERIFY(readFax(received, tag("pages", pages) + tag("cover_page_used", used)));
+        QCOMPARE(received.pages(), pages.toInt());
+    }
+
+    void statusEntry()
+    {
+        FaxEntry entry;
+        const QString xml =
+            tag("fax_entry_url", "https://h/ofax/1 2") +
+            elements("agent=a preview=http://h/p priority=5 max_tries=2 fax_page_size=a4 name=not_sender") +
+            tag("sender", elements("name=s username=u user_url=https://h/u")) +
+            tag("recipient", elements("name=r fax_number=5")) +
+            tag("cover_page", elements("enabled=true subject=about"));
+        QVERIFY(readFax(entry, xml));
+        // Only the address of a contact is taken down to http.
+        QCOMPARE(entry.entryUrl().toString(QUrl::FullyEncoded), s("https://h/ofax/1%202"));
+        QCOMPARE(entry.url(), entry.entryUrl());
+        QCOMPARE(QStringList({entry.previewUrl().toString(), entry.agent(), entry.from().name(),
+                              entry.from().user(), entry.from().url().toString(), entry.to().name(),
+                              entry.recipient(), entry.subject()})
+                     .join(QLatin1Char('|')),
+                 s("http://h/p|a|s|u|http://h/u|r|r, 5|about"));
+        QCOMPARE(int(entry.schedule().priority()), 5);
+        QCOMPARE(entry.schedule().maxTries(), 2);
+        QCOMPARE(int(entry.schedule().faxPageSize()), 3);
+        QVERIFY(entry.sentAt().isNull());
+    }
+
+    void outboundEntry()
+    {
+        OutboundFaxEntry entry;
+        const QString fields = elements(
+            "recipient_name=rn recipient_phone=rp recipient_fax=rf recipient_organization=ro sender_email=se "
+            "sender_phone=sp sender_fax=sf sender_organization=so subject=sub agent=a username=u comments=c "
+            "cover_page_name=cn fax_entry_url=http://h/1 preview=http://h/2");
+        QVERIFY(readFax(entry, fields + tag("sender_name", "sn")));
+        QCOMPARE(QStringList({entry.recepientName(), entry.recepientPhone(), entry.recepientFax(),
+                              entry.recepientOrganization(), entry.senderName(), entry.senderEmail(),
+                              entry.senderPhone(), entry.senderFax(), entry.senderOrganization(),
+                              entry.subject(), entry.agent(), entry.username(), entry.coverPage().comments(),
+                              entry.coverPage().name(), entry.coverPage().subject(),
+                              entry.entryUrl().toString(), entry.previewUrl().toString(), entry.recipient()})
+                     .join(QLatin1Char('|')),
+                 s("rn|rp|rf|ro|sn|se|sp|sf|so|sub|a|u|c|cn|sub|http://h/1|http://h/2|rn, rf, ro"));
+
+        Sender sender;
+        QVERIFY(!readFax(sender, fields));
+        QCOMPARE(sender.email(), s("se"));
+        Recepient recepient;
+        QVERIFY(readFax(recepient, QString()));
+
+        // Everything that is missing is emptied, also in an entry that is read again.
+        QVERIFY(readFax(entry, elements("sender_fax=f recipient_fax=9")));
+        QCOMPARE(entry.senderFax(), s("f"));
+        QCOMPARE(entry.senderName() + entry.senderEmail() + entry.subject() + entry.entryUrl().toString(),
+                 QString());
+        QCOMPARE(entry.recipient(), s("9"));
+        QVERIFY(readFax(entry, elements("recipient_name=n recipient_organization=o")));
+        QCOMPARE(entry.recipient(), s("n, o"));
+    }
+
+    void inboundEntry()
+    {
+        InboundFaxEntry entry;
+        const QString xml = elements("filename=f location=https://h/a%20b pages=2 recipient_name=r error=no "
+                                     "remote_id=id channel=c modem=m extension=x") +
+                            tag("delivery_error", elements("error=e")) +
+                            tag("delivered_to", elements("destination=d1 type=email")) +
+                            tag("delivered_to", elements("type=printer"));
+        QVERIFY(readFax(entry, xml));
+        QCOMPARE(
+            QStringList({entry.filename(), entry.location().toString(QUrl::FullyEncoded), entry.toName(),
+                         entry.error(), entry.remoteId(), entry.channel(), entry.modem(), entry.extension(),
+                         entry.deliveredTo(), entry.deliveredType(), entry.deliveredDestination()})
+                .join(QLatin1Char('|')),
+            s("f|https://h/a%20b|r|e|id|c|m|x|email: d1|email|d1"));
+        QCOMPARE(entry.pages(), 2);
+        QVERIFY(entry.entryUrl().isEmpty());
+        QCOMPARE(entry.recipient(), QString());
+
+        QVERIFY(readFax(entry, QString()));
+        QCOMPARE(entry.filename() + entry.error() + entry.deliveredTo() + entry.deliveredType(), QString());
+        QVERIFY(entry.location().isEmpty());
+        QVERIFY(entry.completeTime().isNull());
+        QCOMPARE(entry.pages(), 0);
+    }
+
+    void deliveredTo_data()
+    {
+        const Rows<QString, QString> row("pairs", "line"); // type, destination, type, ...
+        row("both", "email,x", "email: x");
+        row("destination", ",x", "x");
+        row("type is cut", "printer,", "print");
+        row("short type is gone", "p,", "");
+        row("empty pair", ",", "");
+        row("two, the last is cut", "email,x,printer,", "email: x; print");
+        row("type without destination runs on", "printer,,email,x", "printeremail: x");
+    }
+    void deliveredTo()
+    {
+        QFETCH(QString, pairs);
+        const QStringList texts = pairs.split(QLatin1Char(','));
+        QVector<DeliveredTo::Delivery> deliveries;
+        for (int i = 0; i < texts.size(); i += 2)
+            deliveries.append({texts.at(i), texts.at(i + 1)});
+        DeliveredTo record;
+        record.setDeliveries(deliveries);
+        InboundFaxEntry entry;
+        entry.setDeliveredTo(record);
+        QTEST(entry.deliveredTo(), "line");
+        QVERIFY(
+            readFax(entry, tag("delivered_to", tag("type", texts.at(0)) + tag("destination", texts.at(1)))));
+        if (texts.size() == 2)
+            QTEST(entry.deliveredTo(), "line");
+        QCOMPARE(entry.deliveredType(), texts.at(0));
+        QCOMPARE(entry.deliveredDestination(), texts.at(1));
+    }
+};
+QTEST_GUILESS_MAIN(EntriesTest)
+#include "tst_entries.moc"
