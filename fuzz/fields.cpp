@@ -101,13 +101,18 @@ struct Exception
         fields; ///< Likewise; "*" is every field. A field within a field is contact.name or options.priority.
     const char* why;
     std::function<bool(const Case&)> applies;
-    std::function<QString(const Case&)> becomes;
-    bool isLast{false}; ///< Whether the text does not go through XML as it is.
+    std::function<QString(const Case&)> becomes; ///< Null: the whole record is refused when it is read.
+    bool isLast{false};                          ///< Whether the text does not go through XML as it is.
 };
 
 QString fresh(const Case& c)
 {
     return c.fresh;
+}
+
+bool isLost(const Case& c)
+{
+    return throughXml(c.value).isEmpty();
 }
 
 bool always(const Case&)
@@ -123,8 +128,10 @@ const Exception exceptions[] = {
      always, [](const Case& c) { return throughXml(c.value); }},
     {" QuendraContact ", " url user ", "a server's contact is kept in settings as any contact is",
      [](const Case& c) { return c.form == Form::Storage; }, fresh},
-    {" * ", " printer options.printer ", "no printer is called None",
-     [](const Case& c) { return throughXml(c.value).isEmpty(); },
+    {" QuendraContactGroup ", " name description ", "left out when empty, and required when it is read",
+     isLost, nullptr},
+    {" QuendraInfo ", " model version ", "likewise", isLost, nullptr},
+    {" * ", " printer options.printer ", "no printer is called None", isLost,
      [](const Case&) { return BaseScheduleOptions::none_printer; }},
     {" QuendraInfo FaxServer ",
      " protocolVersion info.protocolVersion options.priority options.maxTries options.tryInterval "
@@ -178,6 +185,15 @@ bool names(const char* list, const QString& name)
 {
     return QLatin1String(list) == QLatin1String(" * ") ||
            QString::fromLatin1(list).contains(QLatin1Char(' ') + name + QLatin1Char(' '));
+}
+
+/// The first row that applies to a field but for the one that holds for every text; null when there is none.
+const Exception* exceptionOf(const QString& record, const QString& field, const Case& c)
+{
+    const auto* row = std::find_if(std::begin(exceptions) + 1, std::end(exceptions), [&](const Exception& e) {
+        return names(e.records, record) && names(e.fields, field) && e.applies(c);
+    });
+    return row != std::end(exceptions) ? row : nullptr;
 }
 
 } // namespace
@@ -301,27 +317,19 @@ Fields readAgain(const QString& record, Form form, int version, const Fields& fi
     for (int i = 0; i < fields.size(); ++i) {
         const QString& name = fields.at(i).first;
         Case c{form, version, fields.at(i).second, fields, freshFields.at(i).second, again.at(i).second};
-        const auto row =
-            std::find_if(std::begin(exceptions) + 1, std::end(exceptions), [&](const Exception& e) {
-                return names(e.records, record) && names(e.fields, name) && e.applies(c);
-            });
-        if (row != std::end(exceptions))
+        const Exception* row = exceptionOf(record, name, c);
+        if (row && row->becomes)
             c.value = row->becomes(c);
-        const bool isLast = row != std::end(exceptions) && row->isLast;
-        expected.append({name, isLast ? c.value : exceptions[0].becomes(c)});
+        expected.append({name, row && row->isLast ? c.value : exceptions[0].becomes(c)});
     }
     return expected;
 }
 
-bool mayBeRefused(const QString& record, const Fields& fields)
+bool isRefused(const QString& record, Form form, int version, const Fields& fields)
 {
-    const auto isLost = [&fields](const char* name) {
-        return throughXml(valueOf(fields, QString::fromLatin1(name))).isEmpty();
-    };
-    // required when they are read, and left out when they are empty
-    if (record == QLatin1String("QuendraContactGroup"))
-        return isLost("name") || isLost("description");
-    if (record == QLatin1String("QuendraInfo"))
-        return isLost("model") || isLost("version");
-    return false;
+    return std::any_of(fields.begin(), fields.end(), [&](const auto& field) {
+        const Exception* row =
+            exceptionOf(record, field.first, {form, version, field.second, fields, QString(), QString()});
+        return row && !row->becomes;
+    });
 }

@@ -42,5 +42,5 @@ enum class Form { Fax, Storage };
 Fields readAgain(const QString& record, Form form, int version, const Fields& fields, const Fields& fresh,
                  const Fields& again);
 
-/// Whether what such a record writes may be refused when it is read.
-bool mayBeRefused(const QString& record, const Fields& fields);
+/// Whether what such a record writes is refused when it is read, by the same table.
+bool isRefused(const QString& record, Form form, int version, const Fields& fields);

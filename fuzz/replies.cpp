@@ -58,6 +58,7 @@ struct Outcome
 {
     int done{0};
     QList<Task::Status> errors;
+    ContactList book; ///< That the last done signal gave.
     bool isOver() const { return done + errors.size() > 0; }
 };
 
@@ -165,11 +166,39 @@ const Code codes[] = {QNetworkReply::NoError,
                       QNetworkReply::RemoteHostClosedError,
                       QNetworkReply::InternalServerError};
 
-bool isXml(const QByteArray& body)
+/// The root of a reply; null when it is no XML.
+QDomElement rootOf(const QByteArray& body)
 {
     static const QRegularExpression bare(QStringLiteral("&(?!(amp;|lt;|gt;|apos;|quot;))"));
     const QString text = QString::fromUtf8(body).replace(bare, QStringLiteral("&amp;"));
-    return isFitForDom(text) && QDomDocument().setContent(text);
+    QDomDocument document;
+    return isFitForDom(text) && document.setContent(text) ? document.documentElement() : QDomElement();
+}
+
+/// The addresses of the members of a book of groups, in the order of the reply.
+QVector<QUrl> membersOf(const QDomElement& root, int version)
+{
+    QVector<QUrl> members;
+    const QString contact = QStringLiteral("contact");
+    for (QDomElement group = root.firstChildElement(QStringLiteral("contact_group")); !group.isNull();
+         group = group.nextSiblingElement(group.tagName())) {
+        if (!QuendraContactGroup().readFax(group, version))
+            continue;
+        for (QDomElement member = group.firstChildElement(contact); !member.isNull();
+             member = member.nextSiblingElement(contact))
+            members.append(QUrl(member.text(), QUrl::TolerantMode));
+    }
+    return members;
+}
+
+int membersIn(const ContactList& book)
+{
+    int members = 0;
+    for (const auto& unit : book.contacts()) {
+        if (const auto* group = dynamic_cast<const QuendraContactGroup*>(unit.data()))
+            members += group->contacts().contacts().size();
+    }
+    return members;
 }
 
 /// Makes the tasks of one server, with parameters that let them be sent.
@@ -208,6 +237,9 @@ public:
         case Task::GetContacts: {
             auto* task = watched(type, &TaskGetContacts::doneGetContacts);
             watch(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync);
+            const auto keep = [&outcome = m_outcome](const ContactList& book) { outcome.book = book; };
+            QObject::connect(task, &TaskGetContacts::doneGetContacts, keep);
+            QObject::connect(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync, keep);
             task->setContactsType(m_book);
             task->setContactsLastTimeSync(m_variant & 4 ? 7 : 0);
             return task;
@@ -322,31 +354,57 @@ FUZZ_TARGET(replies)
         const QByteArray first = bodies.takeFirst();
         FakeReply* reply = manager.network().next();
         PROMISE(reply && !manager.network().next());
+        const QByteArray credentials = reply->request().rawHeader("Authorization");
+        const QUrl::FormattingOptions ofServer = QUrl::RemovePath | QUrl::RemoveQuery;
+        const QUrl address = reply->url().adjusted(ofServer);
         const auto end = [] { QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall); };
         reply->deliver(first, pieces, code);
         end();
-        bool hasMembers = false;
-        while (FakeReply* member = manager.network().next()) {
-            PROMISE(!outcome.isOver() && type == Task::GetContacts);
+
+        const QDomElement root = rootOf(first);
+        const int version = server.info().protocolVersion();
+        QVector<QUrl> members;
+        if (type == Task::GetContacts && variant % 2 && code == QNetworkReply::NoError)
+            members = membersOf(root, version);
+        // after one failure the others are errors, whatever they bring
+        Task::Status ofMembers = Task::Ok;
+        int read = 0;
+        for (const QUrl& expected : qAsConst(members)) {
+            FakeReply* member = manager.network().next();
+            PROMISE(member && !outcome.isOver());
+            PROMISE(member->operation() == QNetworkAccessManager::GetOperation);
+            PROMISE(member->request().rawHeader("Authorization") == credentials);
             // an address of no use ends with an error of the access manager's
-            PROMISE(member->url().isEmpty() || member->url().host() == QLatin1String("server"));
-            hasMembers = true;
-            member->deliver(bodies.isEmpty() ? QByteArray("<reply/>") : bodies.takeFirst(), pieces,
-                            memberCode);
+            const QUrl url = member->url();
+            PROMISE_THAT(url.isEmpty() || (url.adjusted(ofServer | QUrl::RemoveFragment) == address &&
+                                           url.path() == expected.path() && url.query() == expected.query()),
+                         url.toString());
+            const QByteArray body = bodies.isEmpty() ? QByteArray("<reply/>") : bodies.takeFirst();
+            member->deliver(body, pieces, memberCode);
             end();
+            const QDomElement person = rootOf(body).firstChildElement(QStringLiteral("contact"));
+            if (ofMembers != Task::Ok || memberCode != QNetworkReply::NoError)
+                ofMembers = Task::Error;
+            else if (rootOf(body).isNull())
+                ofMembers = Task::InvalidReply;
+            else if (!person.isNull() && QuendraContact().readFax(person, version))
+                ++read;
         }
+        PROMISE(!manager.network().next());
         PROMISE(outcome.done + outcome.errors.size() == 1);
 
         const Operation& operation = operations[type];
         const Task::Status status = outcome.errors.value(0, Task::Ok);
         if (code != QNetworkReply::NoError)
             PROMISE_THAT(status == statusOf(operation.mapping, code), QString::number(status));
-        else if (!isXml(first))
+        else if (root.isNull())
             PROMISE_THAT(status == Task::InvalidReply, QString::number(status));
-        else if (hasMembers)
-            PROMISE(status == Task::Ok || status == Task::Error || status == Task::InvalidReply);
+        else if (!members.isEmpty())
+            PROMISE_THAT(status == ofMembers, QString::number(status));
         else
             PROMISE_THAT(status == Task::Ok || status == operation.unusable, QString::number(status));
+        if (status == Task::Ok)
+            PROMISE(membersIn(outcome.book) == read);
         PROMISE(server.lastStatus() == status);
 
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
