@@ -235,7 +235,6 @@ int runCommandLine(const QStringList& arguments)
 }
 
 // --- Invocation
-// ------------------------------------------------------------------------------------------------
 
 Invocation::Invocation(const Command& command, const QCommandLineParser& parser, const QStringList& arguments)
     : m_command(command)

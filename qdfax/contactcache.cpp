@@ -51,7 +51,6 @@ QString lines(const QVector<StoredContact>& units)
 } // namespace
 
 // --- StoredContact
-// ---------------------------------------------------------------------------------------------
 
 ContactList::Type StoredContact::book() const
 {
@@ -82,7 +81,6 @@ QString StoredContact::line() const
 }
 
 // --- ContactCache
-// ----------------------------------------------------------------------------------------------
 
 std::unique_ptr<ContactCache> ContactCache::open(const Invocation& call, int* status)
 {
@@ -227,7 +225,6 @@ void ContactCache::expand(const StoredContact& unit, Recipients& recipients) con
 }
 
 // --- Books
-// -----------------------------------------------------------------------------------------------------
 
 QStringList bookWords()
 {
@@ -261,7 +258,6 @@ std::optional<ContactList::Type> readBook(const Invocation& call, ContactList::T
 }
 
 // --- Showing
-// ---------------------------------------------------------------------------------------------------
 
 QJsonObject toJson(const StoredContact& unit)
 {

@@ -18,7 +18,6 @@
 namespace {
 
 // --- Synchronising
-// ---------------------------------------------------------------------------------------------
 
 /// A line that says which book is being read, how far it is and for how long.
 class SyncProgress : public QObject
@@ -122,7 +121,6 @@ int sync(Invocation& call)
 }
 
 // --- Reading the cache
-// -----------------------------------------------------------------------------------------
 
 void print(const Invocation& call, const QVector<StoredContact>& units)
 {

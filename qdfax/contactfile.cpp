@@ -220,7 +220,6 @@ Layout layoutOf(const QStringList& titles)
 } // namespace
 
 // --- CSV
-// -------------------------------------------------------------------------------------------------------
 
 ContactFile ContactFile::readCsv(const QByteArray& bytes)
 {
@@ -296,7 +295,6 @@ QByteArray ContactFile::writeCsv(const QVector<Contact>& contacts)
 }
 
 // --- vCards
-// ----------------------------------------------------------------------------------------------------
 
 #ifdef QDFAX_WITH_VCARDS
 

@@ -28,7 +28,6 @@ QString key(const Contact& contact)
 }
 
 // --- Export
-// ----------------------------------------------------------------------------------------------------
 
 int exportContacts(Invocation& call)
 {
@@ -85,7 +84,6 @@ int exportContacts(Invocation& call)
 }
 
 // --- Import
-// ----------------------------------------------------------------------------------------------------
 
 /// What became of the entries of a file.
 struct ImportReport

@@ -27,7 +27,6 @@ bool looksLikeWebPage(QNetworkReply& reply)
 } // namespace
 
 // --- ReplyWatch
-// ------------------------------------------------------------------------------------------------
 
 ReplyWatch::ReplyWatch(QNetworkAccessManager& nam, QObject* parent)
     : QObject(parent)
@@ -92,7 +91,6 @@ void ReplyWatch::slotFinished(QNetworkReply* reply)
 }
 
 // --- Session
-// ---------------------------------------------------------------------------------------------------
 
 Session::Session(const Invocation& invocation)
     : m_invocation(invocation)
@@ -328,8 +326,8 @@ QString Session::networkReason(const ReplyWatch::Outcome& last, bool useSSL)
     case QNetworkReply::OperationCanceledError:
         return Text::tr("the answer is larger than any real one, and was cut off.");
     default:
-        // What the socket does not know either is an end in the middle; an unreachable network has a text. Qt says
-        // so in the language of the user.
+        // What the socket does not know either is an end in the middle; an unreachable network has a text. Qt
+        // says so in the language of the user.
         if (last.error == QNetworkReply::UnknownNetworkError &&
             (last.socketError.isEmpty() || last.socketError == QBuffer().errorString()))
             return Text::tr("the connection ended before the answer came. Try again later.");

@@ -79,7 +79,6 @@ public:
     FaxServer* open(const StoredServer& server, FaxManager& manager) const;
 
     // --- Changes, to what is loaded; save() makes them last
-    // --------------------------------------------------------
 
     /// Replaces the entry of this server, or appends one. The first entry becomes the default.
     void put(const FaxServer& server, bool makeDefault);

@@ -40,7 +40,6 @@ std::atomic<int> lastWordsIndex{0};
 } // namespace
 
 // --- What differs between platforms
-// ----------------------------------------------------------------------------
 
 #ifdef Q_OS_WIN
 
@@ -259,7 +258,6 @@ Terminal::InterruptBlocker::~InterruptBlocker()
 #endif
 
 // --- What does not
-// ---------------------------------------------------------------------------------------------
 
 namespace {
 

@@ -43,7 +43,6 @@ void ActionBarHeaderView::setModel(QAbstractItemModel* newModel)
 }
 
 // --- Sorting
-// ------------------------------------------------------------------------------------------------
 
 bool ActionBarHeaderView::isOnTitleOfActions(const QPoint& position) const
 {
@@ -81,7 +80,6 @@ void ActionBarHeaderView::checkSortIndicator()
 }
 
 // --- Width
-// --------------------------------------------------------------------------------------------------
 
 int ActionBarHeaderView::neededWidth() const
 {
