@@ -66,8 +66,6 @@ public:
     /// Whether the connection still serves the calling thread: not when it was made by a thread that is gone
     /// and whose address is used again, or when its name was taken out of Qt's list.
     bool isUsable() const { return m_thread == QThread::currentThread() && m_database.isValid(); }
-    /// Whether the thread that made the connection is gone.
-    bool isAbandoned() const { return m_thread.isNull(); }
 
     bool isOpen() const { return m_database.isOpen(); }
     QStringList tables() const { return m_database.tables(); }

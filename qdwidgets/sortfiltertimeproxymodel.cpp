@@ -15,14 +15,6 @@ SortFilterTimeProxyModel::SortFilterTimeProxyModel(const DateTimeConverter& conv
     connect(&converter, &DateTimeConverter::changed, this, &SortFilterTimeProxyModel::slotConverterChanged);
 }
 
-void SortFilterTimeProxyModel::setTimeColumn(int column)
-{
-    if (m_timeColumn == column)
-        return;
-    m_timeColumn = column;
-    invalidate();
-}
-
 void SortFilterTimeProxyModel::setSourceModel(QAbstractItemModel* model)
 {
     for (const QMetaObject::Connection& connection : qAsConst(m_connections))

@@ -26,7 +26,6 @@ public:
 
     /// As the source model numbers it; -1: none.
     int timeColumn() const { return m_timeColumn; }
-    void setTimeColumn(int column);
 
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     void setSourceModel(QAbstractItemModel* model) override;
@@ -43,7 +42,7 @@ private:
     QString shownText(const QModelIndex& source) const;
 
     const DateTimeConverter& m_converter;
-    int m_timeColumn;
+    const int m_timeColumn;
 
     // A source that resets while it removes rows, see setSourceModel().
     QVector<QMetaObject::Connection> m_connections;
