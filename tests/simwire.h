@@ -153,3 +153,36 @@ inline QByteArray fields(const QByteArray& texts, int indent = 0)
     }
     return xml;
 }
+
+inline QByteArray block(const QByteArray& name, const QByteArray& content)
+{
+    return " <" + name + ">\n" + content + " </" + name + ">\n";
+}
+
+inline QByteArray submission(const QByteArray& content)
+{
+    return declared("\n<schedule_fax>\n" + content + "</schedule_fax>\n");
+}
+
+/// A submission as short as can be, to these numbers.
+inline QByteArray shortFax(const QByteArrayList& numbers, const QByteArray& attachments = QByteArray(),
+                           const QByteArray& options = QByteArray())
+{
+    QByteArray recipients;
+    for (const QByteArray& number : numbers)
+        recipients += block("recipient", fields("fax_number=" + number, 2));
+    return submission(
+        block("sender", fields("default_cover_page_enabled=false default_cover_page_name=", 2)) +
+        block("cover_page", fields("enabled=false", 2)) + recipients + attachments + options);
+}
+
+/// Two users, a clock that only the test moves, faxes to numbers with 999 fail.
+inline SimOptions steppedOptions()
+{
+    SimOptions options;
+    options.manualClock = true;
+    options.failPattern = QStringLiteral("999");
+    options.users = {someUser("alice:secret:global"), someUser("bob:word"), someUser("root:r:admin"),
+                     someUser("mute:m:nosend")};
+    return options;
+}

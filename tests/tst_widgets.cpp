@@ -143,350 +143,334 @@ class TestWidgets : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void clicks_data();
-    void clicks();
-    void clicksThatAreNone();
-    void clickMayDestroyTheView();
-    void hover();
-    void painting_data();
-    void painting();
-    void toolTips();
-    void actionColumnIsNotSorted();
-    void actionColumnIsNotNarrow();
-    void stretchedActionColumn();
-    void times();
-    void converter();
-    void sourceThatResetsInARemoval();
-};
-
-void TestWidgets::clicks_data()
-{
-    const Rows<QString, Qt::LayoutDirection> row("style", "direction");
-    for (const QString& style : QStyleFactory::keys()) {
-        row(qPrintable(style), style, Qt::LeftToRight);
-        row(qPrintable(style + s(", right to left")), style, Qt::RightToLeft);
-    }
-}
-
-void TestWidgets::clicks()
-{
-    QFETCH(QString, style);
-    QFETCH(Qt::LayoutDirection, direction);
-    const std::unique_ptr<QStyle> owned(QStyleFactory::create(style));
-    Table table;
-    table.setStyle(owned.get());
-    table.setLayoutDirection(direction);
-    for (int action = 0; action < 3; ++action) {
-        table.click(table.button(1, action));
-        QCOMPARE(table.clicked(1), action);
-        QCOMPARE(table.currentIndex().row(), 1);
-    }
-    QCOMPARE(table.clicked(0), -1);
-    const QRect first = table.rect(1, 0);
-    const QRect second = table.rect(1, 1);
-    QCOMPARE(table.button(1, 2).x() < first.x(), direction == Qt::RightToLeft);
-    QCOMPARE(qAbs(second.center().x() - first.center().x()), first.width() + 10);
-    // centred in the cell
-    QVERIFY(qAbs(second.center().x() - table.visualRect(table.model.index(1, Actions)).center().x()) <= 1);
-}
-
-void TestWidgets::clicksThatAreNone()
-{
-    Table table;
-    QWidget* area = table.viewport();
-    QSignalSpy written(&table.model, &QAbstractItemModel::dataChanged);
-    const QPoint button = table.button(0, 0);
-    Table::drag(area, button, table.button(0, 1));
-    QTest::mousePress(area, Qt::LeftButton, {}, button);
-    QTest::mouseRelease(area, Qt::LeftButton, {}, table.button(1, 0));
-    QTest::mouseRelease(area, Qt::LeftButton, {}, button); // of a press that is over
-    table.click(button, Qt::RightButton);
-    table.click((button + table.button(0, 1)) / 2); // between two
-    QCOMPARE(written.count(), 0);
-
-    table.click(button);
-    QTest::mouseDClick(area, Qt::LeftButton, {}, button);
-    QTest::mouseRelease(area, Qt::LeftButton, {}, button);
-    QCoreApplication::processEvents();
-    QCOMPARE(written.count(), 1); // a double click is one click
-    QTest::mouseClick(area, Qt::LeftButton, {}, table.button(1, 1));
-    QTest::mouseClick(area, Qt::LeftButton, {}, table.button(1, 2)); // the one before is not written yet
-
-    QCoreApplication::processEvents();
-    QCOMPARE(written.count(), 2);
-    QCOMPARE(table.clicked(1), 1);
-
-    QTest::mouseClick(area, Qt::LeftButton, {}, table.button(0, 1));
-    table.model.removeRow(0); // and with it the click, which is none on the row that comes in its place
-    QCoreApplication::processEvents();
-    table.model.item(1, Actions)->setEnabled(false);
-    table.click(table.button(1, 0));
-    table.setEnabled(false);
-    table.click(table.button(0, 2));
-    QCOMPARE(table.clicked(0), 1);
-    QCOMPARE(table.clicked(1), -1);
-}
-
-void TestWidgets::clickMayDestroyTheView()
-{
-    QStandardItemModel model(1, 3);
-    model.setData(model.index(0, Actions), QVariant::fromValue(threeActions()), Qt::DisplayRole);
-    const DateTimeConverter converter;
-    QPointer<Table> table = new Table;
-    auto* proxy = new SortFilterTimeProxyModel(converter, Time, table); // goes too
-    proxy->setSourceModel(&model);
-    table->setModel(proxy);
-    connect(&model, &QAbstractItemModel::dataChanged, this, [&] { delete table; });
-    table->click(table->delegate.actionRect(proxy->index(0, Actions), 1).center());
-    QVERIFY(!table);
-    QCOMPARE(itemAt(model, 0).clickedAction(), 1);
-}
-
-void TestWidgets::hover()
-{
-    Table table;
-    QWidget* area = table.viewport();
-    const QPoint button = table.button(0, 1);
-    const QRect rect = table.rect(0, 1);
-    QTest::mouseMove(area, table.visualRect(table.model.index(0, Name)).center());
-    const QImage still = table.picture();
-
-    QTest::mouseMove(area, button);
-    QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
-    const QImage hovered = table.picture();
-    QVERIFY(hovered != still);
-    QTest::mousePress(area, Qt::LeftButton, {}, button);
-    QVERIFY(table.picture().copy(rect) != hovered.copy(rect));
-    QTest::mouseRelease(area, Qt::LeftButton, {}, button);
-
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(area, &leave);
-    QVERIFY(area->cursor().shape() != Qt::PointingHandCursor);
-    table.clearSelection();
-    table.setCurrentIndex(QModelIndex());
-    QCOMPARE(table.picture().copy(rect), still.copy(rect));
-    QTest::mouseMove(area, button);
-    QTest::mouseMove(area, QPoint(button.x(), area->height() - 2)); // below the last row
-    QVERIFY(area->cursor().shape() != Qt::PointingHandCursor);
-
-    // the mouse rests, and the rows do not
-    QTest::mouseMove(area, table.button(2, 1));
-    QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
-    table.resize(500, 90);
-    table.verticalScrollBar()->setValue(1);
-    QTRY_VERIFY(area->cursor().shape() != Qt::PointingHandCursor);
-    QTest::mouseMove(area, table.button(1, 1));
-    table.model.removeRow(0); // another one comes there
-    QTRY_VERIFY(table.picture().copy(table.rect(0, 1)) == hovered.copy(rect));
-    QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
-    table.model.clear();
-    QTRY_VERIFY(area->cursor().shape() != Qt::PointingHandCursor);
-}
-
-void TestWidgets::painting_data()
-{
-    const Rows<qreal, bool> row("ratio", "enabled");
-    row("plain", 1, true);
-    row("twice the density", 2, true);
-    row("disabled", 1, false);
-}
-
-void TestWidgets::painting()
-{
-    QFETCH(qreal, ratio);
-    QFETCH(bool, enabled);
-    Table table;
-    table.selectRow(1);
-    table.setEnabled(enabled);
-    const QSize size = table.viewport()->size();
-    QImage image(size * ratio, QImage::Format_ARGB32_Premultiplied);
-    image.setDevicePixelRatio(ratio);
-    table.viewport()->render(&image);
-    const auto colorAt = [&](const QPoint& point) { return image.pixelColor(point * ratio); };
-    for (int row = 0; row < 2; ++row) { // row 1 is selected
-        // the whole image is there, and not more
-        const QRect icon =
-            QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, QSize(16, 16), table.rect(row, 1));
-        QVERIFY(colorAt(icon.topLeft() - QPoint(2, 0)) != QColor(Qt::green));
-        if (enabled) {
-            QCOMPARE(colorAt(table.button(row, 0)), QColor(Qt::red));
-            QCOMPARE(colorAt(icon.topLeft()), QColor(Qt::green));
-            QCOMPARE(colorAt(icon.bottomRight()), QColor(Qt::green));
-        } else {
-            QVERIFY(colorAt(table.button(row, 0)).saturation() < 100);
+    void clicks_data()
+    {
+        const Rows<QString, Qt::LayoutDirection> row("style", "direction");
+        for (const QString& style : QStyleFactory::keys()) {
+            row(qPrintable(style), style, Qt::LeftToRight);
+            row(qPrintable(style + s(", right to left")), style, Qt::RightToLeft);
         }
     }
-    // a selection's colour does not touch the images
-    const QRect selected = table.rect(1, 0);
-    if (enabled)
-        QCOMPARE(colorAt(QPoint(selected.left() + 1, selected.center().y())),
-                 table.palette().color(QPalette::Base));
-}
-
-void TestWidgets::toolTips()
-{
-    Table table;
-    const auto read = [](const QString& html) {
-        return QTextDocumentFragment::fromHtml(html).toPlainText().remove(QChar(0x200B));
-    };
-    QCOMPARE(read(toolTipAt(table, table.button(0, 1))), s("Second"));
-    QCOMPARE(read(toolTipAt(table, table.button(0, 2))), s("<b>Third</b>"));
-    toolTipAt(table, table.visualRect(table.model.index(0, Time)).center());
-    QTRY_COMPARE(QToolTip::text(), QString());
-
-    const QString longName =
-        s("<h1>") + QString(500, QLatin1Char('x')) + QString(QChar(0x202E)) + s("fdp.exe");
-    table.model.setData(table.model.index(0, Name), longName, Qt::ToolTipRole);
-    const QString shown = toolTipAt(table, table.visualRect(table.model.index(0, Name)).center());
-    QVERIFY(Qt::mightBeRichText(shown)); // so the label takes it for what it is
-    QCOMPARE(read(shown), longName);
-    for (const QWidget* widget : QApplication::topLevelWidgets()) {
-        if (widget->inherits("QTipLabel"))
-            QVERIFY2(widget->width() < 800, "500 characters have to be broken");
+    void clicks()
+    {
+        QFETCH(QString, style);
+        QFETCH(Qt::LayoutDirection, direction);
+        const std::unique_ptr<QStyle> owned(QStyleFactory::create(style));
+        Table table;
+        table.setStyle(owned.get());
+        table.setLayoutDirection(direction);
+        for (int action = 0; action < 3; ++action) {
+            table.click(table.button(1, action));
+            QCOMPARE(table.clicked(1), action);
+            QCOMPARE(table.currentIndex().row(), 1);
+        }
+        QCOMPARE(table.clicked(0), -1);
+        const QRect first = table.rect(1, 0);
+        const QRect second = table.rect(1, 1);
+        QCOMPARE(table.button(1, 2).x() < first.x(), direction == Qt::RightToLeft);
+        QCOMPARE(qAbs(second.center().x() - first.center().x()), first.width() + 10);
+        // centred in the cell
+        QVERIFY(qAbs(second.center().x() - table.visualRect(table.model.index(1, Actions)).center().x()) <=
+                1);
     }
-    QCOMPARE(table.model.index(0, Name).data(Qt::ToolTipRole).toString(), longName);
-}
 
-void TestWidgets::actionColumnIsNotSorted()
-{
-    Table table;
-    const QPair<int, int> clicks[] = {{Time, Time}, {Actions, Time}, {Name, Name}};
-    for (const auto& click : clicks) {
-        table.clickTitle(click.first);
-        QCOMPARE(table.header->sortIndicatorSection(), click.second);
+    void clicksThatAreNone()
+    {
+        Table table;
+        QWidget* area = table.viewport();
+        QSignalSpy written(&table.model, &QAbstractItemModel::dataChanged);
+        const QPoint button = table.button(0, 0);
+        Table::drag(area, button, table.button(0, 1));
+        QTest::mousePress(area, Qt::LeftButton, {}, button);
+        QTest::mouseRelease(area, Qt::LeftButton, {}, table.button(1, 0));
+        QTest::mouseRelease(area, Qt::LeftButton, {}, button); // of a press that is over
+        table.click(button, Qt::RightButton);
+        table.click((button + table.button(0, 1)) / 2); // between two
+        QCOMPARE(written.count(), 0);
+
+        table.click(button);
+        QTest::mouseDClick(area, Qt::LeftButton, {}, button);
+        QTest::mouseRelease(area, Qt::LeftButton, {}, button);
+        QCoreApplication::processEvents();
+        QCOMPARE(written.count(), 1); // a double click is one click
+        QTest::mouseClick(area, Qt::LeftButton, {}, table.button(1, 1));
+        QTest::mouseClick(area, Qt::LeftButton, {}, table.button(1, 2)); // the one before is not written yet
+
+        QCoreApplication::processEvents();
+        QCOMPARE(written.count(), 2);
+        QCOMPARE(table.clicked(1), 1);
+
+        QTest::mouseClick(area, Qt::LeftButton, {}, table.button(0, 1));
+        table.model.removeRow(0); // and with it the click, which is none on the row that comes in its place
+        QCoreApplication::processEvents();
+        table.model.item(1, Actions)->setEnabled(false);
+        table.click(table.button(1, 0));
+        table.setEnabled(false);
+        table.click(table.button(0, 2));
+        QCOMPARE(table.clicked(0), 1);
+        QCOMPARE(table.clicked(1), -1);
     }
-    table.sortByColumn(Actions, Qt::DescendingOrder);
-    QTRY_COMPARE(table.header->sortIndicatorSection(), int(Name));
-}
 
-void TestWidgets::actionColumnIsNotNarrow()
-{
-    Table table;
-    const int needed = table.sizeHintForColumn(Actions);
-    QVERIFY(needed >= 3 * 16 + 2 * 10 + 2 * 10);
-    table.setColumnWidth(Actions, 30);
-    QTRY_COMPARE(table.columnWidth(Actions), needed);
-    // the user's mouse, at the column's right edge
-    const int edge = table.header->sectionViewportPosition(Actions) + needed - 1;
-    Table::drag(table.header->viewport(), QPoint(edge, 5), QPoint(edge - 60, 5));
-    QTRY_COMPARE(table.columnWidth(Actions), needed);
+    void clickMayDestroyTheView()
+    {
+        QStandardItemModel model(1, 3);
+        model.setData(model.index(0, Actions), QVariant::fromValue(threeActions()), Qt::DisplayRole);
+        const DateTimeConverter converter;
+        QPointer<Table> table = new Table;
+        auto* proxy = new SortFilterTimeProxyModel(converter, Time, table); // goes too
+        proxy->setSourceModel(&model);
+        table->setModel(proxy);
+        connect(&model, &QAbstractItemModel::dataChanged, this, [&] { delete table; });
+        table->click(table->delegate.actionRect(proxy->index(0, Actions), 1).center());
+        QVERIFY(!table);
+        QCOMPARE(itemAt(model, 0).clickedAction(), 1);
+    }
 
-    ActionBarItem more = threeActions();
-    more.addAction(QIcon(), s("Fourth"));
-    table.model.setData(table.model.index(0, Actions), QVariant::fromValue(more));
-    QTRY_VERIFY(table.columnWidth(Actions) > needed);
-}
+    void hover()
+    {
+        Table table;
+        QWidget* area = table.viewport();
+        const QPoint button = table.button(0, 1);
+        const QRect rect = table.rect(0, 1);
+        QTest::mouseMove(area, table.visualRect(table.model.index(0, Name)).center());
+        const QImage still = table.picture();
 
-void TestWidgets::stretchedActionColumn()
-{
-    for (const bool asLast : {true, false}) { // or by its mode
+        QTest::mouseMove(area, button);
+        QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
+        const QImage hovered = table.picture();
+        QVERIFY(hovered != still);
+        QTest::mousePress(area, Qt::LeftButton, {}, button);
+        QVERIFY(table.picture().copy(rect) != hovered.copy(rect));
+        QTest::mouseRelease(area, Qt::LeftButton, {}, button);
+
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(area, &leave);
+        QVERIFY(area->cursor().shape() != Qt::PointingHandCursor);
+        table.clearSelection();
+        table.setCurrentIndex(QModelIndex());
+        QCOMPARE(table.picture().copy(rect), still.copy(rect));
+        QTest::mouseMove(area, button);
+        QTest::mouseMove(area, QPoint(button.x(), area->height() - 2)); // below the last row
+        QVERIFY(area->cursor().shape() != Qt::PointingHandCursor);
+
+        // the mouse rests, and the rows do not
+        QTest::mouseMove(area, table.button(2, 1));
+        QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
+        table.resize(500, 90);
+        table.verticalScrollBar()->setValue(1);
+        QTRY_VERIFY(area->cursor().shape() != Qt::PointingHandCursor);
+        QTest::mouseMove(area, table.button(1, 1));
+        table.model.removeRow(0); // another one comes there
+        QTRY_VERIFY(table.picture().copy(table.rect(0, 1)) == hovered.copy(rect));
+        QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
+        table.model.clear();
+        QTRY_VERIFY(area->cursor().shape() != Qt::PointingHandCursor);
+    }
+
+    void painting_data()
+    {
+        const Rows<qreal, bool> row("ratio", "enabled");
+        row("plain", 1, true);
+        row("twice the density", 2, true);
+        row("disabled", 1, false);
+    }
+    void painting()
+    {
+        QFETCH(qreal, ratio);
+        QFETCH(bool, enabled);
+        Table table;
+        table.selectRow(1);
+        table.setEnabled(enabled);
+        const QSize size = table.viewport()->size();
+        QImage image(size * ratio, QImage::Format_ARGB32_Premultiplied);
+        image.setDevicePixelRatio(ratio);
+        table.viewport()->render(&image);
+        const auto colorAt = [&](const QPoint& point) { return image.pixelColor(point * ratio); };
+        for (int row = 0; row < 2; ++row) { // row 1 is selected
+            // the whole image is there, and not more
+            const QRect icon =
+                QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, QSize(16, 16), table.rect(row, 1));
+            QVERIFY(colorAt(icon.topLeft() - QPoint(2, 0)) != QColor(Qt::green));
+            if (enabled) {
+                QCOMPARE(colorAt(table.button(row, 0)), QColor(Qt::red));
+                QCOMPARE(colorAt(icon.topLeft()), QColor(Qt::green));
+                QCOMPARE(colorAt(icon.bottomRight()), QColor(Qt::green));
+            } else {
+                QVERIFY(colorAt(table.button(row, 0)).saturation() < 100);
+            }
+        }
+        // a selection's colour does not touch the images
+        const QRect selected = table.rect(1, 0);
+        if (enabled)
+            QCOMPARE(colorAt(QPoint(selected.left() + 1, selected.center().y())),
+                     table.palette().color(QPalette::Base));
+    }
+
+    void toolTips()
+    {
+        Table table;
+        const auto read = [](const QString& html) {
+            return QTextDocumentFragment::fromHtml(html).toPlainText().remove(QChar(0x200B));
+        };
+        QCOMPARE(read(toolTipAt(table, table.button(0, 1))), s("Second"));
+        QCOMPARE(read(toolTipAt(table, table.button(0, 2))), s("<b>Third</b>"));
+        toolTipAt(table, table.visualRect(table.model.index(0, Time)).center());
+        QTRY_COMPARE(QToolTip::text(), QString());
+
+        const QString longName =
+            s("<h1>") + QString(500, QLatin1Char('x')) + QString(QChar(0x202E)) + s("fdp.exe");
+        table.model.setData(table.model.index(0, Name), longName, Qt::ToolTipRole);
+        const QString shown = toolTipAt(table, table.visualRect(table.model.index(0, Name)).center());
+        QVERIFY(Qt::mightBeRichText(shown)); // so the label takes it for what it is
+        QCOMPARE(read(shown), longName);
+        for (const QWidget* widget : QApplication::topLevelWidgets()) {
+            if (widget->inherits("QTipLabel"))
+                QVERIFY2(widget->width() < 800, "500 characters have to be broken");
+        }
+        QCOMPARE(table.model.index(0, Name).data(Qt::ToolTipRole).toString(), longName);
+    }
+
+    void actionColumnIsNotSorted()
+    {
+        Table table;
+        const QPair<int, int> clicks[] = {{Time, Time}, {Actions, Time}, {Name, Name}};
+        for (const auto& click : clicks) {
+            table.clickTitle(click.first);
+            QCOMPARE(table.header->sortIndicatorSection(), click.second);
+        }
+        table.sortByColumn(Actions, Qt::DescendingOrder);
+        QTRY_COMPARE(table.header->sortIndicatorSection(), int(Name));
+    }
+
+    void actionColumnIsNotNarrow()
+    {
         Table table;
         const int needed = table.sizeHintForColumn(Actions);
-        table.setColumnWidth(Actions, 20);
-        table.header->setSectionResizeMode(Name, QHeaderView::Stretch);
-        if (asLast)
-            table.header->setStretchLastSection(true);
-        else
-            table.header->setSectionResizeMode(Actions, QHeaderView::Stretch);
-        QTRY_VERIFY(table.columnWidth(Actions) > needed);
-
-        QSignalSpy resized(table.header, &QHeaderView::sectionResized);
-        table.resize(table.columnWidth(Time) + needed + 20, 200);
+        QVERIFY(needed >= 3 * 16 + 2 * 10 + 2 * 10);
+        table.setColumnWidth(Actions, 30);
         QTRY_COMPARE(table.columnWidth(Actions), needed);
-        // and that was all: nobody pulls it to and fro
-        for (int i = 0; i < 60; ++i) {
-            if (i == 10)
-                resized.clear();
-            QCoreApplication::processEvents();
-        }
-        QCOMPARE(resized.count(), 0);
-        QCOMPARE(table.columnWidth(Actions), needed);
-        table.resize(700, 200);
+        // the user's mouse, at the column's right edge
+        const int edge = table.header->sectionViewportPosition(Actions) + needed - 1;
+        Table::drag(table.header->viewport(), QPoint(edge, 5), QPoint(edge - 60, 5));
+        QTRY_COMPARE(table.columnWidth(Actions), needed);
+
+        ActionBarItem more = threeActions();
+        more.addAction(QIcon(), s("Fourth"));
+        table.model.setData(table.model.index(0, Actions), QVariant::fromValue(more));
         QTRY_VERIFY(table.columnWidth(Actions) > needed);
     }
-}
 
-void TestWidgets::times()
-{
-    DateTimeConverter converter;
-    converter.setFormat(s("MM/dd/yyyy")); // as text, December 2023 comes last
-    converter.setTimeZone(QTimeZone::utc());
-    QStandardItemModel source(4, 2);
-    const QDateTime moments[] = {moment(2, 10), moment(1, 1).addDays(-1), QDateTime(), moment(10, 2)};
-    for (int row = 0; row < 4; ++row) {
-        source.setData(source.index(row, 0), QStringList{s("10"), s("b"), s("c"), s("d")}.at(row));
-        source.setData(source.index(row, 1), moments[row]);
+    void stretchedActionColumn()
+    {
+        for (const bool asLast : {true, false}) { // or by its mode
+            Table table;
+            const int needed = table.sizeHintForColumn(Actions);
+            table.setColumnWidth(Actions, 20);
+            table.header->setSectionResizeMode(Name, QHeaderView::Stretch);
+            if (asLast)
+                table.header->setStretchLastSection(true);
+            else
+                table.header->setSectionResizeMode(Actions, QHeaderView::Stretch);
+            QTRY_VERIFY(table.columnWidth(Actions) > needed);
+
+            QSignalSpy resized(table.header, &QHeaderView::sectionResized);
+            table.resize(table.columnWidth(Time) + needed + 20, 200);
+            QTRY_COMPARE(table.columnWidth(Actions), needed);
+            // and that was all: nobody pulls it to and fro
+            for (int i = 0; i < 60; ++i) {
+                if (i == 10)
+                    resized.clear();
+                QCoreApplication::processEvents();
+            }
+            QCOMPARE(resized.count(), 0);
+            QCOMPARE(table.columnWidth(Actions), needed);
+            table.resize(700, 200);
+            QTRY_VERIFY(table.columnWidth(Actions) > needed);
+        }
     }
-    SortFilterTimeProxyModel proxy(converter, 1);
-    proxy.setSourceModel(&source);
-    proxy.sort(1, Qt::DescendingOrder);
-    QCOMPARE(shownTexts(proxy, 1),
-             (QStringList{s("10/02/2024"), s("02/10/2024"), s("12/31/2023"), QString()}));
 
-    // filters match what is shown
-    const auto filtered = [&](int column, const char* text) {
-        proxy.setFilterKeyColumn(column);
-        proxy.setFilterFixedString(s(text));
-        return shownTexts(proxy).join(QString());
-    };
-    QCOMPARE(filtered(1, "2/31/"), s("b"));
-    QCOMPARE(filtered(1, "2024-02-10"), QString()); // a time's own text, which nobody sees
-    QCOMPARE(filtered(0, "10"), s("10"));
-    QCOMPARE(filtered(-1, "10"), s("d10"));
-    QCOMPARE(filtered(1, "10"), s("d10"));
-    proxy.setFilterRegularExpression(s("^10"));
-    QCOMPARE(shownTexts(proxy), QStringList{s("d")});
-    QCOMPARE(filtered(1, "10/02"), s("d"));
+    void times()
+    {
+        DateTimeConverter converter;
+        converter.setFormat(s("MM/dd/yyyy")); // as text, December 2023 comes last
+        converter.setTimeZone(QTimeZone::utc());
+        QStandardItemModel source(4, 2);
+        const QDateTime moments[] = {moment(2, 10), moment(1, 1).addDays(-1), QDateTime(), moment(10, 2)};
+        for (int row = 0; row < 4; ++row) {
+            source.setData(source.index(row, 0), QStringList{s("10"), s("b"), s("c"), s("d")}.at(row));
+            source.setData(source.index(row, 1), moments[row]);
+        }
+        SortFilterTimeProxyModel proxy(converter, 1);
+        proxy.setSourceModel(&source);
+        proxy.sort(1, Qt::DescendingOrder);
+        QCOMPARE(shownTexts(proxy, 1),
+                 (QStringList{s("10/02/2024"), s("02/10/2024"), s("12/31/2023"), QString()}));
 
-    // which changes with the converter
-    QSignalSpy changed(&proxy, &QAbstractItemModel::dataChanged);
-    converter.setTimeZone(QTimeZone(-13 * 3600));
-    QCOMPARE(proxy.rowCount(), 0);
-    converter.setFormat(s("'10/02'"));
-    QCOMPARE(proxy.rowCount(), 3);
-    QVERIFY(changed.count() > 0);
-}
+        // filters match what is shown
+        const auto filtered = [&](int column, const char* text) {
+            proxy.setFilterKeyColumn(column);
+            proxy.setFilterFixedString(s(text));
+            return shownTexts(proxy).join(QString());
+        };
+        QCOMPARE(filtered(1, "2/31/"), s("b"));
+        QCOMPARE(filtered(1, "2024-02-10"), QString()); // a time's own text, which nobody sees
+        QCOMPARE(filtered(0, "10"), s("10"));
+        QCOMPARE(filtered(-1, "10"), s("d10"));
+        QCOMPARE(filtered(1, "10"), s("d10"));
+        proxy.setFilterRegularExpression(s("^10"));
+        QCOMPARE(shownTexts(proxy), QStringList{s("d")});
+        QCOMPARE(filtered(1, "10/02"), s("d"));
 
-void TestWidgets::converter()
-{
-    DateTimeConverter converter;
-    QSignalSpy changed(&converter, &DateTimeConverter::changed);
-    const QDateTime time = moment(1, 15);
-    const QLocale american(QLocale::English, QLocale::UnitedStates);
-    converter.setLocale(american);
-    QCOMPARE(converter.toText(time), american.toString(time.toLocalTime(), QLocale::ShortFormat));
-    converter.setLocale(QLocale::c());
-    QCOMPARE(converter.toText(time), time.toLocalTime().toString(s("yyyy-MM-dd HH:mm")));
-    changed.clear();
-    QCOMPARE(converter.toText(QDateTime()), QString());
-    converter.setLocale(QLocale(QLocale::German, QLocale::Germany));
-    converter.setFormat(s("dddd HH:mm"));
-    converter.setTimeZone(QTimeZone(3600));
-    QCOMPARE(converter.toText(time), s("Montag 13:30"));
-    QCOMPARE(changed.count(), 3);
-    converter.setFormat(converter.format());
-    QCOMPARE(changed.count(), 3);
-    converter.setTimeZone(QTimeZone()); // back to the system's
-    QCOMPARE(converter.toZone(time), time);
-    QCOMPARE(converter.toZone(time).timeSpec(), Qt::LocalTime);
-}
-
-void TestWidgets::sourceThatResetsInARemoval()
-{
-    const DateTimeConverter converter;
-    ResettingModel source;
-    source.setStringList({s("hidden"), s("a"), s("b"), s("c"), s("d")});
-    SortFilterTimeProxyModel proxy(converter, -1);
-    proxy.setSourceModel(&source);
-    proxy.setFilterKeyColumn(0);
-    proxy.setFilterRegularExpression(s("^.$"));
-    QTableView view; // asks for the rows in between
-    view.setModel(&proxy);
-    for (const char* gone : {"b", "d", "a"}) {
-        source.remove(s(gone));
-        QCOMPARE(shownTexts(proxy), source.stringList().mid(1));
+        // which changes with the converter
+        QSignalSpy changed(&proxy, &QAbstractItemModel::dataChanged);
+        converter.setTimeZone(QTimeZone(-13 * 3600));
+        QCOMPARE(proxy.rowCount(), 0);
+        converter.setFormat(s("'10/02'"));
+        QCOMPARE(proxy.rowCount(), 3);
+        QVERIFY(changed.count() > 0);
     }
-}
+
+    void converter()
+    {
+        DateTimeConverter converter;
+        QSignalSpy changed(&converter, &DateTimeConverter::changed);
+        const QDateTime time = moment(1, 15);
+        const QLocale american(QLocale::English, QLocale::UnitedStates);
+        converter.setLocale(american);
+        QCOMPARE(converter.toText(time), american.toString(time.toLocalTime(), QLocale::ShortFormat));
+        converter.setLocale(QLocale::c());
+        QCOMPARE(converter.toText(time), time.toLocalTime().toString(s("yyyy-MM-dd HH:mm")));
+        changed.clear();
+        QCOMPARE(converter.toText(QDateTime()), QString());
+        converter.setLocale(QLocale(QLocale::German, QLocale::Germany));
+        converter.setFormat(s("dddd HH:mm"));
+        converter.setTimeZone(QTimeZone(3600));
+        QCOMPARE(converter.toText(time), s("Montag 13:30"));
+        QCOMPARE(changed.count(), 3);
+        converter.setFormat(converter.format());
+        QCOMPARE(changed.count(), 3);
+        converter.setTimeZone(QTimeZone()); // back to the system's
+        QCOMPARE(converter.toZone(time), time);
+        QCOMPARE(converter.toZone(time).timeSpec(), Qt::LocalTime);
+    }
+
+    void sourceThatResetsInARemoval()
+    {
+        const DateTimeConverter converter;
+        ResettingModel source;
+        source.setStringList({s("hidden"), s("a"), s("b"), s("c"), s("d")});
+        SortFilterTimeProxyModel proxy(converter, -1);
+        proxy.setSourceModel(&source);
+        proxy.setFilterKeyColumn(0);
+        proxy.setFilterRegularExpression(s("^.$"));
+        QTableView view; // asks for the rows in between
+        view.setModel(&proxy);
+        for (const char* gone : {"b", "d", "a"}) {
+            source.remove(s(gone));
+            QCOMPARE(shownTexts(proxy), source.stringList().mid(1));
+        }
+    }
+};
 
 QTEST_MAIN(TestWidgets)
 #include "tst_widgets.moc"
