@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
+#include <QScopeGuard>
 #include <QTemporaryFile>
 #include <QXmlStreamReader>
 
@@ -19,6 +20,8 @@
 
 #ifdef Q_OS_UNIX
 #include <unistd.h>
+#else
+#include <windows.h>
 #endif
 
 namespace {
@@ -128,8 +131,12 @@ bool flushToDisk(const QString& path)
     QFile file(path);
     return file.open(QIODevice::ReadWrite) && ::fsync(file.handle()) == 0;
 #else
-    Q_UNUSED(path)
-    return true;
+    const HANDLE file = CreateFileW(reinterpret_cast<const wchar_t*>(QDir::toNativeSeparators(path).utf16()),
+                                    GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    const bool flushed = file != INVALID_HANDLE_VALUE && FlushFileBuffers(file);
+    if (file != INVALID_HANDLE_VALUE)
+        CloseHandle(file);
+    return flushed;
 #endif
 }
 
@@ -429,17 +436,23 @@ QString SettingsFile::save(QString* movedTo)
         return Text::tr("The settings could not be saved in %1: %2. The file is as it was.")
             .arg(QDir::toNativeSeparators(m_path), why);
     };
-    // QTemporaryFile lets nobody but the owner read it from the start
-    QTemporaryFile side(m_path + sideSuffix + QStringLiteral("XXXXXX"));
-    if (!side.open())
-        return failure(side.errorString());
-    side.close();
-    if (!QuendraStorage(side.fileName()).Save(*this))
+    // QTemporaryFile lets nobody but the owner read it from the start. It holds its file for as long as it
+    // lives, and Windows moves no file that is held.
+    QString side;
+    {
+        QTemporaryFile file(m_path + sideSuffix + QStringLiteral("XXXXXX"));
+        if (!file.open())
+            return failure(file.errorString());
+        file.setAutoRemove(false);
+        side = file.fileName();
+    }
+    auto sideRemover = qScopeGuard([&side] { QFile::remove(side); });
+    if (!QuendraStorage(side).Save(*this))
         return failure(Text::tr("writing failed; is the disk full?"));
-    SettingsFile written(side.fileName());
+    SettingsFile written(side);
     if (written.load() != Good ||
         !sameContent(written.m_document.documentElement(), m_document.documentElement()) ||
-        !flushToDisk(side.fileName()))
+        !flushToDisk(side))
         return failure(Text::tr("what was written does not read back"));
 
     QString aside;
@@ -452,14 +465,14 @@ QString SettingsFile::save(QString* movedTo)
         if (QFile::exists(m_path))
             return failure(Text::tr("the damaged file cannot be moved aside"));
     }
-    if (!replaceFile(side.fileName(), m_path)) {
+    if (!replaceFile(side, m_path)) {
         if (!aside.isEmpty())
             QFile::rename(aside, m_path);
         return failure(Text::tr("the new file cannot be put in its place"));
     }
     if (movedTo)
         *movedTo = aside;
-    side.setAutoRemove(false);
+    sideRemover.dismiss();
     m_state = Good;
     return QString();
 }
