@@ -12,6 +12,7 @@
 #include <iterator>
 
 #ifdef Q_OS_WIN
+#include <fcntl.h>
 #include <io.h>
 #include <windows.h>
 #else
@@ -114,6 +115,9 @@ std::optional<QString> Terminal::askHidden(const QString& prompt)
 void Terminal::installInterrupt()
 {
     SetConsoleCtrlHandler(onInterrupt, TRUE);
+    // what is written is UTF-8, and a table that goes into a file has its own ends of lines
+    SetConsoleOutputCP(CP_UTF8);
+    _setmode(_fileno(stdout), _O_BINARY);
     // escape sequences, which showScreen() and LiveBlock write
     for (DWORD handle : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
         DWORD mode = 0;

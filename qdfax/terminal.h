@@ -32,7 +32,8 @@ bool outputFailed();
 std::optional<QString> askHidden(const QString& prompt);
 
 /// Makes Ctrl-C, a hang-up and a termination end the program at once, with the exit status that shells expect
-/// (130 for Ctrl-C), the terminal as it was, and the last words on standard error.
+/// (130 for Ctrl-C), the terminal as it was, and the last words on standard error. On Windows it also has the
+/// console take what write() writes: UTF-8, with escape sequences.
 void installInterrupt();
 /// What to say when the program is interrupted from now on; empty: nothing.
 void setLastWords(const QString& text);
