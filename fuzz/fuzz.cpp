@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QTemporaryDir>
+#include <QTextCodec>
 
 #include <cstdio>
 #include <cstdlib>
@@ -27,6 +28,7 @@ QString fuzzFolder()
 void startFuzzing(bool log)
 {
     qputenv("LC_ALL", "C.UTF-8");
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // for Windows, where no variable does
     qputenv("QT_QPA_PLATFORM", "offscreen");
     // a zone with summer time: some local times do not exist
     qputenv("TZ", "Europe/Berlin");

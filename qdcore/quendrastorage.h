@@ -26,6 +26,8 @@ public:
     /// Writes the object into the file, replacing what was there. False when the object refuses to be written
     /// (the file is untouched then), when the file cannot be opened, or when not everything could be written
     /// (the file is truncated then). Who cannot afford that saves to a side file and renames it.
+    /// The text is in the codec of the locale (QTextCodec::codecForLocale()), while the file says UTF-8: a
+    /// client sets that codec to UTF-8 at its start, or names outside of ASCII do not come back on Windows.
     bool Save(const IQuendraStorage& object);
 
     /// Lets the object read the file's root element. False when the file cannot be opened (the object is not
