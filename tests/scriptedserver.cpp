@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QSslSocket>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -34,6 +35,11 @@ ScriptedServer::ScriptedServer(bool tls, const QHostAddress& where)
     }
     if (!listen(where))
         qFatal("cannot listen on %s", qPrintable(where.toString()));
+}
+
+bool ScriptedServer::canTls()
+{
+    return !QStandardPaths::findExecutable(QStringLiteral("openssl")).isEmpty();
 }
 
 bool ScriptedServer::makeCertificate(const QString& certificateFile, const QString& keyFile)

@@ -43,6 +43,8 @@ public:
         NoAnswer     ///< Keeps the connection and says nothing.
     };
 
+    /// Whether it can speak TLS here, which takes the program openssl.
+    static bool canTls();
     /// With @p tls the server speaks TLS with a self-signed certificate made now.
     explicit ScriptedServer(bool tls = false, const QHostAddress& where = QHostAddress::LocalHost);
 

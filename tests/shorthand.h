@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <ctime>
+
 inline QString s(const char* utf8)
 {
     return QString::fromUtf8(utf8);
@@ -27,6 +29,19 @@ inline void writeFile(const QString& path, const QByteArray& content)
     QFile file(path);
     QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
     QCOMPARE(file.write(content), qint64(content.size()));
+}
+
+/// Puts this process into a zone with summer time, so that a date taken in the wrong zone shows. False where
+/// a process has no zone of its own.
+inline bool useBerlinTime()
+{
+#ifdef Q_OS_UNIX
+    qputenv("TZ", "Europe/Berlin");
+    tzset();
+    return true;
+#else
+    return false;
+#endif
 }
 
 /// A value of a row: literals stand for UTF-8 texts or for bytes, enumerators for numbers, {} for nothing.

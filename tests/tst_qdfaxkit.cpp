@@ -56,6 +56,8 @@ QStringList uids(const SettingsFile& file)
     return list;
 }
 
+bool isBerlin = false;
+
 } // namespace
 
 class TestQdfaxKit : public QObject
@@ -110,6 +112,8 @@ private Q_SLOTS:
     {
         QFETCH(QString, text);
         QFETCH(QString, utc);
+        if (!isBerlin)
+            QSKIP("Needs a time zone of its own.");
         const QDateTime now(QDate(2026, 11, 1), QTime(12, 0));
         QString error;
         const auto time = parseFutureTime(text, now, &error);
@@ -304,9 +308,11 @@ private Q_SLOTS:
         again.load();
         QCOMPARE(uids(again), list({"*mary@two"}));
         QCOMPARE(again.strangeEntryCount(), 1);
+#ifdef Q_OS_UNIX
         QCOMPARE(QFile::permissions(path) &
                      (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
                  QFile::Permissions());
+#endif
     }
 
     void settingsPutAndFind()
@@ -386,7 +392,7 @@ private:
 
 int main(int argc, char** argv)
 {
-    qputenv("TZ", "Europe/Berlin");
+    isBerlin = useBerlinTime();
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // as qdfax does
     QCoreApplication application(argc, argv);
     TestQdfaxKit test;

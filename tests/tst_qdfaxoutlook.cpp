@@ -3,6 +3,7 @@
 
 #include "command.h"
 #include "fakeoutlook.h"
+#include "logger.h"
 #include "settingsfile.h"
 #include "shorthand.h"
 
@@ -104,6 +105,7 @@ private Q_SLOTS:
     {
         // the library remembers where the settings are: one place for all, emptied
         qputenv("APPDATA", QFile::encodeName(m_folder.path()));
+        Logger::inst().releaseLogFile(); // Windows deletes no open file
         QVERIFY(QDir(folder()).removeRecursively());
         m_mailbox = std::make_unique<FakeMailbox>();
         m_outlook = m_mailbox->outlook;

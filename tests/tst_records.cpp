@@ -69,12 +69,7 @@ class RecordsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        // A zone with summer time and an offset: a date that is taken in the wrong zone shows.
-        qputenv("TZ", "Europe/Berlin");
-        tzset();
-    }
+    void initTestCase() { m_isBerlin = useBerlinTime(); }
 
     void rangeChecks()
     {
@@ -160,6 +155,8 @@ private Q_SLOTS:
 
     void dateToSendIsUtc()
     {
+        if (!m_isBerlin)
+            QSKIP("Needs a time zone of its own.");
         const QDateTime winter(QDate(2199, 11, 15), QTime(14, 30, 5));
         const QDateTime newYear(QDate(2199, 1, 1), QTime(0, 30, 5));
         const QDateTime elsewhere(QDate(2199, 1, 1), QTime(0, 0, 1), Qt::OffsetFromUTC, -3600);
@@ -209,6 +206,8 @@ private Q_SLOTS:
     void readSchedule()
     {
         QFETCH(QString, xml);
+        if (xml.contains(s("schedule_all_at>20")) && !m_isBerlin)
+            QSKIP("Needs a time zone of its own.");
         FaxScheduleOptions options = nothingAtDefault();
         options.setTryNumber(5);
         QVERIFY(readFax(options, xml));
@@ -461,6 +460,7 @@ private Q_SLOTS:
 
 private:
     QTemporaryDir m_folder;
+    bool m_isBerlin{false};
 };
 QTEST_GUILESS_MAIN(RecordsTest)
 #include "tst_records.moc"

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QDomDocument>
 #include <QTemporaryDir>
+#include <QTextCodec>
 #include <QtTest>
 
 namespace {
@@ -89,9 +90,10 @@ private Q_SLOTS:
         row("cut off", "<settings><note>half</note><server>");
         row("deep as no stack", "<settings><note>n</note>" + QByteArray("<a>").repeated(100000) +
                                     QByteArray("</a>").repeated(100000) + "</settings>");
-        row("deep behind an encoding", "<?xml version=\"1.0\" encoding=\"utf-7\"?><settings>" +
-                                           QByteArray("+ADw-a+AD4-").repeated(100000) +
-                                           QByteArray("+ADw-/a+AD4-").repeated(100000) + "</settings>");
+        if (QTextCodec::codecForName("UTF-7")) // elsewhere it is plain text
+            row("deep behind an encoding", "<?xml version=\"1.0\" encoding=\"utf-7\"?><settings>" +
+                                               QByteArray("+ADw-a+AD4-").repeated(100000) +
+                                               QByteArray("+ADw-/a+AD4-").repeated(100000) + "</settings>");
         row("deep behind a null byte", QByteArray("<settings>\0", 11) + QByteArray("<a>").repeated(100000) +
                                            QByteArray("</a>").repeated(100000) + "</settings>");
         row("something after the end", "<settings><note>n</note></settings><more/>");
