@@ -1,0 +1,147 @@
+#!/usr/bin/env bash
+# Builds the library, qdfax and the tests for Windows with mingw-w64, and runs the tests under Wine.
+#
+# Usage: scripts/windows.sh [qt | build | test [NAME...] | demo]     without a word: all, one after the other
+#   qt      builds Qt for Windows from Debian's source packages into the cache (once, about 45 minutes on 2 cores)
+#   build   cross-compiles into build/mingw
+#   test    runs the tests under Wine
+#   demo    runs the demonstration with qdfax under Wine, against qdsim on this system
+#
+# The cache is $QDCORE_WINDOWS_CACHE, or ~/.cache/qdcore-windows: about 3 GB while Qt is built, 300 MB afterwards.
+set -euo pipefail
+. "$(dirname "$0")/common.sh"
+
+cache=${QDCORE_WINDOWS_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/qdcore-windows}
+triple=x86_64-w64-mingw32
+prefix=$cache/windows       # what is built for Windows
+host=$cache/host            # moc, rcc and their like, which run here
+
+# once NAME COMMAND...: runs the command unless it has succeeded before.
+once() {
+  local stamp=$cache/stamps/$1
+  [ -e "$stamp" ] && return 0
+  say "$1"
+  "${@:2}"
+  mkdir -p "$cache/stamps" && touch "$stamp"
+}
+
+# in_folder FOLDER COMMAND...: the output goes to a file and is shown only if the command fails.
+in_folder() {
+  local log=$cache/last.log
+  mkdir -p "$1"
+  (cd "$1" && "${@:2}") >"$log" 2>&1 || { tail -40 "$log" >&2; echo "failed: ${*:2} (in $1)" >&2; exit 1; }
+}
+
+# The sources come from Debian, through package lists of our own: the machine's lists stay as they are.
+fetch_sources() {
+  mkdir -p "$cache"/apt/{lists,archives}/partial
+  echo "deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] http://deb.debian.org/debian bookworm main" \
+    >"$cache/apt/sources.list"
+  local own=(-o Dir::Etc::sourcelist="$cache/apt/sources.list" -o Dir::Etc::sourceparts=/dev/null
+             -o Dir::State::lists="$cache/apt/lists" -o Dir::Cache="$cache/apt" -o APT::Sandbox::User=)
+  in_folder "$cache" apt-get "${own[@]}" update
+  rm -rf "$cache"/{qtbase,qtsvg}-opensource-src-* "$cache"/sqlite3-* "$cache"/libcsv-*
+  in_folder "$cache" apt-get "${own[@]}" source --only-source \
+    qtbase-opensource-src qtsvg-opensource-src sqlite3 libcsv
+}
+
+# Debian leaves the copy of SQLite out of Qt's source; it goes back in from the package of SQLite itself.
+put_sqlite_into_qt() {
+  in_folder "$cache/sqlite-build" bash -c "$cache/sqlite3-*/configure --disable-tcl && make sqlite3.c sqlite3.h"
+  local into
+  into=$(echo "$cache"/qtbase-opensource-src-*/src/3rdparty)/sqlite
+  mkdir -p "$into"
+  cp "$cache"/sqlite-build/sqlite3.[ch] "$into"
+}
+
+# Qt asks for two of Windows' libraries with capitals, which files here have not.
+link_capital_libraries() {
+  local libraries=/usr/$triple/lib
+  mkdir -p "$cache/capitals"
+  ln -sf "$libraries/libsecur32.a" "$cache/capitals/libSecur32.a"
+  ln -sf "$libraries/libcrypt32.a" "$cache/capitals/libCrypt32.a"
+}
+
+build_qt() {
+  rm -rf "$cache/qt-build"
+  in_folder "$cache/qt-build" "$cache"/qtbase-opensource-src-*/configure \
+    -xplatform win32-g++ -device-option CROSS_COMPILE=$triple- \
+    -prefix "$prefix" -hostprefix "$host" -extprefix "$prefix" \
+    -opensource -confirm-license -release -shared \
+    -no-opengl -no-feature-vulkan -no-feature-tabletevent -no-direct2d -no-icu -no-openssl -schannel \
+    -qt-zlib -qt-pcre -qt-freetype -qt-harfbuzz -qt-libpng -no-libjpeg -no-dbus -no-pch \
+    -nomake examples -nomake tests -qt-sqlite \
+    -L "$cache/capitals"
+  in_folder "$cache/qt-build" make -j"$(nproc)"
+  in_folder "$cache/qt-build" make install
+  rm -rf "$cache/qt-build"
+}
+
+# The icons are SVG, which a plugin of a module of its own reads.
+build_svg() {
+  in_folder "$cache/svg-build" bash -c "'$host/bin/qmake' '$cache'/qtsvg-opensource-src-*/ && make -j$(nproc) && make install"
+}
+
+build_libcsv() {
+  in_folder "$cache" bash -c "$triple-gcc -O2 -c libcsv-*/libcsv.c -o libcsv.o && $triple-ar rcs '$prefix/lib/libcsv.a' libcsv.o
+    cp libcsv-*/csv.h '$prefix/include/'"
+}
+
+qt() {
+  install_packages g++-mingw-w64-x86-64-posix perl python3 tcl dpkg-dev fonts-dejavu-core
+  once "Fetching Debian's sources of Qt, SQLite and libcsv" fetch_sources
+  once "Preparing Qt's source" put_sqlite_into_qt
+  link_capital_libraries
+  once "Building Qt for Windows (about 45 minutes on 2 cores)" build_qt
+  once "Building Qt SVG" build_svg
+  once "Building libcsv" build_libcsv
+}
+
+# Beside the programs lies what they load: Qt, the compiler's libraries, Qt's plugins.
+gather() {
+  local bin=$1
+  cp -u "$prefix"/bin/Qt5{Core,Gui,Network,Sql,Svg,Test,Widgets,Xml}.dll "$bin"
+  cp -u "$($triple-g++-posix -print-file-name=libstdc++-6.dll)" "$($triple-g++-posix -print-file-name=libgcc_s_seh-1.dll)" \
+    /usr/$triple/lib/libwinpthread-1.dll "$bin"
+  # Qt for Windows takes the fonts of the system, but for windows that nobody sees
+  mkdir -p "$bin/lib/fonts"
+  cp -u /usr/share/fonts/truetype/dejavu/*.ttf "$bin/lib/fonts"
+  for plugins in platforms sqldrivers imageformats iconengines styles; do
+    mkdir -p "$bin/$plugins"
+    cp -u "$prefix/plugins/$plugins"/*.dll "$bin/$plugins"
+  done
+}
+
+build_for_windows() {
+  export QDCORE_WINDOWS_PREFIX=$prefix
+  build mingw
+  gather "$root/build/mingw/bin"
+}
+
+# The demonstration, with a qdfax for Windows and qdsim on this system: they meet over loopback.
+run_demo() {
+  build release qdsim
+  local programs=$root/build/mingw/demo
+  rm -rf "$programs" && mkdir -p "$programs"/{bin,wrote}
+  ln -s "$root/build/release/bin/qdsim" "$programs/bin"
+  printf '#!/bin/sh\nexec "%s" "%s" "$@"\n' "$root/scripts/wine.sh" "$root/build/mingw/bin/qdfax.exe" >"$programs/bin/qdfax"
+  chmod +x "$programs/bin/qdfax"
+  # a user of its own, whose APPDATA is empty
+  WINEPREFIX=$programs/wine xvfb-run -a "$root/scripts/demo.sh" "$programs/bin" "$programs/wrote"
+}
+
+run_tests() {
+  install_packages wine wine64 xvfb xauth
+  say "Testing under Wine"
+  # Wine wants a display also where no window is shown
+  (cd "$root" && WINEDEBUG=-all xvfb-run -a ctest --preset mingw "$@")
+}
+
+case ${1:-all} in
+  all) qt; build_for_windows; run_tests; run_demo ;;
+  qt) qt ;;
+  build) qt; build_for_windows ;;
+  demo) run_demo ;;
+  test) shift; run_tests ${@:+-R "$(IFS='|'; echo "^($*)$")"} ;;
+  *) sed -n '2,/^set/{/^#/p}' "$0" >&2; exit 2 ;;
+esac
