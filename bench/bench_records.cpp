@@ -49,10 +49,9 @@ QByteArray statusEntry(int i)
     return "<fax_entry><fax_entry_url>http://fax.example.org/qdws/v1/ofax/" + n +
            "</fax_entry_url><state>pending</state><created>2026-11-15T14:" + minute +
            ":05</created><stime>2026-11-15T14:" + minute +
-           ":06</stime><agent>client</agent><priority>3</priority><try_number>1</try_number><max_tries>3</"
-           "max_tries>"
-           "<pages>2</pages><sender><name>Sender</name><username>user</username></"
-           "sender><recipient><name>Recipient " +
+           ":06</stime><agent>client</agent><priority>3</priority><try_number>1</try_number>"
+           "<max_tries>3</max_tries><pages>2</pages><sender><name>Sender</name><username>user</username>"
+           "</sender><recipient><name>Recipient " +
            n + "</name><fax_number>+1 555 02" + minute +
            "</fax_number></recipient><cover_page><enabled>true</enabled><subject>Offer " + n +
            "</subject></cover_page></fax_entry>\n";

@@ -11,10 +11,11 @@ constexpr int versionBeforePrintReceipts = 302070;
 constexpr int versionBeforeFaxPageSize = 306000;
 
 /**
- * A dotted version text as a six-digit number of three two-digit groups: "3.2.7" is 302070, "3.6.1" is 306010.
+ * A dotted version text as a six-digit number of three two-digit groups: "3.2.7" is 302070, "3.6.1" is
+ * 306010.
  *
- * What follows a "-" does not count. Each of the first three parts is brought to two digits by its leading ones, so
- * that 7 and 70 are alike and 1 equals 10; the thresholds above are set against that.
+ * What follows a "-" does not count. Each of the first three parts is brought to two digits by its leading
+ * ones, so that 7 and 70 are alike and 1 equals 10; the thresholds above are set against that.
  */
 inline int versionNumber(const QString& version)
 {

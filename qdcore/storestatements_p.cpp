@@ -6,9 +6,8 @@ namespace {
 const char* const statements[] = {
     // The schema. No index and no pragma: the file is shared with other programs of the user.
     "CREATE TABLE IF NOT EXISTS contacts (id INTEGER PRIMARY KEY AUTOINCREMENT, uid TEXT, type INTEGER NOT "
-    "NULL, "
-    "location INTEGER NOT NULL, source INTEGER NOT NULL, timestamp INTEGER, name TEXT, description TEXT, "
-    "phone TEXT, fax TEXT, email TEXT, organization TEXT, FOREIGN KEY(source) REFERENCES sources(id));",
+    "NULL, location INTEGER NOT NULL, source INTEGER NOT NULL, timestamp INTEGER, name TEXT, description "
+    "TEXT, phone TEXT, fax TEXT, email TEXT, organization TEXT, FOREIGN KEY(source) REFERENCES sources(id));",
     "CREATE TABLE IF NOT EXISTS sources (id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT, type INTEGER NOT "
     "NULL);",
     "CREATE TABLE IF NOT EXISTS properties (contact INTEGER NOT NULL, type INTEGER NOT NULL, value TEXT, "

@@ -18,9 +18,10 @@ void __tsan_release(void* address);
 }
 #endif
 
-/// Qt is not built for ThreadSanitizer, which therefore does not see that QThread::wait() orders what the thread did
-/// before what its waiter does, nor that a pool does so for what it runs. Who is done with an object says that it hands
-/// it over (a thread at its end, the caller of a pool), who goes on with it that it takes it over.
+/// Qt is not built for ThreadSanitizer, which therefore does not see that QThread::wait() orders what the
+/// thread did before what its waiter does, nor that a pool does so for what it runs. Who is done with an
+/// object says that it hands it over (a thread at its end, the caller of a pool), who goes on with it that it
+/// takes it over.
 inline void tsanHandOver([[maybe_unused]] void* address)
 {
 #ifdef QDCORE_TSAN

@@ -15,9 +15,8 @@
 namespace {
 
 const char examples[] =
-    "A simulated network fax server to develop clients against. It accepts only what the protocol allows and "
-    "says on\n"
-    "standard error what was wrong with the rest. It ends on SIGINT and SIGTERM.\n\n"
+    "A simulated network fax server to develop clients against. It accepts only what the protocol allows "
+    "and says on\nstandard error what was wrong with the rest. It ends on SIGINT and SIGTERM.\n\n"
     "Examples:\n"
     "  qdsim --port 8080\n"
     "  qdsim --tls --user alice:secret:global --user bob:word --spool /tmp/faxes --speed 20\n"
@@ -76,8 +75,7 @@ public:
         add("gzip", "Compress answers for clients that accept it.");
         add("user",
             "A user (default alice:secret:global). Rights: global (may change the global book), admin, "
-            "nosend, "
-            "readonly. May be repeated.",
+            "nosend, readonly. May be repeated.",
             "NAME:PASSWORD[:RIGHTS]");
         add("users", "Read users from a file, one a line.", "FILE");
         add("model", "Model of the server (default QDF40X).", "MODEL");

@@ -226,8 +226,7 @@ private Q_SLOTS:
         QCOMPARE(
             answer.said,
             s("complains|Quendra Client|This file does not have a program associated with it and cannot be "
-              "opened. "
-              "Install a program to open TIFF files, or create a file association for TIFF files."));
+              "opened. Install a program to open TIFF files, or create a file association for TIFF files."));
         QCOMPARE(m_log->messages(s("ERROR")),
                  QStringList{s("printcapturebase.cpp Failed to open file: ") + path("a b.pdf")});
     }

@@ -92,7 +92,7 @@ private Q_SLOTS:
 
     void times_data()
     {
-        // utc:empty: refused
+        // utc: empty when it is refused
         const Rows<QString, QString> row("text", "utc");
         // Berlin: an hour ahead of UTC in winter, the clock is put forward on 28 March 2027 at 2
         row("local", "2026-11-15T14:30", "2026-11-15T13:30:00Z");
