@@ -70,6 +70,7 @@ private Q_SLOTS:
         const quint32 source = world.provider->sourceId();
         ContactLocalStorage& storage = *world.manager->storage();
         QList<ContactList::Type> done;
+        bool wasRead = true;
         const auto run = [&](ContactList::Type type, ContactLocalStorage* into) {
             QPointer<OutlookContactProviderDisassembleThread> thread(
                 new OutlookContactProviderDisassembleThread(into, source, this));
@@ -77,6 +78,8 @@ private Q_SLOTS:
             thread->setEntryID(m_contacts->key());
             connect(thread, &OutlookContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
                     [&done](ContactList::Type book) { done.append(book); });
+            connect(thread, &OutlookContactProviderDisassembleThread::copied, this,
+                    [&wasRead](bool, bool isRead) { wasRead = isRead; });
             m_outlook->itemsRead = 0;
             thread->start();
             QTRY_VERIFY(!thread); // it deletes itself
@@ -90,13 +93,15 @@ private Q_SLOTS:
         run(contactBook, nullptr);
         QCOMPARE(world.ids(source).size(), 10);
 
-        // interrupted, it leaves nothing
+        // interrupted, it leaves nothing, and does not say that it has read the folder
+        wasRead = true;
         m_outlook->beforeItem = [](int number) {
             if (number == 5)
                 QThread::currentThread()->requestInterruption();
         };
         run(contactBook, &storage);
         QVERIFY(world.ids(source).isEmpty());
+        QVERIFY(!wasRead);
         QCOMPARE(done, QList<ContactList::Type>({ContactList::PersonalGroups, contactBook, contactBook}));
     }
 
