@@ -118,23 +118,29 @@ build_for_windows() {
   gather "$root/build/mingw/bin"
 }
 
-# The demonstration, with a qdfax for Windows and qdsim on this system: they meet over loopback.
-run_demo() {
-  build release qdsim
-  local programs=$root/build/mingw/demo
-  rm -rf "$programs" && mkdir -p "$programs"/{bin,wrote}
-  ln -s "$root/build/release/bin/qdsim" "$programs/bin"
-  printf '#!/bin/sh\nexec "%s" "%s" "$@"\n' "$root/scripts/wine.sh" "$root/build/mingw/bin/qdfax.exe" >"$programs/bin/qdfax"
-  chmod +x "$programs/bin/qdfax"
-  # a user of its own, whose APPDATA is empty
-  WINEPREFIX=$programs/wine xvfb-run -a "$root/scripts/demo.sh" "$programs/bin" "$programs/wrote"
+# under_wine PREFIX COMMAND...: for Wine there has to be a display also where no window is shown, and what Wine leaves
+# running has to end before the display does.
+under_wine() {
+  install_packages wine wine64 xvfb xauth
+  WINEPREFIX=$1 xvfb-run -a bash -c '"$@"; status=$?; wineserver -w; exit $status' bash "${@:2}"
 }
 
 run_tests() {
-  install_packages wine wine64 xvfb xauth
   say "Testing under Wine"
-  # Wine wants a display also where no window is shown
-  (cd "$root" && WINEDEBUG=-all xvfb-run -a ctest --preset mingw "$@")
+  (cd "$root" && under_wine "$root/build/mingw/wine" ctest --preset mingw "$@")
+}
+
+# The demonstration, with a qdfax for Windows and qdsim on this system: they meet over loopback.
+run_demo() {
+  build release qdsim
+  local folder=$root/build/mingw/demo
+  rm -rf "$folder" && mkdir -p "$folder"/{programs,wrote}
+  ln -s "$root/build/release/bin/qdsim" "$folder/programs"
+  printf '#!/bin/sh\nexec "%s" "%s" "$@"\n' "$root/scripts/wine.sh" "$root/build/mingw/bin/qdfax.exe" \
+    >"$folder/programs/qdfax"
+  chmod +x "$folder/programs/qdfax"
+  # a user of its own, whose APPDATA is empty
+  under_wine "$folder/wine" "$root/scripts/demo.sh" "$folder/programs" "$folder/wrote"
 }
 
 case ${1:-all} in
