@@ -25,6 +25,8 @@ build fuzz fuzzers
 work=$root/build/fuzz
 mkdir -p "$work/findings"
 export ASAN_OPTIONS=detect_stack_use_after_return=1
+# undefined behaviour would otherwise be a line in a log that nobody reads
+export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
 export LSAN_OPTIONS=suppressions=$root/tests/lsan.supp:print_suppressions=0
 ASAN_SYMBOLIZER_PATH=$(command -v llvm-symbolizer-14 || command -v llvm-symbolizer || true)
 export ASAN_SYMBOLIZER_PATH
