@@ -23,14 +23,12 @@ QuendraContact person(const QString& path)
     return personAt(path.isEmpty() ? path : s("http://elsewhere") + path);
 }
 
-QuendraContactGroup team(const QString& path)
+QuendraContactGroup team()
 {
     QuendraContactGroup group;
     group.setName(s("Team"));
     group.setDescription(s("All"));
     group.addContact(person(s("/qdws/v1/contacts/anna/7")));
-    if (!path.isEmpty())
-        group.setUrl(QUrl(s("http://elsewhere") + path));
     return group;
 }
 
@@ -53,19 +51,14 @@ class TestContactTasks : public QObject
 private Q_SLOTS:
     void books_data()
     {
-        QTest::addColumn<int>("book");
-        QTest::addColumn<QByteArray>("contacts");
-        QTest::addColumn<QByteArray>("oids");
-
-        QTest::newRow("personal contacts")
-            << 1 << QByteArray("/qdws/v1/contacts/anna") << QByteArray("/qdws/v1/contact_oids/anna");
-        QTest::newRow("personal groups") << 2 << QByteArray("/qdws/v1/contact_groups/anna")
-                                         << QByteArray("/qdws/v1/contact_group_oids/anna");
-        QTest::newRow("global contacts") << 3 << QByteArray("/qdws/v1/contacts/global_contact_list")
-                                         << QByteArray("/qdws/v1/contact_oids/global_contact_list");
-        QTest::newRow("global groups") << 4 << QByteArray("/qdws/v1/contact_groups/global_contact_list")
-                                       << QByteArray("/qdws/v1/contact_group_oids/global_contact_list");
-        QTest::newRow("none") << 0 << QByteArray("/") << QByteArray("/");
+        const Rows<int, QByteArray, QByteArray> row("book", "contacts", "oids");
+        row("personal contacts", 1, "/qdws/v1/contacts/anna", "/qdws/v1/contact_oids/anna");
+        row("personal groups", 2, "/qdws/v1/contact_groups/anna", "/qdws/v1/contact_group_oids/anna");
+        row("global contacts", 3, "/qdws/v1/contacts/global_contact_list",
+            "/qdws/v1/contact_oids/global_contact_list");
+        row("global groups", 4, "/qdws/v1/contact_groups/global_contact_list",
+            "/qdws/v1/contact_group_oids/global_contact_list");
+        row("none", 0, "/", "/");
     }
     void books()
     {
@@ -106,13 +99,8 @@ private Q_SLOTS:
 
     void changes_data()
     {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<bool>("isGroup");
-        QTest::addColumn<int>("book");
-        QTest::addColumn<QByteArray>("method");
-        QTest::addColumn<QByteArray>("target");
-        QTest::addColumn<QByteArray>("body");
-
+        const Rows<int, bool, int, QByteArray, QByteArray, QByteArray> row("type", "isGroup", "book",
+                                                                           "method", "target", "body");
         const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
         const QByteArray person = "<name>MaryPoe &amp; &lt;Co></name><fax_number>555</fax_number></contact>";
         const QByteArray team = "<name>Team</name><description>All</description>"
@@ -124,21 +112,15 @@ private Q_SLOTS:
             person;
 
         const int add = Task::AddContact;
-        QTest::newRow("add personal")
-            << add << false << 1 << QByteArray("POST") << QByteArray("/qdws/v1/contacts/anna") << added;
-        QTest::newRow("add global") << add << false << 3 << QByteArray("POST")
-                                    << QByteArray("/qdws/v1/contacts/global_contact_list") << added;
-        QTest::newRow("add group") << add << true << 2 << QByteArray("POST")
-                                   << QByteArray("/qdws/v1/contact_groups/anna") << addedTeam;
-        QTest::newRow("add global group")
-            << add << true << 4 << QByteArray("POST")
-            << QByteArray("/qdws/v1/contact_groups/global_contact_list") << addedTeam;
-        QTest::newRow("add contact to groups")
-            << add << false << 2 << QByteArray("POST") << QByteArray("/") << added;
-        QTest::newRow("modify") << int(Task::ModifyContact) << false << 1 << QByteArray("PUT")
-                                << QByteArray("/qdws/v1/contacts/an%20na/7") << modified;
-        QTest::newRow("delete") << int(Task::DeleteContact) << false << 1 << QByteArray("DELETE")
-                                << QByteArray("/qdws/v1/contacts/an%20na/7") << QByteArray();
+        row("add personal", add, false, 1, "POST", "/qdws/v1/contacts/anna", added);
+        row("add global", add, false, 3, "POST", "/qdws/v1/contacts/global_contact_list", added);
+        row("add group", add, true, 2, "POST", "/qdws/v1/contact_groups/anna", addedTeam);
+        row("add global group", add, true, 4, "POST", "/qdws/v1/contact_groups/global_contact_list",
+            addedTeam);
+        row("add contact to groups", add, false, 2, "POST", "/", added);
+        const char* const one = "/qdws/v1/contacts/an%20na/7";
+        row("modify", Task::ModifyContact, false, 1, "PUT", one, modified);
+        row("delete", Task::DeleteContact, false, 1, "DELETE", one, QByteArray());
     }
     void changes()
     {
@@ -151,13 +133,11 @@ private Q_SLOTS:
 
         TaskWorld world(okReply(""));
         auto* task = static_cast<TaskChangeContact*>(world.server.addTask(Task::Type(type)));
-        const QString path = type == Task::AddContact ? QString() : s("/qdws/v1/contacts/an%20na/7?x=1");
         if (isGroup)
-            task->setContact(team(path), ContactList::Type(book));
+            task->setContact(team(), ContactList::Type(book));
         else
-            task->setContact(
-                person(type == Task::AddContact ? QString() : path.section(QLatin1Char('?'), 0, 0)),
-                ContactList::Type(book));
+            task->setContact(person(type == Task::AddContact ? QString() : s("/qdws/v1/contacts/an%20na/7")),
+                             ContactList::Type(book));
         Outcome outcome(task, doneSignal(Task::Type(type)));
         task->execute();
         task->execute();
@@ -171,11 +151,7 @@ private Q_SLOTS:
 
     void changeEnds_data()
     {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QByteArray>("answer");
-        QTest::addColumn<int>("status"); // 0: the done signal
-        QTest::addColumn<QString>("error");
-
+        const Rows<int, QByteArray, int, QString> addRow("type", "answer", "status", "error"); // 0: done
         const struct
         {
             Task::Type type;
@@ -191,20 +167,18 @@ private Q_SLOTS:
              "invalid reply!"},
         };
         for (const auto& task : tasks) {
-            const auto row = [&task](const char* fault, const QByteArray& answer, int status,
-                                     const QString& error) {
-                QTest::addRow("%s, %s", task.name, fault)
-                    << int(task.type) << answer << status
-                    << (error.isEmpty() ? error : QLatin1String(task.name) + error);
+            const auto row = [&](const char* fault, const QByteArray& answer, int status,
+                                 const QString& error) {
+                addRow((QByteArray(task.name) + fault).constData(), task.type, answer, status,
+                       error.isEmpty() ? error : s(task.name) + error);
             };
             const QString invalid = QLatin1String(task.invalid);
             row("good", okReply(task.good), 0, {});
             row("message in lower case", okReply(task.good.toLower()), Task::InvalidReply, invalid);
             row("no message", okReply("<x/>"), Task::InvalidReply, invalid);
         }
-        QTest::newRow("created without an entry")
-            << int(Task::AddContact) << okReply("<message>Created</message>") << int(Task::InvalidReply)
-            << s("taskaddcontact.cpp TaskAddContact: invalid reply!");
+        addRow("created without an entry", Task::AddContact, okReply("<message>Created</message>"),
+               Task::InvalidReply, "taskaddcontact.cpp TaskAddContact: invalid reply!");
     }
     void changeEnds()
     {
@@ -290,13 +264,10 @@ private Q_SLOTS:
 
     void oids_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QStringList>("oids");
-
-        QTest::newRow("some") << QByteArray("<oids>12, 15,,20 \n</oids>")
-                              << QStringList{s("12"), s("15"), QString(), s("20")};
-        QTest::newRow("empty") << QByteArray("<oids/>") << QStringList{QString()};
-        QTest::newRow("none") << QByteArray("<x/>") << QStringList();
+        const Rows<QByteArray, QStringList> row("content", "oids");
+        row("some", "<oids>12, 15,,20 \n</oids>", QStringList{s("12"), s("15"), QString(), s("20")});
+        row("empty", "<oids/>", QStringList{QString()});
+        row("none", "<x/>", {});
     }
     void oids()
     {
@@ -315,8 +286,8 @@ private Q_SLOTS:
 
     void members()
     {
-        ScriptedServer wire;
-        wire.setAnswer([](const WireRequest& request) {
+        TaskWorld world;
+        world.wire.setAnswer([](const WireRequest& request) {
             if (request.target.contains("groups")) {
                 return okReply("<contact_group><name>A</name><description/>" + memberUrl(1) + memberUrl(2) +
                                "</contact_group><contact_group><name>B</name><description/>" + memberUrl(3) +
@@ -326,9 +297,7 @@ private Q_SLOTS:
                 return okReply("<message>nobody</message>"); // counts as finished all the same
             return okReply(memberXml(request.target.right(1).toInt()));
         });
-        FaxManager manager(noContacts);
-        BareServer server(manager, wire.address());
-        auto* task = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
+        auto* task = static_cast<TaskGetContacts*>(world.server.addTask(Task::GetContacts));
         task->setContactsType(ContactList::GlobalGroups);
         ContactList groups;
         connect(task, &TaskGetContacts::doneGetContacts, this,
@@ -344,20 +313,17 @@ private Q_SLOTS:
         QCOMPARE(first.contacts().contacts().size(), 1);
         QCOMPARE(dynamic_cast<const QuendraContact&>(*second.contacts().contacts().at(0)).name(), s("M3"));
         // members are fetched from the configured server, whatever host the group names
-        QCOMPARE(wire.requests().size(), 4);
-        QCOMPARE(wire.requests().last().header("Authorization"),
+        QCOMPARE(world.wire.requests().size(), 4);
+        QCOMPARE(world.wire.requests().last().header("Authorization"),
                  "Basic " + QByteArray("anna:se:cret").toBase64());
     }
 
     void memberFails_data()
     {
-        QTest::addColumn<QByteArray>("bad");
-        QTest::addColumn<QList<int>>("statuses");
-
-        QTest::newRow("404") << ScriptedServer::reply("", "404 Gone") << QList<int>{Task::Error};
+        const Rows<QByteArray, QList<int>> row("bad", "statuses");
+        row("404", ScriptedServer::reply("", "404 Gone"), QList<int>{Task::Error});
         // the last reply decides, and replies come in any order
-        QTest::newRow("not XML") << ScriptedServer::reply("<a")
-                                 << QList<int>{Task::Error, Task::InvalidReply};
+        row("not XML", ScriptedServer::reply("<a"), QList<int>{Task::Error, Task::InvalidReply});
     }
     void memberFails()
     {
@@ -365,16 +331,14 @@ private Q_SLOTS:
         QFETCH(QList<int>, statuses);
 
         // one of three fails; the book fails once, after the last
-        ScriptedServer wire;
-        wire.setAnswer([&bad](const WireRequest& request) {
+        TaskWorld world;
+        world.wire.setAnswer([&bad](const WireRequest& request) {
             if (request.target.contains("groups"))
                 return okReply("<contact_group><name>A</name><description/>" + memberUrl(1) + memberUrl(2) +
                                memberUrl(3) + "</contact_group>");
             return request.target.endsWith("/1") ? bad : okReply(memberXml(2));
         });
-        FaxManager manager(noContacts);
-        BareServer server(manager, wire.address());
-        auto* task = static_cast<TaskGetContacts*>(server.addTask(Task::GetContacts));
+        auto* task = static_cast<TaskGetContacts*>(world.server.addTask(Task::GetContacts));
         task->setContactsType(ContactList::PersonalGroups);
         Outcome outcome(task, doneSignal(Task::GetContacts));
         task->execute();
@@ -382,7 +346,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.done, 0);
         QCOMPARE(outcome.errors.size(), 1);
         QVERIFY(statuses.contains(outcome.errors.first()));
-        QCOMPARE(wire.requests().size(), 4);
+        QCOMPARE(world.wire.requests().size(), 4);
     }
 };
 

@@ -409,13 +409,10 @@ private Q_SLOTS:
 
     void damagedFragments_data()
     {
-        QTest::addColumn<QByteArray>("fragment");
-        QTest::addColumn<int>("servers");
-
+        const Rows<QByteArray, int> addRow("fragment", "servers");
         const QByteArray rest = "<about><model>m</model><version>1</version></about><user/>";
-        const auto row = [](const char* name, const QByteArray& fragment, int servers) {
-            QTest::newRow(name) << QByteArray("<settings><server>" + fragment + "</server></settings>")
-                                << servers;
+        const auto row = [&](const char* name, const QByteArray& fragment, int servers) {
+            addRow(name, QByteArray("<settings><server>" + fragment + "</server></settings>"), servers);
         };
         const QByteArray good =
             "<connection><address>127.0.0.1:1</address><login>l</login><password>plain</password>"

@@ -134,11 +134,8 @@ private Q_SLOTS:
 
     void operationEnds_data()
     {
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QByteArray>("answer");
-        QTest::addColumn<int>("status"); // 0: the done signal
-        QTest::addColumn<int>("error");  // 0: no network error
-
+        // status: 0 is the done signal; error: 0 is no network error
+        const Rows<int, QByteArray, int, int> addRow("index", "answer", "status", "error");
         for (int index = 0; index < operations().size(); ++index) {
             const Operation& operation = operations().at(index);
             if (operation.name == "GetContacts of groups")
@@ -216,20 +213,13 @@ private Q_SLOTS:
 
     void content_data()
     {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("error");
-
-        const auto row = [](const char* name, Task::Type type, const QByteArray& content, int status,
-                            const char* error = nullptr) {
-            QTest::newRow(name) << int(type) << content << status << QString::fromLatin1(error);
-        };
-        row("about missing", Task::GetQuendraInfo, "<abaut/>", Task::Error);
-        row("about without version", Task::GetQuendraInfo, "<about><model>m</model></about>", Task::Error);
-        row("verified, any case", Task::VerifyLogin, "<message>vERIFIED</message>", 0);
-        row("not verified", Task::VerifyLogin, "<message>NOT VERIFIED</message>", Task::AuthError);
-        row("no verdict", Task::VerifyLogin, "", Task::AuthError);
+        const Rows<int, QByteArray, int, QString> row("type", "content", "status", "error");
+        row("about missing", Task::GetQuendraInfo, "<abaut/>", Task::Error, {});
+        row("about without version", Task::GetQuendraInfo, "<about><model>m</model></about>", Task::Error,
+            {});
+        row("verified, any case", Task::VerifyLogin, "<message>vERIFIED</message>", 0, {});
+        row("not verified", Task::VerifyLogin, "<message>NOT VERIFIED</message>", Task::AuthError, {});
+        row("no verdict", Task::VerifyLogin, "", Task::AuthError, {});
         row("user missing", Task::GetFaxUser, "", Task::Error,
             "taskgetfaxuser.cpp TaskGetFaxUser: invalid reply!");
         row("user unreadable", Task::GetFaxUser, "<user><name>A</name></user>", Task::Error,
@@ -431,12 +421,7 @@ private Q_SLOTS:
 
     void fixAmp_data()
     {
-        QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<QString>("fixed");
-
-        const auto row = [](const char* data, const char* fixed) {
-            QTest::newRow(data) << QByteArray(data) << QString::fromUtf8(fixed);
-        };
+        const Rows<QString> row("fixed"); // what becomes of the bytes that the row is named by
         row("nothing", "nothing");
         row("Tom & Jerry &amp; co", "Tom &amp; Jerry &amp; co");
         row("&lt;&gt;&apos;&quot;&amp;", "&lt;&gt;&apos;&quot;&amp;");
@@ -448,7 +433,6 @@ private Q_SLOTS:
     }
     void fixAmp()
     {
-        QFETCH(QByteArray, data);
         QFETCH(QString, fixed);
 
         struct Probe : Task
@@ -464,7 +448,7 @@ private Q_SLOTS:
         FaxManager manager(noContacts);
         BareServer server(manager, QString());
         Probe probe(server);
-        QCOMPARE(probe.fixAmp(data), fixed);
+        QCOMPARE(probe.fixAmp(QTest::currentDataTag()), fixed);
     }
 
     void nothingToSend()
