@@ -402,7 +402,7 @@ private Q_SLOTS:
         Outcome outcome(world.server.addTask(Task::Schedule), doneSignal(Task::Schedule));
         static_cast<TaskSchedule*>(outcome.task.data())->setFaxDocument(fax);
         outcome.task->execute();
-        QTRY_COMPARE(outcome.done, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(outcome.done, 1, 60000);
 
         // what the DOM itself would have written
         QDomDocument expected;
