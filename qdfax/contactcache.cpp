@@ -239,9 +239,9 @@ QString bookText(ContactList::Type book)
         .value(book - ContactList::PersonalContacts);
 }
 
-QCommandLineOption bookOption(const QString& description)
+QCommandLineOption bookOption(const QString& description, const QStringList& words)
 {
-    return {QStringLiteral("book"), description, QStringLiteral("BOOK")};
+    return {QStringLiteral("book"), description, words.join(QLatin1Char('|'))};
 }
 
 std::optional<ContactList::Type> readBook(const Invocation& call, ContactList::Type missing)

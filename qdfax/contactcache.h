@@ -96,7 +96,8 @@ private:
 QStringList bookWords();
 /// "personal contacts" and so on.
 QString bookText(ContactList::Type book);
-QCommandLineOption bookOption(const QString& description);
+/// Its help names @p words, those of the books that the command takes.
+QCommandLineOption bookOption(const QString& description, const QStringList& words = bookWords());
 /// What --book says, @p missing when it is not given. Nothing, with the sentence said, for no book.
 std::optional<ContactList::Type> readBook(const Invocation& call, ContactList::Type missing);
 

@@ -275,9 +275,7 @@ QVector<Command> contactCommands()
     listCommand.name = QStringLiteral("contacts list");
     listCommand.arguments = QStringLiteral("[--book BOOK]");
     listCommand.summary = Text::tr("List contacts");
-    listCommand.description = offline + Text::tr("BOOK is one of %1; without it\n"
-                                                 "the contacts of both books are listed.")
-                                            .arg(bookWords().join(QStringLiteral(", ")));
+    listCommand.description = offline + Text::tr("Without --book the contacts of both books are listed.");
     listCommand.examples =
         QStringList{QStringLiteral("qdfax contacts list"),
                     QStringLiteral("qdfax contacts list --book global --offset 100 --limit 50 --json")};

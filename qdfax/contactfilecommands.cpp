@@ -19,6 +19,12 @@ namespace {
 
 const qint64 largestFile = qint64(64) * 1024 * 1024;
 
+/// The words for the books that files are made of.
+QStringList exchangedBooks()
+{
+    return {QStringLiteral("personal"), QStringLiteral("global")};
+}
+
 /// All fields, for comparing contacts.
 QString key(const Contact& contact)
 {
@@ -288,7 +294,7 @@ QVector<Command> contactFileCommands()
     exportCommand.options = QList<QCommandLineOption>{
         {QStringLiteral("csv"), Text::tr("A table, as spreadsheets read it.")},
         {QStringLiteral("vcard"), Text::tr("vCards 3.0, as address books and telephones read them.")},
-        bookOption(Text::tr("Only personal or only global contacts.")),
+        bookOption(Text::tr("Only personal or only global contacts."), exchangedBooks()),
         {QStringLiteral("overwrite"), Text::tr("Replace a file of the same name.")}};
     exportCommand.mostArguments = 1;
     exportCommand.run = exportContacts;
@@ -312,7 +318,7 @@ QVector<Command> contactFileCommands()
     importCommand.examples = QStringList{QStringLiteral("qdfax contacts import contacts.csv --dry-run"),
                                          QStringLiteral("qdfax contacts import contacts.vcf --book global")};
     importCommand.options = QList<QCommandLineOption>{
-        bookOption(Text::tr("The book to add them to, personal or global (personal).")),
+        bookOption(Text::tr("The book to add them to (personal)."), exchangedBooks()),
         {QStringLiteral("dry-run"), Text::tr("Only say what can be imported.")}};
     importCommand.leastArguments = importCommand.mostArguments = 1;
     importCommand.run = importContacts;

@@ -484,10 +484,8 @@ beider. Sie werden auf diesem Rechner gehalten, wo die anderen Befehle für Kont
         <translation>Kontakte auflisten</translation>
     </message>
     <message>
-        <source>BOOK is one of %1; without it
-the contacts of both books are listed.</source>
-        <translation>BOOK ist eines von %1; ohne die Option
-werden die Kontakte beider Bücher aufgelistet.</translation>
+        <source>Without --book the contacts of both books are listed.</source>
+        <translation>Ohne --book werden die Kontakte beider Bücher aufgelistet.</translation>
     </message>
     <message>
         <source>Only this book.</source>
@@ -723,8 +721,8 @@ importiert werden kann, wird mit dem Grund genannt, die anderen werden importier
 ist dann %1. Aus einer Datei, die als Ganzes beschädigt ist, wird nichts importiert.</translation>
     </message>
     <message>
-        <source>The book to add them to, personal or global (personal).</source>
-        <translation>Das Buch, dem sie hinzugefügt werden, personal oder global (personal).</translation>
+        <source>The book to add them to (personal).</source>
+        <translation>Das Buch, dem sie hinzugefügt werden (personal).</translation>
     </message>
     <message>
         <source>Only say what can be imported.</source>
