@@ -8,6 +8,7 @@
 #include <QDir>
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -46,6 +47,36 @@ QString optionsText(const QList<QCommandLineOption>& options)
     return text;
 }
 
+QVector<Command> commandsOf(const QString& group)
+{
+    QVector<Command> found;
+    std::copy_if(commands().cbegin(), commands().cend(), std::back_inserter(found),
+                 [start = group + QLatin1Char(' ')](const Command& command) {
+                     return command.name.startsWith(start);
+                 });
+    return found;
+}
+
+QString overview(const QVector<Command>& commands)
+{
+    QString text;
+    int width = 0;
+    for (const Command& command : commands)
+        width = std::max(width, command.name.size() + 2);
+    for (const Command& command : commands)
+        text += indented(command.name, width, command.summary);
+    return text;
+}
+
+/// Help for the commands that begin with one word.
+QString groupHelp(const QString& group, const QVector<Command>& commands)
+{
+    return Text::tr("qdfax %1 COMMAND\n\nCommands:\n").arg(group) + overview(commands) +
+           Text::tr("\nOptions of every command:\n") + optionsText(globalOptions()) +
+           Text::tr("\n\"qdfax help %1\" explains a command, with its own options and examples.\n")
+               .arg(commands.constFirst().name);
+}
+
 int help(Invocation& call)
 {
     const QString wanted = call.arguments().join(QLatin1Char(' '));
@@ -53,20 +84,14 @@ int help(Invocation& call)
         Terminal::write(generalHelp().toUtf8());
         return ExitStatus::Ok;
     }
-    QString text;
-    for (const Command& command : commands()) {
-        if (command.name == wanted) {
-            text = commandHelp(command);
-            break;
-        }
-        // the first word of a group shows all of it
-        if (command.name.startsWith(wanted + QLatin1Char(' ')))
-            text += (text.isEmpty() ? QString() : QStringLiteral("\n")) + commandHelp(command);
-    }
-    if (text.isEmpty()) {
+    const auto command = std::find_if(commands().cbegin(), commands().cend(),
+                                      [&wanted](const Command& known) { return known.name == wanted; });
+    const QVector<Command> group = commandsOf(wanted);
+    if (command == commands().cend() && group.isEmpty()) {
         return call.fail(ExitStatus::Usage,
                          Text::tr("There is no command \"%1\". \"qdfax help\" lists them.").arg(wanted));
     }
+    const QString text = command != commands().cend() ? commandHelp(*command) : groupHelp(wanted, group);
     Terminal::write(text.toUtf8());
     return ExitStatus::Ok;
 }
@@ -77,11 +102,7 @@ QString generalHelp()
 {
     QString text = Text::tr("qdfax: send and watch faxes through a network fax server.\n\n"
                             "Usage: qdfax [OPTIONS] COMMAND [ARGUMENTS]\n\nCommands:\n");
-    int width = 0;
-    for (const Command& command : commands())
-        width = std::max(width, command.name.size() + 2);
-    for (const Command& command : commands())
-        text += indented(command.name, width, command.summary);
+    text += overview(commands());
     text += Text::tr("\nOptions of every command:\n") + optionsText(globalOptions());
     text += Text::tr("  --help                      Explain a command, as \"qdfax help COMMAND\" does.\n"
                      "  --version                   Print the version.\n");

@@ -212,6 +212,10 @@ private Q_SLOTS:
             ++count;
         }
         QVERIFY(count >= 20);
+        const Result group = run("help contacts");
+        CHECK_RUN(group, 0);
+        QCOMPARE(group.out.count("\n  contacts "), all.out.count("\n  contacts "));
+        QCOMPARE(group.out.count("--log-level"), 1);
     }
 
     void languageOfUser_data()

@@ -1167,6 +1167,24 @@ Server; von anderen Rechnern wird ohne sie geladen. Was unterbrochen wurde, blei
         <translation>Senden des Faxes</translation>
     </message>
     <message>
+        <source>qdfax %1 COMMAND
+
+Commands:
+</source>
+        <translation>qdfax %1 COMMAND
+
+Befehle:
+</translation>
+    </message>
+    <message>
+        <source>
+&quot;qdfax help %1&quot; explains a command, with its own options and examples.
+</source>
+        <translation>
+„qdfax help %1“ erklärt einen Befehl, mit seinen eigenen Optionen und Beispielen.
+</translation>
+    </message>
+    <message>
         <source>There is no command &quot;%1&quot;. &quot;qdfax help&quot; lists them.</source>
         <translation>Es gibt keinen Befehl „%1“. „qdfax help“ listet alle auf.</translation>
     </message>
