@@ -16,15 +16,6 @@
 
 #include <algorithm>
 
-namespace {
-
-QString counted(int number, const QString& one, const QString& several)
-{
-    return QStringLiteral("%1 %2").arg(number).arg(number == 1 ? one : several);
-}
-
-} // namespace
-
 CaptureWindow::CaptureWindow(CaptureModel& model, const DateTimeConverter& converter, QSettings& settings)
     : PrintCaptureBase(&model, converter, settings, false)
     , m_model(model)
@@ -110,8 +101,8 @@ QString captureSummary(const CaptureModel& model)
     const auto tiffs = std::count_if(documents.cbegin(), documents.cend(), [](const auto& document) {
         return document.companion != CaptureModel::NoTiff;
     });
-    QString text = counted(documents.size(), Text::tr("document"), Text::tr("documents")) +
-                   QStringLiteral(", ") + counted(pages, Text::tr("page"), Text::tr("pages"));
+    QString text = Text::tr("%n documents", "", documents.size()) + QStringLiteral(", ") +
+                   Text::tr("%n pages", "", pages);
     if (tiffs > 0)
         text += Text::tr(", %1 with a TIFF file").arg(tiffs);
     return text;

@@ -198,10 +198,10 @@ std::optional<StoredContact> ContactCache::resolve(const QString& text, int* sta
         return same.first();
     if (same.size() > 1) {
         *status = ExitStatus::Usage;
-        *error = Text::tr("\"%1\" is the name of several; choose one by its id: %2.").arg(text, lines(same));
+        *error = Text::tr("\"%1\" is the name of several; choose one by its ID: %2.").arg(text, lines(same));
     } else {
         *status = ExitStatus::NothingFound;
-        *error = Text::tr("No contact or group is called \"%1\", nor has that id. %2")
+        *error = Text::tr("No contact or group is called \"%1\", nor has that ID. %2")
                      .arg(text, similar.isEmpty() ? Text::tr("\"qdfax contacts sync\" fetches what is new.")
                                                   : Text::tr("Similar: %1.").arg(lines(similar)));
     }

@@ -238,10 +238,8 @@ int deleteUnits(Invocation& call)
         const auto unit = contacts.unit(stored.id);
         if (!unit || !contacts.remove(*unit, stored.book())) {
             status = unit ? contacts.status() : int(ExitStatus::NothingFound);
-            call.note(Text::tr("Not deleted: %1. %2 of %3 were deleted before it.")
-                          .arg(stored.line())
-                          .arg(deleted.size())
-                          .arg(units.size()));
+            call.note(Text::tr("Not deleted: %1. %n of %2 were deleted before it.", "", deleted.size())
+                          .arg(stored.line(), QString::number(units.size())));
             break;
         }
         deleted.append(toJson(stored));

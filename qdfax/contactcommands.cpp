@@ -53,7 +53,7 @@ private:
         if (m_count >= 0)
             text += Text::tr("storing %1 received").arg(m_count);
         else if (m_session.replies().finished() > 2) // identifiers and book; what follows are members
-            text += Text::tr("%1 members received").arg(m_session.replies().finished() - 1);
+            text += Text::tr("%n members received", "", m_session.replies().finished() - 1);
         else
             text += Text::tr("%1 received").arg(sizeText(m_received));
         m_line.show(text + QStringLiteral(", ") + durationText(m_clock.elapsed() / 1000));
@@ -208,7 +208,7 @@ int show(Invocation& call)
         call.json(object);
         return ExitStatus::Ok;
     }
-    call.fields({{Text::tr("Id"), QString::number(unit->id)},
+    call.fields({{Text::tr("ID"), QString::number(unit->id)},
                  {Text::tr("Book"), bookText(unit->book())},
                  {Text::tr("Name"), unit->name},
                  {Text::tr("Description"), unit->description},
@@ -216,7 +216,7 @@ int show(Invocation& call)
                  {Text::tr("Fax"), unit->fax},
                  {Text::tr("Phone"), unit->phone},
                  {Text::tr("E-mail"), unit->email},
-                 {Text::tr("Object id"), unit->uid}});
+                 {Text::tr("Object ID"), unit->uid}});
     if (unit->isGroup()) {
         call.line(QString());
         call.table(contactTable(members));

@@ -262,9 +262,9 @@ ContactFile ContactFile::readCsv(const QByteArray& bytes)
                                       .trimmed());
         }
         if (record.fields.size() != titles.size()) {
-            entry.problem = Text::tr("it has %1 fields, and the first line names %2")
-                                .arg(record.fields.size())
-                                .arg(titles.size());
+            entry.problem =
+                Text::tr("it has %n fields, and the first line names %1", "", record.fields.size())
+                    .arg(titles.size());
         }
         check(entry);
         file.entries.append(entry);

@@ -84,7 +84,7 @@ int exportContacts(Invocation& call)
                               {QStringLiteral("contacts"), contacts.size()}});
     } else {
         call.line(
-            Text::tr("Exported %1 contacts to %2.").arg(contacts.size()).arg(QDir::toNativeSeparators(path)));
+            Text::tr("Exported %n contacts to %1.", "", contacts.size()).arg(QDir::toNativeSeparators(path)));
     }
     return ExitStatus::Ok;
 }
@@ -132,15 +132,15 @@ void print(const Invocation& call, const ImportReport& report, const QString& bo
         call.json(object);
         return;
     }
-    QString text = (isDry ? Text::tr("%1 contacts can be imported to the %2")
-                          : Text::tr("Imported %1 contacts to the %2"))
-                       .arg(QString::number(report.imported), book);
+    QString text = (isDry ? Text::tr("%n contacts can be imported to the %1", "", report.imported)
+                          : Text::tr("Imported %n contacts to the %1", "", report.imported))
+                       .arg(book);
     if (report.present > 0)
-        text += Text::tr(", %1 were there already").arg(report.present);
+        text += Text::tr(", %n were there already", "", report.present);
     if (!report.failures.isEmpty())
-        text += Text::tr(", %1 were not imported").arg(report.failures.size());
+        text += Text::tr(", %n were not imported", "", report.failures.size());
     if (report.notTried > 0)
-        text += Text::tr(", %1 from line %2 on were not tried").arg(report.notTried).arg(report.nextLine);
+        text += Text::tr(", %n from line %1 on were not tried", "", report.notTried).arg(report.nextLine);
     call.line(text + QLatin1Char('.'));
 }
 
@@ -209,10 +209,10 @@ int addAll(const Invocation& call, ContactSession& contacts, const QVector<Conta
                           .arg(durationText(shown * (entries.size() - i) / (i + 1) / 1000)));
         }
         Terminal::setLastWords(
-            Text::tr("qdfax: Interrupted at line %1. %2 contacts were imported before it, and perhaps this "
-                     "one; \"qdfax contacts sync\" shows it.")
-                .arg(entry.line)
-                .arg(report.imported));
+            Text::tr("qdfax: Interrupted at line %1. %n contacts were imported before it, and perhaps this "
+                     "one; \"qdfax contacts sync\" shows it.",
+                     "", report.imported)
+                .arg(entry.line));
         QuendraContact contact;
         static_cast<Contact&>(contact) = entry.contact;
         quint32 id = 0;

@@ -285,9 +285,10 @@ int download(Invocation& call)
         if (!log.fetch(session, 0))
             return session.status();
         if (number > log.received().size()) {
-            return call.fail(ExitStatus::NotFound,
-                             Text::tr("There are %1 received faxes, so there is no number %2.")
-                                 .arg(QString::number(log.size()), QString::number(number)));
+            return call.fail(
+                ExitStatus::NotFound,
+                Text::tr("There are %n received faxes, so there is no number %1.", "", log.size())
+                    .arg(number));
         }
         url = log.received().at(number - 1)->location();
         if (url.path().isEmpty()) {

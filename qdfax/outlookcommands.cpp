@@ -201,7 +201,7 @@ int outlookSync(Invocation& call)
     if (call.isJson())
         call.json(QJsonObject{{QStringLiteral("key"), key}, {QStringLiteral("contacts"), count}});
     else
-        call.line(count == 1 ? Text::tr("1 contact copied.") : Text::tr("%1 contacts copied.").arg(count));
+        call.line(Text::tr("%n contacts copied.", "", count));
     return ExitStatus::Ok;
 }
 

@@ -305,7 +305,7 @@ QVector<Command> sendCommands()
     abortCommand.summary = Text::tr("Cancel a fax that is not sent yet");
     abortCommand.description = Text::tr(
         "URL is what \"qdfax send\" and \"qdfax queue\" print. The request always goes to the configured\n"
-        "server; of the URL only the path counts. Success means that the server will try.");
+        "server, whichever the URL names. Success means that the server will try.");
     abortCommand.examples = QStringList{QStringLiteral("qdfax abort http://fax.example.org/qdws/v1/ofax/17"),
                                         QStringLiteral("qdfax abort /qdws/v1/ofax/17")};
     abortCommand.leastArguments = abortCommand.mostArguments = 1;

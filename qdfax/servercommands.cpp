@@ -136,8 +136,8 @@ int serverList(Invocation& call)
         return call.fail(ExitStatus::Settings, settings.problem());
     const QVector<StoredServer> servers = settings.servers();
     if (const int strange = settings.strangeEntryCount()) {
-        call.note(Text::tr("%1 of the entries in %2 cannot be read. They are kept as they are.")
-                      .arg(QString::number(strange), settings.path()));
+        call.note(Text::tr("%n of the entries in %1 cannot be read. They are kept as they are.", "", strange)
+                      .arg(settings.path()));
     }
     if (call.isJson()) {
         QJsonArray array;
@@ -269,8 +269,8 @@ int whoami(Invocation& call)
                  {Text::tr("Phone"), contact.phone()},
                  {Text::tr("Fax"), contact.fax()},
                  {Text::tr("E-mail"), contact.email()},
-                 {Text::tr("May edit own contacts"), allowed(permissions.editPersonalContactsEnabled())},
-                 {Text::tr("May edit shared contacts"), allowed(permissions.editGlobalContactsEnabled())}});
+                 {Text::tr("May edit personal contacts"), allowed(permissions.editPersonalContactsEnabled())},
+                 {Text::tr("May edit global contacts"), allowed(permissions.editGlobalContactsEnabled())}});
     return ExitStatus::Ok;
 }
 

@@ -38,14 +38,16 @@ bool use(const QLocale& locale, const QString& name, const QString& folder)
 
 void Text::useLanguageOfUser()
 {
+    const auto resources = QStringLiteral(":/translations");
+    // "1 contact", not "1 contacts"; where a translation is installed after it, that is asked first
+    use(QLocale(QLocale::English), QStringLiteral("qdfax"), resources);
     // Qt takes LANGUAGE from whoever asks for the "C" locale, too: that would translate what scripts read
     if (isUntranslated(localeOfMessages()))
         return;
     const QStringList languages = QLocale::system().uiLanguages();
-    const auto resources = QStringLiteral(":/translations");
     for (const QString& language : languages) {
         const QLocale locale(language);
-        // the language of the sources, which needs no file
+        // the language of the sources
         if (locale.language() == QLocale::English || locale.language() == QLocale::C)
             return;
         if (use(locale, QStringLiteral("qdfax"), resources)) {

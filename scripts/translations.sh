@@ -24,8 +24,10 @@ update() {
     *) echo "Whose texts should $name have? It begins with qdcore_ or qdfax_." >&2; return 1 ;;
   esac
   name=${name#*_}
+  local only=() # of English, which the sources have, the forms that a number asks for
+  [ "$name" != en.ts ] || only=(-pluralonly)
   # without the lines where the texts stand: every change of a source would change them
-  (cd "$root" && "$lupdate" -silent -locations none -no-ui-lines -no-obsolete -source-language en \
+  (cd "$root" && "$lupdate" -silent -locations none -no-ui-lines -no-obsolete "${only[@]}" -source-language en \
     -target-language "${name%.ts}" "${sources[@]}" -ts "$1")
 }
 
@@ -39,12 +41,15 @@ lost() {
                 all($t =~ /(?<=["„])qdfax [a-z]+(?:-[a-z]+)?/g), scalar(() = $t =~ /&\w/g), scalar(() = $t =~ /\r\n/g),
                 $t =~ /^(\s*)/, $t =~ /(\s*)$/, $t =~ /(:?)\s*$/ && $1) }
     while (/<source>(.*?)<\/source>.*?<translation([^>]*)>(.*?)<\/translation>/gs) {
-      my ($source, $state, $text) = (plain($1), $2, plain($3));
+      my ($source, $state, $translation) = (plain($1), $2, $3);
       if ($state ne "") { print "Not translated: $source\n"; next }
-      my @kept = fixed($source); my @have = fixed($text);
-      # a colon may come, as the other language has it
-      pop @kept, pop @have if $kept[-1] eq "";
-      print "Not the same in: $source\n            and: $text\n" if join("\0", @kept) ne join("\0", @have);
+      my @forms = $translation =~ /<numerusform>(.*?)<\/numerusform>/gs;
+      for my $text (map { plain($_) } @forms ? @forms : $translation) {
+        my @kept = fixed($source); my @have = fixed($text);
+        # a colon may come, as the other language has it
+        pop @kept, pop @have if $kept[-1] eq "";
+        print "Not the same in: $source\n            and: $text\n" if join("\0", @kept) ne join("\0", @have);
+      }
     }' "$1"
 }
 

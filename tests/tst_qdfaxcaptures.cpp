@@ -8,6 +8,7 @@
 #include "faxdialog.h"
 #include "folderwatch.h"
 #include "simwire.h"
+#include "text.h"
 
 #include <QBuffer>
 #include <QJsonArray>
@@ -158,6 +159,7 @@ private Q_SLOTS:
         newFolder();   // for all tests: the program asks for it once
         m_log.reset(); // which the program keeps itself
         qputenv("QDFAX_PASSWORD", "secret");
+        Text::useLanguageOfUser();
     }
 
     void init()

@@ -298,7 +298,7 @@ Die Datei %1 wurde nicht gefunden.</translation>
     <message>
         <source>Error to sync contact (get contacts oids task)</source>
         <comment>Logger</comment>
-        <translation>Kontakte konnten nicht synchronisiert werden (Aufgabe zum Abruf der Kennungen)</translation>
+        <translation>Kontakte konnten nicht synchronisiert werden (Aufgabe zum Abruf der IDs)</translation>
     </message>
     <message>
         <source>Error to sync contact (get contacts task)</source>

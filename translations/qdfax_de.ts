@@ -121,27 +121,11 @@ JSON: wie viele Dokumente gelöscht wurden und die Namen aller Dateien, die gebl
     </message>
     <message>
         <source>End when it was shown so often.</source>
-        <translation>Nach so vielen Anzeigen enden.</translation>
+        <translation>Nach so vielen Ausgaben enden.</translation>
     </message>
     <message>
         <source>No documents</source>
         <translation>Keine Dokumente</translation>
-    </message>
-    <message>
-        <source>document</source>
-        <translation>Dokument</translation>
-    </message>
-    <message>
-        <source>documents</source>
-        <translation>Dokumente</translation>
-    </message>
-    <message>
-        <source>page</source>
-        <translation>Seite</translation>
-    </message>
-    <message>
-        <source>pages</source>
-        <translation>Seiten</translation>
     </message>
     <message>
         <source>, %1 with a TIFF file</source>
@@ -185,7 +169,7 @@ JSON: wie viele Dokumente gelöscht wurden und die Namen aller Dateien, die gebl
     </message>
     <message>
         <source>What goes to the log file: 0 nothing to 4 everything (1).</source>
-        <translation>Was in die Protokolldatei geht: von 0, nichts, bis 4, alles (1).</translation>
+        <translation>Was in die Protokolldatei geschrieben wird: 0 nichts bis 4 alles (1).</translation>
     </message>
     <message>
         <source>The output could not be written. Is the disk full?</source>
@@ -201,15 +185,7 @@ JSON: wie viele Dokumente gelöscht wurden und die Namen aller Dateien, die gebl
     </message>
     <message>
         <source>The contacts kept in %1 cannot be used: the file contacts.sqlite there is damaged, locked, or not permitted. When it is damaged, move it away and run &quot;qdfax %2&quot;.</source>
-        <translation>Die in %1 gehaltenen Kontakte sind nicht verwendbar: Die Datei contacts.sqlite dort ist beschädigt, gesperrt oder nicht zugänglich. Ist sie beschädigt, verschieben Sie sie und führen Sie „qdfax %2“ aus.</translation>
-    </message>
-    <message>
-        <source>&quot;%1&quot; is the name of several; choose one by its id: %2.</source>
-        <translation>„%1“ heißen mehrere; wählen Sie nach der Kennung: %2.</translation>
-    </message>
-    <message>
-        <source>No contact or group is called &quot;%1&quot;, nor has that id. %2</source>
-        <translation>Kein Kontakt und keine Gruppe heißt „%1“ oder hat diese Kennung. %2</translation>
+        <translation>Die in %1 gespeicherten Kontakte sind nicht verwendbar: Die Datei contacts.sqlite dort ist beschädigt, gesperrt oder nicht zugänglich. Ist sie beschädigt, verschieben Sie sie und führen Sie „qdfax %2“ aus.</translation>
     </message>
     <message>
         <source>&quot;qdfax contacts sync&quot; fetches what is new.</source>
@@ -324,10 +300,6 @@ JSON: wie viele Dokumente gelöscht wurden und die Namen aller Dateien, die gebl
         <translation> Nichts wurde gelöscht.</translation>
     </message>
     <message>
-        <source>Not deleted: %1. %2 of %3 were deleted before it.</source>
-        <translation>Nicht gelöscht: %1. Davor wurden %2 von %3 gelöscht.</translation>
-    </message>
-    <message>
         <source>Deleted %1.</source>
         <translation>%1 gelöscht.</translation>
     </message>
@@ -371,15 +343,11 @@ Feld. Synchronisieren Sie vorher, wenn auch andere das Buch ändern.</translatio
         <source>The members of a group stay. All that is named has to be found before anything is deleted; the
 first refusal of the server ends it, and what was deleted until then is said.</source>
         <translation>Die Mitglieder einer Gruppe bleiben. Bevor etwas gelöscht wird, muss alles Angegebene gefunden
-sein; lehnt der Server einmal ab, ist Schluss, und es wird gesagt, was bis dahin gelöscht wurde.</translation>
+sein; lehnt der Server etwas ab, wird abgebrochen und gemeldet, was bis dahin gelöscht wurde.</translation>
     </message>
     <message>
         <source>storing %1 received</source>
-        <translation>%1 empfangene werden gespeichert</translation>
-    </message>
-    <message>
-        <source>%1 members received</source>
-        <translation>%1 Mitglieder empfangen</translation>
+        <translation>%1 empfangen, werden gespeichert</translation>
     </message>
     <message>
         <source>%1 received</source>
@@ -414,10 +382,6 @@ sein; lehnt der Server einmal ab, ist Schluss, und es wird gesagt, was bis dahin
         <translation>Kein Name enthält „%1“.</translation>
     </message>
     <message>
-        <source>Id</source>
-        <translation>Id</translation>
-    </message>
-    <message>
         <source>Book</source>
         <translation>Buch</translation>
     </message>
@@ -446,10 +410,6 @@ sein; lehnt der Server einmal ab, ist Schluss, und es wird gesagt, was bis dahin
         <translation>E-Mail</translation>
     </message>
     <message>
-        <source>Object id</source>
-        <translation>Objektkennung</translation>
-    </message>
-    <message>
         <source>MEMBERS</source>
         <translation>MITGLIEDER</translation>
     </message>
@@ -466,7 +426,7 @@ sein; lehnt der Server einmal ab, ist Schluss, und es wird gesagt, was bis dahin
 both. They are kept on this machine, where the other contacts commands and
 &quot;qdfax send --to-contact&quot; find them. A book that cannot be read stays as it was.</source>
         <translation>Liest, was sich seit dem letzten Mal geändert hat: Ihre Kontakte, die des Servers und die Gruppen
-beider. Sie werden auf diesem Rechner gehalten, wo die anderen Befehle für Kontakte und
+beider. Sie werden auf diesem Rechner gespeichert, wo die anderen Befehle für Kontakte und
 „qdfax send --to-contact“ sie finden. Ein Buch, das nicht gelesen werden kann, bleibt, wie es war.</translation>
     </message>
     <message>
@@ -476,7 +436,7 @@ beider. Sie werden auf diesem Rechner gehalten, wo die anderen Befehle für Kont
     <message>
         <source>Shows what the last &quot;qdfax contacts sync&quot; brought, without asking the server.
 </source>
-        <translation>Zeigt, was „qdfax contacts sync“ zuletzt gebracht hat, ohne den Server zu fragen.
+        <translation>Zeigt, was „qdfax contacts sync“ zuletzt geholt hat, ohne den Server zu fragen.
 </translation>
     </message>
     <message>
@@ -554,10 +514,6 @@ text and _ for any character.</source>
         <translation>die erste Zeile benennt die Spalten nicht. Erwartet werden name, organization, phone, fax, email, davon mindestens name oder organization</translation>
     </message>
     <message>
-        <source>it has %1 fields, and the first line names %2</source>
-        <translation>der Eintrag hat %1 Felder, und die erste Zeile benennt %2</translation>
-    </message>
-    <message>
         <source>&quot;%1&quot; is not a line of a vCard</source>
         <translation>„%1“ ist keine Zeile einer vCard</translation>
     </message>
@@ -606,32 +562,8 @@ text and _ for any character.</source>
         <translation>%1 kann nicht geschrieben werden: %2. Nichts davon wurde geschrieben.</translation>
     </message>
     <message>
-        <source>Exported %1 contacts to %2.</source>
-        <translation>%1 Kontakte nach %2 exportiert.</translation>
-    </message>
-    <message>
         <source>Line %1 is not imported: %2.</source>
         <translation>Zeile %1 wird nicht importiert: %2.</translation>
-    </message>
-    <message>
-        <source>%1 contacts can be imported to the %2</source>
-        <translation>%1 Kontakte können importiert werden (%2)</translation>
-    </message>
-    <message>
-        <source>Imported %1 contacts to the %2</source>
-        <translation>%1 Kontakte importiert (%2)</translation>
-    </message>
-    <message>
-        <source>, %1 were there already</source>
-        <translation>, %1 waren schon da</translation>
-    </message>
-    <message>
-        <source>, %1 were not imported</source>
-        <translation>, %1 wurden nicht importiert</translation>
-    </message>
-    <message>
-        <source>, %1 from line %2 on were not tried</source>
-        <translation>, %1 ab Zeile %2 wurden nicht versucht</translation>
     </message>
     <message>
         <source>FILE has to end in .csv or .vcf, which tells what it holds.</source>
@@ -658,10 +590,6 @@ text and _ for any character.</source>
         <translation>%1 von %2 werden importiert (Zeile %3), noch %4</translation>
     </message>
     <message>
-        <source>qdfax: Interrupted at line %1. %2 contacts were imported before it, and perhaps this one; &quot;qdfax contacts sync&quot; shows it.</source>
-        <translation>qdfax: Unterbrochen in Zeile %1. Davor wurden %2 Kontakte importiert und vielleicht auch dieser; „qdfax contacts sync“ zeigt es.</translation>
-    </message>
-    <message>
         <source>Whether the server took line %1 is not known; &quot;qdfax contacts sync&quot; shows it.</source>
         <translation>Ob der Server Zeile %1 angenommen hat, ist nicht bekannt; „qdfax contacts sync“ zeigt es.</translation>
     </message>
@@ -681,7 +609,7 @@ text and _ for any character.</source>
         <source>Writes what the last &quot;qdfax contacts sync&quot; brought, without asking the server: to FILE, or to
 standard output. Both forms are UTF-8; the table has the columns name, organization, phone, fax
 and email. Groups are not part of it.</source>
-        <translation>Schreibt, was „qdfax contacts sync“ zuletzt gebracht hat, ohne den Server zu fragen: nach FILE oder
+        <translation>Schreibt, was „qdfax contacts sync“ zuletzt geholt hat, ohne den Server zu fragen: nach FILE oder
 auf die Standardausgabe. Beide Formen sind UTF-8; die Tabelle hat die Spalten name, organization,
 phone, fax und email. Gruppen gehören nicht dazu.</translation>
     </message>
@@ -762,7 +690,7 @@ ist dann %1. Aus einer Datei, die als Ganzes beschädigt ist, wird nichts import
     </message>
     <message>
         <source>it is not one for a new file</source>
-        <translation>er taugt nicht für eine neue Datei</translation>
+        <translation>er ist für eine neue Datei nicht geeignet</translation>
     </message>
     <message>
         <source> The file %1 holds what the server said, and not the document.</source>
@@ -786,7 +714,7 @@ ist dann %1. Aus einer Datei, die als Ganzes beschädigt ist, wird nichts import
     </message>
     <message>
         <source>the connection ended before the file did. Try again.</source>
-        <translation>die Verbindung endete vor der Datei. Versuchen Sie es noch einmal.</translation>
+        <translation>die Verbindung endete, bevor die Datei vollständig war. Versuchen Sie es noch einmal.</translation>
     </message>
     <message>
         <source>it wants a login, and none was sent, since this is not the configured server.</source>
@@ -829,10 +757,6 @@ ist dann %1. Aus einer Datei, die als Ganzes beschädigt ist, wird nichts import
         <translation>Es gibt keinen Ordner %1.</translation>
     </message>
     <message>
-        <source>There are %1 received faxes, so there is no number %2.</source>
-        <translation>Es gibt %1 empfangene Faxe, also keine Nummer %2.</translation>
-    </message>
-    <message>
         <source>The server names no document for this fax.</source>
         <translation>Der Server nennt für dieses Fax kein Dokument.</translation>
     </message>
@@ -860,7 +784,7 @@ ist dann %1. Aus einer Datei, die als Ganzes beschädigt ist, wird nichts import
         <source>The file is named as the server names it. Login and password go to the configured server only;
 a URL of another host is fetched without them. What was interrupted stays, and is named.</source>
         <translation>Die Datei heißt, wie der Server sie nennt. Anmeldename und Passwort gehen nur an den eingerichteten
-Server; von anderen Rechnern wird ohne sie geladen. Was unterbrochen wurde, bleibt und wird genannt.</translation>
+Server; von anderen Rechnern wird ohne sie geladen. Was unvollständig blieb, wird nicht gelöscht, sondern genannt.</translation>
     </message>
     <message>
         <source>The document of the Nth entry of &quot;qdfax inbox&quot;; 1 is the newest.</source>
@@ -972,7 +896,7 @@ Server; von anderen Rechnern wird ohne sie geladen. Was unterbrochen wurde, blei
     </message>
     <message>
         <source>Sent %1, waiting for the server</source>
-        <translation>%1 gesendet, der Server ist am Zug</translation>
+        <translation>%1 gesendet, der Server arbeitet</translation>
     </message>
     <message>
         <source>Logging in</source>
@@ -1282,7 +1206,7 @@ Beispiele:
     </message>
     <message>
         <source>Version %1 of this server does not print receipts, so it has no printers to offer.</source>
-        <translation>Version %1 dieses Servers druckt keine Bestätigungen, hat also keine Drucker anzubieten.</translation>
+        <translation>Version %1 dieses Servers druckt keine Bestätigungen, bietet also keine Drucker an.</translation>
     </message>
     <message>
         <source>Reading the printers</source>
@@ -1314,7 +1238,7 @@ Beispiele:
     </message>
     <message>
         <source>Show the faxes that wait or are being sent, of all that you may see</source>
-        <translation>Die wartenden und laufenden Faxe aller zeigen, deren Faxe Sie sehen dürfen</translation>
+        <translation>Alle wartenden und laufenden Faxe zeigen, die Sie sehen dürfen</translation>
     </message>
     <message>
         <source>Show the log of sent faxes, the newest first</source>
@@ -1338,11 +1262,11 @@ Beispiele:
     </message>
     <message>
         <source>Seconds between two readings (%1).</source>
-        <translation>Sekunden zwischen zwei Lesevorgängen (%1).</translation>
+        <translation>Sekunden zwischen zwei Abfragen (%1).</translation>
     </message>
     <message>
         <source>End after so many readings.</source>
-        <translation>Nach so vielen Lesevorgängen enden.</translation>
+        <translation>Nach so vielen Abfragen enden.</translation>
     </message>
     <message>
         <source>List the cover pages that the server offers</source>
@@ -1350,7 +1274,7 @@ Beispiele:
     </message>
     <message>
         <source>A star marks the one of your profile.</source>
-        <translation>Ein Stern bezeichnet das Deckblatt Ihres Profils.</translation>
+        <translation>Ein Stern kennzeichnet das Deckblatt Ihres Profils.</translation>
     </message>
     <message>
         <source>List the printers on which the server prints receipts</source>
@@ -1398,11 +1322,11 @@ Beispiele:
     </message>
     <message>
         <source>The folder is chosen, but the contacts of the one before could not be taken out of the cache.</source>
-        <translation>Der Ordner ist gewählt, aber die Kontakte des vorigen konnten nicht aus dem Zwischenspeicher genommen werden.</translation>
+        <translation>Der Ordner ist gewählt, aber die Kontakte des vorigen konnten nicht aus dem Zwischenspeicher entfernt werden.</translation>
     </message>
     <message>
         <source>Chosen. &quot;qdfax outlook sync&quot; copies the contacts.</source>
-        <translation>Gewählt. „qdfax outlook sync“ kopiert die Kontakte.</translation>
+        <translation>Der Ordner ist gewählt. „qdfax outlook sync“ kopiert die Kontakte.</translation>
     </message>
     <message>
         <source>No Outlook folder is chosen. Choose one with &quot;qdfax outlook choose&quot;.</source>
@@ -1425,14 +1349,6 @@ Beispiele:
         <translation>Outlook hat nicht den ganzen Ordner geliefert, und der Zwischenspeicher enthält nur, was es geliefert hat. Versuchen Sie es noch einmal, während Outlook läuft.</translation>
     </message>
     <message>
-        <source>1 contact copied.</source>
-        <translation>1 Kontakt kopiert.</translation>
-    </message>
-    <message>
-        <source>%1 contacts copied.</source>
-        <translation>%1 Kontakte kopiert.</translation>
-    </message>
-    <message>
         <source>Show Outlook&apos;s contact folders</source>
         <translation>Die Kontaktordner von Outlook zeigen</translation>
     </message>
@@ -1448,7 +1364,7 @@ hat einen Stern.</translation>
     </message>
     <message>
         <source>The contacts of the folder chosen before leave the cache.</source>
-        <translation>Die Kontakte des zuvor gewählten Ordners verlassen den Zwischenspeicher.</translation>
+        <translation>Die Kontakte des zuvor gewählten Ordners werden aus dem Zwischenspeicher entfernt.</translation>
     </message>
     <message>
         <source>Outlook&apos;s own contact folder.</source>
@@ -1461,8 +1377,8 @@ hat einen Stern.</translation>
     <message>
         <source>What was copied before is replaced. Takes as long as Outlook takes: --timeout
 does not count here.</source>
-        <translation>Was zuvor kopiert wurde, wird ersetzt. Es dauert, solange Outlook braucht: --timeout
-zählt hier nicht.</translation>
+        <translation>Was zuvor kopiert wurde, wird ersetzt. Es dauert so lange, wie Outlook braucht; --timeout
+gilt hier nicht.</translation>
     </message>
     <message>
         <source>contains a line break, which cannot be sent</source>
@@ -1590,7 +1506,7 @@ zählt hier nicht.</translation>
     </message>
     <message>
         <source>There is nothing to set.</source>
-        <translation>Es gibt nichts zu setzen.</translation>
+        <translation>Es gibt nichts zu ändern.</translation>
     </message>
     <message>
         <source>Saving the profile</source>
@@ -1613,7 +1529,7 @@ zählt hier nicht.</translation>
 to be of a recent version to keep the defaults of a fax; an older one gets them
 from this program&apos;s settings.</source>
         <translation>Was nicht angegeben ist, bleibt, wie es ist; ein leerer Wert leert ein Feld. Die Vorgaben eines
-Faxes hält nur ein Server neuerer Version; ein älterer bekommt sie aus den Einstellungen dieses
+Faxes speichert nur ein Server neuerer Version; ein älterer bekommt sie aus den Einstellungen dieses
 Programms.</translation>
     </message>
     <message>
@@ -1678,7 +1594,7 @@ Programms.</translation>
     </message>
     <message>
         <source>Not sent to those without a fax number: %1.</source>
-        <translation>Nicht gesendet an die ohne Faxnummer: %1.</translation>
+        <translation>Nicht gesendet, da ohne Faxnummer: %1.</translation>
     </message>
     <message>
         <source>--to NUMBER or --to-contact NAME is missing.</source>
@@ -1726,7 +1642,7 @@ Options that are not given are those of your profile.</source>
         <translation>Nimmt PDF, PostScript, reinen Text und TIFF, am Inhalt erkannt. Gibt je Empfänger eine Zeile mit
 Zustand und URL des Faxes aus, mit der es abgebrochen oder verschoben werden kann.
 Ein Komma in einem Namen wird \, geschrieben. Namen von Kontakten werden in dem gesucht, was
-„qdfax contacts sync“ zuletzt gebracht hat; eine Gruppe steht für ihre Mitglieder, von denen jedes
+„qdfax contacts sync“ zuletzt geholt hat; eine Gruppe steht für ihre Mitglieder, von denen jedes
 das Fax einmal bekommt.
 Ohne --cover und --no-cover entscheidet Ihr Profil.
 Optionen, die nicht angegeben sind, kommen aus Ihrem Profil.</translation>
@@ -1765,7 +1681,7 @@ Optionen, die nicht angegeben sind, kommen aus Ihrem Profil.</translation>
     </message>
     <message>
         <source>Seconds between two looks while waiting (%1).</source>
-        <translation>Sekunden zwischen zwei Blicken beim Warten (%1).</translation>
+        <translation>Sekunden zwischen zwei Abfragen beim Warten (%1).</translation>
     </message>
     <message>
         <source>Cancel a fax that is not sent yet</source>
@@ -1773,9 +1689,9 @@ Optionen, die nicht angegeben sind, kommen aus Ihrem Profil.</translation>
     </message>
     <message>
         <source>URL is what &quot;qdfax send&quot; and &quot;qdfax queue&quot; print. The request always goes to the configured
-server; of the URL only the path counts. Success means that the server will try.</source>
+server, whichever the URL names. Success means that the server will try.</source>
         <translation>URL ist, was „qdfax send“ und „qdfax queue“ ausgeben. Die Anfrage geht immer an den eingerichteten
-Server; von der URL zählt nur der Pfad. Erfolg bedeutet, dass der Server es versuchen wird.</translation>
+Server, welchen auch immer die URL nennt. Erfolg bedeutet, dass der Server es versuchen wird.</translation>
     </message>
     <message>
         <source>Send a queued fax at another time, or now</source>
@@ -1816,10 +1732,6 @@ Server; von der URL zählt nur der Pfad. Erfolg bedeutet, dass der Server es ver
     <message>
         <source>Added %1: %2</source>
         <translation>%1 hinzugefügt: %2</translation>
-    </message>
-    <message>
-        <source>%1 of the entries in %2 cannot be read. They are kept as they are.</source>
-        <translation>%1 der Einträge in %2 können nicht gelesen werden. Sie bleiben, wie sie sind.</translation>
     </message>
     <message>
         <source>No fax server is configured. Add one: qdfax server add ADDRESS --login LOGIN</source>
@@ -1890,14 +1802,6 @@ Server; von der URL zählt nur der Pfad. Erfolg bedeutet, dass der Server es ver
         <translation>Laufzeit</translation>
     </message>
     <message>
-        <source>May edit own contacts</source>
-        <translation>Darf eigene Kontakte ändern</translation>
-    </message>
-    <message>
-        <source>May edit shared contacts</source>
-        <translation>Darf gemeinsame Kontakte ändern</translation>
-    </message>
-    <message>
         <source>Log in to a fax server and keep it in the settings</source>
         <translation>Sich an einem Faxserver anmelden und ihn in die Einstellungen aufnehmen</translation>
     </message>
@@ -1939,19 +1843,19 @@ wird, ersetzt seinen Eintrag. Der erste Server wird der Standardserver.</transla
     </message>
     <message>
         <source>A star marks the default server.</source>
-        <translation>Ein Stern bezeichnet den Standardserver.</translation>
+        <translation>Ein Stern kennzeichnet den Standardserver.</translation>
     </message>
     <message>
         <source>Forget a server</source>
-        <translation>Einen Server vergessen</translation>
+        <translation>Einen Server aus den Einstellungen entfernen</translation>
     </message>
     <message>
         <source>UID is as &quot;qdfax server list&quot; shows it; the address alone will do where only one
 account has it. When the default server goes, the first of the others takes its place.
 Its contacts go from this machine with it.</source>
-        <translation>UID ist, was „qdfax server list“ zeigt; die Adresse allein genügt, wo nur ein Konto sie hat. Geht
-der Standardserver, tritt der erste der anderen an seine Stelle. Mit ihm gehen seine Kontakte von
-diesem Rechner.</translation>
+        <translation>UID ist, was „qdfax server list“ zeigt; die Adresse allein genügt, wo nur ein Konto sie hat. Wird
+der Standardserver entfernt, tritt der erste der anderen an seine Stelle. Die Kontakte des entfernten
+Servers werden auf diesem Rechner gelöscht.</translation>
     </message>
     <message>
         <source>Choose the server that commands use without --server</source>
@@ -2015,7 +1919,7 @@ diesem Rechner.</translation>
     </message>
     <message>
         <source> What was asked for does not exist there (any more); check the URL or address.</source>
-        <translation> Das Verlangte gibt es dort nicht (mehr); prüfen Sie URL oder Adresse.</translation>
+        <translation> Das Angeforderte gibt es dort nicht (mehr); prüfen Sie URL oder Adresse.</translation>
     </message>
     <message>
         <source> It is no longer in a state that allows this; see &quot;qdfax queue&quot; and &quot;qdfax sent&quot;.</source>
@@ -2059,7 +1963,7 @@ diesem Rechner.</translation>
     </message>
     <message>
         <source>the answer is larger than any real one, and was cut off.</source>
-        <translation>die Antwort ist größer als jede echte und wurde abgebrochen.</translation>
+        <translation>die Antwort ist zu groß, um echt zu sein; der Empfang wurde abgebrochen.</translation>
     </message>
     <message>
         <source>the connection ended before the answer came. Try again later.</source>
@@ -2107,7 +2011,7 @@ diesem Rechner.</translation>
     </message>
     <message>
         <source>Another program holds the settings file %1. Try again later.</source>
-        <translation>Ein anderes Programm hält die Einstellungsdatei %1. Versuchen Sie es später noch einmal.</translation>
+        <translation>Ein anderes Programm verwendet gerade die Einstellungsdatei %1. Versuchen Sie es später noch einmal.</translation>
     </message>
     <message>
         <source>Nothing can be written to the settings folder %1. Check permissions and free space.</source>
@@ -2148,6 +2052,131 @@ diesem Rechner.</translation>
     <message>
         <source>The %1 could not be stored: check permissions and free space, and whether another program has the file.</source>
         <translation>Nicht gespeichert (%1): Prüfen Sie Rechte und freien Platz, und ob ein anderes Programm die Datei hat.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n documents</source>
+        <translation>
+            <numerusform>%n Dokument</numerusform>
+            <numerusform>%n Dokumente</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n pages</source>
+        <translation>
+            <numerusform>%n Seite</numerusform>
+            <numerusform>%n Seiten</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is the name of several; choose one by its ID: %2.</source>
+        <translation>Mehrere heißen „%1“; wählen Sie einen anhand der ID: %2.</translation>
+    </message>
+    <message>
+        <source>No contact or group is called &quot;%1&quot;, nor has that ID. %2</source>
+        <translation>Kein Kontakt und keine Gruppe heißt „%1“ oder hat diese ID. %2</translation>
+    </message>
+    <message numerus="yes">
+        <source>Not deleted: %1. %n of %2 were deleted before it.</source>
+        <translation>
+            <numerusform>Nicht gelöscht: %1. Davor wurde %n von %2 gelöscht.</numerusform>
+            <numerusform>Nicht gelöscht: %1. Davor wurden %n von %2 gelöscht.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n members received</source>
+        <translation>
+            <numerusform>%n Mitglied empfangen</numerusform>
+            <numerusform>%n Mitglieder empfangen</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Object ID</source>
+        <translation>Objekt-ID</translation>
+    </message>
+    <message numerus="yes">
+        <source>it has %n fields, and the first line names %1</source>
+        <translation>
+            <numerusform>der Eintrag hat %n Feld, und die erste Zeile benennt %1</numerusform>
+            <numerusform>der Eintrag hat %n Felder, und die erste Zeile benennt %1</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Exported %n contacts to %1.</source>
+        <translation>
+            <numerusform>%n Kontakt nach %1 exportiert.</numerusform>
+            <numerusform>%n Kontakte nach %1 exportiert.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n contacts can be imported to the %1</source>
+        <translation>
+            <numerusform>%n Kontakt kann importiert werden (%1)</numerusform>
+            <numerusform>%n Kontakte können importiert werden (%1)</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Imported %n contacts to the %1</source>
+        <translation>
+            <numerusform>%n Kontakt importiert (%1)</numerusform>
+            <numerusform>%n Kontakte importiert (%1)</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>, %n were there already</source>
+        <translation>
+            <numerusform>, %n war schon da</numerusform>
+            <numerusform>, %n waren schon da</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>, %n were not imported</source>
+        <translation>
+            <numerusform>, %n wurde nicht importiert</numerusform>
+            <numerusform>, %n wurden nicht importiert</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>, %n from line %1 on were not tried</source>
+        <translation>
+            <numerusform>, %n ab Zeile %1 wurde nicht versucht</numerusform>
+            <numerusform>, %n ab Zeile %1 wurden nicht versucht</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>qdfax: Interrupted at line %1. %n contacts were imported before it, and perhaps this one; &quot;qdfax contacts sync&quot; shows it.</source>
+        <translation>
+            <numerusform>qdfax: Unterbrochen in Zeile %1. Davor wurde %n Kontakt importiert und vielleicht auch dieser; „qdfax contacts sync“ zeigt es.</numerusform>
+            <numerusform>qdfax: Unterbrochen in Zeile %1. Davor wurden %n Kontakte importiert und vielleicht auch dieser; „qdfax contacts sync“ zeigt es.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>There are %n received faxes, so there is no number %1.</source>
+        <translation>
+            <numerusform>Es gibt %n empfangenes Fax, also keine Nummer %1.</numerusform>
+            <numerusform>Es gibt %n empfangene Faxe, also keine Nummer %1.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n contacts copied.</source>
+        <translation>
+            <numerusform>%n Kontakt kopiert.</numerusform>
+            <numerusform>%n Kontakte kopiert.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n of the entries in %1 cannot be read. They are kept as they are.</source>
+        <translation>
+            <numerusform>%n der Einträge in %1 kann nicht gelesen werden. Er bleibt, wie er ist.</numerusform>
+            <numerusform>%n der Einträge in %1 können nicht gelesen werden. Sie bleiben, wie sie sind.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>May edit personal contacts</source>
+        <translation>Darf persönliche Kontakte ändern</translation>
+    </message>
+    <message>
+        <source>May edit global contacts</source>
+        <translation>Darf globale Kontakte ändern</translation>
     </message>
 </context>
 </TS>
