@@ -21,10 +21,10 @@ struct LogText;
  * One request to a fax server's web service.
  *
  * The life of a task: FaxServer::addTask() creates it as a child of the server and connects the server's
- * bookkeeping to it; the caller connects its own slots, sets the parameters and calls execute(). The task
- * sends one request, waits for the reply, emits exactly one outcome (its own done signal or errorExecute())
- * and deletes itself. A task whose server is destroyed goes with it and emits nothing. There is no time-out:
- * a server that never finishes its reply keeps the task waiting.
+ * bookkeeping to it; the caller connects its own slots, sets the parameters and calls execute(), without
+ * effect where what it is about is not set. The task sends one request, waits for the reply, emits exactly
+ * one outcome (its own done signal or errorExecute()) and deletes itself. A task whose server is destroyed
+ * goes with it and emits nothing. There is no time-out: a reply that never ends keeps the task waiting.
  *
  * Tasks live on the thread of their server, normally the GUI thread, and never block it.
  *

@@ -20,8 +20,8 @@ protected:
 public:
     Task::Type type() override;
 
-    /// The entry's URL as the server gave it; its path is what counts. With an empty one execute() does
-    /// nothing.
+    /// The entry's URL as the server gave it; its path and query are what counts. With an empty one
+    /// execute() does nothing.
     void setFaxEntryUrl(const QUrl& url) { m_faxEntryUrl = url; }
 
 Q_SIGNALS:
