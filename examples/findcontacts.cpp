@@ -2,7 +2,7 @@
 //
 // The contact manager keeps the books in a local database, which background threads bring up to date; the
 // window only ever asks the database. F5 synchronises again. With --grab it saves its picture after the first
-// synchronisation and ends.
+// synchronisation and ends; where that fails it ends with status 1.
 
 #include "contact.h"
 #include "contactgroup.h"
@@ -12,6 +12,7 @@
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QShortcut>
@@ -33,6 +34,7 @@ public:
         resize(640, 400);
 
         m_text->setPlaceholderText(tr("Search names"));
+        statusBar()->addPermanentWidget(m_status);
         m_table->setHorizontalHeaderLabels({tr("Name"), tr("Organization"), tr("Fax")});
         m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
 
@@ -50,6 +52,13 @@ public:
         auto* again = new QShortcut(QKeySequence::Refresh, this);
         connect(again, &QShortcut::activated, this, &FindContacts::synchronise);
         search();
+    }
+
+    /// What became of the last request.
+    void setStatus(Task::Status status)
+    {
+        m_status->setText(status == Task::Ok ? QString()
+                                             : tr("Failed: %1").arg(QVariant::fromValue(status).toString()));
     }
 
 private:
@@ -89,6 +98,7 @@ private:
     ContactManager& m_contacts;
     QLineEdit* m_text = new QLineEdit;
     QTableWidget* m_table = new QTableWidget(0, 3);
+    QLabel* m_status = new QLabel;
 };
 
 int main(int argc, char** argv)
@@ -101,15 +111,21 @@ int main(int argc, char** argv)
     //! [cache]
     ContactManager contacts; // before the fax manager, and destroyed after it
     FaxManager manager{QPointer<ContactManager>(&contacts)};
-    manager.addServer(arguments[1], false, arguments[2], arguments[3]); // logs in, then synchronises
+    // logs in, then synchronises
+    QPointer<FaxServer> server = manager.addServer(arguments[1], false, arguments[2], arguments[3]);
     //! [cache]
 
     FindContacts window(contacts);
     window.show();
+    QObject::connect(server, &FaxServer::changedLastStatus, &window, &FindContacts::setStatus);
     const int grab = arguments.indexOf(QStringLiteral("--grab"));
     if (grab > 0) {
         QObject::connect(&contacts, &ContactManager::onSyncStop, &window,
                          [&] { app.exit(window.grab().save(arguments.value(grab + 1)) ? 0 : 1); });
+        QObject::connect(server, &FaxServer::changedLastStatus, &window, [&](Task::Status status) {
+            if (status != Task::Ok)
+                app.exit(1);
+        });
     }
     return app.exec();
 }

@@ -1,7 +1,7 @@
 // Follows what a server receives, is sending and has sent: followlogs ADDRESS LOGIN PASSWORD [ROUNDS]
 //
-// Prints each fax once in each state, as soon as it is in it, and asks every two seconds; with ROUNDS it ends
-// after so many.
+// Prints each fax once in each state, as soon as it is in it, and asks again two seconds after the answers;
+// with ROUNDS it ends after so many.
 
 #include "contactmanager.h"
 #include "faxmanager.h"
@@ -20,12 +20,14 @@
 class Follower
 {
 public:
-    explicit Follower(const QPointer<FaxServer>& server)
+    Follower(const QPointer<FaxServer>& server, int rounds)
         : m_server(server)
+        , m_rounds(rounds)
     {}
 
     void ask()
     {
+        m_unanswered = 3;
         //! [inbound]
         auto* received = static_cast<TaskGetInboundFaxEntry*>(m_server->addTask(Task::GetInboundFaxEntry));
         QObject::connect(received, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry,
@@ -33,6 +35,7 @@ public:
                              for (const auto& entry : *entries)
                                  show(entry->location(), QStringLiteral("received"), entry->remoteId(),
                                       entry->pages());
+                             answered();
                          });
         received->execute();
         //! [inbound]
@@ -48,6 +51,7 @@ public:
                                       waits ? QStringLiteral("waiting") : QStringLiteral("sending"),
                                       entry->recipient(), entry->pages());
                              }
+                             answered();
                          });
         sending->execute();
         //! [status]
@@ -56,15 +60,31 @@ public:
         auto* sent = static_cast<TaskGetOutboundFaxEntry*>(m_server->addTask(Task::GetOutboundFaxEntry));
         QObject::connect(sent, &TaskGetOutboundFaxEntry::doneGetFaxEntry,
                          [this](const BaseFaxEntry::FaxEntriesPtrListPtr& entries) {
-                             for (const auto& entry : *entries)
-                                 show(entry->entryUrl(), QStringLiteral("sent"), entry->recipient(),
-                                      entry->pages());
+                             for (const auto& entry : *entries) {
+                                 const auto state = entry->state(); // failed, aborted and rejected ones, too
+                                 const bool isSent =
+                                     state == BaseFaxEntry::StateSent || state == BaseFaxEntry::StateComplete;
+                                 show(entry->entryUrl(),
+                                      isSent ? QStringLiteral("sent") : QStringLiteral("not sent"),
+                                      entry->recipient(), entry->pages());
+                             }
+                             answered();
                          });
         sent->execute();
         //! [outbound]
     }
 
 private:
+    void answered()
+    {
+        if (--m_unanswered > 0)
+            return;
+        if (--m_rounds == 0)
+            QCoreApplication::quit();
+        else
+            QTimer::singleShot(2000, m_server, [this] { ask(); });
+    }
+
     void show(const QUrl& url, const QString& what, const QString& whom, int pages)
     {
         const auto seen = qMakePair(url, what);
@@ -75,6 +95,8 @@ private:
     }
 
     QPointer<FaxServer> m_server;
+    int m_rounds; // below 1: until it is interrupted
+    int m_unanswered{0};
     QSet<QPair<QUrl, QString>> m_seen;
     QTextStream m_out{stdout};
 };
@@ -85,21 +107,17 @@ int main(int argc, char** argv)
     const QStringList arguments = app.arguments();
     if (arguments.size() < 4)
         qFatal("usage: followlogs ADDRESS LOGIN PASSWORD [ROUNDS]");
-    int rounds = arguments.value(4).toInt();
 
     FaxManager manager{QPointer<ContactManager>()};
     QPointer<FaxServer> server = manager.addServer(arguments[1], false, arguments[2], arguments[3]);
-    Follower follower(server);
+    Follower follower(server, arguments.value(4).toInt());
 
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&] {
-        if (arguments.size() > 4 && rounds-- == 0)
-            app.quit();
-        else if (server->lastStatus() == Task::Ok)
-            follower.ask();
-        else if (server->lastStatus() != Task::Unknown) // Unknown: the login has not ended
-            app.exit(1);
+    QObject::connect(server, &FaxServer::changedFaxUser, [&] { follower.ask(); }); // the login has ended
+    QObject::connect(server, &FaxServer::changedLastStatus, [&](Task::Status status) {
+        if (status == Task::Ok)
+            return;
+        QTextStream(stdout) << "failed: " << QVariant::fromValue(status).toString() << '\n';
+        app.exit(1);
     });
-    timer.start(2000);
     return app.exec();
 }

@@ -29,33 +29,52 @@ cmake --install "$build" --prefix "$stage" >/dev/null
 cmake -S "$root/examples" -B "$examples" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$stage" >/dev/null
 cmake --build "$examples"
 
+speed=20
+[ "$name" != all ] || speed=500 # where nobody looks
 work=$(mktemp -d)
 trap 'stop_qdsim; rm -rf "$work"' EXIT
 export APPDATA=$work
-start_qdsim "$stage/bin/qdsim" "$work" --user anna:secret --speed 20 --inbound 3 --contacts 200 --groups 3
+start_qdsim "$stage/bin/qdsim" "$work" --user anna:secret --speed "$speed" --inbound 3 --contacts 200 --groups 3 \
+  --fail-pattern 99
 
-run() { say "$1"; "$examples/$1" "$address" anna secret "${@:2}"; }
+password=secret
+run() { say "$1"; "$examples/$1" "$address" anna "$password" "${@:2}"; }
 
 sendfax() {
   printf '%%PDF-1.4\n%%%%EOF\n' >"$work/note.pdf"
-  run sendfax +49305550100 "$work/note.pdf"
+  run sendfax "${1:-+49305550100}" "$work/note.pdf"
 }
-followlogs() { sendfax; run followlogs "${rounds[@]}"; }
-findcontacts() { run findcontacts "${grab[@]}"; }
+followlogs() { sendfax; run followlogs; }
+findcontacts() { run findcontacts; }
 
-rounds=() grab=()
+has() { grep -q "$1" "$work/out" || { echo "No \"$1\" in what was printed" >&2; return 1; }; }
+
 if [ "$name" = all ]; then
   # "all" is a test: each runs to its end, with the proof of its work, and pkg-config tells a compiler the same as CMake
   export PKG_CONFIG_PATH
   PKG_CONFIG_PATH=$(dirname "$(find "$stage" -name qdcore.pc)")
   # shellcheck disable=SC2046
   g++ -std=c++17 -fPIC "$root/examples/followlogs.cpp" -o "$work/followlogs" $(pkg-config --cflags --libs qdcore)
-  rounds=(2) grab=(--grab "$work/contacts.png")
-  followlogs | tee "$work/out"
-  grep -q '^queued: ' "$work/out"
+  { sendfax; sendfax 5550199; } | tee "$work/out"
+  [ "$(grep -c '^queued: ' "$work/out")" -eq 2 ]
+  for _ in $(seq 100); do # until both faxes have ended
+    run followlogs 1 >"$work/out"
+    [ "$(grep -c '^\(not \)\?sent' "$work/out")" -lt 2 ] || break
+    sleep 0.2
+  done
+  cat "$work/out"
+  has '^sent.*0100'
+  has '^not sent.*0199'
   [ "$(grep -c '^received' "$work/out")" -eq 3 ]
-  findcontacts
+  run findcontacts --grab "$work/contacts.png"
   [ "$(head -c 4 "$work/contacts.png" | tail -c 3)" = PNG ]
+  password=wrong
+  for what in followlogs "findcontacts --grab $work/contacts.png"; do
+    # shellcheck disable=SC2086
+    run $what >"$work/out" && status=0 || status=$?
+    [ $status -eq 1 ] || { echo "$what with a wrong password ended with $status" >&2; exit 1; }
+    [[ $what != followlogs ]] || has '^failed: AuthError'
+  done
 else
   "$name"
 fi
