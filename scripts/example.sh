@@ -25,6 +25,7 @@ fi
 
 stage=$build/stage
 examples=$build/examples
+rm -rf "$stage"
 cmake --install "$build" --prefix "$stage" >/dev/null
 cmake -S "$root/examples" -B "$examples" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$stage" >/dev/null
 cmake --build "$examples"
@@ -75,6 +76,29 @@ if [ "$name" = all ]; then
     [ $status -eq 1 ] || { echo "$what with a wrong password ended with $status" >&2; exit 1; }
     [[ $what != followlogs ]] || has '^failed: AuthError'
   done
+  say "The components"
+  for part in runtime development tools; do
+    cmake --install "$build" --component $part --prefix "$work/$part" >/dev/null
+    (cd "$work/$part" && find . ! -type d ! -path './share/doc/*')
+  done | sort >"$work/parts"
+  # each file is in one of them
+  (cd "$stage" && find . ! -type d) | sort | diff - "$work/parts"
+  while read -r part file; do
+    find "$work/$part" -name "$file" | grep -q . || { echo "No $file in $part" >&2; exit 1; }
+  done <<'EOF'
+runtime libqdcore.so.[0-9]
+runtime qdcore_de.qm
+development libqdcore.so
+development faxserver.h
+development qdcoreConfig.cmake
+development qdcore.pc
+tools qdfax
+tools qdsim
+tools qdfax.1
+EOF
+  # qdfax needs the library, and nothing else
+  cmake --install "$build" --component runtime --prefix "$work/tools" >/dev/null
+  "$work/tools/bin/qdfax" --version
 else
   "$name"
 fi
