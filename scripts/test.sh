@@ -8,7 +8,7 @@ set -euo pipefail
 preset=${1:-release}
 shift || true
 
-install_packages doxygen
+install_packages doxygen help2man
 build "$preset"
 say "Testing"
 cd "$root"
