@@ -1,7 +1,5 @@
 #include "appfolder_p.h"
 
-#include <QFile>
-
 #ifdef Q_OS_UNIX
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,16 +8,6 @@
 QString appFolder(const QString& leaf)
 {
     return qEnvironmentVariable("APPDATA") + QStringLiteral("/Quendra Client Software") + leaf;
-}
-
-void keepToOwner(const QString& path)
-{
-    const QFile::Permissions now = QFile::permissions(path);
-    const QFile::Permissions owners = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
-                                      QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
-    if (now & others)
-        QFile::setPermissions(path, now & owners);
 }
 
 void makePrivate(const QString& path)

@@ -1,5 +1,6 @@
 #include "settingsfile.h"
 
+#include "appfolder_p.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "quendrastorage.h"
@@ -186,6 +187,7 @@ SettingsFile::State SettingsFile::load()
                                                                          : file.errorString();
         return m_state = Unreadable;
     }
+    keepToOwner(m_path); // it holds passwords, whoever put it there; also where it will be moved aside
     m_detail = file.size() > largestFile ? Text::tr("it is too large") : xmlProblem(file.readAll());
     file.close();
     if (!m_detail.isEmpty())

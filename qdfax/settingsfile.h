@@ -33,7 +33,7 @@ struct StoredServer
  *
  * A file is never replaced by less than it held: changes are made to what the file holds at that moment,
  * written to a side file, read back, and only then put in its place; a file that cannot be understood is
- * moved aside. The file is readable by its owner only.
+ * moved aside. From its first reading on, the file is readable by its owner only.
  */
 class SettingsFile : private IQuendraStorage
 {
@@ -54,7 +54,7 @@ public:
 
     const QString& path() const { return m_path; }
 
-    /// Reads the file. Contacts no server.
+    /// Reads the file, and takes it from everybody but its owner. Contacts no server.
     State load();
     State state() const { return m_state; }
     /// A sentence for a file that is neither Good nor Missing: what is wrong, and what to do.
