@@ -274,7 +274,8 @@ int Invocation::failOption(const char* option, const QString& what) const
 
 void Invocation::note(const QString& sentence) const
 {
-    Terminal::writeError(QStringLiteral("qdfax: ") + printable(sentence));
+    if (!sentence.isEmpty())
+        Terminal::writeError(QStringLiteral("qdfax: ") + printable(sentence));
 }
 
 void Invocation::line(const QString& text) const

@@ -97,7 +97,7 @@ public:
     /// The same for a command line that is not understood: points to the help.
     int failUsage(const QString& sentence) const;
     int failOption(const char* option, const QString& what) const;
-    /// A remark to standard error that is no failure.
+    /// A remark to standard error that is no failure. Of an empty one nothing is seen.
     void note(const QString& sentence) const;
 
     void line(const QString& text) const;

@@ -85,7 +85,9 @@ QString StoredContact::line() const
 std::unique_ptr<ContactCache> ContactCache::open(const Invocation& call, int* status)
 {
     StoredServer server;
-    const QString problem = SettingsFile().choose(call.serverName(), &server);
+    SettingsFile settings;
+    const QString problem = settings.choose(call.serverName(), &server);
+    call.note(settings.takeRemark());
     if (!problem.isEmpty()) {
         *status = call.fail(ExitStatus::Settings, problem);
         return nullptr;

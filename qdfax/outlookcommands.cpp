@@ -33,6 +33,7 @@ public:
                                       "computer, and that takes Windows."));
         }
         settings.load();
+        call.note(settings.takeRemark());
         if (!settings.problem().isEmpty())
             return call.fail(ExitStatus::Settings, settings.problem());
         return ExitStatus::Ok;
@@ -134,8 +135,7 @@ int outlookChoose(Invocation& call)
             return true;
         },
         nullptr);
-    if (!outlook.settings.remark().isEmpty())
-        call.note(outlook.settings.remark());
+    call.note(outlook.settings.takeRemark());
     if (!trouble.isEmpty()) {
         if (!isKnown)
             storage.deleteSource(source);

@@ -131,8 +131,7 @@ int profileSet(Invocation& call)
             return true;
         },
         &movedTo);
-    if (!session.settings().remark().isEmpty())
-        call.note(session.settings().remark());
+    call.note(session.settings().takeRemark());
     if (!trouble.isEmpty())
         return call.fail(ExitStatus::Settings, Text::tr("The server took the profile. ") + trouble);
     show(call, server, server.user());

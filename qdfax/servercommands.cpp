@@ -68,8 +68,7 @@ int editSettings(const Invocation& call, const std::function<bool(SettingsFile&)
     QString movedTo;
     SettingsFile settings;
     const QString problem = settings.edit(change, &movedTo);
-    if (!settings.remark().isEmpty())
-        call.note(settings.remark());
+    call.note(settings.takeRemark());
     if (!movedTo.isEmpty()) {
         call.note(Text::tr("The settings file was damaged. It is kept as %1, and a new one was begun.")
                       .arg(QDir::toNativeSeparators(movedTo)));
@@ -98,7 +97,9 @@ int serverAdd(Invocation& call)
 
     // before the server is asked: a file that must not be touched ends the command at once
     SettingsFile settings;
-    if (settings.load() == SettingsFile::Newer || settings.state() == SettingsFile::Unreadable)
+    settings.load();
+    call.note(settings.takeRemark());
+    if (settings.state() == SettingsFile::Newer || settings.state() == SettingsFile::Unreadable)
         return call.fail(ExitStatus::Settings, settings.problem());
 
     Session session(call);
@@ -132,6 +133,7 @@ int serverList(Invocation& call)
 {
     SettingsFile settings;
     settings.load();
+    call.note(settings.takeRemark());
     if (!settings.problem().isEmpty())
         return call.fail(ExitStatus::Settings, settings.problem());
     const QVector<StoredServer> servers = settings.servers();
@@ -180,6 +182,7 @@ int changeEntry(const Invocation& call, void (SettingsFile::*change)(const QStri
     const QString wanted = call.arguments().at(0);
     SettingsFile settings;
     settings.load();
+    call.note(settings.takeRemark());
     if (!settings.problem().isEmpty())
         return call.fail(ExitStatus::Settings, settings.problem());
     QString uid;

@@ -140,6 +140,7 @@ bool Session::attach()
 {
     StoredServer chosen;
     const QString problem = m_settings.choose(m_invocation.serverName(), &chosen);
+    m_invocation.note(m_settings.takeRemark());
     if (!problem.isEmpty()) {
         fail(ExitStatus::Settings, problem);
         return false;

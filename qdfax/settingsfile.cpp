@@ -18,6 +18,7 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #ifdef Q_OS_UNIX
 #include <unistd.h>
@@ -36,6 +37,7 @@ const auto versionAttribute = QStringLiteral("version");
 const qint64 largestFile = qint64(16) * 1024 * 1024;
 const int deepestNesting = 32; // ours have four levels; the DOM's parser would follow any number into a crash
 const int lockTimeout = 10000; // ms
+const auto lockSuffix = QStringLiteral(".lock");
 const auto sideSuffix = QStringLiteral(".saving-"); // of the side file, before six letters of its own
 
 /// Empty when the bytes are XML that is safe to parse into a DOM, else what is wrong with them.
@@ -176,6 +178,12 @@ void SettingsFile::startEmpty()
 }
 
 SettingsFile::State SettingsFile::load()
+{
+    clearUp();
+    return read();
+}
+
+SettingsFile::State SettingsFile::read()
 {
     startEmpty();
     m_detail.clear();
@@ -392,7 +400,7 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
             .arg(folder);
 
     const Terminal::InterruptBlocker blocker;
-    QLockFile lock(m_path + QStringLiteral(".lock"));
+    QLockFile lock(m_path + lockSuffix);
     // A program that died before it wrote its number into the lock leaves one that only its age gives away.
     // That of a living one, however old, is kept by the system.
     lock.setStaleLockTime(lockTimeout / 2);
@@ -404,7 +412,7 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
                               "space.")
                          .arg(folder);
     }
-    load();
+    read();
     if (m_state == Newer || m_state == Unreadable)
         return problem();
     removeSideFiles();
@@ -413,23 +421,44 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
     return save(movedTo);
 }
 
-QString SettingsFile::remark() const
+QString SettingsFile::takeRemark()
 {
-    return m_wasBrokenOff ? Text::tr("An earlier change of the settings was broken off and is not in "
-                                     "them. \"qdfax server list\" shows what is.")
-                          : QString();
+    return std::exchange(m_wasBrokenOff, false)
+               ? Text::tr("An earlier change of the settings was broken off and is not in "
+                          "them. \"qdfax server list\" shows what is.")
+               : QString();
+}
+
+QStringList SettingsFile::sideFiles() const
+{
+    const QFileInfo info(m_path);
+    QStringList found;
+    const QFileInfoList all = info.absoluteDir().entryInfoList(QDir::Files | QDir::Hidden);
+    for (const QFileInfo& file : all) {
+        if (file.fileName().startsWith(info.fileName() + sideSuffix))
+            found.append(file.absoluteFilePath());
+    }
+    return found;
 }
 
 /// Nobody else saves while the lock is held, so any side file is of a program that died before it was done.
 void SettingsFile::removeSideFiles()
 {
-    const QFileInfo info(m_path);
-    QDir folder = info.absoluteDir();
-    const QStringList left = folder.entryList(QDir::Files | QDir::Hidden);
-    for (const QString& name : left) {
-        if (name.startsWith(info.fileName() + sideSuffix))
-            m_wasBrokenOff = folder.remove(name) || m_wasBrokenOff;
-    }
+    const QStringList left = sideFiles();
+    for (const QString& file : left)
+        m_wasBrokenOff = QFile::remove(file) || m_wasBrokenOff;
+}
+
+/// Where a side file is left and nobody is saving. Who only reads waits for nobody.
+void SettingsFile::clearUp()
+{
+    if (sideFiles().isEmpty())
+        return;
+    const Terminal::InterruptBlocker blocker;
+    QLockFile lock(m_path + lockSuffix);
+    lock.setStaleLockTime(lockTimeout / 2);
+    if (lock.tryLock(0))
+        removeSideFiles();
 }
 
 QString SettingsFile::save(QString* movedTo)
@@ -452,7 +481,7 @@ QString SettingsFile::save(QString* movedTo)
     if (!QuendraStorage(side).Save(*this))
         return failure(Text::tr("writing failed; is the disk full?"));
     SettingsFile written(side);
-    if (written.load() != Good ||
+    if (written.read() != Good ||
         !sameContent(written.m_document.documentElement(), m_document.documentElement()) ||
         !flushToDisk(side))
         return failure(Text::tr("what was written does not read back"));

@@ -54,7 +54,8 @@ public:
 
     const QString& path() const { return m_path; }
 
-    /// Reads the file, and takes it from everybody but its owner. Contacts no server.
+    /// Reads the file, and takes it from everybody but its owner. Clears up after a program that died while
+    /// it saved, for which takeRemark() has a sentence then. Contacts no server.
     State load();
     State state() const { return m_state; }
     /// A sentence for a file that is neither Good nor Missing: what is wrong, and what to do.
@@ -90,17 +91,20 @@ public:
     /// wait. Empty when all went well, else what is wrong. @p movedTo is set when a damaged file was moved
     /// aside. A change that returns false is not saved, without an error.
     QString edit(const std::function<bool(SettingsFile&)>& change, QString* movedTo);
-    /// What edit() found that the user should know: a program before this one died while it saved. Mostly
-    /// empty.
-    QString remark() const;
+    /// What load() or edit() found that the user should know, once: a program before this one died while it
+    /// saved. Mostly empty.
+    QString takeRemark();
 
 private:
     bool readStorage(const QDomElement& element, int version) override;
     bool writeStorage(QDomDocument& document, QDomElement& element, int version) const override;
 
+    State read();
     void startEmpty();
     QDomElement entry(const QString& uid) const;
+    QStringList sideFiles() const;
     void removeSideFiles();
+    void clearUp();
     QString save(QString* movedTo);
 
     QString m_path;

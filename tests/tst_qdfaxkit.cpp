@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QLockFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextCodec>
@@ -284,6 +285,28 @@ private Q_SLOTS:
             QCOMPARE(int(file.load()), int(SettingsFile::Good));
         const QStringList left = QDir(m_folder->path()).entryList(QDir::Files);
         QCOMPARE(left.size(), movedTo.isEmpty() ? 1 : 2); // no side file, no lock
+    }
+
+    /// A side file is of a program that is saving, or of one that died.
+    void settingsBrokenOff()
+    {
+        const QString path = m_folder->filePath(s("qdfax.xml"));
+        const QString side = path + s(".saving-AbCdEf");
+        writeFile(side, "<sett");
+        SettingsFile file(path);
+        {
+            QLockFile saving(path + s(".lock"));
+            QVERIFY(saving.tryLock(0));
+            file.load();
+            QCOMPARE(file.takeRemark(), QString());
+            QVERIFY(QFile::exists(side));
+        }
+        QCOMPARE(int(file.load()), int(SettingsFile::Missing)); // the first saving of all is no exception
+        QVERIFY(!file.takeRemark().isEmpty());
+        QCOMPARE(file.takeRemark(), QString());
+        QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden), QStringList());
+        QCOMPARE(save(file), QString());
+        QCOMPARE(file.takeRemark(), QString());
     }
 
     void settingsKeepWhatTheyDoNotKnow()

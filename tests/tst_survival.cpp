@@ -272,10 +272,7 @@ private Q_SLOTS:
             QCOMPARE(inStore(sim), now);
             checkDatabase();
         }
-        QStringList figures;
-        for (auto outcome = outcomes.begin(); outcome != outcomes.end(); ++outcome)
-            figures << s("%1 %2").arg(outcome.key()).arg(outcome.value());
-        qInfo("%d kills, seed %u: %s", rounds(), m_seed, qPrintable(figures.join(s(", "))));
+        report(outcomes);
     }
 
     void twoSynchroniseIntoOneFile()
@@ -314,8 +311,7 @@ private Q_SLOTS:
     void killedWhileSaving()
     {
         const auto makeDefault = [this](Program& program, int server) {
-            program.begin({s("server"), s("default"), s("fax%1").arg(server)}, m_folder->path(),
-                          QProcessEnvironment::systemEnvironment());
+            begin(program, {s("server"), s("default"), s("fax%1").arg(server)});
         };
         const auto run = [&](int server) {
             Program program;
@@ -325,11 +321,6 @@ private Q_SLOTS:
         const QByteArray stale = addTwo();
         QByteArray texts[2] = {stale, stale};
         qint64 whole = 0; // µs from where the file is locked until it is another
-        const QString lock = settings() + s(".lock");
-        const auto waitForLock = [&lock](QProcess& program) {
-            while (program.state() != QProcess::NotRunning && !QFile::exists(lock))
-                program.waitForFinished(0);
-        };
         for (const int server : {0, 1}) {
             Program program;
             makeDefault(program, server);
@@ -346,7 +337,7 @@ private Q_SLOTS:
 
         // one died, some seconds ago, before it wrote its number into the lock
         {
-            QFile left(lock);
+            QFile left(lock());
             QVERIFY(left.open(QIODevice::WriteOnly));
             QVERIFY(left.setFileTime(QDateTime::currentDateTime().addSecs(-6),
                                      QFileDevice::FileModificationTime));
@@ -374,17 +365,86 @@ private Q_SLOTS:
             for (const QString& name : side)
                 QCOMPARE(QFile::permissions(folder.filePath(name)) & s_others, QFile::Permissions());
 
-            // the next one works, says what happened and clears up
+            // the next one works, says what happened and clears up, also when it only reads
+            bool isToldOf = false;
+            if (round % 2 == 0) {
+                const Result reader = list();
+                CHECK_RUN(reader, 0);
+                isToldOf = reader.err.contains("broken off");
+                QCOMPARE(isToldOf, !side.isEmpty());
+                QCOMPARE(folder.entryList({s("qdfax.xml.saving-*")}), QStringList());
+            }
             const Result next = run(server);
             CHECK_RUN(next, 0);
-            QCOMPARE(next.err.contains("broken off"), !side.isEmpty());
+            QCOMPARE(next.err.contains("broken off"), !side.isEmpty() && !isToldOf);
             QCOMPARE(readFile(settings()), texts[server]);
             QCOMPARE(folder.entryList(QDir::Files), QStringList(s("qdfax.xml")));
         }
-        QStringList figures;
-        for (auto outcome = outcomes.begin(); outcome != outcomes.end(); ++outcome)
-            figures << s("%1 %2").arg(outcome.key()).arg(outcome.value());
-        qInfo("%d kills, seed %u: %s", rounds(), m_seed, qPrintable(figures.join(s(", "))));
+        report(outcomes);
+    }
+
+    /// A damaged file is moved aside before the new one takes its place.
+    void killedWhileReplacingDamaged()
+    {
+        const QDir folder = QFileInfo(settings()).dir();
+        const QByteArray damaged = addTwo().chopped(30);
+        const auto damage = [&] {
+            QVERIFY(QDir(folder).removeRecursively() && folder.mkpath(s(".")));
+            writeFile(settings(), damaged);
+            QVERIFY(QFile::setPermissions(settings(), QFile::ReadOwner | QFile::WriteOwner | s_others));
+        };
+        const auto add = [this](Program& program) {
+            begin(program, {s("server"), s("add"), s("fax2"), s("--login"), s("mary"), s("--no-check")});
+        };
+        qint64 whole = 0; // µs from where the file is locked until it is another
+        damage();
+        {
+            Program program;
+            add(program);
+            waitForLock(program);
+            QElapsedTimer clock;
+            clock.start();
+            while (program.state() != QProcess::NotRunning && readFile(settings()) == damaged)
+                program.waitForFinished(0);
+            whole = clock.nsecsElapsed() / 1000;
+            CHECK_RUN(program.finish(), 0);
+        }
+        QMap<QString, int> outcomes;
+        for (int round = 0; round < rounds(); ++round) {
+            damage();
+            Program program;
+            add(program);
+            waitForLock(program);
+            pause(whole * 3 / 2);
+            program.kill();
+            program.finish();
+            // whether there is a new one or none, the damaged one is there, whole, and the owner's
+            const QStringList side = folder.entryList({s("qdfax.xml.saving-*")});
+            QStringList aside = folder.entryList({s("qdfax.xml.damaged-*")});
+            const bool isOld = readFile(settings()) == damaged;
+            const bool isBetween = !QFile::exists(settings());
+            ++outcomes[isOld ? s("old") : isBetween ? s("moved aside, none new") : s("new")];
+            QCOMPARE(aside.size(), isOld ? 0 : 1);
+            QVERIFY(!isBetween || side.size() == 1);
+            if (!isOld)
+                QCOMPARE(readFile(folder.filePath(aside.first())), damaged);
+            for (const QString& name : side + aside)
+                QCOMPARE(QFile::permissions(folder.filePath(name)) & s_others, QFile::Permissions());
+
+            const Result reader = list();
+            CHECK_RUN(reader, isOld ? 12 : 0);
+            QCOMPARE(reader.err.contains("broken off"), !side.isEmpty());
+            QCOMPARE(reader.out.contains("fax2"), !isOld && !isBetween);
+            Program again;
+            add(again);
+            CHECK_RUN(again.finish(), 0);
+            aside = folder.entryList({s("qdfax.xml.damaged-*")});
+            QCOMPARE(aside.size(), 1);
+            QCOMPARE(readFile(folder.filePath(aside.first())), damaged);
+            QVERIFY(list().out.contains("fax2"));
+            QCOMPARE(folder.entryList(QDir::Files).size(), 2);
+        }
+        report(outcomes);
     }
 
     void noRoomForSettings()
@@ -395,8 +455,7 @@ private Q_SLOTS:
         for (int room = 1; room < before.size() * 9 / 10; room += std::max(1, before.size() / 8)) {
             Program program;
             program.largestFile = rlim_t(room);
-            program.begin({s("server"), s("default"), s("fax1")}, m_folder->path(),
-                          QProcessEnvironment::systemEnvironment());
+            begin(program, {s("server"), s("default"), s("fax1")});
             const Result result = program.finish();
             CHECK_RUN(result, 12);
             QVERIFY2(result.err.contains("The file is as it was") ||
@@ -430,15 +489,43 @@ private:
     static constexpr QFile::Permissions s_others{QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
                                                  QFile::ReadOther | QFile::WriteOther | QFile::ExeOther};
 
-    /// Settings with two servers; nobody asks these. Returns the text of the file.
-    QByteArray addTwo()
+    QString lock() const { return settings() + s(".lock"); }
+
+    void waitForLock(QProcess& program) const
+    {
+        while (program.state() != QProcess::NotRunning && !QFile::exists(lock()))
+            program.waitForFinished(0);
+    }
+
+    /// Runs qdfax.
+    void begin(Program& program, const QStringList& arguments) const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(s("QDFAX_PASSWORD"), s("secret"));
+        program.begin(arguments, m_folder->path(), environment);
+    }
+
+    Result list() const
+    {
+        Program program;
+        begin(program, {s("server"), s("list")});
+        return program.finish();
+    }
+
+    void report(const QMap<QString, int>& outcomes) const
+    {
+        QStringList figures;
+        for (auto outcome = outcomes.begin(); outcome != outcomes.end(); ++outcome)
+            figures << s("%1 %2").arg(outcome.key()).arg(outcome.value());
+        qInfo("%d kills, seed %u: %s", rounds(), m_seed, qPrintable(figures.join(s(", "))));
+    }
+
+    /// Settings with two servers; nobody asks these. Returns the text of the file.
+    QByteArray addTwo()
+    {
         for (const char* server : {"fax0", "fax1"}) {
             Program program;
-            program.begin({s("server"), s("add"), s(server), s("--login"), s("mary"), s("--no-check")},
-                          m_folder->path(), environment);
+            begin(program, {s("server"), s("add"), s(server), s("--login"), s("mary"), s("--no-check")});
             [&] { CHECK_RUN(program.finish(), 0); }();
         }
         return readFile(settings());
