@@ -49,6 +49,19 @@ private:
         m_nodes; ///< Apart, since a handle on every child would cost as much as the walk.
 };
 
+/// Calls @p take with each child element of this name, and then removes the element: what is made of a
+/// million of them has the room that they give up.
+template <typename Take>
+void takeElements(QDomElement& parent, const QString& name, Take take)
+{
+    for (QDomElement element = parent.firstChildElement(name); !element.isNull();) {
+        const QDomElement next = element.nextSiblingElement(name);
+        take(element);
+        parent.removeChild(element);
+        element = next;
+    }
+}
+
 /// Appends `<name>text</name>` to @p parent and returns the new element. The one place that creates fields;
 /// characters that XML cannot hold are left out.
 QDomElement appendText(QDomDocument& document, QDomElement& parent, const QString& name, const QString& text);

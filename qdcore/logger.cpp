@@ -17,6 +17,9 @@ const int keptDays = -30;
 /// Files of any name that opening a file leaves in the folder.
 const int keptFiles = 30;
 
+/// How much of a message is encoded and written at once, in characters.
+const int pieceSize = 1024 * 1024;
+
 const char* const levelLabels[] = {"", "ERROR", "WARNING", "INFO", "DEBUG"};
 
 QString levelLabel(Logger::LEVEL level)
@@ -123,11 +126,18 @@ void Logger::log(LEVEL level, const QString& message, const char* file, int line
     const QMutexLocker locker(&m_mutex);
     const QString place = QStringLiteral("%1:%2").arg(QFileInfo(QString::fromLocal8Bit(file)).fileName(),
                                                       QString::number(line));
-    // One call of arg() fills all four places, so that a message keeps its own "%1".
-    const QString text =
-        QStringLiteral("[%1] [%2] [%3] %4\r\n")
-            .arg(timeText(time), levelLabel(level).leftJustified(7), place.leftJustified(25), message);
-    m_file.write(text.toUtf8());
+    QByteArray bytes = QStringLiteral("[%1] [%2] [%3] ")
+                           .arg(timeText(time), levelLabel(level).leftJustified(7), place.leftJustified(25))
+                           .toUtf8();
+    // A message may be a reply of hundreds of megabytes: no more than a piece of it is held a second time.
+    int at = 0;
+    while (message.size() - at > pieceSize) {
+        const int length = pieceSize + int(message.at(at + pieceSize - 1).isHighSurrogate());
+        m_file.write(bytes + message.midRef(at, length).toUtf8());
+        bytes.clear();
+        at += length;
+    }
+    m_file.write(bytes + message.midRef(at).toUtf8() + "\r\n");
     m_file.flush();
 }
 

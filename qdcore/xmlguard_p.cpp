@@ -20,12 +20,27 @@ public:
         m_at = std::find(m_at, m_end, c);
         return m_at != m_end;
     }
+    /// Goes to the next tag; text in front of it that is not blank is counted in @p nodes.
+    bool goToTag(int& nodes)
+    {
+        const ushort* const begin = m_at;
+        const bool isThere = goTo(u'<');
+        nodes += int(std::any_of(begin, m_at, [](ushort c) { return c > u' '; }));
+        return isThere;
+    }
     void skip(int count) { m_at += std::min<std::ptrdiff_t>(count, m_end - m_at); }
 
     bool startsWith(QLatin1String text) const
     {
         return m_end - m_at >= text.size() &&
                std::equal(text.begin(), text.end(), m_at, [](char a, ushort b) { return uchar(a) == b; });
+    }
+    /// Goes behind the end of an end tag; one that is cut off by another tag ends there.
+    void skipEndTag()
+    {
+        m_at = std::find_if(m_at, m_end, [](ushort c) { return c == u'>' || c == u'<'; });
+        if (peek(0) == u'>')
+            skip(1);
     }
     /// Goes behind the next @p text, or to the end.
     void skipPast(QLatin1String text)
@@ -35,13 +50,14 @@ public:
         skip(text.size());
     }
     /// Goes to the first of two characters outside quotes, or to the end: an attribute value may hold a ">"
-    /// or what looks like a comment. Every quoted value is counted in @p nodes.
+    /// or what looks like a comment. Every quoted value is counted in @p nodes, as
+    /// the attribute and its text.
     void goToUnquoted(char16_t one, char16_t other, int& nodes)
     {
         for (; m_at != m_end && *m_at != one && *m_at != other; ++m_at) {
             if (*m_at != u'"' && *m_at != u'\'')
                 continue;
-            ++nodes;
+            nodes += 2;
             const char16_t quote = *m_at++;
             if (!goTo(quote))
                 return;
@@ -63,13 +79,15 @@ bool isFitForDom(const QString& xml)
     int depth = 0;
     int nodes = 0;
     Scan scan(xml);
-    while (scan.goTo(u'<')) {
-        if (++nodes > maxXmlNodes)
-            return false;
+    while (scan.goToTag(nodes)) {
         const char16_t kind = scan.peek(1);
+        nodes += int(kind != u'/');
+        if (nodes > maxXmlNodes)
+            return false;
         if (kind == u'/') {
             depth = std::max(0, depth - 1);
             scan.skip(2);
+            scan.skipEndTag();
         } else if (kind == u'?') {
             scan.skip(2);
             scan.skipPast(QLatin1String("?>"));
@@ -79,6 +97,7 @@ bool isFitForDom(const QString& xml)
             const bool isEmpty = scan.peek(-1) == u'/';
             if (!isEmpty && ++depth > maxXmlDepth)
                 return false;
+            scan.skip(1);
         } else if (scan.startsWith(QLatin1String("<!--"))) {
             scan.skip(4);
             scan.skipPast(QLatin1String("-->"));
@@ -90,6 +109,7 @@ bool isFitForDom(const QString& xml)
             scan.goToUnquoted(u'[', u'>', nodes);
             if (scan.peek(0) == u'[')
                 return false;
+            scan.skip(1);
         }
     }
     return nodes <= maxXmlNodes;

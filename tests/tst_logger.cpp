@@ -94,6 +94,12 @@ private Q_SLOTS:
             "Größe\n2",
             "[11-15-2026 01:59:59 PM:999000] [DEBUG  ] [outlookcontactprovider.cpp:134] "
             "Gr\xc3\xb6\xc3\x9f\x65\n2\r\n");
+        const QByteArray nearlyMillion(1024 * 1024 - 1, 'x');
+        const QString half = QString::fromLatin1(nearlyMillion);
+        row("longer than a piece, a character across its end", QTime(8, 1, 31, 123), 1, "a.cpp",
+            half + s("😀") + half + s("é"),
+            "[11-15-2026 08:01:31 AM:123000] [ERROR  ] [a.cpp:134                ] " + nearlyMillion +
+                "\xf0\x9f\x98\x80" + nearlyMillion + "\xc3\xa9\r\n");
         row("level without a label, no file", QTime(12, 0), -3, QByteArray(), QString(),
             "[11-15-2026 12:00:00 PM:000000] [       ] [:134                     ] \r\n");
     }

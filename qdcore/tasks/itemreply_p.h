@@ -2,6 +2,7 @@
 
 // The end that the log and list tasks have in common. Internal: not installed.
 
+#include "domtext_p.h"
 #include "log_p.h"
 #include "tasks/task.h"
 
@@ -34,12 +35,9 @@ void Task::finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read re
     if (!parseBody(document))
         return;
 
-    const QDomElement root = document.documentElement();
+    QDomElement root = document.documentElement();
     const auto items = std::decay_t<ListPtr>::create();
-    for (QDomElement item = root.firstChildElement(reply.element); !item.isNull();
-         item = item.nextSiblingElement(reply.element)) {
-        read(item, *items);
-    }
+    takeElements(root, reply.element, [&](const QDomElement& item) { read(item, *items); });
     const bool isValid =
         !reply.isLog || root.firstChildElement(QStringLiteral("message")).text() == QLatin1String("Success");
 

@@ -17,6 +17,7 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -264,11 +265,12 @@ int Task::networkError() const
     return m_reply ? int(m_reply->error()) : int(QNetworkReply::OperationCanceledError);
 }
 
-QString Task::fixAmp(const QByteArray& data)
+namespace {
+
+/// As Task::fixAmp(), before decoding. A null array when there is nothing to repair.
+QByteArray withAmpersands(const QByteArray& data)
 {
     static const QByteArray entities[] = {"amp;", "lt;", "gt;", "apos;", "quot;"};
-    // Done before decoding: there are half as many bytes to look at and to move. Decoding ends at a null
-    // byte, which XML cannot hold: what stands in front of one must be a whole document.
     const char* const end = data.constData() + data.size();
     const char* copied = data.constData();
     const auto next = [end](const char* from) {
@@ -288,24 +290,40 @@ QString Task::fixAmp(const QByteArray& data)
         repaired.append("amp;", 4);
         copied = at + 1;
     }
-    if (repaired.isNull())
-        return QString::fromUtf8(data);
-    repaired.append(copied, int(end - copied));
-    return QString::fromUtf8(repaired);
+    if (!repaired.isNull())
+        repaired.append(copied, int(end - copied));
+    return repaired;
 }
 
-bool Task::parse(const QByteArray& data, QDomDocument& document)
+} // namespace
+
+QString Task::fixAmp(const QByteArray& data)
+{
+    // Done before decoding: there are half as many bytes to look at and to move. Decoding ends at a null
+    // byte, which XML cannot hold: what stands in front of one must be a whole document.
+    const QByteArray repaired = withAmpersands(data);
+    return QString::fromUtf8(repaired.isNull() ? data : repaired);
+}
+
+bool Task::parse(QByteArray data, QDomDocument& document)
 {
     // repairing writes four characters more for each, and a text of nothing else would not fit into a string
     if (data.count('&') > maxAmpersands)
         return false;
-    const QString text = fixAmp(data);
+    // each stage goes before the next comes: a reply may have 256 MiB
+    if (QByteArray repaired = withAmpersands(data); !repaired.isNull())
+        data = std::move(repaired);
+    const QString text = QString::fromUtf8(data);
+    data.clear();
     return isFitForDom(text) && document.setContent(text);
 }
 
-bool Task::parseBody(QDomDocument& document)
+bool Task::parseBody(QDomDocument& document, Body body)
 {
-    if (parse(body(), document))
+    QByteArray data = this->body();
+    if (body == Body::LetGo)
+        m_body.clear();
+    if (parse(std::move(data), document))
         return true;
     fail(InvalidReply);
     return false;
@@ -341,8 +359,14 @@ Task::Status Task::errorStatus(ErrorMapping mapping, int networkError)
 
 void Task::logBody(const LogText& prefix)
 {
+    logBody(prefix, body());
+}
+
+void Task::logBody(const LogText& prefix, const QByteArray& body)
+{
     if (Logger::inst().level() >= Logger::DEBUG)
-        Logger::inst().log(Logger::DEBUG, prefix.text + bodyText(), prefix.file, prefix.line);
+        Logger::inst().log(Logger::DEBUG, QString::fromUtf8(body).prepend(prefix.text), prefix.file,
+                           prefix.line);
 }
 
 void Task::logReplyError(const LogText& error, const LogText& body)

@@ -197,11 +197,16 @@ protected:
     QString fixAmp(const QByteArray& data);
 
     /// Repairs and parses a reply body. False when it is not XML, or nested or numerous beyond what the DOM
-    /// can take (256 levels, 2 million nodes).
-    bool parse(const QByteArray& data, QDomDocument& document);
+    /// can take (256 levels, 2 million nodes). @p data is to be moved in: as a text it takes twice as much,
+    /// and a third time in the document.
+    static bool parse(QByteArray data, QDomDocument& document);
 
+    enum class Body {
+        LetGo, ///< It makes room for the document, and is empty afterwards.
+        Kept
+    };
     /// parse() of the body; a failure ends the task with InvalidReply.
-    bool parseBody(QDomDocument& document);
+    bool parseBody(QDomDocument& document, Body body = Body::LetGo);
 
     /// The protocol version of the server, for the records' readFax() and writeFax().
     int protocolVersion() const;
@@ -212,6 +217,8 @@ protected:
 
     /// Logs the body of a good reply after a prefix.
     void logBody(const LogText& prefix);
+    /// The same for the body of another reply, or when the task may be gone.
+    static void logBody(const LogText& prefix, const QByteArray& body);
 
     /// Logs the network error (@p error, with %1 for its number) and the body (@p body, a prefix).
     void logReplyError(const LogText& error, const LogText& body);

@@ -28,7 +28,7 @@ void TaskChekPermissions::onFinished()
     }
 
     QDomDocument document;
-    if (!parseBody(document))
+    if (!parseBody(document, Body::Kept))
         return;
     logBody(LOG_TEXT(tr("TaskChekPermissions reply:\r\n", "Logger")));
 

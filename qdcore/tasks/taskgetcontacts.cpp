@@ -1,6 +1,7 @@
 #include "tasks/taskgetcontacts.h"
 
 #include "contactbook_p.h"
+#include "domtext_p.h"
 #include "faxserver.h"
 #include "log_p.h"
 #include "quendracontact.h"
@@ -59,7 +60,7 @@ void TaskGetContacts::onFinished()
         const QByteArray reply = body();
         fail(status);
         QD_LOG(ERROR, error.text.arg(number));
-        QD_LOG(DEBUG, errorBody.text + QString::fromUtf8(reply));
+        logBody(errorBody, reply);
         return;
     }
 
@@ -68,7 +69,7 @@ void TaskGetContacts::onFinished()
     if (!parseBody(document))
         return;
 
-    const QDomElement root = document.documentElement();
+    QDomElement root = document.documentElement();
     const QDomElement time = root.firstChildElement(QStringLiteral("query_time"));
     if (!time.isNull())
         m_serverTime = time.text().toUInt();
@@ -82,33 +83,28 @@ void TaskGetContacts::onFinished()
         succeed();
 }
 
-void TaskGetContacts::readContacts(const QDomElement& root)
+void TaskGetContacts::readContacts(QDomElement& root)
 {
-    const QString name = QStringLiteral("contact");
-    const int version = protocolVersion();
-    for (QDomElement element = root.firstChildElement(name); !element.isNull();
-         element = element.nextSiblingElement(name)) {
+    takeElements(root, QStringLiteral("contact"), [this](const QDomElement& element) {
         QuendraContact contact;
-        if (contact.readFax(element, version))
+        if (contact.readFax(element, protocolVersion()))
             m_contacts.addContact(contact);
-    }
+    });
 }
 
-void TaskGetContacts::readGroups(const QDomElement& root)
+void TaskGetContacts::readGroups(QDomElement& root)
 {
-    const QString name = QStringLiteral("contact_group");
     const QString memberName = QStringLiteral("contact");
-    for (QDomElement element = root.firstChildElement(name); !element.isNull();
-         element = element.nextSiblingElement(name)) {
+    takeElements(root, QStringLiteral("contact_group"), [&](const QDomElement& element) {
         QuendraContactGroup read;
         if (!read.readFax(element, protocolVersion()))
-            continue;
+            return;
         auto& group = static_cast<QuendraContactGroup&>(m_contacts.addContact(read));
         for (QDomElement member = element.firstChildElement(memberName); !member.isNull();
              member = member.nextSiblingElement(memberName)) {
             m_waitingMembers.enqueue({member.text(), &group});
         }
-    }
+    });
     requestMembers();
 }
 
@@ -130,7 +126,7 @@ void TaskGetContacts::slotFinishedGroup()
     QuendraContactGroup* group = m_pendingGroups.take(reply);
     if (!group)
         return;
-    const QByteArray body = takeBody(reply);
+    QByteArray body = takeBody(reply);
     const int error = reply->isFinished() ? int(reply->error()) : int(QNetworkReply::OperationCanceledError);
     reply->deleteLater();
     if (isOverLimit())
@@ -140,16 +136,16 @@ void TaskGetContacts::slotFinishedGroup()
     // after one failure the rest is only waited for
     if (m_groupFailed || error != QNetworkReply::NoError) {
         QD_LOG(ERROR, tr("TaskGetContacts: reply error! http code %1", "Logger").arg(error));
-        QD_LOG(DEBUG, tr("Reply:\r\n", "Logger") + QString::fromUtf8(body));
+        logBody(LOG_TEXT(tr("Reply:\r\n", "Logger")), body);
         m_groupFailed = true;
         if (m_pendingGroups.isEmpty())
             fail(Task::Error);
         return;
     }
 
-    QD_LOG(DEBUG, tr("TaskGetContacts reply:\r\n", "Logger") + QString::fromUtf8(body));
+    logBody(LOG_TEXT(tr("TaskGetContacts reply:\r\n", "Logger")), body);
     QDomDocument document;
-    if (!parse(body, document)) {
+    if (!parse(std::move(body), document)) {
         m_groupFailed = true;
         if (m_pendingGroups.isEmpty())
             fail(Task::InvalidReply);

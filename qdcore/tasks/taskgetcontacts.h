@@ -49,8 +49,8 @@ private Q_SLOTS:
     void slotFinishedGroup();
 
 private:
-    void readContacts(const QDomElement& root);
-    void readGroups(const QDomElement& root);
+    void readContacts(QDomElement& root);
+    void readGroups(QDomElement& root);
     void requestMembers();
     void succeed();
 

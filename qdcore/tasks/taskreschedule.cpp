@@ -41,12 +41,12 @@ void TaskReschedule::onFinished()
         const QByteArray reply = body();
         fail(errorStatus(ErrorMapping::AuthApart, error));
         QD_LOG(ERROR, tr("TaskReschedule: reschedule error! http code %1", "Logger").arg(error));
-        QD_LOG(DEBUG, tr("Reply:\r\n", "Logger") + QString::fromUtf8(reply));
+        logBody(LOG_TEXT(tr("Reply:\r\n", "Logger")), reply);
         return;
     }
 
     QDomDocument document;
-    if (!parseBody(document))
+    if (!parseBody(document, Body::Kept))
         return;
 
     const QDomElement message = document.documentElement().firstChildElement(QStringLiteral("message"));

@@ -51,14 +51,13 @@ void TaskSchedule::onFinished()
         return;
 
     const auto entries = BaseFaxEntry::FaxEntriesPtrListPtr::create();
-    const QString name = QStringLiteral("fax_entry");
+    QDomElement root = document.documentElement();
     bool allRead = true;
-    for (QDomElement element = document.documentElement().firstChildElement(name); !element.isNull();
-         element = element.nextSiblingElement(name)) {
+    takeElements(root, QStringLiteral("fax_entry"), [&](const QDomElement& element) {
         const auto entry = QSharedPointer<FaxEntry>::create();
         allRead = entry->readFax(element, protocolVersion()) && allRead;
         entries->append(entry);
-    }
+    });
     if (entries->isEmpty() || !allRead) {
         QD_LOG(ERROR, tr("TaskSchedule: invalid reply.", "Logger"));
         return fail(Task::InvalidReply);

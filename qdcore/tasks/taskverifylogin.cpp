@@ -32,7 +32,10 @@ void TaskVerifyLogin::onFinished()
         return;
 
     const QDomElement message = document.documentElement().firstChildElement(QStringLiteral("message"));
-    m_result = message.text().toUpper() == QLatin1String("VERIFIED");
+    const QString text = message.text();
+    const QLatin1String good("VERIFIED");
+    // upper case is never shorter, and a hostile text may be of hundreds of megabytes
+    m_result = text.size() <= good.size() && text.toUpper() == good;
     if (!m_result)
         return fail(Task::AuthError);
 
