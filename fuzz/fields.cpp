@@ -115,6 +115,11 @@ bool isLost(const Case& c)
     return throughXml(c.value).isEmpty();
 }
 
+bool isEmpty(const Case& c)
+{
+    return c.value.isEmpty();
+}
+
 bool always(const Case&)
 {
     return true;
@@ -129,8 +134,8 @@ const Exception exceptions[] = {
     {" QuendraContact ", " url user ", "a server's contact is kept in settings as any contact is",
      [](const Case& c) { return c.form == Form::Storage; }, fresh},
     {" QuendraContactGroup ", " name description ", "left out when empty, and required when it is read",
-     isLost, nullptr},
-    {" QuendraInfo ", " model version ", "likewise", isLost, nullptr},
+     isEmpty, nullptr},
+    {" QuendraInfo ", " model version ", "likewise", isEmpty, nullptr},
     {" * ", " printer options.printer ", "no printer is called None", isLost,
      [](const Case&) { return BaseScheduleOptions::none_printer; }},
     {" QuendraInfo FaxServer ",
@@ -145,8 +150,8 @@ const Exception exceptions[] = {
     {" QuendraInfo FaxServer ", " uptime info.uptime ", "means something only when it comes from the server",
      always, fresh},
     {" FaxServer ", " password ",
-     "an empty one is enciphered, and what deciphers to nothing is taken as it stands",
-     [](const Case& c) { return c.value.isEmpty(); }, [](const Case& c) { return c.again; }},
+     "an empty one is enciphered, and what deciphers to nothing is taken as it stands", isEmpty,
+     [](const Case& c) { return c.again; }},
     {" FaxServer ", " password ", "enciphered, so that UTF-8 alone decides what is kept", always,
      [](const Case& c) { return QString::fromUtf8(c.value.toUtf8().constData(), c.value.toUtf8().size()); },
      true},
