@@ -201,9 +201,10 @@ protected:
     /// and a third time in the document.
     static bool parse(QByteArray data, QDomDocument& document);
 
+    /// What becomes of the body that was parsed.
     enum class Body {
         LetGo, ///< It makes room for the document, and is empty afterwards.
-        Kept
+        Kept   ///< It can be read again.
     };
     /// parse() of the body; a failure ends the task with InvalidReply.
     bool parseBody(QDomDocument& document, Body body = Body::LetGo);
