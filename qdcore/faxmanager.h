@@ -49,8 +49,8 @@ public:
                                   const QString& password);
 
     /// Takes a server off the list and deletes it, its contact provider and its cached contacts, later on the
-    /// event loop. When it was the default, the first server becomes it. The index of the user server is left
-    /// as it is.
+    /// event loop: outcomes of its requests may still arrive until then. When it was the default, the first
+    /// server becomes it. The index of the user server is left as it is.
     void deleteServer(const QPointer<FaxServer>& server);
 
     /// The first server whose FaxServer::genUID() equals @p uid; null when there is none.
