@@ -378,7 +378,8 @@ int run(double minutes, quint32 seed, int leak)
                 .arg(before.rss)
                 .arg(std::min(window, 300))
                 .arg(after.rss));
-    verdict(after.fds <= before.fds + 4, s("open files: %1, then %2").arg(before.fds).arg(after.fds));
+    // a connection more or less may be open at one moment; more than that is a leak
+    verdict(after.fds <= before.fds + 1, s("open files: %1, then %2").arg(before.fds).arg(after.fds));
     std::printf("%s; %s\n", failed == 0 ? "passed" : "FAILED", qPrintable(soak.figures()));
 
     server.closeWriteChannel();
