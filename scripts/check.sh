@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Everything that says whether the library can be relied on: all tests, as they are and under the sanitizers, the fuzzers,
-# killed programs, and work without a break. A table at the end; ends with 1 where something failed.
+# killed programs, and work without a break. A table at the end, and what was skipped; ends with 1 where something failed.
 #
 # Usage: scripts/check.sh            about half an hour
-#        scripts/check.sh --long     hours: also 200 kills, a locked file for a minute, 30 minutes of work, 10 minutes a fuzzer
+#        scripts/check.sh --long     hours: also 200 kills, a locked file for a minute, 30 minutes of work, 10 minutes a fuzzer, the packages
 #
 # What each check said is in build/check. Installs what it needs (Debian packages) where it is missing.
 set -uo pipefail
@@ -16,9 +16,11 @@ case "${1:-}" in
   --long) long=yes fuzzing=600 minutes=30 kills=200 ;;
   *) echo "Usage: scripts/check.sh [--long]" >&2; exit 2 ;;
 esac
+scripts=$root/scripts
 logs=$root/build/check
 mkdir -p "$logs"
 rows=()
+missed=
 failed=0
 
 # check NAME COMMAND...: runs it, its output into a log, and remembers a row of the table.
@@ -27,6 +29,14 @@ check() {
   local log=$logs/${name// /-}.log
   say "$name"
   "$@" >"$log" 2>&1 || { result=FAILED; failed=1; tail -n 15 "$log"; }
+  # what was skipped says nothing of what it is for; CTest keeps it from the terminal
+  local said=("$log") skipped
+  [ "$1" != "$scripts/test.sh" ] || said+=("$root/build/$2/Testing/Temporary/LastTest.log")
+  skipped=$(grep -ahE '^SKIP +:' "${said[@]}" 2>/dev/null | sed -E 's/^SKIP +: //' | sort -u || true)
+  if [ -n "$skipped" ]; then
+    sed 's/^/skipped: /' <<<"$skipped"
+    missed+=$(sed "s/^/$name: /" <<<"$skipped")$'\n'
+  fi
   # the last word of the tests, of the fuzzers and of the long runs
   local figure
   figure=$(grep -aE 'tests passed|tests failed|kills, seed|^passed|^FAILED;|nothing found|FOUND after|findings in' "$log" \
@@ -35,7 +45,6 @@ check() {
   rows+=("$(printf '%-28s %-7s %6d' "$name" "$result" $((SECONDS - begin)))")
 }
 
-scripts=$root/scripts
 check "tests" "$scripts/test.sh" release
 check "tests with asan" "$scripts/test.sh" asan
 check "tests with tsan" "$scripts/test.sh" tsan
@@ -43,10 +52,16 @@ check "lint" "$scripts/lint.sh"
 check "fuzzers" "$scripts/fuzz.sh" $fuzzing
 check "soak" "$scripts/soak.sh" $minutes
 check "kills" env QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 QDCORE_ROUNDS=$kills "$root/build/release/bin/tst_survival"
-[ -z "$long" ] ||
+if [ -n "$long" ]; then
   check "locked for a minute" env QT_QPA_PLATFORM=offscreen QDCORE_LOCK_SECONDS=60 "$root/build/release/bin/tst_storesharing" lockedForLong
+  check "packages" "$scripts/package.sh" --try
+fi
 
 say "Result"
 printf '%-28s %-7s %6s\n' POINT RESULT SECONDS
 printf '%s\n' "${rows[@]}"
+if [ -n "$missed" ]; then
+  say "Not tested here"
+  printf '%s' "$missed"
+fi
 exit $failed
