@@ -31,8 +31,9 @@ bool isSpecialName(const QString& name)
 {
     static const char* const devices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$", "CLOCK$"};
     const QString stem = name.section(QLatin1Char('.'), 0, 0).trimmed().toUpper();
-    const bool isPort =
-        stem.size() == 4 && (stem.startsWith(QLatin1String("COM")) || stem.startsWith(QLatin1String("LPT")));
+    // also in superscript, as COM² is
+    const bool isPort = stem.size() == 4 && stem.at(3).digitValue() > 0 &&
+                        (stem.startsWith(QLatin1String("COM")) || stem.startsWith(QLatin1String("LPT")));
     return isPort || name.contains(QLatin1Char(':')) || name.endsWith(QLatin1Char('.')) ||
            name.endsWith(QLatin1Char(' ')) ||
            std::any_of(std::begin(devices), std::end(devices),

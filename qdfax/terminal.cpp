@@ -65,16 +65,28 @@ Size errorSize()
 }
 
 DWORD consoleMode = 0;
-bool echoIsOff = false;
+std::atomic<bool> echoIsOff{false};
+std::atomic<int> interruptBlocks{0};
+std::atomic<bool> isInterrupted{false};
 
-BOOL WINAPI onInterrupt(DWORD)
+/// At once: Windows calls the handler in a thread of its own, and what the others hold they would hold for
+/// ever.
+void endInterrupted()
 {
     if (echoIsOff)
         SetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), consoleMode);
     const char* words = lastWords[lastWordsIndex];
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), words, DWORD(std::strlen(words)), &written, nullptr);
-    ExitProcess(130);
+    TerminateProcess(GetCurrentProcess(), 130);
+}
+
+BOOL WINAPI onInterrupt(DWORD)
+{
+    isInterrupted = true;
+    if (interruptBlocks == 0)
+        endInterrupted();
+    return TRUE;
 }
 
 } // namespace
@@ -126,8 +138,16 @@ void Terminal::installInterrupt()
     }
 }
 
-Terminal::InterruptBlocker::InterruptBlocker() = default;
-Terminal::InterruptBlocker::~InterruptBlocker() = default;
+Terminal::InterruptBlocker::InterruptBlocker()
+{
+    ++interruptBlocks;
+}
+
+Terminal::InterruptBlocker::~InterruptBlocker()
+{
+    if (--interruptBlocks == 0 && isInterrupted)
+        endInterrupted();
+}
 
 #else
 

@@ -4,10 +4,10 @@
 # Usage: scripts/windows.sh [qt | build | test [NAME...] | demo]     without a word: all, one after the other
 #   qt      builds Qt for Windows from Debian's source packages into the cache (once, about 45 minutes on 2 cores)
 #   build   cross-compiles into build/mingw
-#   test    runs the tests under Wine
+#   test    runs the tests under Wine, as they were built
 #   demo    runs the demonstration with qdfax under Wine, against qdsim on this system
 #
-# The cache is $QDCORE_WINDOWS_CACHE, or ~/.cache/qdcore-windows: about 3 GB while Qt is built, 300 MB afterwards.
+# The cache is $QDCORE_WINDOWS_CACHE, or ~/.cache/qdcore-windows: 3 GB while Qt is built, 750 MB afterwards.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 
@@ -47,7 +47,53 @@ fetch_sources() {
 
 # Debian leaves the copy of SQLite out of Qt's source; it goes back in from the package of SQLite itself.
 put_sqlite_into_qt() {
-  in_folder "$cache/sqlite-build" bash -c "$cache/sqlite3-*/configure --disable-tcl && make sqlite3.c sqlite3.h"
+  in_folder "$cache/sqlite-build" bash -c '"$0"/sqlite3-*/configure --disable-tcl && make sqlite3.c sqlite3.h' "$cache"
+  local into
+  into=$(echo "$cache"/qtbase-opensource-src-*/src/3rdparty)/sqlite
+  mkdir -p "$into"
+  cp "$cache"/sqlite-build/sqlite3.[ch] "$into"
+}
+
+# Qt asks for two of Windows' libraries with capitals, which files here have not.
+link_capital_libraries() {
+  local libraries=/usr/$triple/lib
+  mkdir -p "$cache/capitals"
+  ln -sf "$libraries/libsecur32.a" "$cache/capitals/libSecur32.a"
+  ln -sf "$libraries/libcrypt32.a" "$cache/capitals/libCrypt32.a"
+}
+
+build_qt() {
+  rm -rf "$cache/qt-build"
+  in_folder "$cache/qt-build" "$cache"/qtbase-opensource-src-*/configure \
+    -xplatform win32-g++ -device-option CROSS_COMPILE=$triple- \
+    -prefix "$prefix" -hostprefix "$host" -extprefix "$prefix" \
+    -opensource -confirm-license -release -shared \
+    -no-opengl -no-feature-vulkan -no-feature-tabletevent -no-direct2d -no-icu -no-openssl -schannel \
+    -qt-zlib -qt-pcre -qt-freetype -qt-harfbuzz -qt-libpng -no-libjpeg -no-dbus -no-pch \
+    -nomake examples -nomake tests -qt-sqlite \
+    -L "$cache/capitals"
+  in_folder "$cache/qt-build" make -j"$(nproc)"
+  in_folder "$cache/qt-build" make install
+  rm -rf "$cache/qt-build"
+}
+
+# The icons are SVG, which a plugin of a module of its own reads.
+build_svg() {
+  in_folder "$cache/svg-build" bash -c 'set -e
+    "$0" "$1"/qtsvg-opensource-src-*/
+    make -j"$(nproc)"
+    make install' "$host/bin/qmake" "$cache"
+}
+
+build_libcsv() {
+  in_folder "$cache" bash -c 'set -e
+    '$triple'-gcc -O2 -c libcsv-*/libcsv.c -o libcsv.o
+    '$triple'-ar rcs "$0/lib/libcsv.a" libcsv.o
+    cp libcsv-*/csv.h "$0/include/"' "$prefix"
+}
+
+qt() {
+  in_folder "$cache/sqlite-build" bash -c '"$0"/sqlite3-*/configure --disable-tcl && make sqlite3.c sqlite3.h' "$cache"
   local into
   into=$(echo "$cache"/qtbase-opensource-src-*/src/3rdparty)/sqlite
   mkdir -p "$into"
@@ -126,12 +172,14 @@ under_wine() {
 }
 
 run_tests() {
+  [ -e "$root/build/mingw/bin/tst_tasks.exe" ] || { echo "Nothing is built for Windows yet: scripts/windows.sh build" >&2; exit 1; }
   say "Testing under Wine"
   (cd "$root" && under_wine "$root/build/mingw/wine" ctest --preset mingw "$@")
 }
 
 # The demonstration, with a qdfax for Windows and qdsim on this system: they meet over loopback.
 run_demo() {
+  install_packages
   build release qdsim
   local folder=$root/build/mingw/demo
   rm -rf "$folder" && mkdir -p "$folder"/{programs,wrote}

@@ -13,7 +13,7 @@ case $(basename "$program") in
   tst_*)
     # What goes to a console that is none gets lost: the report goes to a file. And Wine passes on no variable that
     # begins with QT_, so that the platform is an argument, which a program without windows would not know.
-    report=$(mktemp -p "$folder" XXXXXX.txt)
+    report=$(mktemp)
     trap 'rm -f "$report"' EXIT
     if grep -qa QApplication "$program"; then set -- -platform offscreen "$@"; fi
     status=0
