@@ -62,6 +62,7 @@ double inThreads(Work work)
 {
     return milliseconds([&] {
         std::vector<std::thread> running;
+        running.reserve(threads);
         for (int i = 0; i < threads; ++i)
             running.emplace_back([&work, i] { work(i); });
         for (std::thread& thread : running)
@@ -80,7 +81,7 @@ double logged(int round, int lines)
             logger.log(Logger::ERROR, message(round, thread, i), __FILE__, __LINE__);
     });
     logger.releaseLogFile();
-    if (folder.linesOf(LogFolder::name(QDate::currentDate())) != lines / threads * threads)
+    if (folder.linesOf(LogFolder::name(QDate::currentDate())) != qint64(lines / threads) * threads)
         fail("logger");
     return time;
 }
@@ -106,7 +107,7 @@ double plain(int round, int lines)
         }
     });
     file.close();
-    if (folder.linesOf(QStringLiteral("QuendraClientLog.txt")) != lines / threads * threads)
+    if (folder.linesOf(QStringLiteral("QuendraClientLog.txt")) != qint64(lines / threads) * threads)
         fail("plain logger");
     return time;
 }

@@ -396,6 +396,7 @@ double plainSourceDelete(int round, int count)
 
 ContactUnitPtr makeContact(Store::ContactType, Store::ContactLocation, const QString&, const QString& name,
                            const QString&, const QString& phone, const QString& fax, const QString& email,
+                           // NOLINTNEXTLINE(performance-unnecessary-value-param): the store's signature
                            const QString& organization, ContactList, void*)
 {
     const auto contact = QSharedPointer<Contact>::create();
@@ -530,13 +531,13 @@ double readerWait(int round, int count)
         int least, most;
     };
     // the book may be replaced between two of them
-    const Search searches[] = {{QStringLiteral("contact"), 10, 10},
-                               {QStringLiteral("nobody's name"), 0, 0},
-                               {Row(round, count - 1).name, isOther, 1}};
+    const Search wanted[] = {{QStringLiteral("contact"), 10, 10},
+                             {QStringLiteral("nobody's name"), 0, 0},
+                             {Row(round, count - 1).name, isOther, 1}};
     double worst = 0;
     std::size_t next = 0;
     Worker(*filled.store, source, rows(round + 1, count), isOther ? 0 : 1000, 2000).runBeside([&] {
-        const Search& search = searches[next++ % std::size(searches)];
+        const Search& search = wanted[next++ % std::size(wanted)];
         int found = 0;
         worst = std::max(
             worst, milliseconds([&] { found = filled.store->quickSearch(search.text, 10, 0, 0).size(); }));

@@ -91,7 +91,7 @@ public:
         while (!m_pending.isEmpty()) {
             const QPointer<FakeReply> reply = m_pending.takeFirst();
             if (reply && !reply->isFinished())
-                return reply;
+                return reply.data();
         }
         return nullptr;
     }

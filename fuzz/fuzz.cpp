@@ -17,6 +17,12 @@ QMap<QByteArray, FuzzTarget>& fuzzTargets()
     return targets;
 }
 
+bool addFuzzTarget(const char* name, FuzzTarget target)
+{
+    fuzzTargets().insert(name, target);
+    return true;
+}
+
 QString fuzzFolder()
 {
     static const QString memory = QStringLiteral("/dev/shm");

@@ -69,7 +69,8 @@ struct Entry
 QVector<Entry> entriesOf(const SettingsFile& file)
 {
     QVector<Entry> entries;
-    for (const StoredServer& server : file.servers())
+    const QVector<StoredServer> servers = file.servers();
+    for (const StoredServer& server : servers)
         entries.append({server.uid, server.useSSL, server.info.model(), server.isDefault});
     return entries;
 }

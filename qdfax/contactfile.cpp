@@ -21,6 +21,7 @@ struct Column
     const char* name;
     void (Contact::*set)(const QString&);
     const QString& (Contact::*get)() const;
+    // cppcheck-suppress unusedStructMember ; rows are written by position
     QStringList others; ///< What other programs call it. In small letters, without blanks and punctuation.
 };
 

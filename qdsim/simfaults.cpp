@@ -10,6 +10,7 @@ namespace {
 struct KindName
 {
     const char* name;
+    // cppcheck-suppress unusedStructMember ; rows are written by position
     SimFault::Kind kind;
     const char* argument;
     const char* help;

@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
-# Static analysis of the library and of the programs: cppcheck, clazy (level 1) and clang-tidy, two files at a time.
+# Static analysis of the library, the programs, the examples, the fuzz targets and the benchmarks: cppcheck, clazy (level 1)
+# and clang-tidy, two files at a time.
 # Prints what they find and ends with 1 where there is anything. Installs what it needs (Debian packages).
 #
-# Usage: scripts/lint.sh [FILE...]     FILE: a source; all of qdcore, qdwidgets, qdfax and qdsim without one
+# Usage: scripts/lint.sh [FILE...]     FILE: a source; all but the tests without one
 #
 # All files take ten minutes on two cores and half an hour on busy ones, nearly all of it clang-tidy; one file seconds.
 # What is not to be found stands, with the reason, in .clang-tidy, .cppcheck-suppressions or beside the code.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 
-folders=(qdcore qdwidgets qdfax qdsim)
+folders=(qdcore qdwidgets qdfax qdsim fuzz bench examples)
 sources=()
 for file in "$@"; do
   [[ $file == *.cpp && -f $file ]] || { echo "Usage: scripts/lint.sh [FILE...]: no source $file" >&2; exit 2; }
@@ -26,7 +27,8 @@ work=$root/build/lint
 in_project="^$root/($(IFS='|'; echo "${folders[*]}"))/"
 failed=0
 
-# Files that this platform does not compile (those for Windows) are for cppcheck alone, which needs no commands.
+# Files that are not compiled here (those for Windows; the examples, which want an installed library) are for cppcheck
+# alone, which needs no commands.
 compiled=()
 for file in "${sources[@]}"; do
   if grep -qF "\"file\": \"$root/$file\"" "$work/compile_commands.json"; then
