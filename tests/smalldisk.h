@@ -22,6 +22,8 @@ public:
     {
 #ifdef Q_OS_LINUX
         m_usual = open("/proc/thread-self/ns/mnt", O_RDONLY | O_CLOEXEC);
+        m_root = open("/", O_PATH | O_CLOEXEC);
+        m_current = open(".", O_PATH | O_CLOEXEC);
         const QByteArray path = m_folder.toLocal8Bit();
         m_works =
             m_usual >= 0 && unshare(CLONE_NEWNS) == 0 &&
@@ -38,9 +40,15 @@ public:
 #ifdef Q_OS_LINUX
         if (m_works)
             umount2(m_folder.toLocal8Bit(), MNT_DETACH);
-        if (m_usual >= 0) {
-            setns(m_usual, CLONE_NEWNS);
-            close(m_usual);
+        // Back to the usual namespace, unless threads made since then share this one's; without the disk it
+        // is like the usual. Going back changes the root to that of the namespace, which in a changed root is
+        // another.
+        if (m_usual >= 0 && setns(m_usual, CLONE_NEWNS) == 0 &&
+            !(fchdir(m_root) == 0 && chroot(".") == 0 && fchdir(m_current) == 0))
+            qFatal("cannot go back to the root");
+        for (const int descriptor : {m_usual, m_root, m_current}) {
+            if (descriptor >= 0)
+                close(descriptor);
         }
 #endif
     }
@@ -63,6 +71,8 @@ public:
 
 private:
     QString m_folder;
-    int m_usual{-1};
+    int m_usual{-1}; ///< The namespace, and what of it was seen.
+    int m_root{-1};
+    int m_current{-1};
     bool m_works{false};
 };
