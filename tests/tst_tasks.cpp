@@ -17,6 +17,7 @@
 #include "testkit.h"
 
 #include <QDomDocument>
+#include <QHostInfo>
 #include <QMetaEnum>
 #include <QTemporaryDir>
 #include <QTest>
@@ -321,6 +322,8 @@ private Q_SLOTS:
     {
         QFETCH(QString, address);
         QFETCH(bool, reached);
+        if (address.startsWith(s("localhost")) && QHostInfo::fromName(s("localhost")).addresses().isEmpty())
+            QSKIP("Nobody knows the name localhost here.");
 
         ScriptedServer wire;
         wire.setAnswer(okReply("<message>Verified</message>"));
