@@ -93,47 +93,6 @@ build_libcsv() {
 }
 
 qt() {
-  in_folder "$cache/sqlite-build" bash -c '"$0"/sqlite3-*/configure --disable-tcl && make sqlite3.c sqlite3.h' "$cache"
-  local into
-  into=$(echo "$cache"/qtbase-opensource-src-*/src/3rdparty)/sqlite
-  mkdir -p "$into"
-  cp "$cache"/sqlite-build/sqlite3.[ch] "$into"
-}
-
-# Qt asks for two of Windows' libraries with capitals, which files here have not.
-link_capital_libraries() {
-  local libraries=/usr/$triple/lib
-  mkdir -p "$cache/capitals"
-  ln -sf "$libraries/libsecur32.a" "$cache/capitals/libSecur32.a"
-  ln -sf "$libraries/libcrypt32.a" "$cache/capitals/libCrypt32.a"
-}
-
-build_qt() {
-  rm -rf "$cache/qt-build"
-  in_folder "$cache/qt-build" "$cache"/qtbase-opensource-src-*/configure \
-    -xplatform win32-g++ -device-option CROSS_COMPILE=$triple- \
-    -prefix "$prefix" -hostprefix "$host" -extprefix "$prefix" \
-    -opensource -confirm-license -release -shared \
-    -no-opengl -no-feature-vulkan -no-feature-tabletevent -no-direct2d -no-icu -no-openssl -schannel \
-    -qt-zlib -qt-pcre -qt-freetype -qt-harfbuzz -qt-libpng -no-libjpeg -no-dbus -no-pch \
-    -nomake examples -nomake tests -qt-sqlite \
-    -L "$cache/capitals"
-  in_folder "$cache/qt-build" make -j"$(nproc)"
-  in_folder "$cache/qt-build" make install
-  rm -rf "$cache/qt-build"
-}
-
-# The icons are SVG, which a plugin of a module of its own reads.
-build_svg() {
-  in_folder "$cache/svg-build" bash -c "'$host/bin/qmake' '$cache'/qtsvg-opensource-src-*/ && make -j$(nproc) && make install"
-}
-
-build_libcsv() {
-  in_folder "$cache" bash -c "$triple-gcc -O2 -c libcsv-*/libcsv.c -o libcsv.o && $triple-ar rcs '$prefix/lib/libcsv.a' libcsv.o
-    cp libcsv-*/csv.h '$prefix/include/'"
-}
-
-qt() {
   install_packages g++-mingw-w64-x86-64-posix perl python3 tcl dpkg-dev fonts-dejavu-core
   once "Fetching Debian's sources of Qt, SQLite and libcsv" fetch_sources
   once "Preparing Qt's source" put_sqlite_into_qt
