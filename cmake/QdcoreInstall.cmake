@@ -12,6 +12,7 @@ install(TARGETS qdcore EXPORT qdcoreTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
   FILE_SET HEADERS DESTINATION ${QDCORE_INCLUDE_DIR} COMPONENT development
+  FILE_SET tasks DESTINATION ${QDCORE_INCLUDE_DIR} COMPONENT development
   FILE_SET generated DESTINATION ${QDCORE_INCLUDE_DIR} COMPONENT development)
 # the classes of the widgets are in the same library, so their headers lie beside its own
 get_target_property(widget_headers qdwidgets HEADER_SET)

@@ -64,7 +64,7 @@ lint cppcheck cppcheck --quiet -j 2 --std=c++17 --library=qt --enable=warning,st
   --inline-suppr --suppressions-list=.cppcheck-suppressions --error-exitcode=1 \
   --template='{file}:{line}: {severity}: {message} [{id}]' \
   -DQT_WARNING_PUSH= -DQT_WARNING_POP= -DQT_WARNING_DISABLE_DEPRECATED= \
-  -Iqdcore -Iqdwidgets -Iqdfax -Iqdsim "${sources[@]}"
+  -Iqdcore -Iqdwidgets -Iqdfax -Iqdsim $(printf -- '-I%s ' qdcore/*/) "${sources[@]}"
 if [ ${#compiled[@]} -gt 0 ]; then
   lint clazy xargs -P 2 -n 4 -a <(printf '%s\n' "${compiled[@]}") \
     clazy-standalone -p "$work" -checks=level1 -header-filter="$in_project"

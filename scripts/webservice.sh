@@ -14,7 +14,7 @@ set -euo pipefail
 
 # The broadcast of discovery must reach nobody.
 if [ -z "${QDCORE_OWN_NETWORK:-}" ]; then
-  QDCORE_OWN_NETWORK=tried exec "$root/tests/own-network.sh" "$0" "$@"
+  QDCORE_OWN_NETWORK=tried exec "$root/tests/kit/own-network.sh" "$0" "$@"
 fi
 has_own_network() { [[ $(ip -4 address show dev lo 2>/dev/null) == *127.77.0.1/* ]]; }
 

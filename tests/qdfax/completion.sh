@@ -5,7 +5,7 @@ APPDATA=$(mktemp -d)
 export APPDATA
 trap 'rm -rf "$APPDATA"' EXIT
 # shellcheck source=/dev/null
-. "$(dirname "$0")/../packaging/qdfax.bash"
+. "$(dirname "$0")/../../packaging/qdfax.bash"
 mkdir "$APPDATA/here" && cd "$APPDATA/here" && touch offer.pdf me@home.txt
 
 COMP_WORDBREAKS=$' \t\n"\'><=;|&(:@' # as bash has it at its start
