@@ -7,24 +7,7 @@
 #include "faxserver.h"
 #include "quendracontact.h"
 #include "quendracontactgroup.h"
-#include "tasks/taskabort.h"
-#include "tasks/taskaddcontact.h"
-#include "tasks/taskcheckpermissions.h"
-#include "tasks/taskdeletecontact.h"
-#include "tasks/taskgetcontacts.h"
-#include "tasks/taskgetcontactsoids.h"
-#include "tasks/taskgetcoverpages.h"
-#include "tasks/taskgetfaxentry.h"
-#include "tasks/taskgetfaxuser.h"
-#include "tasks/taskgetinboundfaxentry.h"
-#include "tasks/taskgetoutboundfaxentry.h"
-#include "tasks/taskgetprinternames.h"
-#include "tasks/taskgetquendrainfo.h"
-#include "tasks/taskmodifycontact.h"
-#include "tasks/taskmodifyfaxuser.h"
-#include "tasks/taskreschedule.h"
-#include "tasks/taskschedule.h"
-#include "tasks/taskverifylogin.h"
+#include "tasks/operationtable_p.h"
 #include "xmlguard_p.h"
 
 #include <QCoreApplication>
@@ -109,46 +92,27 @@ void use(const Value& value)
     Q_UNUSED(copy)
 }
 
-/// An operation: how it is prepared, and how it may end.
-struct Operation
+/// The rows of the library's table.
+const QVector<WebOperation>& operations()
 {
-    enum Mapping { AlwaysError, AuthApart, ContentApart, Contact };
+    static const QVector<WebOperation> all = [] {
+        QVector<WebOperation> rows;
+        forEachOperation([&rows](const WebOperation& row, auto...) { rows.append(row); });
+        return rows;
+    }();
+    return all;
+}
 
-    Mapping mapping;       ///< Of network errors.
-    Task::Status unusable; ///< The end of a good reply that is XML but not what it should be; Unknown: none.
-};
-
-/// By Task::Type.
-const Operation operations[] = {
-    {Operation::AuthApart, Task::Error},           // GetQuendraInfo
-    {Operation::AuthApart, Task::AuthError},       // VerifyLogin
-    {Operation::AlwaysError, Task::Error},         // GetFaxUser
-    {Operation::AlwaysError, Task::Error},         // ModifyFaxUser
-    {Operation::ContentApart, Task::InvalidReply}, // Schedule
-    {Operation::AuthApart, Task::Unknown},         // GetContacts
-    {Operation::Contact, Task::InvalidReply},      // AddContact
-    {Operation::Contact, Task::InvalidReply},      // ModifyContact
-    {Operation::AlwaysError, Task::Unknown},       // GetContactsOids
-    {Operation::Contact, Task::InvalidReply},      // DeleteContact
-    {Operation::AlwaysError, Task::Unknown},       // GetCoverPages
-    {Operation::AuthApart, Task::Unknown},         // GetFaxEntry
-    {Operation::AuthApart, Task::Unknown},         // GetInboundFaxEntry
-    {Operation::AuthApart, Task::Unknown},         // GetOutboundFaxEntry
-    {Operation::AuthApart, Task::Error},           // Abort
-    {Operation::AuthApart, Task::Error},           // Reschedule
-    {Operation::AuthApart, Task::Error},           // ChekPermissions
-    {Operation::AlwaysError, Task::Unknown},       // GetPrinterNames
-};
-
-Task::Status statusOf(Operation::Mapping mapping, Code code)
+/// What the mappings promise, said a second time.
+Task::Status expectedStatus(ErrorMapping mapping, Code code)
 {
-    if (mapping == Operation::AuthApart && code == QNetworkReply::AuthenticationRequiredError)
+    if (mapping == ErrorMapping::AuthApart && code == QNetworkReply::AuthenticationRequiredError)
         return Task::AuthError;
-    if (mapping == Operation::ContentApart || mapping == Operation::Contact) {
+    if (mapping == ErrorMapping::ContentApart || mapping == ErrorMapping::Contact) {
         if (code == QNetworkReply::UnknownContentError)
             return Task::InvalidReply;
     }
-    if (mapping == Operation::Contact) {
+    if (mapping == ErrorMapping::Contact) {
         if (code == QNetworkReply::ContentAccessDenied)
             return Task::AccessDenied;
         if (code == QNetworkReply::ContentNotFoundError)
@@ -216,74 +180,12 @@ public:
 
     Task* make(Task::Type type)
     {
-        const QUrl entry(QStringLiteral("http://elsewhere:9/qdws/v1/ofax/12"));
-        switch (type) {
-        case Task::GetQuendraInfo:
-            return watched(type, &TaskGetQuendraInfo::doneGetFaxInfo);
-        case Task::VerifyLogin:
-            return watched(type, &TaskVerifyLogin::doneVerifyLogin);
-        case Task::GetFaxUser:
-            return watched(type, &TaskGetFaxUser::doneGetFaxUser);
-        case Task::ModifyFaxUser: {
-            auto* task = watched(type, &TaskModifyFaxUser::doneModifyFaxUser);
-            task->setUser(FaxUser());
-            return task;
-        }
-        case Task::Schedule: {
-            auto* task = watched(type, &TaskSchedule::doneFaxSchedule);
-            FaxDocument document;
-            document.recipients().addContact(Contact());
-            task->setFaxDocument(document);
-            return task;
-        }
-        case Task::GetContacts: {
-            auto* task = watched(type, &TaskGetContacts::doneGetContacts);
-            watch(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync);
-            const auto keep = [&outcome = m_outcome](const ContactList& book) { outcome.book = book; };
-            QObject::connect(task, &TaskGetContacts::doneGetContacts, keep);
-            QObject::connect(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync, keep);
-            task->setContactsType(m_book);
-            task->setContactsLastTimeSync(m_variant & 4 ? 7 : 0);
-            return task;
-        }
-        case Task::AddContact:
-            return withContact(watched(type, &TaskAddContact::doneAddContact));
-        case Task::ModifyContact:
-            return withContact(watched(type, &TaskModifyContact::doneModifyContact));
-        case Task::DeleteContact:
-            return withContact(watched(type, &TaskDeleteContact::doneDeleteContact));
-        case Task::GetContactsOids: {
-            auto* task = watched(type, &TaskGetContactsOids::doneGetContactsOids);
-            task->setContactsType(m_book);
-            return task;
-        }
-        case Task::GetCoverPages:
-            return watched(type, &TaskGetCoverPages::doneGetCoverPages);
-        case Task::GetFaxEntry: {
-            auto* task = watched(type, &TaskGetFaxEntry::doneGetFaxEntry);
-            task->setTaskEntryType(TaskGetFaxEntry::TaskEntryType(m_variant % 3));
-            return task;
-        }
-        case Task::GetInboundFaxEntry:
-            return watched(type, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry);
-        case Task::GetOutboundFaxEntry:
-            return watched(type, &TaskGetOutboundFaxEntry::doneGetFaxEntry);
-        case Task::Abort: {
-            auto* task = watched(type, &TaskAbort::doneAbort);
-            task->setFaxEntryUrl(entry);
-            return task;
-        }
-        case Task::Reschedule: {
-            auto* task = watched(type, &TaskReschedule::doneReschedule);
-            task->setFaxEntryUrl(entry);
-            return task;
-        }
-        case Task::ChekPermissions:
-            return watched(type, &TaskChekPermissions::doneCheckPermissions);
-        case Task::GetPrinterNames:
-            return watched(type, &TaskGetPrinterNames::doneGetPrinterNames);
-        }
-        return nullptr;
+        Task* made = nullptr;
+        forEachOperation([&](const WebOperation& row, auto... done) {
+            if (row.type == type)
+                made = watched(type, done...);
+        });
+        return made;
     }
 
 private:
@@ -296,19 +198,39 @@ private:
         });
     }
 
-    template <typename T, typename... Values>
-    T* watched(Task::Type type, void (T::*done)(Values...))
+    template <typename T, typename... Values, typename... Others>
+    T* watched(Task::Type type, void (T::*done)(Values...), Others... others)
     {
         auto* task = qobject_cast<T*>(m_server.addTask(type));
         PROMISE(task && task->type() == type);
         watch(task, done);
+        (watch(task, others), ...);
         QObject::connect(task, &Task::errorExecute,
                          [&outcome = m_outcome](Task::Status status) { outcome.errors.append(status); });
+        prepare(task);
         return task;
     }
 
-    template <typename T>
-    T* withContact(T* task)
+    // parameters that let a task be sent; most need none
+
+    static void prepare(Task*) {}
+    void prepare(TaskModifyFaxUser* task) { task->setUser(FaxUser()); }
+    void prepare(TaskSchedule* task)
+    {
+        FaxDocument document;
+        document.recipients().addContact(Contact());
+        task->setFaxDocument(document);
+    }
+    void prepare(TaskGetContacts* task)
+    {
+        const auto keep = [&outcome = m_outcome](const ContactList& book) { outcome.book = book; };
+        QObject::connect(task, &TaskGetContacts::doneGetContacts, keep);
+        QObject::connect(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync, keep);
+        task->setContactsType(m_book);
+        task->setContactsLastTimeSync(m_variant & 4 ? 7 : 0);
+    }
+    void prepare(TaskGetContactsOids* task) { task->setContactsType(m_book); }
+    void prepare(TaskChangeContact* task)
     {
         QuendraContact contact;
         contact.setUrl(QUrl(QStringLiteral("http://elsewhere/qdws/v1/contacts/anna/3")));
@@ -318,9 +240,15 @@ private:
             task->setContact(group, m_book);
         else
             task->setContact(contact, m_book);
-        return task;
     }
+    void prepare(TaskGetFaxEntry* task)
+    {
+        task->setTaskEntryType(TaskGetFaxEntry::TaskEntryType(m_variant % 3));
+    }
+    void prepare(TaskAbort* task) { task->setFaxEntryUrl(m_entry); }
+    void prepare(TaskReschedule* task) { task->setFaxEntryUrl(m_entry); }
 
+    const QUrl m_entry{QStringLiteral("http://elsewhere:9/qdws/v1/ofax/12")};
     FaxServer& m_server;
     Outcome& m_outcome;
     ContactList::Type m_book;
@@ -335,7 +263,8 @@ FUZZ_TARGET(replies)
 {
     static FakeManager manager;
     FuzzChoices choices(input);
-    const auto type = Task::Type(choices.choose(int(std::size(operations))));
+    const WebOperation& operation = operations().at(choices.choose(operations().size()));
+    const Task::Type type = operation.type;
     const int variant = choices.choose(16);
     const Code code = codes[choices.choose(int(std::size(codes)))];
     const Code memberCode = codes[choices.choose(int(std::size(codes)))];
@@ -396,10 +325,9 @@ FUZZ_TARGET(replies)
         PROMISE(!manager.network().next());
         PROMISE(outcome.done + outcome.errors.size() == 1);
 
-        const Operation& operation = operations[type];
         const Task::Status status = outcome.errors.value(0, Task::Ok);
         if (code != QNetworkReply::NoError)
-            PROMISE_THAT(status == statusOf(operation.mapping, code), QString::number(status));
+            PROMISE_THAT(status == expectedStatus(operation.errors, code), QString::number(status));
         else if (root.isNull())
             PROMISE_THAT(status == Task::InvalidReply, QString::number(status));
         else if (!members.isEmpty())

@@ -7,24 +7,7 @@
 #include "passwordcipher.h"
 #include "quendracontactprovider.h"
 #include "serverversion_p.h"
-#include "tasks/taskabort.h"
-#include "tasks/taskaddcontact.h"
-#include "tasks/taskcheckpermissions.h"
-#include "tasks/taskdeletecontact.h"
-#include "tasks/taskgetcontacts.h"
-#include "tasks/taskgetcontactsoids.h"
-#include "tasks/taskgetcoverpages.h"
-#include "tasks/taskgetfaxentry.h"
-#include "tasks/taskgetfaxuser.h"
-#include "tasks/taskgetinboundfaxentry.h"
-#include "tasks/taskgetoutboundfaxentry.h"
-#include "tasks/taskgetprinternames.h"
-#include "tasks/taskgetquendrainfo.h"
-#include "tasks/taskmodifycontact.h"
-#include "tasks/taskmodifyfaxuser.h"
-#include "tasks/taskreschedule.h"
-#include "tasks/taskschedule.h"
-#include "tasks/taskverifylogin.h"
+#include "tasks/operationtable_p.h"
 
 #include <QDomDocument>
 
@@ -158,64 +141,25 @@ QString FaxServer::genUID() const
 
 // --- Requests
 
-template <typename T, typename... Args>
-Task* FaxServer::watched(T* task, void (T::*done)(Args...))
+/// A task of the class that has these done signals; whatever they carry, each is a success.
+template <typename T, typename... Args, typename... Others>
+Task* FaxServer::newTask(void (T::*done)(Args...), Others... others)
 {
-    connect(task, done, this, qOverload<Args...>(&FaxServer::slotDone));
+    auto* task = new T(*this);
+    connect(task, done, this, qOverload<>(&FaxServer::slotDone));
+    (connect(task, others, this, qOverload<>(&FaxServer::slotDone)), ...);
     connect(task, &Task::errorExecute, this, &FaxServer::slotError);
     return task;
 }
 
 Task* FaxServer::addTask(Task::Type type)
 {
-    switch (type) {
-    case Task::GetQuendraInfo:
-        return watched(new TaskGetQuendraInfo(*this), &TaskGetQuendraInfo::doneGetFaxInfo);
-    case Task::VerifyLogin:
-        return watched(new TaskVerifyLogin(*this), &TaskVerifyLogin::doneVerifyLogin);
-    case Task::GetFaxUser:
-        return watched(new TaskGetFaxUser(*this), &TaskGetFaxUser::doneGetFaxUser);
-    case Task::ModifyFaxUser:
-        return watched(new TaskModifyFaxUser(*this), &TaskModifyFaxUser::doneModifyFaxUser);
-    case Task::Schedule:
-        return watched(new TaskSchedule(*this), &TaskSchedule::doneFaxSchedule);
-    case Task::Abort:
-        return watched(new TaskAbort(*this), &TaskAbort::doneAbort);
-    case Task::Reschedule:
-        return watched(new TaskReschedule(*this), &TaskReschedule::doneReschedule);
-    case Task::ChekPermissions: {
-        auto* task = new TaskChekPermissions(*this);
-        // the argument is dropped
-        connect(task, &TaskChekPermissions::doneCheckPermissions, this, qOverload<>(&FaxServer::slotDone));
-        connect(task, &Task::errorExecute, this, &FaxServer::slotError);
-        return task;
-    }
-    case Task::GetCoverPages:
-        return watched(new TaskGetCoverPages(*this), &TaskGetCoverPages::doneGetCoverPages);
-    case Task::GetPrinterNames:
-        return watched(new TaskGetPrinterNames(*this), &TaskGetPrinterNames::doneGetPrinterNames);
-    case Task::GetFaxEntry:
-        return watched(new TaskGetFaxEntry(*this), &TaskGetFaxEntry::doneGetFaxEntry);
-    case Task::GetInboundFaxEntry:
-        return watched(new TaskGetInboundFaxEntry(*this), &TaskGetInboundFaxEntry::doneGetInboundFaxEntry);
-    case Task::GetOutboundFaxEntry:
-        return watched(new TaskGetOutboundFaxEntry(*this), &TaskGetOutboundFaxEntry::doneGetFaxEntry);
-    case Task::GetContacts: {
-        auto* task = new TaskGetContacts(*this);
-        connect(task, &TaskGetContacts::doneGetContacts, this,
-                qOverload<const ContactList&, unsigned int>(&FaxServer::slotDone));
-        return watched(task, &TaskGetContacts::doneGetContactsAfterLastTimeSync);
-    }
-    case Task::AddContact:
-        return watched(new TaskAddContact(*this), &TaskAddContact::doneAddContact);
-    case Task::ModifyContact:
-        return watched(new TaskModifyContact(*this), &TaskModifyContact::doneModifyContact);
-    case Task::GetContactsOids:
-        return watched(new TaskGetContactsOids(*this), &TaskGetContactsOids::doneGetContactsOids);
-    case Task::DeleteContact:
-        return watched(new TaskDeleteContact(*this), &TaskDeleteContact::doneDeleteContact);
-    }
-    return nullptr;
+    Task* task = nullptr;
+    forEachOperation([&](const WebOperation& operation, auto... done) {
+        if (operation.type == type)
+            task = newTask(done...);
+    });
+    return task;
 }
 
 template <typename T>

@@ -211,8 +211,8 @@ private:
 
     template <typename T>
     T* createTask(Task::Type type);
-    template <typename T, typename... Args>
-    Task* watched(T* task, void (T::*done)(Args...));
+    template <typename T, typename... Args, typename... Others>
+    Task* newTask(void (T::*done)(Args...), Others... others);
 
     template <typename T>
     void change(T& member, const T& value);

@@ -2,7 +2,7 @@
 
 // The end that the contact-changing tasks have in common. Internal: not installed.
 
-#include "log_p.h"
+#include "tasks/task_p.h"
 #include "tasks/taskchangecontact.h"
 
 #include <QDomDocument>
@@ -18,27 +18,27 @@ struct ContactChange
 };
 
 template <typename T>
-void TaskChangeContact::finishChange(const ContactChange& change,
-                                     void (T::*done)(const ContactUnit&, ContactList::Type))
+void TaskPrivate::finishChange(const ContactChange& change,
+                               void (T::*done)(const ContactUnit&, ContactList::Type))
 {
-    if (!succeeded()) {
-        logReplyError(change.error, change.errorBody);
-        return fail(errorStatus(ErrorMapping::Contact));
-    }
+    if (!m_task.succeeded())
+        return failReply(change.error, change.errorBody);
 
     logBody(change.reply);
     QDomDocument document;
-    if (!parseBody(document))
+    if (!m_task.parseBody(document))
         return;
 
+    TaskChangeContact& task = static_cast<T&>(m_task);
     const QDomElement root = document.documentElement();
     const QDomElement message = root.firstChildElement(QStringLiteral("message"));
-    if (message.text() != change.message || !readBack(root)) {
+    if (message.text() != change.message || !task.readBack(root)) {
         Logger::inst().log(Logger::ERROR, change.invalid.text, change.invalid.file, change.invalid.line);
-        return fail(Task::InvalidReply);
+        return task.fail(Task::InvalidReply);
     }
 
-    const QSharedPointer<ContactUnit> contact = m_contact;
-    deleteLater();
-    Q_EMIT(static_cast<T*>(this)->*done)(*contact, m_bookType);
+    const QSharedPointer<ContactUnit> contact = task.m_contact;
+    const ContactList::Type book = task.m_bookType;
+    task.deleteLater();
+    Q_EMIT(static_cast<T&>(task).*done)(*contact, book);
 }

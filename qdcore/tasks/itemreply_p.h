@@ -3,8 +3,7 @@
 // The end that the log and list tasks have in common. Internal: not installed.
 
 #include "domtext_p.h"
-#include "log_p.h"
-#include "tasks/task.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 #include <QSharedPointer>
@@ -18,21 +17,19 @@ struct ItemReply
     LogText reply;     ///< Goes before the logged body of a good reply.
     LogText error;     ///< With %1 for the network error.
     LogText errorBody; ///< Goes before the logged body of a failed reply.
-    bool isLog{false}; ///< Logs carry a message, and 401 is AuthError; lists have neither.
+    bool isLog{false}; ///< Logs carry a message, lists do not.
     LogText invalid{}; ///< Logs only: the message was not "Success".
 };
 
 template <typename T, typename ListPtr, typename Read>
-void Task::finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read read)
+void TaskPrivate::finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read read)
 {
-    if (!succeeded()) {
-        logReplyError(reply.error, reply.errorBody);
-        return fail(errorStatus(reply.isLog ? ErrorMapping::AuthApart : ErrorMapping::AlwaysError));
-    }
+    if (!m_task.succeeded())
+        return failReply(reply.error, reply.errorBody);
 
     logBody(reply.reply);
     QDomDocument document;
-    if (!parseBody(document))
+    if (!m_task.parseBody(document))
         return;
 
     QDomElement root = document.documentElement();
@@ -42,16 +39,16 @@ void Task::finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read re
         !reply.isLog || root.firstChildElement(QStringLiteral("message")).text() == QLatin1String("Success");
 
     // what could be read is reported whatever the message says, and only then comes the complaint
-    deleteLater();
-    Q_EMIT(static_cast<T*>(this)->*done)(items);
+    m_task.deleteLater();
+    Q_EMIT(static_cast<T&>(m_task).*done)(items);
     if (!isValid)
         Logger::inst().log(Logger::ERROR, reply.invalid.text, reply.invalid.file, reply.invalid.line);
 }
 
 template <typename Entry>
-auto Task::entryReader()
+auto TaskPrivate::entryReader() const
 {
-    return [version = protocolVersion()](const QDomElement& element, auto& entries) {
+    return [version = m_task.protocolVersion()](const QDomElement& element, auto& entries) {
         const auto entry = QSharedPointer<Entry>::create();
         if (entry->readFax(element, version))
             entries.append(entry);

@@ -1,6 +1,6 @@
 #include "tasks/taskabort.h"
 
-#include "log_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -17,7 +17,7 @@ void TaskAbort::execute()
 {
     if (m_faxEntryUrl.isEmpty())
         return;
-    deleteResource(resourceUrl(m_faxEntryUrl), LOG_TEXT(tr("TaskAbort request:\r\n%1", "Logger")));
+    d->send(resourceUrl(m_faxEntryUrl), LOG_TEXT(tr("TaskAbort request:\r\n%1", "Logger")));
 }
 
 void TaskAbort::onFinished()
@@ -25,12 +25,12 @@ void TaskAbort::onFinished()
     if (!succeeded()) {
         // the signal comes before the log line, which therefore uses nothing of the task
         const int error = networkError();
-        fail(errorStatus(ErrorMapping::AuthApart));
+        fail(d->errorStatus());
         QD_LOG(ERROR, tr("TaskAbort: reply error! http code %1", "Logger").arg(error));
         return;
     }
 
-    logBody(LOG_TEXT(tr("TaskAbort reply:\r\n", "Logger")));
+    d->logBody(LOG_TEXT(tr("TaskAbort reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

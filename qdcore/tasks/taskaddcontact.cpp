@@ -13,20 +13,20 @@ Task::Type TaskAddContact::type()
 
 void TaskAddContact::execute()
 {
-    if (isStarted() || !hasEntry())
+    if (d->isStarted() || !hasEntry())
         return;
     const QByteArray body = entryDocument();
     if (!body.isEmpty())
-        post(serviceUrl(bookPath()), body, LOG_TEXT(tr("TaskAddContact request:\r\n%1", "Logger")));
+        d->send(serviceUrl(bookPath()), LOG_TEXT(tr("TaskAddContact request:\r\n%1", "Logger")), body);
 }
 
 void TaskAddContact::onFinished()
 {
-    finishChange({QStringLiteral("Created"), LOG_TEXT(tr("TaskAddContact reply:\r\n", "Logger")),
-                  LOG_TEXT(tr("TaskAddContact: invalid reply!", "Logger")),
-                  LOG_TEXT(tr("TaskAddContact: reply error! http code %1", "Logger")),
-                  LOG_TEXT(tr("Reply:\r\n", "Logger"))},
-                 &TaskAddContact::doneAddContact);
+    d->finishChange({QStringLiteral("Created"), LOG_TEXT(tr("TaskAddContact reply:\r\n", "Logger")),
+                     LOG_TEXT(tr("TaskAddContact: invalid reply!", "Logger")),
+                     LOG_TEXT(tr("TaskAddContact: reply error! http code %1", "Logger")),
+                     LOG_TEXT(tr("Reply:\r\n", "Logger"))},
+                    &TaskAddContact::doneAddContact);
 }
 
 bool TaskAddContact::readBack(const QDomElement& root)

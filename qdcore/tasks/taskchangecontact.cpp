@@ -4,6 +4,7 @@
 #include "faxserver.h"
 #include "quendracontact.h"
 #include "quendracontactgroup.h"
+#include "tasks/requestdocument_p.h"
 
 #include <QDomDocument>
 

@@ -5,7 +5,7 @@
 
 #include <QSharedPointer>
 
-struct ContactChange;
+class QDomElement;
 
 /**
  * What adding, modifying and deleting an entry of a contact book on the server have in common: the entry, its
@@ -40,10 +40,6 @@ protected:
     /// ended.
     QByteArray entryDocument();
 
-    /// Handles the reply; @p done is the subclass's signal.
-    template <typename T>
-    void finishChange(const ContactChange& change, void (T::*done)(const ContactUnit&, ContactList::Type));
-
     /// Takes the entry over from a good reply. By default there is nothing to take.
     virtual bool readBack(const QDomElement& root);
 
@@ -51,6 +47,7 @@ protected:
     ContactUnit* contact() const { return m_contact.data(); }
 
 private:
+    friend class TaskPrivate;
     ContactList::Type m_bookType{ContactList::Unknown};
     QSharedPointer<ContactUnit> m_contact;
 };

@@ -1,7 +1,7 @@
 #include "tasks/taskcheckpermissions.h"
 
 #include "faxuserpermissions.h"
-#include "log_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -16,28 +16,29 @@ Task::Type TaskChekPermissions::type()
 
 void TaskChekPermissions::execute()
 {
-    get(serviceUrl(QStringLiteral("/qdws/v1/user_options")), LOG_TEXT(tr("Request:\r\n%1", "Logger")));
+    d->send(d->url(), LOG_TEXT(tr("Request:\r\n%1", "Logger")));
 }
 
 void TaskChekPermissions::onFinished()
 {
     if (!succeeded()) {
-        logReplyError(LOG_TEXT(tr("TaskChekPermissions: response permission error! http code %1", "Logger")),
-                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
-        return fail(errorStatus(ErrorMapping::AuthApart));
+        return d->failReply(
+            LOG_TEXT(tr("TaskChekPermissions: response permission error! http code %1", "Logger")),
+            LOG_TEXT(tr("Reply:\r\n", "Logger")));
     }
 
+    const QByteArray reply = body();
     QDomDocument document;
-    if (!parseBody(document, Body::Kept))
+    if (!parseBody(document))
         return;
-    logBody(LOG_TEXT(tr("TaskChekPermissions reply:\r\n", "Logger")));
+    d->logBody(LOG_TEXT(tr("TaskChekPermissions reply:\r\n", "Logger")), reply);
 
     const QDomElement root = document.documentElement();
     const QDomElement options = root.firstChildElement(QStringLiteral("user_options"));
     const QDomElement message = root.firstChildElement(QStringLiteral("message"));
     if (message.text() != QLatin1String("Success")) {
-        QD_LOG(ERROR,
-               tr("TaskChekPermissions: response permission error! response: %1", "Logger").arg(bodyText()));
+        QD_LOG(ERROR, tr("TaskChekPermissions: response permission error! response: %1", "Logger")
+                          .arg(QString::fromUtf8(reply)));
         return fail(Task::Error);
     }
 

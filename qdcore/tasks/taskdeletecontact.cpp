@@ -13,16 +13,16 @@ Task::Type TaskDeleteContact::type()
 
 void TaskDeleteContact::execute()
 {
-    if (isStarted() || !hasEntry())
+    if (d->isStarted() || !hasEntry())
         return;
-    deleteResource(serviceUrl(entryPath()), LOG_TEXT(tr("TaskDeleteContact request:\r\n%1", "Logger")));
+    d->send(serviceUrl(entryPath()), LOG_TEXT(tr("TaskDeleteContact request:\r\n%1", "Logger")));
 }
 
 void TaskDeleteContact::onFinished()
 {
-    finishChange({QStringLiteral("Deleted"), LOG_TEXT(tr("TaskDeleteContact reply:\r\n", "Logger")),
-                  LOG_TEXT(tr("TaskDeleteContact: invalid reply!", "Logger")),
-                  LOG_TEXT(tr("TaskDeleteContact: reply error! http code %1", "Logger")),
-                  LOG_TEXT(tr("Reply:\r\n", "Logger"))},
-                 &TaskDeleteContact::doneDeleteContact);
+    d->finishChange({QStringLiteral("Deleted"), LOG_TEXT(tr("TaskDeleteContact reply:\r\n", "Logger")),
+                     LOG_TEXT(tr("TaskDeleteContact: invalid reply!", "Logger")),
+                     LOG_TEXT(tr("TaskDeleteContact: reply error! http code %1", "Logger")),
+                     LOG_TEXT(tr("Reply:\r\n", "Logger"))},
+                    &TaskDeleteContact::doneDeleteContact);
 }

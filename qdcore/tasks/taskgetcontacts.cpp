@@ -3,13 +3,14 @@
 #include "contactbook_p.h"
 #include "domtext_p.h"
 #include "faxserver.h"
-#include "log_p.h"
 #include "quendracontact.h"
 #include "quendracontactgroup.h"
+#include "tasks/replydocument_p.h"
+#include "tasks/servicerequest_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 #include <QNetworkAccessManager>
-#include <QNetworkRequest>
 
 namespace {
 
@@ -27,7 +28,7 @@ TaskGetContacts::~TaskGetContacts()
 {
     const QList<QNetworkReply*> replies = m_pendingGroups.keys();
     for (QNetworkReply* reply : replies)
-        letGo(reply);
+        d->letGo(reply);
 }
 
 Task::Type TaskGetContacts::type()
@@ -42,7 +43,7 @@ void TaskGetContacts::execute()
                                     QStringLiteral("/qdws/v1/contact_groups"), server().login()));
     if (m_lastTimeSync != 0 && url.isValid())
         url.setQuery(QStringLiteral("query_time=") + QString::number(m_lastTimeSync));
-    get(url, LOG_TEXT(tr("TaskGetContacts request:\r\n%1", "Logger")));
+    d->send(url, LOG_TEXT(tr("TaskGetContacts request:\r\n%1", "Logger")));
 }
 
 void TaskGetContacts::onFinished()
@@ -50,21 +51,13 @@ void TaskGetContacts::onFinished()
     if (!succeeded()) {
         const LogText error = LOG_TEXT(tr("TaskGetContacts: reply error! http code %1", "Logger"));
         const LogText errorBody = LOG_TEXT(tr("Reply:\r\n", "Logger"));
-        const Status status = errorStatus(ErrorMapping::AuthApart);
-        if (status != Task::AuthError) {
-            logReplyError(error, errorBody);
-            return fail(status);
-        }
-        // here the signal comes before the log lines, which therefore use nothing of the task
-        const int number = networkError();
-        const QByteArray reply = body();
-        fail(status);
-        QD_LOG(ERROR, error.text.arg(number));
-        logBody(errorBody, reply);
-        return;
+        // refused credentials are told before they are logged, other errors afterwards
+        if (d->errorStatus() == Task::AuthError)
+            return d->failThenLog(error, errorBody);
+        return d->failReply(error, errorBody);
     }
 
-    logBody(LOG_TEXT(tr("TaskGetContacts reply:\r\n", "Logger")));
+    d->logBody(LOG_TEXT(tr("TaskGetContacts reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;
@@ -112,8 +105,9 @@ void TaskGetContacts::requestMembers()
 {
     while (m_pendingGroups.size() < maxPendingMembers && !m_waitingMembers.isEmpty()) {
         const auto [member, group] = m_waitingMembers.dequeue();
-        QNetworkReply* reply = nam().get(request(resourceUrl(QUrl(member, QUrl::TolerantMode))));
-        collect(reply);
+        QNetworkReply* reply =
+            nam().get(serviceRequest(server(), resourceUrl(QUrl(member, QUrl::TolerantMode))));
+        d->bodies.collect(reply, this);
         connect(reply, &QNetworkReply::finished, this, &TaskGetContacts::slotFinishedGroup,
                 Qt::QueuedConnection);
         m_pendingGroups.insert(reply, group);
@@ -126,26 +120,26 @@ void TaskGetContacts::slotFinishedGroup()
     QuendraContactGroup* group = m_pendingGroups.take(reply);
     if (!group)
         return;
-    QByteArray body = takeBody(reply);
+    QByteArray body = d->bodies.take(reply);
     const int error = reply->isFinished() ? int(reply->error()) : int(QNetworkReply::OperationCanceledError);
     reply->deleteLater();
-    if (isOverLimit())
+    if (d->bodies.isOverLimit())
         m_waitingMembers.clear();
     requestMembers();
 
     // after one failure the rest is only waited for
     if (m_groupFailed || error != QNetworkReply::NoError) {
         QD_LOG(ERROR, tr("TaskGetContacts: reply error! http code %1", "Logger").arg(error));
-        logBody(LOG_TEXT(tr("Reply:\r\n", "Logger")), body);
+        d->logBody(LOG_TEXT(tr("Reply:\r\n", "Logger")), body);
         m_groupFailed = true;
         if (m_pendingGroups.isEmpty())
             fail(Task::Error);
         return;
     }
 
-    logBody(LOG_TEXT(tr("TaskGetContacts reply:\r\n", "Logger")), body);
+    d->logBody(LOG_TEXT(tr("TaskGetContacts reply:\r\n", "Logger")), body);
     QDomDocument document;
-    if (!parse(std::move(body), document)) {
+    if (!parseReply(std::move(body), document)) {
         m_groupFailed = true;
         if (m_pendingGroups.isEmpty())
             fail(Task::InvalidReply);

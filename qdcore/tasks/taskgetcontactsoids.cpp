@@ -2,7 +2,7 @@
 
 #include "contactbook_p.h"
 #include "faxserver.h"
-#include "log_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -20,18 +20,17 @@ void TaskGetContactsOids::execute()
     const QString path = ContactBook(m_contactsType)
                              .path(QStringLiteral("/qdws/v1/contact_oids"),
                                    QStringLiteral("/qdws/v1/contact_group_oids"), server().login());
-    get(serviceUrl(path), LOG_TEXT(tr("TaskGetContactsOids request:\r\n%1", "Logger")));
+    d->send(serviceUrl(path), LOG_TEXT(tr("TaskGetContactsOids request:\r\n%1", "Logger")));
 }
 
 void TaskGetContactsOids::onFinished()
 {
     if (!succeeded()) {
-        logReplyError(LOG_TEXT(tr("TaskGetContactsOids: reply error! http code %1", "Logger")),
-                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
-        return fail(errorStatus(ErrorMapping::AlwaysError));
+        return d->failReply(LOG_TEXT(tr("TaskGetContactsOids: reply error! http code %1", "Logger")),
+                            LOG_TEXT(tr("Reply:\r\n", "Logger")));
     }
 
-    logBody(LOG_TEXT(tr("TaskGetContactsOids reply:\r\n", "Logger")));
+    d->logBody(LOG_TEXT(tr("TaskGetContactsOids reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

@@ -2,6 +2,7 @@
 
 #include "faxentry.h"
 #include "tasks/itemreply_p.h"
+#include "tasks/servicerequest_p.h"
 
 TaskGetFaxEntry::TaskGetFaxEntry(FaxServer& server)
     : Task(server)
@@ -28,15 +29,15 @@ void TaskGetFaxEntry::execute()
         query = QStringLiteral("pending_limit=%1&sending_limit=%1");
         break;
     }
-    get(limited(serviceUrl(path), query, m_completeLimit),
-        LOG_TEXT(tr("TaskGetFaxEntry request:\r\n%1", "Logger")));
+    d->send(limitedUrl(serviceUrl(path), query, m_completeLimit),
+            LOG_TEXT(tr("TaskGetFaxEntry request:\r\n%1", "Logger")));
 }
 
 void TaskGetFaxEntry::onFinished()
 {
-    finishItems({QStringLiteral("fax_entry"), LOG_TEXT(tr("TaskGetFaxEntry reply:\r\n", "Logger")),
-                 LOG_TEXT(tr("TaskGetFaxEntry: reply error! http code %1", "Logger")),
-                 LOG_TEXT(tr("Reply:\r\n", "Logger")), true,
-                 LOG_TEXT(tr("TaskGetFaxEntry: contains invalid reply!", "Logger"))},
-                &TaskGetFaxEntry::doneGetFaxEntry, entryReader<FaxEntry>());
+    d->finishItems({QStringLiteral("fax_entry"), LOG_TEXT(tr("TaskGetFaxEntry reply:\r\n", "Logger")),
+                    LOG_TEXT(tr("TaskGetFaxEntry: reply error! http code %1", "Logger")),
+                    LOG_TEXT(tr("Reply:\r\n", "Logger")), true,
+                    LOG_TEXT(tr("TaskGetFaxEntry: contains invalid reply!", "Logger"))},
+                   &TaskGetFaxEntry::doneGetFaxEntry, d->entryReader<FaxEntry>());
 }

@@ -1,6 +1,6 @@
 #include "tasks/taskgetfaxuser.h"
 
-#include "log_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -15,19 +15,17 @@ Task::Type TaskGetFaxUser::type()
 
 void TaskGetFaxUser::execute()
 {
-    get(serviceUrl(QStringLiteral("/qdws/v1/users/") + m_userName),
-        LOG_TEXT(tr("TaskGetFaxUser request:\r\n%1", "Logger")));
+    d->send(d->url(m_userName), LOG_TEXT(tr("TaskGetFaxUser request:\r\n%1", "Logger")));
 }
 
 void TaskGetFaxUser::onFinished()
 {
     if (!succeeded()) {
-        logReplyError(LOG_TEXT(tr("TaskGetFaxUser: reply error! http code %1", "Logger")),
-                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
-        return fail(errorStatus(ErrorMapping::AlwaysError));
+        return d->failReply(LOG_TEXT(tr("TaskGetFaxUser: reply error! http code %1", "Logger")),
+                            LOG_TEXT(tr("Reply:\r\n", "Logger")));
     }
 
-    logBody(LOG_TEXT(tr("TaskGetFaxUser reply:\r\n", "Logger")));
+    d->logBody(LOG_TEXT(tr("TaskGetFaxUser reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

@@ -2,6 +2,7 @@
 
 #include "inboundfaxentry.h"
 #include "tasks/itemreply_p.h"
+#include "tasks/servicerequest_p.h"
 
 TaskGetInboundFaxEntry::TaskGetInboundFaxEntry(FaxServer& server)
     : Task(server)
@@ -14,17 +15,16 @@ Task::Type TaskGetInboundFaxEntry::type()
 
 void TaskGetInboundFaxEntry::execute()
 {
-    get(limited(serviceUrl(QStringLiteral("/qdws/v1/inbound_log")), QStringLiteral("index=0&limit=%1"),
-                m_completeLimit),
-        LOG_TEXT(tr("TaskGetInboundFaxEntry request:\r\n%1", "Logger")));
+    d->send(limitedUrl(d->url(), QStringLiteral("index=0&limit=%1"), m_completeLimit),
+            LOG_TEXT(tr("TaskGetInboundFaxEntry request:\r\n%1", "Logger")));
 }
 
 void TaskGetInboundFaxEntry::onFinished()
 {
-    finishItems({QStringLiteral("inbound_fax_entry"),
-                 LOG_TEXT(tr("TaskGetInboundFaxEntry reply:\r\n", "Logger")),
-                 LOG_TEXT(tr("TaskGetInboundFaxEntry: reply error! http code %1", "Logger")),
-                 LOG_TEXT(tr("TaskGetInboundFaxEntry reply:\r\n", "Logger")), true,
-                 LOG_TEXT(tr("TaskGetInboundFaxEntry: contains invalid reply!", "Logger"))},
-                &TaskGetInboundFaxEntry::doneGetInboundFaxEntry, entryReader<InboundFaxEntry>());
+    d->finishItems({QStringLiteral("inbound_fax_entry"),
+                    LOG_TEXT(tr("TaskGetInboundFaxEntry reply:\r\n", "Logger")),
+                    LOG_TEXT(tr("TaskGetInboundFaxEntry: reply error! http code %1", "Logger")),
+                    LOG_TEXT(tr("TaskGetInboundFaxEntry reply:\r\n", "Logger")), true,
+                    LOG_TEXT(tr("TaskGetInboundFaxEntry: contains invalid reply!", "Logger"))},
+                   &TaskGetInboundFaxEntry::doneGetInboundFaxEntry, d->entryReader<InboundFaxEntry>());
 }

@@ -2,6 +2,7 @@
 
 #include "outboundfaxentry.h"
 #include "tasks/itemreply_p.h"
+#include "tasks/servicerequest_p.h"
 
 TaskGetOutboundFaxEntry::TaskGetOutboundFaxEntry(FaxServer& server)
     : Task(server)
@@ -14,17 +15,16 @@ Task::Type TaskGetOutboundFaxEntry::type()
 
 void TaskGetOutboundFaxEntry::execute()
 {
-    get(limited(serviceUrl(QStringLiteral("/qdws/v1/outbound_log")), QStringLiteral("limit=%1"),
-                m_completeLimit),
-        LOG_TEXT(tr("TaskGetOutboundFaxEntry request:\r\n%1", "Logger")));
+    d->send(limitedUrl(d->url(), QStringLiteral("limit=%1"), m_completeLimit),
+            LOG_TEXT(tr("TaskGetOutboundFaxEntry request:\r\n%1", "Logger")));
 }
 
 void TaskGetOutboundFaxEntry::onFinished()
 {
-    finishItems({QStringLiteral("outbound_fax_entry"),
-                 LOG_TEXT(tr("TaskGetOutboundFaxEntry reply:\r\n", "Logger")),
-                 LOG_TEXT(tr("TaskGetOutboundFaxEntry: reply error! http code %1", "Logger")),
-                 LOG_TEXT(tr("Reply:\r\n", "Logger")), true,
-                 LOG_TEXT(tr("TaskGetOutboundFaxEntry: contains invalid reply!", "Logger"))},
-                &TaskGetOutboundFaxEntry::doneGetFaxEntry, entryReader<OutboundFaxEntry>());
+    d->finishItems({QStringLiteral("outbound_fax_entry"),
+                    LOG_TEXT(tr("TaskGetOutboundFaxEntry reply:\r\n", "Logger")),
+                    LOG_TEXT(tr("TaskGetOutboundFaxEntry: reply error! http code %1", "Logger")),
+                    LOG_TEXT(tr("Reply:\r\n", "Logger")), true,
+                    LOG_TEXT(tr("TaskGetOutboundFaxEntry: contains invalid reply!", "Logger"))},
+                   &TaskGetOutboundFaxEntry::doneGetFaxEntry, d->entryReader<OutboundFaxEntry>());
 }

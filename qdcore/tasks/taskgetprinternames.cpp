@@ -13,15 +13,14 @@ Task::Type TaskGetPrinterNames::type()
 
 void TaskGetPrinterNames::execute()
 {
-    get(serviceUrl(QStringLiteral("/qdws/v1/data/printer_names")),
-        LOG_TEXT(tr("TaskGetPrinterNames request:\r\n%1", "Logger")));
+    d->send(d->url(), LOG_TEXT(tr("TaskGetPrinterNames request:\r\n%1", "Logger")));
 }
 
 void TaskGetPrinterNames::onFinished()
 {
-    finishItems({QStringLiteral("printer"), LOG_TEXT(tr("TaskGetPrinterNames reply:\r\n", "Logger")),
-                 LOG_TEXT(tr("TaskGetPrinterNames: reply error! http code %1.", "Logger")),
-                 LOG_TEXT(tr("Reply:\r\n", "Logger"))},
-                &TaskGetPrinterNames::doneGetPrinterNames,
-                [](const QDomElement& element, QStringList& names) { names.append(element.text()); });
+    d->finishItems({QStringLiteral("printer"), LOG_TEXT(tr("TaskGetPrinterNames reply:\r\n", "Logger")),
+                    LOG_TEXT(tr("TaskGetPrinterNames: reply error! http code %1.", "Logger")),
+                    LOG_TEXT(tr("Reply:\r\n", "Logger"))},
+                   &TaskGetPrinterNames::doneGetPrinterNames,
+                   [](const QDomElement& element, QStringList& names) { names.append(element.text()); });
 }

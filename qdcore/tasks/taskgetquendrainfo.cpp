@@ -1,6 +1,6 @@
 #include "tasks/taskgetquendrainfo.h"
 
-#include "log_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -15,19 +15,17 @@ Task::Type TaskGetQuendraInfo::type()
 
 void TaskGetQuendraInfo::execute()
 {
-    get(serviceUrl(QStringLiteral("/qdws/v1/about")),
-        LOG_TEXT(tr("TaskGetQuendraInfo request:\r\n%1", "Logger")));
+    d->send(d->url(), LOG_TEXT(tr("TaskGetQuendraInfo request:\r\n%1", "Logger")));
 }
 
 void TaskGetQuendraInfo::onFinished()
 {
     if (!succeeded()) {
-        logReplyError(LOG_TEXT(tr("TaskGetQuendraInfo: reply error! http code %1", "Logger")),
-                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
-        return fail(errorStatus(ErrorMapping::AuthApart));
+        return d->failReply(LOG_TEXT(tr("TaskGetQuendraInfo: reply error! http code %1", "Logger")),
+                            LOG_TEXT(tr("Reply:\r\n", "Logger")));
     }
 
-    logBody(LOG_TEXT(tr("TaskGetQuendraInfo reply:\r\n", "Logger")));
+    d->logBody(LOG_TEXT(tr("TaskGetQuendraInfo reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

@@ -13,18 +13,18 @@ Task::Type TaskModifyContact::type()
 
 void TaskModifyContact::execute()
 {
-    if (isStarted() || !hasEntry())
+    if (d->isStarted() || !hasEntry())
         return;
     const QByteArray body = entryDocument();
     if (!body.isEmpty())
-        put(serviceUrl(entryPath()), body, LOG_TEXT(tr("TaskModifyContact request:\r\n%1", "Logger")));
+        d->send(serviceUrl(entryPath()), LOG_TEXT(tr("TaskModifyContact request:\r\n%1", "Logger")), body);
 }
 
 void TaskModifyContact::onFinished()
 {
-    finishChange({QStringLiteral("Modified"), LOG_TEXT(tr("TaskModifyContact reply:\r\n", "Logger")),
-                  LOG_TEXT(tr("TaskModifyContact: invalid reply", "Logger")),
-                  LOG_TEXT(tr("TaskModifyContact: reply error! http code %1", "Logger")),
-                  LOG_TEXT(tr("Reply:\r\n", "Logger"))},
-                 &TaskModifyContact::doneModifyContact);
+    d->finishChange({QStringLiteral("Modified"), LOG_TEXT(tr("TaskModifyContact reply:\r\n", "Logger")),
+                     LOG_TEXT(tr("TaskModifyContact: invalid reply", "Logger")),
+                     LOG_TEXT(tr("TaskModifyContact: reply error! http code %1", "Logger")),
+                     LOG_TEXT(tr("Reply:\r\n", "Logger"))},
+                    &TaskModifyContact::doneModifyContact);
 }

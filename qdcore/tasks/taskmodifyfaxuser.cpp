@@ -1,6 +1,7 @@
 #include "tasks/taskmodifyfaxuser.h"
 
-#include "log_p.h"
+#include "tasks/requestdocument_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -21,7 +22,7 @@ void TaskModifyFaxUser::setUser(const FaxUser& user)
 
 void TaskModifyFaxUser::execute()
 {
-    if (isStarted() || !m_userSet)
+    if (d->isStarted() || !m_userSet)
         return;
 
     QDomDocument document;
@@ -29,19 +30,18 @@ void TaskModifyFaxUser::execute()
     if (!m_user.writeFax(document, element, protocolVersion()))
         return fail(Task::Error);
 
-    put(resourceUrl(m_user.contact().url()), oneLine(document),
-        LOG_TEXT(tr("TaskModifyFaxUser request:\r\n%1", "Logger")));
+    d->send(resourceUrl(m_user.contact().url()), LOG_TEXT(tr("TaskModifyFaxUser request:\r\n%1", "Logger")),
+            oneLine(document));
 }
 
 void TaskModifyFaxUser::onFinished()
 {
     if (!succeeded()) {
-        logReplyError(LOG_TEXT(tr("TaskModifyFaxUser: reply error! http code %1", "Logger")),
-                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
-        return fail(errorStatus(ErrorMapping::AlwaysError));
+        return d->failReply(LOG_TEXT(tr("TaskModifyFaxUser: reply error! http code %1", "Logger")),
+                            LOG_TEXT(tr("Reply:\r\n", "Logger")));
     }
 
-    logBody(LOG_TEXT(tr("TaskModifyFaxUser reply:\r\n", "Logger")));
+    d->logBody(LOG_TEXT(tr("TaskModifyFaxUser reply:\r\n", "Logger")));
     QDomDocument document;
     if (!parseBody(document))
         return;

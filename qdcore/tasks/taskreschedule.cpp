@@ -1,6 +1,6 @@
 #include "tasks/taskreschedule.h"
 
-#include "log_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -15,7 +15,7 @@ Task::Type TaskReschedule::type()
 
 void TaskReschedule::execute()
 {
-    if (isStarted() || m_faxEntryUrl.isEmpty())
+    if (d->isStarted() || m_faxEntryUrl.isEmpty())
         return;
 
     // a queued fax is moved through its outbound log resource
@@ -30,28 +30,25 @@ void TaskReschedule::execute()
     if (url.isValid())
         url.setQuery(QStringLiteral("at=") + at, QUrl::TolerantMode);
 
-    put(url, QByteArray(), LOG_TEXT(tr("TaskReschedule request:\r\n%1", "Logger")));
+    d->send(url, LOG_TEXT(tr("TaskReschedule request:\r\n%1", "Logger")));
 }
 
 void TaskReschedule::onFinished()
 {
     if (!succeeded()) {
-        // the signal comes before the log lines, which therefore use nothing of the task
-        const int error = networkError();
-        const QByteArray reply = body();
-        fail(errorStatus(ErrorMapping::AuthApart, error));
-        QD_LOG(ERROR, tr("TaskReschedule: reschedule error! http code %1", "Logger").arg(error));
-        logBody(LOG_TEXT(tr("Reply:\r\n", "Logger")), reply);
-        return;
+        return d->failThenLog(LOG_TEXT(tr("TaskReschedule: reschedule error! http code %1", "Logger")),
+                              LOG_TEXT(tr("Reply:\r\n", "Logger")));
     }
 
+    const QByteArray reply = body();
     QDomDocument document;
-    if (!parseBody(document, Body::Kept))
+    if (!parseBody(document))
         return;
 
     const QDomElement message = document.documentElement().firstChildElement(QStringLiteral("message"));
     if (message.text() != QLatin1String("Attempting reschedule")) {
-        QD_LOG(ERROR, tr("TaskReschedule: reschedule error! response: ", "Logger") + bodyText());
+        QD_LOG(ERROR,
+               tr("TaskReschedule: reschedule error! response: ", "Logger") + QString::fromUtf8(reply));
         return fail(Task::Error);
     }
 

@@ -3,7 +3,8 @@
 #include "domtext_p.h"
 #include "faxentry.h"
 #include "faxserver.h"
-#include "log_p.h"
+#include "tasks/requestdocument_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -18,7 +19,7 @@ Task::Type TaskSchedule::type()
 
 void TaskSchedule::execute()
 {
-    if (isStarted())
+    if (d->isStarted())
         return;
 
     QDomDocument request;
@@ -34,16 +35,14 @@ void TaskSchedule::execute()
     const QByteArray body = indented(request);
     if (body.isEmpty())
         return fail(Task::InvalidReply);
-    post(serviceUrl(QStringLiteral("/qdws/v1/ofax")), body,
-         LOG_TEXT(tr("TaskSchedule request:\r\n%1", "Logger")));
+    d->send(d->url(), LOG_TEXT(tr("TaskSchedule request:\r\n%1", "Logger")), body);
 }
 
 void TaskSchedule::onFinished()
 {
     if (!succeeded()) {
-        logReplyError(LOG_TEXT(tr("TaskSchedule: reschedule error! http code %1", "Logger")),
-                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
-        return fail(errorStatus(ErrorMapping::ContentApart));
+        return d->failReply(LOG_TEXT(tr("TaskSchedule: reschedule error! http code %1", "Logger")),
+                            LOG_TEXT(tr("Reply:\r\n", "Logger")));
     }
 
     QDomDocument document;

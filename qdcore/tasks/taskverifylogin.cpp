@@ -1,6 +1,6 @@
 #include "tasks/taskverifylogin.h"
 
-#include "log_p.h"
+#include "tasks/task_p.h"
 
 #include <QDomDocument>
 
@@ -15,16 +15,14 @@ Task::Type TaskVerifyLogin::type()
 
 void TaskVerifyLogin::execute()
 {
-    get(serviceUrl(QStringLiteral("/qdws/v1/verify")),
-        LOG_TEXT(tr("TaskVerifyLogin request:\r\n%1", "Logger")));
+    d->send(d->url(), LOG_TEXT(tr("TaskVerifyLogin request:\r\n%1", "Logger")));
 }
 
 void TaskVerifyLogin::onFinished()
 {
     if (!succeeded()) {
-        logReplyError(LOG_TEXT(tr("TaskVerifyLogin: reschedule error! http code %1", "Logger")),
-                      LOG_TEXT(tr("Reply:\r\n", "Logger")));
-        return fail(errorStatus(ErrorMapping::AuthApart));
+        return d->failReply(LOG_TEXT(tr("TaskVerifyLogin: reschedule error! http code %1", "Logger")),
+                            LOG_TEXT(tr("Reply:\r\n", "Logger")));
     }
 
     QDomDocument document;

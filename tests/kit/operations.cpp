@@ -4,19 +4,11 @@
 #include "contact.h"
 #include "quendracontact.h"
 #include "taskkit.h"
-#include "tasks/taskabort.h"
-#include "tasks/taskaddcontact.h"
-#include "tasks/taskdeletecontact.h"
-#include "tasks/taskgetcontacts.h"
-#include "tasks/taskgetcontactsoids.h"
-#include "tasks/taskgetfaxentry.h"
-#include "tasks/taskgetfaxuser.h"
-#include "tasks/taskmodifycontact.h"
-#include "tasks/taskmodifyfaxuser.h"
-#include "tasks/taskreschedule.h"
-#include "tasks/taskschedule.h"
+#include "tasks/operationtable_p.h"
 
 #include <QDomDocument>
+#include <QMetaEnum>
+#include <QMetaMethod>
 #include <QTest>
 
 namespace {
@@ -86,69 +78,75 @@ QByteArray groupXml(const QByteArray& members)
            members + "</contact_group>";
 }
 
-QList<Operation> makeOperations()
+/// What an operation takes and is answered beyond what the table says of it.
+struct Sample
+{
+    QByteArray rest; ///< Behind the path of the operation.
+    QByteArray good;
+    std::function<void(Task&, const QString&)> prepare;
+};
+
+QHash<int, Sample> samples()
 {
     const QByteArray done = "<message>Success</message>";
-    const QByteArray member = "<contact>http://elsewhere:9/qdws/v1/contacts/anna/";
     const auto nothing = [](Task&, const QString&) {};
     return {
-        {"GetQuendraInfo", Task::GetQuendraInfo, "GET /qdws/v1/about", SIGNAL(doneGetFaxInfo(QuendraInfo)),
-         "<about><model>ABC40</model><version>3.6.1</version></about>", nothing},
-        {"VerifyLogin", Task::VerifyLogin, "GET /qdws/v1/verify", SIGNAL(doneVerifyLogin()),
-         "<message>Verified</message>", nothing},
-        {"GetFaxUser", Task::GetFaxUser, "GET /qdws/v1/users/anna", SIGNAL(doneGetFaxUser(FaxUser)),
-         userXml(QStringLiteral("https://elsewhere")),
-         with<TaskGetFaxUser>(
-             [](TaskGetFaxUser& task, const QString&) { task.setUser(QStringLiteral("anna")); })},
-        {"ModifyFaxUser", Task::ModifyFaxUser, "PUT /qdws/v1/users/7", SIGNAL(doneModifyFaxUser(FaxUser)),
-         "<message>Modified</message>",
-         with<TaskModifyFaxUser>(
-             [](TaskModifyFaxUser& task, const QString& host) { task.setUser(anna(host)); })},
-        {"ChekPermissions", Task::ChekPermissions, "GET /qdws/v1/user_options",
-         SIGNAL(doneCheckPermissions(unsigned int)),
-         done + "<user_options><add_global>true</add_global></user_options>", nothing},
-        {"Schedule", Task::Schedule, "POST /qdws/v1/ofax",
-         SIGNAL(doneFaxSchedule(BaseFaxEntry::FaxEntriesPtrListPtr)),
-         "<fax_entry><state>pending</state></fax_entry>",
-         with<TaskSchedule>([](TaskSchedule& task, const QString&) { task.setFaxDocument(fax()); })},
-        {"Abort", Task::Abort, "DELETE /qdws/v1/ofax/12", SIGNAL(doneAbort()),
-         "<message>Attempting Abort</message>", withEntry<TaskAbort>()},
-        {"Reschedule", Task::Reschedule, "PUT /qdws/v1/outbound_log/12?at=now", SIGNAL(doneReschedule()),
-         "<message>Attempting reschedule</message>", withEntry<TaskReschedule>()},
-        {"GetFaxEntry", Task::GetFaxEntry, "GET /qdws/v1/ofax",
-         SIGNAL(doneGetFaxEntry(BaseFaxEntry::FaxEntriesPtrListPtr)), done,
-         with<TaskGetFaxEntry>([](TaskGetFaxEntry& task, const QString&) {
-             task.setTaskEntryType(TaskGetFaxEntry::EntryQueue);
-         })},
-        {"GetInboundFaxEntry", Task::GetInboundFaxEntry, "GET /qdws/v1/inbound_log",
-         SIGNAL(doneGetInboundFaxEntry(InboundFaxEntriesPtrListPtr)), done, nothing},
-        {"GetOutboundFaxEntry", Task::GetOutboundFaxEntry, "GET /qdws/v1/outbound_log",
-         SIGNAL(doneGetFaxEntry(BaseFaxEntry::FaxEntriesPtrListPtr)), done, nothing},
-        {"GetCoverPages", Task::GetCoverPages, "GET /qdws/v1/data/cover_pages",
-         SIGNAL(doneGetCoverPages(CoverPageListPtr)), "", nothing},
-        {"GetPrinterNames", Task::GetPrinterNames, "GET /qdws/v1/data/printer_names",
-         SIGNAL(doneGetPrinterNames(QStringListPtr)), "", nothing},
-        {"GetContacts", Task::GetContacts, "GET /qdws/v1/contacts/anna",
-         SIGNAL(doneGetContacts(ContactList, unsigned int)),
-         "<query_time>77</query_time>" + memberXml(1) + memberXml(2),
-         withBook<TaskGetContacts>(ContactList::PersonalContacts)},
-        {"GetContacts of groups", Task::GetContacts, "GET /qdws/v1/contact_groups/anna",
-         SIGNAL(doneGetContacts(ContactList, unsigned int)),
-         "<query_time>77</query_time>" + groupXml(member + "1</contact>" + member + "2</contact>"),
-         withBook<TaskGetContacts>(ContactList::PersonalGroups)},
-        {"GetContactsOids", Task::GetContactsOids, "GET /qdws/v1/contact_oids/anna",
-         SIGNAL(doneGetContactsOids(QList<QString>, ContactList::Type)), "<oids>1,2</oids>",
-         withBook<TaskGetContactsOids>(ContactList::PersonalContacts)},
-        {"AddContact", Task::AddContact, "POST /qdws/v1/contacts/anna",
-         SIGNAL(doneAddContact(ContactUnit, ContactList::Type)), "<message>Created</message>" + memberXml(9),
-         withPerson<TaskAddContact>()},
-        {"ModifyContact", Task::ModifyContact, "PUT /qdws/v1/contacts/anna/7",
-         SIGNAL(doneModifyContact(ContactUnit, ContactList::Type)), "<message>Modified</message>",
-         withPerson<TaskModifyContact>()},
-        {"DeleteContact", Task::DeleteContact, "DELETE /qdws/v1/contacts/anna/7",
-         SIGNAL(doneDeleteContact(ContactUnit, ContactList::Type)), "<message>Deleted</message>",
-         withPerson<TaskDeleteContact>()},
+        {Task::GetQuendraInfo, {"", "<about><model>ABC40</model><version>3.6.1</version></about>", nothing}},
+        {Task::VerifyLogin, {"", "<message>Verified</message>", nothing}},
+        {Task::GetFaxUser,
+         {"anna", userXml(QStringLiteral("https://elsewhere")),
+          with<TaskGetFaxUser>(
+              [](TaskGetFaxUser& task, const QString&) { task.setUser(QStringLiteral("anna")); })}},
+        {Task::ModifyFaxUser,
+         {"7", "<message>Modified</message>",
+          with<TaskModifyFaxUser>(
+              [](TaskModifyFaxUser& task, const QString& host) { task.setUser(anna(host)); })}},
+        {Task::ChekPermissions,
+         {"", done + "<user_options><add_global>true</add_global></user_options>", nothing}},
+        {Task::Schedule,
+         {"", "<fax_entry><state>pending</state></fax_entry>",
+          with<TaskSchedule>([](TaskSchedule& task, const QString&) { task.setFaxDocument(fax()); })}},
+        {Task::Abort, {"12", "<message>Attempting Abort</message>", withEntry<TaskAbort>()}},
+        {Task::Reschedule,
+         {"12?at=now", "<message>Attempting reschedule</message>", withEntry<TaskReschedule>()}},
+        {Task::GetFaxEntry, {"", done, with<TaskGetFaxEntry>([](TaskGetFaxEntry& task, const QString&) {
+                                 task.setTaskEntryType(TaskGetFaxEntry::EntryQueue);
+                             })}},
+        {Task::GetContacts,
+         {"anna", "<query_time>77</query_time>" + memberXml(1) + memberXml(2),
+          withBook<TaskGetContacts>(ContactList::PersonalContacts)}},
+        {Task::GetContactsOids,
+         {"anna", "<oids>1,2</oids>", withBook<TaskGetContactsOids>(ContactList::PersonalContacts)}},
+        {Task::AddContact,
+         {"anna", "<message>Created</message>" + memberXml(9), withPerson<TaskAddContact>()}},
+        {Task::ModifyContact, {"anna/7", "<message>Modified</message>", withPerson<TaskModifyContact>()}},
+        {Task::DeleteContact, {"anna/7", "<message>Deleted</message>", withPerson<TaskDeleteContact>()}},
     };
+}
+
+QList<Operation> makeOperations()
+{
+    const QHash<int, Sample> known = samples();
+    const Sample plain{"", "<message>Success</message>", [](Task&, const QString&) {}};
+    QList<Operation> all;
+    forEachOperation([&](const WebOperation& row, auto done, auto...) {
+        const Sample sample = known.value(row.type, plain);
+        all.append({QMetaEnum::fromType<Task::Type>().valueToKey(row.type), row.type,
+                    QByteArray(row.method) + ' ' + row.path + sample.rest,
+                    QByteArray::number(QSIGNAL_CODE) + QMetaMethod::fromSignal(done).methodSignature(),
+                    sample.good, sample.prepare, row});
+    });
+
+    Operation groups = *std::find_if(all.begin(), all.end(), [](const Operation& operation) {
+        return operation.type == Task::GetContacts;
+    });
+    const QByteArray member = "<contact>http://elsewhere:9/qdws/v1/contacts/anna/";
+    groups.name = "GetContacts of groups";
+    groups.request = "GET /qdws/v1/contact_groups/anna";
+    groups.good = "<query_time>77</query_time>" + groupXml(member + "1</contact>" + member + "2</contact>");
+    groups.prepare = withBook<TaskGetContacts>(ContactList::PersonalGroups);
+    all.append(groups);
+    return all;
 }
 
 } // namespace
@@ -171,16 +169,26 @@ const QList<Operation>& operations()
     return all;
 }
 
+namespace {
+
+const Operation& find(const std::function<bool(const Operation&)>& isWanted)
+{
+    const auto found = std::find_if(operations().begin(), operations().end(), isWanted);
+    if (found == operations().end())
+        qFatal("The table lacks an operation.");
+    return *found;
+}
+
+} // namespace
+
 const Operation& operation(Task::Type type)
 {
-    return *std::find_if(operations().begin(), operations().end(),
-                         [type](const Operation& operation) { return operation.type == type; });
+    return find([type](const Operation& operation) { return operation.type == type; });
 }
 
 const Operation& operation(const QByteArray& name)
 {
-    return *std::find_if(operations().begin(), operations().end(),
-                         [&name](const Operation& operation) { return operation.name == name; });
+    return find([&name](const Operation& operation) { return operation.name == name; });
 }
 
 void addOperationRows(const std::function<bool(const Operation&)>& wanted)

@@ -3,7 +3,7 @@
 // Every operation of the web service once, ready to be sent, and a service that answers each of them well.
 
 #include "scriptedserver.h"
-#include "tasks/task.h"
+#include "tasks/operations_p.h"
 
 #include <functional>
 
@@ -19,6 +19,7 @@ struct Operation
     QByteArray good;    ///< The content of a reply that ends in the done signal.
     /// Sets the parameters; URLs among them name @p host, "http://name:port".
     std::function<void(Task& task, const QString& host)> prepare;
+    WebOperation row; ///< What the library's table says of it.
 
     bool isChange() const { return !request.startsWith("GET"); }
     /// Whether it sends a body, and so must not be sent twice.
@@ -27,7 +28,7 @@ struct Operation
     Task* make(FaxServer& server, const QString& host = QStringLiteral("http://elsewhere:9")) const;
 };
 
-/// All of them: one a task, and one more for the groups, whose members are fetched one by one.
+/// All of the library's table, and one more for the groups, whose members are fetched one by one.
 const QList<Operation>& operations();
 const Operation& operation(Task::Type type);
 const Operation& operation(const QByteArray& name);

@@ -5,9 +5,11 @@
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "inboundfaxentry.h"
+#include "operations.h"
 #include "quendracontactgroup.h"
 #include "shorthand.h"
 #include "simserver.h"
+#include "taskkit.h"
 #include "tasks/taskabort.h"
 #include "tasks/taskaddcontact.h"
 #include "tasks/taskcheckpermissions.h"
@@ -264,6 +266,17 @@ private Q_SLOTS:
                          QVERIFY(entries->first()->completeTime().isValid());
                      }),
                  Task::Ok);
+
+        // Whatever reads without a parameter
+        for (const Operation& operation : operations()) {
+            if (operation.request != QByteArray("GET ") + operation.row.path ||
+                (operation.type == Task::GetPrinterNames && !m_server->isPrintReceiptSupported()))
+                continue;
+            Outcome outcome(operation.make(*m_server), operation.done);
+            outcome.task->execute();
+            QVERIFY2(QTest::qWaitFor([&] { return !outcome.task; }), operation.name.constData());
+            QVERIFY2(outcome.done == 1, operation.name.constData());
+        }
 
         // What the server offers
         QCOMPARE(run(task<TaskGetCoverPages>(Task::GetCoverPages), &TaskGetCoverPages::doneGetCoverPages,

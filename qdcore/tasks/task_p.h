@@ -1,0 +1,80 @@
+#pragma once
+
+// What the tasks of the library share: sending, logging, and the end of a reply. Internal: not installed.
+
+#include "contactlist.h"
+#include "log_p.h"
+#include "tasks/operations_p.h"
+#include "tasks/replybodies_p.h"
+#include "tasks/task.h"
+
+#include <QPointer>
+
+struct ContactChange;
+struct ItemReply;
+
+/**
+ * The state of a task that its subclasses use as "d".
+ *
+ * The jobs that are none of a single task have files of their own: where a request goes (servicerequest_p.h),
+ * its document (requestdocument_p.h), the bodies of replies (replybodies_p.h) and their documents
+ * (replydocument_p.h), and what tells the operations apart (operations_p.h).
+ */
+class TaskPrivate
+{
+public:
+    explicit TaskPrivate(Task& task)
+        : m_task(task)
+    {}
+
+    /// Whether execute() has nothing to do any more: the request was sent, or the task has failed.
+    bool isStarted() const { return m_reply || m_failed; }
+
+    /// The URL of the operation, with @p rest behind its path.
+    QUrl url(const QString& rest = QString()) const;
+
+    /// Sends the request with the operation's method, once; Task::setReply() follows. @p log is a text with
+    /// %1 for the URL, which is shown without the password.
+    void send(const QUrl& url, const LogText& log, const QByteArray& body = QByteArray());
+
+    /// Aborts a reply that nobody waits for any more and deletes it later. The task hears nothing of it.
+    void letGo(QNetworkReply* reply);
+
+    /// Logs the body of a good reply after a prefix.
+    void logBody(const LogText& prefix) { logBody(prefix, m_task.body()); }
+    /// The same for the body of another reply, or when the task may be gone.
+    static void logBody(const LogText& prefix, const QByteArray& body);
+
+    /// The status for the reply's network error, as the operation maps it.
+    Task::Status errorStatus() const;
+
+    /// Ends the task after a network error: logs it (@p error, with %1 for its number) and the body (after
+    /// the prefix @p errorBody), and fails with errorStatus().
+    void failReply(const LogText& error, const LogText& errorBody);
+    /// The same in the other order: first the signal, then the log lines.
+    void failThenLog(const LogText& error, const LogText& errorBody);
+
+    /// The whole end of a task whose reply is a list of items. @p read puts one item element into the list.
+    /// Defined in itemreply_p.h.
+    template <typename T, typename ListPtr, typename Read>
+    void finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read read);
+
+    /// Reads an item as a record of its own and keeps it if it can be read; for finishItems().
+    template <typename Entry>
+    auto entryReader() const;
+
+    /// The whole end of a task that changes a contact. Defined in contactchange_p.h.
+    template <typename T>
+    void finishChange(const ContactChange& change, void (T::*done)(const ContactUnit&, ContactList::Type));
+
+    ReplyBodies bodies; ///< Of all the replies of this task.
+
+private:
+    friend class Task;
+
+    Task& m_task;
+    QPointer<QNetworkReply> m_reply;
+    QByteArray m_body;
+    bool m_bodyRead{false};
+    bool m_failed{false};
+};
