@@ -1,5 +1,6 @@
 #include "contact.h"
 
+#include "contactfields_p.h"
 #include "domtext_p.h"
 
 namespace {
@@ -16,17 +17,17 @@ Contact::~Contact() = default;
 
 bool Contact::readFax(const QDomElement& element, int)
 {
-    readFields(DomChildren(element));
+    readFields(*this, DomChildren(element));
     return true;
 }
 
-void Contact::readFields(const DomChildren& children)
+void readFields(Contact& contact, const DomChildren& children)
 {
-    m_name = children.text(nameTag);
-    m_email = children.text(emailTag);
-    m_phone = children.text(phoneTag);
-    m_fax = children.text(faxTag);
-    m_organization = children.text(organizationTag);
+    contact.setName(children.text(nameTag));
+    contact.setEmail(children.text(emailTag));
+    contact.setPhone(children.text(phoneTag));
+    contact.setFax(children.text(faxTag));
+    contact.setOrganization(children.text(organizationTag));
 }
 
 bool Contact::writeFax(QDomDocument& document, QDomElement& parent, int) const

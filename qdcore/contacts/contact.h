@@ -4,8 +4,6 @@
 
 #include <QString>
 
-class DomChildren;
-
 /**
  * A person or place that faxes are sent to or come from. A value; all texts are empty at first.
  */
@@ -50,10 +48,6 @@ public:
     /// Element "email_address".
     const QString& email() const { return m_email; }
     void setEmail(const QString& email) { m_email = email; }
-
-protected:
-    /// What readFax() reads, from the children of the element.
-    void readFields(const DomChildren& children);
 
 private:
     QString m_name;

@@ -1,5 +1,6 @@
 #include "quendracontact.h"
 
+#include "contactfields_p.h"
 #include "contacturl_p.h"
 #include "domtext_p.h"
 
@@ -8,7 +9,7 @@ QuendraContact::~QuendraContact() = default;
 bool QuendraContact::readFax(const QDomElement& element, int)
 {
     const DomChildren children(element);
-    readFields(children);
+    readFields(*this, children);
     QString address;
     if (!children.read(QStringLiteral("contact_url"), address))
         children.read(QStringLiteral("user_url"), address);

@@ -8,6 +8,7 @@
 #include <QObject>
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -86,8 +87,9 @@ QDate creationDate(const QFileInfo& info)
 
 } // namespace
 
-Logger::Logger()
-    : m_dir(appFolder(QStringLiteral("/Logs")))
+Logger::Logger(std::function<QDateTime()> clock)
+    : m_clock(std::move(clock))
+    , m_dir(appFolder(QStringLiteral("/Logs")))
 {}
 
 Logger::~Logger()
@@ -102,7 +104,7 @@ Logger& Logger::inst()
     return logger;
 }
 
-QDateTime Logger::now() const
+QDateTime Logger::systemTime()
 {
     return localTime(QDateTime::currentMSecsSinceEpoch());
 }
@@ -117,7 +119,7 @@ void Logger::log(LEVEL level, const QString& message, const char* file, int line
     // The time is taken under the lock as well, so that lines stand in the file in the order of their times
     // and none of yesterday turns up once today's file is open.
     const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
-    const QDateTime time = now();
+    const QDateTime time = m_clock();
     if (!m_file.isOpen() || time.date() != m_date)
         openFile(time.date());
     if (!m_file.isOpen())
@@ -174,7 +176,7 @@ void Logger::releaseLogFile()
 
 void Logger::removeOldLogs(int days)
 {
-    const QDate limit = now().date().addDays(days);
+    const QDate limit = m_clock().date().addDays(days);
     QString path;
     QString openPath;
     QSet<QString> young;

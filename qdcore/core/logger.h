@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 
 // The Windows headers define these as macros, and a macro would replace our enumerators. Include those
@@ -74,17 +75,19 @@ public:
     void removeOldLogs(int days);
 
 protected:
-    Logger();
-    virtual ~Logger();
+    /// @p clock gives local time; the system's by default.
+    explicit Logger(std::function<QDateTime()> clock = systemTime);
+    ~Logger();
     Q_DISABLE_COPY(Logger)
 
     /// Opens the file of a day, after pruning the folder to 30 other files. Returns whether it is open.
     bool openFile(const QDate& date);
 
-    /// The clock, local time.
-    virtual QDateTime now() const;
+    /// The system's local time.
+    static QDateTime systemTime();
 
 private:
+    std::function<QDateTime()> m_clock;
     QDate m_date;                      ///< The day of the open file, invalid at first.
     QFile m_file;                      ///< The file of m_date.
     QDir m_dir;                        ///< The log folder.

@@ -3,6 +3,7 @@
 #include "domtext_p.h"
 #include "enumtext_p.h"
 #include "log_p.h"
+#include "recordfields_p.h"
 
 const QString BaseScheduleOptions::none_printer = QStringLiteral("None");
 
@@ -98,39 +99,58 @@ int BaseScheduleOptions::getValFromString(const QString* table, int tableSize, c
     return indexOfText(table, tableSize, text);
 }
 
-void BaseScheduleOptions::readReceipt(const DomChildren& children)
+// --- Reading
+
+namespace {
+
+/// The tables of texts, for the functions below.
+struct Texts : BaseScheduleOptions
+{
+    static int receipt(const QString& text)
+    {
+        return getValFromString(m_receiptTable, m_receiptTableSize, text);
+    }
+    static int attachment(const QString& text)
+    {
+        return getValFromString(m_receiptAttachmentTable, m_receiptAttachmentTableSize, text);
+    }
+    static int pageSize(const QString& text)
+    {
+        return getValFromString(m_faxPageSizeTable, m_faxPageSizeTableSize, text);
+    }
+};
+
+} // namespace
+
+void readReceipt(BaseScheduleOptions& options, const DomChildren& children)
 {
     QString text;
     if (children.read(QStringLiteral("receipt"), text))
-        setReceipt(static_cast<Receipt>(getValFromString(m_receiptTable, m_receiptTableSize, text)));
+        options.setReceipt(static_cast<Texts::Receipt>(Texts::receipt(text)));
 }
 
-void BaseScheduleOptions::readReceiptAttachment(const DomChildren& children)
+void readReceiptAttachment(BaseScheduleOptions& options, const DomChildren& children)
 {
     QString text;
-    if (children.read(QStringLiteral("receipt_attachment"), text)) {
-        setReceiptAttachment(static_cast<ReceiptAttachment>(
-            getValFromString(m_receiptAttachmentTable, m_receiptAttachmentTableSize, text)));
-    }
+    if (children.read(QStringLiteral("receipt_attachment"), text))
+        options.setReceiptAttachment(static_cast<Texts::ReceiptAttachment>(Texts::attachment(text)));
 }
 
-void BaseScheduleOptions::readPrintOptions(const DomChildren& children)
+void readPrintOptions(BaseScheduleOptions& options, const DomChildren& children)
 {
     QString text;
     if (children.read(QStringLiteral("print_receipt"), text))
-        setFaxReceipt(static_cast<Receipt>(getValFromString(m_receiptTable, m_receiptTableSize, text)));
+        options.setFaxReceipt(static_cast<Texts::Receipt>(Texts::receipt(text)));
     if (children.read(QStringLiteral("print_receipt_printer"), text))
-        setSelectPrinter(text);
+        options.setSelectPrinter(text);
     if (children.read(QStringLiteral("print_receipt_first"), text)) {
         // The one boolean that is read generously, and the one that an odd text leaves as it is.
         text = text.toLower().trimmed();
         if (text == QLatin1String("true"))
-            m_printWithFirstPage = true;
+            options.setPrintWithFirstPage(true);
         else if (text == QLatin1String("false"))
-            m_printWithFirstPage = false;
+            options.setPrintWithFirstPage(false);
     }
-    if (children.read(QStringLiteral("fax_page_size"), text)) {
-        setFaxPageSize(
-            static_cast<FaxPageSize>(getValFromString(m_faxPageSizeTable, m_faxPageSizeTableSize, text)));
-    }
+    if (children.read(QStringLiteral("fax_page_size"), text))
+        options.setFaxPageSize(static_cast<Texts::FaxPageSize>(Texts::pageSize(text)));
 }

@@ -6,8 +6,6 @@
 #include <QCoreApplication>
 #include <QString>
 
-class DomChildren;
-
 /**
  * How a fax is scheduled and reported: what the two forms of schedule options have in common. A value.
  *
@@ -141,13 +139,6 @@ protected:
 
     /// The stored printer name, empty when none is chosen.
     const QString& printerName() const { return m_printer; }
-
-    /// Reads "receipt" if present; an unknown text is logged and ignored.
-    void readReceipt(const DomChildren& children);
-    /// Likewise "receipt_attachment".
-    void readReceiptAttachment(const DomChildren& children);
-    /// Reads the print options and the page size, each if present.
-    void readPrintOptions(const DomChildren& children);
 
 private:
     Priority m_priority{def_priority};

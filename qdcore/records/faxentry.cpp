@@ -2,6 +2,7 @@
 
 #include "domtext_p.h"
 #include "entrytext_p.h"
+#include "recordfields_p.h"
 
 FaxEntry::~FaxEntry() = default;
 
@@ -13,7 +14,7 @@ bool FaxEntry::readFax(const QDomElement& element, int protocolVersion)
     m_changeStateTime = EntryDate::fromText(children.text(QStringLiteral("stime")));
     m_url = EntryUrl::fromText(children.text(QStringLiteral("fax_entry_url")));
     m_agent = children.text(QStringLiteral("agent"));
-    m_schedule.readFields(children);
+    readFields(m_schedule, children);
     m_from.readFax(children.element(QStringLiteral("sender")), protocolVersion);
     m_coverPage.readFax(children.element(QStringLiteral("cover_page")), 1);
     m_pages = withCoverPage(children.number(QStringLiteral("pages")), m_coverPage.enabled());

@@ -2,6 +2,7 @@
 
 #include "datetext_p.h"
 #include "domtext_p.h"
+#include "recordfields_p.h"
 
 FaxScheduleOptions::FaxScheduleOptions(const BaseScheduleOptions& options)
     : BaseScheduleOptions(options)
@@ -22,26 +23,27 @@ bool FaxScheduleOptions::isDefault() const
 
 bool FaxScheduleOptions::readFax(const QDomElement& element, int)
 {
-    return readFields(DomChildren(element));
+    return readFields(*this, DomChildren(element));
 }
 
-bool FaxScheduleOptions::readFields(const DomChildren& children)
+bool readFields(FaxScheduleOptions& options, const DomChildren& children)
 {
     QString text = children.text(QStringLiteral("schedule_all_at"));
     if (!text.isEmpty())
-        m_dateToSend = utcFromText(text, QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLocalTime();
+        options.setDateToSend(utcFromText(text, QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLocalTime());
     text = children.text(QStringLiteral("priority"));
     if (!text.isEmpty())
-        setPriority(static_cast<Priority>(text.toInt()));
-    setTryNumber(children.number(QStringLiteral("try_number")));
-    setMaxTries(children.number(QStringLiteral("max_tries")));
+        options.setPriority(static_cast<FaxScheduleOptions::Priority>(text.toInt()));
+    options.setTryNumber(children.number(QStringLiteral("try_number")));
+    options.setMaxTries(children.number(QStringLiteral("max_tries")));
     text = children.text(QStringLiteral("try_interval"));
     if (!text.isEmpty())
-        setTryInterval(text.toInt());
-    readReceipt(children);
-    children.read(QStringLiteral("schedule_message"), m_scheduleMessage);
-    readReceiptAttachment(children);
-    readPrintOptions(children);
+        options.setTryInterval(text.toInt());
+    readReceipt(options, children);
+    if (children.read(QStringLiteral("schedule_message"), text))
+        options.setScheduleMessage(text);
+    readReceiptAttachment(options, children);
+    readPrintOptions(options, children);
     return true;
 }
 

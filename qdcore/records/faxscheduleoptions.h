@@ -4,8 +4,6 @@
 
 #include <QDateTime>
 
-class DomChildren;
-
 /**
  * The schedule options of one fax, sent with it and reported back in the status log. A value.
  */
@@ -25,8 +23,6 @@ public:
     /// Reads each option whose element is present; only "try_number" and "max_tries" become 0 without one.
     /// Always true.
     bool readFax(const QDomElement& element, int protocolVersion) override;
-    /// The same from the children of the element, for who has them already.
-    bool readFields(const DomChildren& children);
     /// Appends only what differs from the defaults, "schedule_all_at" only when it lies in the future; the
     /// print options and the page size only when the server supports them. Always true. What is left out
     /// reads back as the reader has it: max_tries 3 comes back as 0.

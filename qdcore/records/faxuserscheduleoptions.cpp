@@ -1,6 +1,7 @@
 #include "faxuserscheduleoptions.h"
 
 #include "domtext_p.h"
+#include "recordfields_p.h"
 
 FaxUserScheduleOptions::~FaxUserScheduleOptions() = default;
 
@@ -22,9 +23,9 @@ bool FaxUserScheduleOptions::readFax(const QDomElement& element, int)
         setMaxAttempts(attempts.toInt());
     if (!interval.isEmpty())
         setInterval(interval.toInt());
-    readReceipt(children);
-    readReceiptAttachment(children);
-    readPrintOptions(children);
+    readReceipt(*this, children);
+    readReceiptAttachment(*this, children);
+    readPrintOptions(*this, children);
     return true;
 }
 

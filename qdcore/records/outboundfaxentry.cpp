@@ -2,14 +2,15 @@
 
 #include "domtext_p.h"
 #include "entrytext_p.h"
+#include "recordfields_p.h"
 
 OutboundFaxEntry::~OutboundFaxEntry() = default;
 
 bool OutboundFaxEntry::readFax(const QDomElement& element, int)
 {
     const DomChildren children(element);
-    m_recipient.readFields(children);
-    m_sender.readFields(children);
+    readFields(m_recipient, children);
+    readFields(m_sender, children);
     setFaxEntryStatusFromString(children.text(QStringLiteral("status")));
     m_entryUrl = EntryUrl::fromText(children.text(QStringLiteral("fax_entry_url")));
     m_previewUrl = EntryUrl::fromText(children.text(QStringLiteral("preview")));

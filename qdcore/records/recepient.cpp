@@ -1,20 +1,21 @@
 #include "recepient.h"
 
 #include "domtext_p.h"
+#include "recordfields_p.h"
 
 Recepient::~Recepient() = default;
 
 bool Recepient::readFax(const QDomElement& element, int)
 {
-    return readFields(DomChildren(element));
+    return readFields(*this, DomChildren(element));
 }
 
-bool Recepient::readFields(const DomChildren& children)
+bool readFields(Recepient& recipient, const DomChildren& children)
 {
-    setName(children.text(QStringLiteral("recipient_name")));
-    setPhone(children.text(QStringLiteral("recipient_phone")));
-    setFax(children.text(QStringLiteral("recipient_fax")));
-    setOrganization(children.text(QStringLiteral("recipient_organization")));
+    recipient.setName(children.text(QStringLiteral("recipient_name")));
+    recipient.setPhone(children.text(QStringLiteral("recipient_phone")));
+    recipient.setFax(children.text(QStringLiteral("recipient_fax")));
+    recipient.setOrganization(children.text(QStringLiteral("recipient_organization")));
     return true;
 }
 

@@ -2,8 +2,6 @@
 
 #include "contact.h"
 
-class DomChildren;
-
 /**
  * The recipient of a fax in the outbound log. A value.
  *
@@ -19,8 +17,6 @@ public:
     /// Sets name, phone, fax and organization from the entry's elements, a missing one empties its field.
     /// Always true.
     bool readFax(const QDomElement& element, int protocolVersion) override;
-    /// The same from the children of the element, for who has them already.
-    bool readFields(const DomChildren& children);
 
     ~Recepient() override;
 

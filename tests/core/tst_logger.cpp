@@ -16,17 +16,15 @@ class TestLogger : public Logger
 {
 public:
     explicit TestLogger(const QString& folder, const QDateTime& time = QDateTime::currentDateTime())
+        : Logger([this] { return QDateTime::fromMSecsSinceEpoch(m_time.load()); })
     {
         setTime(time);
         setLocation(QDir(folder));
     }
 
     void setTime(const QDateTime& time) { m_time.store(time.toMSecsSinceEpoch()); }
-    QDateTime systemTime() const { return Logger::now(); }
     using Logger::openFile;
-
-protected:
-    QDateTime now() const override { return QDateTime::fromMSecsSinceEpoch(m_time.load()); }
+    using Logger::systemTime;
 
 private:
     std::atomic<qint64> m_time{0};
