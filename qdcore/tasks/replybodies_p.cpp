@@ -11,36 +11,43 @@ constexpr qint64 bufferSize = qint64(16) * 1024;
 
 } // namespace
 
-void ReplyBodies::collect(QNetworkReply* reply, QObject* context)
+void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& ended)
 {
-    m_bodies.insert(reply, QByteArray());
+    m_bodies.insert(reply, {QByteArray(), ended});
     reply->setReadBufferSize(bufferSize);
     QObject::connect(reply, &QNetworkReply::readyRead, context, [this, reply] {
         const auto body = m_bodies.find(reply);
-        if (body == m_bodies.end())
+        if (body == m_bodies.end() || body->isCut)
             return;
-        if (body->isEmpty())
+        if (body->bytes.isEmpty())
             reply->setProperty(Task::bodyHeadProperty, reply->peek(Task::bodyHeadSize));
         m_received += reply->bytesAvailable();
         if (!isOverLimit()) {
-            body->append(reply->readAll());
+            body->bytes.append(reply->readAll());
         } else {
-            m_bodies.erase(body);
+            body->isCut = true;
             reply->abort();
         }
     });
+    QObject::connect(reply, &QNetworkReply::finished, context,
+                     [this, reply] { end(reply, reply->error(), reply->readAll()); });
+    QObject::connect(reply, &QObject::destroyed, context,
+                     [this, reply] { end(reply, QNetworkReply::OperationCanceledError, QByteArray()); });
 }
 
-QByteArray ReplyBodies::take(QNetworkReply* reply)
+void ReplyBodies::end(QNetworkReply* reply, int error, const QByteArray& rest)
 {
-    const auto body = m_bodies.find(reply);
-    if (body == m_bodies.end())
-        return QByteArray();
-    const QByteArray rest = reply->readAll();
+    if (!m_bodies.contains(reply))
+        return; // it was told before
+    Body body = m_bodies.take(reply);
     m_received += rest.size();
-    const QByteArray whole = body->isEmpty() ? rest : body->append(rest);
-    m_bodies.erase(body);
-    return whole;
+    if (body.isCut)
+        body.bytes.clear();
+    else if (body.bytes.isEmpty())
+        body.bytes = rest;
+    else
+        body.bytes.append(rest);
+    body.ended(reply, error, body.bytes);
 }
 
 bool ReplyBodies::isOverLimit() const

@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QHash>
 
+#include <functional>
+
 class QNetworkReply;
 class QObject;
 
@@ -14,20 +16,34 @@ class QObject;
  * A body is read as it comes, so that little of it waits in the access manager, whose thread would otherwise
  * go on reading, and decompressing, whatever a server sends for as long as the event loop is busy. What all
  * replies of the task bring is limited by Task::maxReplySize.
+ *
+ * What a reply ended with is taken while it emits finished(): an application may release every reply of its
+ * access manager there, before anything that is queued.
  */
 class ReplyBodies
 {
 public:
-    /// Collects the body of this reply until take(). @p context, which owns this object, ends the connection.
-    void collect(QNetworkReply* reply, QObject* context);
+    /// Told once of each reply, from within a signal of it: nothing may be emitted. @p error is a
+    /// QNetworkReply::NetworkError. The body is empty where the reply exceeded the limit.
+    using Ended = std::function<void(QNetworkReply* reply, int error, const QByteArray& body)>;
 
-    /// What was collected of a finished reply, once; nothing of one that exceeded the limit.
-    QByteArray take(QNetworkReply* reply);
+    /// Collects the body of this reply. @p context, the task, ends it. A reply that is deleted before its end
+    /// ends as one that was cancelled; the pointer is then only good for telling which it was.
+    void collect(QNetworkReply* reply, QObject* context, const Ended& ended);
 
     /// Whether the limit is exceeded: any further reply will be aborted.
     bool isOverLimit() const;
 
 private:
-    QHash<QNetworkReply*, QByteArray> m_bodies;
+    struct Body
+    {
+        QByteArray bytes;
+        Ended ended;
+        bool isCut{false};
+    };
+
+    void end(QNetworkReply* reply, int error, const QByteArray& rest);
+
+    QHash<QNetworkReply*, Body> m_bodies;
     qint64 m_received{0}; ///< The bytes of all replies together.
 };

@@ -76,8 +76,13 @@ QNetworkReply* Task::reply() const
 void Task::setReply(QNetworkReply* reply)
 {
     d->m_reply = reply;
-    connect(reply, &QNetworkReply::finished, this, &Task::slotFinished, Qt::QueuedConnection);
-    d->bodies.collect(reply, this);
+    d->m_started = true;
+    d->bodies.collect(reply, this, [this](QNetworkReply*, int error, const QByteArray& body) {
+        d->m_finished = true;
+        d->m_error = error;
+        d->m_body = body;
+        QMetaObject::invokeMethod(this, &Task::slotFinished, Qt::QueuedConnection);
+    });
 }
 
 void Task::slotFinished()
@@ -94,20 +99,16 @@ void TaskPrivate::letGo(QNetworkReply* reply)
 
 bool Task::succeeded() const
 {
-    return reply() && reply()->isFinished() && reply()->error() == QNetworkReply::NoError;
+    return d->m_finished && d->m_error == QNetworkReply::NoError;
 }
 
 int Task::networkError() const
 {
-    return reply() ? int(reply()->error()) : int(QNetworkReply::OperationCanceledError);
+    return d->m_error;
 }
 
 QByteArray Task::body()
 {
-    if (!d->m_bodyRead && d->m_reply) {
-        d->m_body = d->bodies.take(d->m_reply);
-        d->m_bodyRead = true;
-    }
     return d->m_body;
 }
 

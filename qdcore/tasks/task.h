@@ -69,8 +69,7 @@ public:
     /// Limit of a task's replies together, in bytes after decompression; beyond it the task ends with Error.
     static constexpr qint64 maxReplySize = qint64(256) * 1024 * 1024;
 
-    /// Dynamic property of a reply: the first bytes of its body, which the task has already read when the
-    /// access manager says that the reply has finished.
+    /// Dynamic property of a reply: the first bytes of its body, which is read before its finished().
     static constexpr const char* bodyHeadProperty = "bodyHead";
     static constexpr qint64 bodyHeadSize = 512; ///< In bytes.
 
@@ -100,7 +99,8 @@ protected:
     const FaxServer& server() const { return m_server; }
     /// What sends the request; owned by the FaxManager, and destroyed with it.
     QNetworkAccessManager& nam() { return *m_nam; }
-    /// The reply; null until the request is sent, and after the access manager is gone.
+    /// The reply; null until the request is sent, and once somebody has deleted it, maybe before
+    /// onFinished().
     QNetworkReply* reply() const;
 
     /// Takes a reply just sent: collects its body, and calls onFinished() at its end. The call is queued,
@@ -114,11 +114,11 @@ protected:
     /// it: whatever host a reply names, requests go to the configured one only.
     QUrl resourceUrl(const QUrl& resource) const;
 
-    /// Whether the reply is there and complete, without a network error.
+    /// Whether the reply is complete, without a network error.
     bool succeeded() const;
-    /// The number of the network error, a QNetworkReply::NetworkError.
+    /// A QNetworkReply::NetworkError: the reply's, OperationCanceledError until its end.
     int networkError() const;
-    /// The whole body; read on the first call.
+    /// The whole body, from its end until parseBody().
     QByteArray body();
 
     /// Decodes UTF-8 and writes "&amp;" for every ampersand that does not begin one of the five predefined

@@ -28,7 +28,7 @@ public:
     {}
 
     /// Whether execute() has nothing to do any more: the request was sent, or the task has failed.
-    bool isStarted() const { return m_reply || m_failed; }
+    bool isStarted() const { return m_started || m_failed; }
 
     /// The URL of the operation, with @p rest behind its path.
     QUrl url(const QString& rest = QString()) const;
@@ -75,6 +75,8 @@ private:
     Task& m_task;
     QPointer<QNetworkReply> m_reply;
     QByteArray m_body;
-    bool m_bodyRead{false};
+    int m_error{QNetworkReply::OperationCanceledError};
+    bool m_started{false};
+    bool m_finished{false};
     bool m_failed{false};
 };

@@ -107,22 +107,18 @@ void TaskGetContacts::requestMembers()
         const auto [member, group] = m_waitingMembers.dequeue();
         QNetworkReply* reply =
             nam().get(serviceRequest(server(), resourceUrl(QUrl(member, QUrl::TolerantMode))));
-        d->bodies.collect(reply, this);
-        connect(reply, &QNetworkReply::finished, this, &TaskGetContacts::slotFinishedGroup,
-                Qt::QueuedConnection);
         m_pendingGroups.insert(reply, group);
+        d->bodies.collect(reply, this, [this](QNetworkReply* ended, int error, const QByteArray& body) {
+            m_endedMembers.enqueue({m_pendingGroups.take(ended), error, body});
+            QMetaObject::invokeMethod(this, &TaskGetContacts::slotFinishedGroup, Qt::QueuedConnection);
+        });
+        connect(reply, &QNetworkReply::finished, reply, &QObject::deleteLater);
     }
 }
 
 void TaskGetContacts::slotFinishedGroup()
 {
-    auto* reply = qobject_cast<QNetworkReply*>(sender());
-    QuendraContactGroup* group = m_pendingGroups.take(reply);
-    if (!group)
-        return;
-    QByteArray body = d->bodies.take(reply);
-    const int error = reply->isFinished() ? int(reply->error()) : int(QNetworkReply::OperationCanceledError);
-    reply->deleteLater();
+    auto [group, error, body] = m_endedMembers.dequeue();
     if (d->bodies.isOverLimit())
         m_waitingMembers.clear();
     requestMembers();
@@ -132,7 +128,7 @@ void TaskGetContacts::slotFinishedGroup()
         QD_LOG(ERROR, tr("TaskGetContacts: reply error! http code %1", "Logger").arg(error));
         d->logBody(LOG_TEXT(tr("Reply:\r\n", "Logger")), body);
         m_groupFailed = true;
-        if (m_pendingGroups.isEmpty())
+        if (areMembersComplete())
             fail(Task::Error);
         return;
     }
@@ -141,7 +137,7 @@ void TaskGetContacts::slotFinishedGroup()
     QDomDocument document;
     if (!parseReply(std::move(body), document)) {
         m_groupFailed = true;
-        if (m_pendingGroups.isEmpty())
+        if (areMembersComplete())
             fail(Task::InvalidReply);
         return;
     }
@@ -150,7 +146,7 @@ void TaskGetContacts::slotFinishedGroup()
     QuendraContact contact;
     if (!element.isNull() && contact.readFax(element, protocolVersion()))
         group->addContact(contact);
-    if (m_pendingGroups.isEmpty())
+    if (areMembersComplete())
         succeed();
 }
 

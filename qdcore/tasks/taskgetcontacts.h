@@ -49,9 +49,17 @@ private Q_SLOTS:
     void slotFinishedGroup();
 
 private:
+    struct EndedMember
+    {
+        QuendraContactGroup* group;
+        int error;
+        QByteArray body;
+    };
+
     void readContacts(QDomElement& root);
     void readGroups(QDomElement& root);
     void requestMembers();
+    bool areMembersComplete() const { return m_pendingGroups.isEmpty() && m_endedMembers.isEmpty(); }
     void succeed();
 
     ContactList::Type m_contactsType{ContactList::Unknown};
@@ -59,6 +67,7 @@ private:
     unsigned int m_lastTimeSync{0};
     unsigned int m_serverTime{0};
     QMap<QNetworkReply*, QuendraContactGroup*> m_pendingGroups; ///< Requests for members, and whose members.
+    QQueue<EndedMember> m_endedMembers;                         ///< What slotFinishedGroup() will handle.
     QQueue<QPair<QString, QuendraContactGroup*>> m_waitingMembers; ///< URLs not yet requested, and whose.
     bool m_groupFailed{false};
 };
