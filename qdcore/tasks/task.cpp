@@ -41,13 +41,24 @@ QUrl TaskPrivate::url(const QString& rest) const
     return m_task.serviceUrl(QLatin1String(operationOf(m_task.type()).path) + rest);
 }
 
+void TaskPrivate::logRequest(const QUrl& url, const LogText& log) const
+{
+    if (Logger::inst().level() >= Logger::DEBUG)
+        Logger::inst().log(Logger::DEBUG, log.text.arg(url.toDisplayString()), log.file, log.line);
+}
+
 void TaskPrivate::send(const QUrl& url, const LogText& log, const QByteArray& body)
 {
     if (isStarted())
         return;
-    if (Logger::inst().level() >= Logger::DEBUG)
-        Logger::inst().log(Logger::DEBUG, log.text.arg(url.toDisplayString()), log.file, log.line);
+    logRequest(url, log);
+    send(url, body);
+}
 
+void TaskPrivate::send(const QUrl& url, const QByteArray& body)
+{
+    if (isStarted())
+        return;
     const QByteArray method = operationOf(m_task.type()).method;
     QNetworkRequest request = serviceRequest(m_task.server(), url);
     QNetworkAccessManager& nam = m_task.nam();
@@ -55,12 +66,15 @@ void TaskPrivate::send(const QUrl& url, const LogText& log, const QByteArray& bo
         return m_task.setReply(nam.get(request));
     if (method == "DELETE")
         return m_task.setReply(nam.deleteResource(request));
-    if (body.isEmpty())
-        return m_task.setReply(method == "PUT" ? nam.put(request, body) : nam.post(request, body));
 
     auto* device = new OneShotBody(body, &m_task);
     request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
     request.setHeader(QNetworkRequest::ContentLengthHeader, qint64(body.size()));
+    // A connection that was kept alive may be closed by the server at the very moment when this request takes
+    // it, and nobody could tell whether the request arrived. The access manager keeps connections by address
+    // and by this name; those of this name are never kept.
+    request.setPeerVerifyName(url.host());
+    request.setRawHeader(QByteArrayLiteral("Connection"), QByteArrayLiteral("close"));
     QNetworkReply* reply = method == "PUT" ? nam.put(request, device) : nam.post(request, device);
     device->setParent(reply);
     m_task.setReply(reply);

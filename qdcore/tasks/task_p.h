@@ -33,8 +33,12 @@ public:
     /// The URL of the operation, with @p rest behind its path.
     QUrl url(const QString& rest = QString()) const;
 
-    /// Sends the request with the operation's method, once; Task::setReply() follows. @p log is a text with
-    /// %1 for the URL, which is shown without the password.
+    /// Logs the request: @p log is a text with %1 for the URL, which is shown without the password.
+    void logRequest(const QUrl& url, const LogText& log) const;
+    /// Sends the request with the operation's method, once; Task::setReply() follows. What has a body is
+    /// never sent twice, and goes over a connection of its own, which no other request has left behind.
+    void send(const QUrl& url, const QByteArray& body = QByteArray());
+    /// Both, unless the request was sent before.
     void send(const QUrl& url, const LogText& log, const QByteArray& body = QByteArray());
 
     /// Aborts a reply that nobody waits for any more and deletes it later. The task hears nothing of it.

@@ -15,9 +15,11 @@ void TaskAddContact::execute()
 {
     if (d->isStarted() || !hasEntry())
         return;
+    const QUrl url = serviceUrl(bookPath());
+    d->logRequest(url, LOG_TEXT(tr("TaskAddContact request:\r\n%1", "Logger")));
     const QByteArray body = entryDocument();
     if (!body.isEmpty())
-        d->send(serviceUrl(bookPath()), LOG_TEXT(tr("TaskAddContact request:\r\n%1", "Logger")), body);
+        d->send(url, body);
 }
 
 void TaskAddContact::onFinished()

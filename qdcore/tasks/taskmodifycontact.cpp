@@ -15,9 +15,11 @@ void TaskModifyContact::execute()
 {
     if (d->isStarted() || !hasEntry())
         return;
+    const QUrl url = serviceUrl(entryPath());
+    d->logRequest(url, LOG_TEXT(tr("TaskModifyContact request:\r\n%1", "Logger")));
     const QByteArray body = entryDocument();
     if (!body.isEmpty())
-        d->send(serviceUrl(entryPath()), LOG_TEXT(tr("TaskModifyContact request:\r\n%1", "Logger")), body);
+        d->send(url, body);
 }
 
 void TaskModifyContact::onFinished()

@@ -25,13 +25,13 @@ void TaskModifyFaxUser::execute()
     if (d->isStarted() || !m_userSet)
         return;
 
+    const QUrl url = resourceUrl(m_user.contact().url());
+    d->logRequest(url, LOG_TEXT(tr("TaskModifyFaxUser request:\r\n%1", "Logger")));
     QDomDocument document;
     QDomElement element = startDocument(document, QStringLiteral("user"));
     if (!m_user.writeFax(document, element, protocolVersion()))
         return fail(Task::Error);
-
-    d->send(resourceUrl(m_user.contact().url()), LOG_TEXT(tr("TaskModifyFaxUser request:\r\n%1", "Logger")),
-            oneLine(document));
+    d->send(url, oneLine(document));
 }
 
 void TaskModifyFaxUser::onFinished()
