@@ -4,6 +4,7 @@
 #include "iquendrastorage.h"
 #include "qdcore_global.h"
 
+#include <QMetaType>
 #include <QString>
 
 /**
@@ -67,3 +68,5 @@ private:
     QString m_uptime;
     int m_protocolVersion{1};
 };
+
+Q_DECLARE_METATYPE(QuendraInfo)

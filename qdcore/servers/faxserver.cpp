@@ -8,6 +8,7 @@
 #include "quendracontactprovider.h"
 #include "serverversion_p.h"
 #include "tasks/operationtable_p.h"
+#include "tasks/signaltypes_p.h"
 
 #include <QDomDocument>
 
@@ -15,7 +16,9 @@ FaxServer::FaxServer(FaxManager& manager)
     : QObject(&manager)
     , m_nam(&manager.nam())
     , m_manager(manager)
-{}
+{
+    registerSignalTypes();
+}
 
 FaxServer::~FaxServer() = default;
 
