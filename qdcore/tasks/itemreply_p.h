@@ -38,7 +38,7 @@ void TaskPrivate::finishItems(const ItemReply& reply, void (T::*done)(ListPtr), 
     const bool isValid =
         !reply.isLog || root.firstChildElement(QStringLiteral("message")).text() == QLatin1String("Success");
 
-    // what could be read is reported whatever the message says, and only then comes the complaint
+    // the entries are reported whatever the message says, and the error is logged afterwards
     m_task.deleteLater();
     Q_EMIT(static_cast<T&>(m_task).*done)(items);
     if (!isValid)

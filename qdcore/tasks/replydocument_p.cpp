@@ -58,7 +58,7 @@ bool parseReply(QByteArray data, QDomDocument& document)
     // repairing writes four characters more for each, and a text of nothing else would not fit into a string
     if (data.count('&') > maxAmpersands)
         return false;
-    // each stage goes before the next comes: a reply may have 256 MiB
+    // each stage is freed before the next one is built: a reply may have 256 MiB
     if (QByteArray repaired = repairedBytes(data); !repaired.isNull())
         data = std::move(repaired);
     const QString text = QString::fromUtf8(data);

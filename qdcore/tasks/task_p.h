@@ -41,7 +41,7 @@ public:
     /// Both, unless the request was sent before.
     void send(const QUrl& url, const LogText& log, const QByteArray& body = QByteArray());
 
-    /// Aborts a reply that nobody waits for any more and deletes it later. The task hears nothing of it.
+    /// Aborts a reply without telling the task, and deletes it later.
     void letGo(QNetworkReply* reply);
 
     /// Logs the body of a good reply after a prefix.
