@@ -18,6 +18,15 @@ public:
     }
 };
 
+/// The usual options but for what a function sets.
+template <typename Set>
+SimOptions with(Set set)
+{
+    SimOptions options;
+    set(options);
+    return options;
+}
+
 /// A user as the program's command line spells one: "name:password:rights".
 inline SimUser someUser(const char* text)
 {

@@ -6,7 +6,6 @@
 
 #include <QAbstractItemModelTester>
 #include <QIcon>
-#include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
@@ -111,7 +110,11 @@ private Q_SLOTS:
 
     void choosing()
     {
+        // A folder without contacts is counted and has no index, since Outlook's count is the only one that
+        // can be had without searching every folder. Where there is none the model keeps the rules of models.
+        m_fake->outlook->add(m_fake->mail, s("Friends"), OutlookFolder::contactItems);
         ContactsOptionsOutlook model;
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         const auto isChecked = [&model](const QModelIndex& index) {
             return model.data(index, Qt::CheckStateRole).toInt() == Qt::Checked;
         };
@@ -162,33 +165,6 @@ private Q_SLOTS:
         QVERIFY(!model.parent(team).isValid());
         QVERIFY(!(model.flags(contactsIndex) & Qt::ItemIsUserCheckable));
         QCOMPARE(model.data(team).toString(), s("Team"));
-    }
-
-    // A folder without contacts is counted and has no index: the one rule that is broken, on purpose, since
-    // Outlook's count is the only one that can be had without searching every folder. Where every folder
-    // leads to contacts there is nothing for the tester to object to.
-    void keepsTheRulesOfModels()
-    {
-        static QStringList complaints;
-        const auto collect = [](QtMsgType, const QMessageLogContext& context, const QString& text) {
-            if (qstrcmp(context.category, "qt.modeltest") == 0)
-                complaints << text;
-        };
-        const auto previous = qInstallMessageHandler(collect);
-        {
-            ContactsOptionsOutlook model;
-            QAbstractItemModelTester(&model, QAbstractItemModelTester::FailureReportingMode::Warning);
-        }
-        qInstallMessageHandler(previous);
-        QVERIFY(!complaints.isEmpty());
-        QCOMPARE(complaints.filter(QRegularExpression(s("^FAIL! \\w+\\.isValid\\(\\) "))), complaints);
-
-        m_fake->outlook->add(m_fake->mail, s("Friends"), OutlookFolder::contactItems);
-        ContactsOptionsOutlook model;
-        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        const QModelIndex contactsIndex = model.index(1, 0, model.index(0, 0));
-        QVERIFY(model.setData(contactsIndex, Qt::Checked, Qt::CheckStateRole));
-        QVERIFY(model.setData(model.index(0, 0, contactsIndex), Qt::Checked, Qt::CheckStateRole));
     }
 };
 

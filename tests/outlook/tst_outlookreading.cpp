@@ -221,32 +221,22 @@ private Q_SLOTS:
         QCOMPARE(world.ids(source).size(), 300);
     }
 
-    void destroyedBySlot_data()
-    {
-        const Rows<int, QString> row("when", "last");
-        row("at the start", 0, "error 2");
-        row("at the stop", 1, "stop");
-        row("at the end", 2, "synced 5");
-    }
-
     void destroyedBySlot()
     {
-        QFETCH(int, when);
-        // with a thread, and without one
-        for (const FakeFolderPtr& folder : {m_contacts, m_fake->mail}) {
-            World world(folder);
-            const auto destroy = [&world] { world.manager.reset(); };
-            if (when == 2)
-                connect(world.provider, &ContactProvider::syncedContacts, destroy);
-            else
-                connect(world.provider, when ? &ContactProvider::onSyncStop : &ContactProvider::onSyncStart,
-                        destroy);
-            world.provider->syncContacts(contactBook, false);
-            QTRY_VERIFY(!world.provider);
-            QCOMPARE(world.said->first(), s("start"));
-            QCOMPARE(world.said->count(s("stop")), 1);
-            QTEST(world.said->last(), "last");
-        }
+        const auto destroyedAt = [this](auto signal, const char* last) {
+            for (const FakeFolderPtr& folder : {m_contacts, m_fake->mail}) { // with a thread, and without one
+                World world(folder);
+                connect(world.provider, signal, [&world] { world.manager.reset(); });
+                world.provider->syncContacts(contactBook, false);
+                QTRY_VERIFY(!world.provider);
+                QCOMPARE(world.said->first(), s("start"));
+                QCOMPARE(world.said->count(s("stop")), 1);
+                QCOMPARE(world.said->last(), s(last));
+            }
+        };
+        destroyedAt(&ContactProvider::onSyncStart, "error 2");
+        destroyedAt(&ContactProvider::onSyncStop, "stop");
+        destroyedAt(&ContactProvider::syncedContacts, "synced 5");
     }
 };
 

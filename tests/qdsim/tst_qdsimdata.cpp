@@ -14,9 +14,7 @@ class TestQdsimData : public QObject
 private Q_SLOTS:
     void servesTheDocumentsOfTheLog()
     {
-        SimOptions options;
-        options.inbound = 30;
-        Started server(options);
+        Started server(with([](SimOptions& options) { options.inbound = 30; }));
         QSet<QByteArray> documents;
         int pdfs = 0;
         QString previous;
@@ -25,7 +23,7 @@ private Q_SLOTS:
                 s("/qdws/v1/documents/inbound/%1/%2").arg(entry.id).arg(entry.filename).toLatin1();
             const Wire::Answer answer = Wire{"GET", path}.send(server);
             const bool isPdf = entry.filename.endsWith(s(".pdf"));
-            pdfs += isPdf ? 1 : 0;
+            pdfs += isPdf;
             const QString type = isPdf ? s("application/pdf") : s("image/tiff");
             QVERIFY(answer.head.contains("Content-Type: " + type.toLatin1() + "\r\n"));
             QCOMPARE(SimMedia::countPages(type, answer.body), entry.pages.toInt());
@@ -41,9 +39,7 @@ private Q_SLOTS:
     void generatesHugeDocuments()
     {
         const qint64 size = (20 << 20) + 123;
-        SimOptions options;
-        options.hugeDocument = size;
-        Started server(options);
+        Started server(with([size](SimOptions& options) { options.hugeDocument = size; }));
         const Wire::Answer answer = get(server, "documents/inbound/1/huge.tif");
         QVERIFY(answer.isWhole);
         QCOMPARE(qint64(answer.body.size()), size);
@@ -73,9 +69,7 @@ private Q_SLOTS:
         SimOptions options;
         options.discoveryAddress = s("127.0.0.1");
         options.discoveryPort = 0;
-        SimServer server(options);
-        QString error;
-        QVERIFY2(server.start(&error), qPrintable(error));
+        const Started server(options);
         QUdpSocket socket;
         QUdpSocket others;
         const QHostAddress local(QHostAddress::LocalHost);
