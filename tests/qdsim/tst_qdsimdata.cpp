@@ -2,10 +2,7 @@
 #include "simmedia.h"
 #include "simwire.h"
 
-#include <QtCore/QSet>
-#include <QtNetwork/QNetworkAccessManager>
-#include <QtNetwork/QNetworkReply>
-#include <QtNetwork/QUdpSocket>
+#include <QtNetwork/QtNetwork>
 #include <QtTest/QtTest>
 
 class TestQdsimData : public QObject
