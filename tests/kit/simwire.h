@@ -125,14 +125,10 @@ inline QByteArray declared(const QByteArray& document)
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>" + document;
 }
 
-inline QByteArray contactDocument(const QByteArray& fields)
+/// A document on one line.
+inline QByteArray document(const QByteArray& name, const QByteArray& content)
 {
-    return declared("<contact>" + fields + "</contact>");
-}
-
-inline QByteArray groupDocument(const QByteArray& fields)
-{
-    return declared("<contact_group>" + fields + "</contact_group>");
+    return declared('<' + name + '>' + content + "</" + name + '>');
 }
 
 inline SimEntry someEntry(const char* name, const QString& uid = QString())

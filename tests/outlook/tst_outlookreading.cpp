@@ -3,27 +3,11 @@
 #include "outlookcontactproviderdisassemblethread.h"
 #include "outlookworld.h"
 
-#include <QElapsedTimer>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QThread>
 
 #include <thread>
-
-namespace {
-
-/// Waits where there is no event loop.
-template <typename Condition>
-bool yieldUntil(Condition condition)
-{
-    QElapsedTimer patience;
-    patience.start();
-    while (!condition() && patience.elapsed() < 20000)
-        std::this_thread::yield();
-    return condition();
-}
-
-} // namespace
 
 class TestOutlookReading : public OutlookTest
 {
@@ -47,7 +31,8 @@ private Q_SLOTS:
             if (number != 100)
                 return;
             reading.release();
-            yieldUntil([] { return QThread::currentThread()->isInterruptionRequested(); });
+            QVERIFY(
+                QTest::qWaitFor([] { return QThread::currentThread()->isInterruptionRequested(); }, 20000));
         };
         m_outlook->itemsRead = 0;
         world.said->clear();
@@ -144,7 +129,7 @@ private Q_SLOTS:
             if (number != 1 && number != 400 && number != 999)
                 return;
             // until it has been read twice in the middle of it
-            paused += yieldUntil([&, goal = readings + 2] { return readings >= goal; });
+            paused += QTest::qWaitFor([&, goal = readings + 2] { return readings >= goal; }, 20000);
         };
         m_contacts->items.append(contact(1001));
         const bool first = world.sync();

@@ -36,13 +36,13 @@ QByteArray fullFax()
 /// A profile in which every element occurs, with another text in it instead of one.
 QByteArray profile(const char* text = "", const char* instead = "")
 {
-    return declared("<user>" +
-                    fields("contact_url=http://fax/qdws/v1/users/alice username=alice name=A email_address=e "
-                           "phone_number=1 fax_number=2 organization=O default_cover_page_enabled=true "
-                           "default_cover_page_name=Urgent priority=0 max_attempts=7 interval=20 "
-                           "receipt=always receipt_attachment=none print_receipt=always "
-                           "print_receipt_printer=Archive print_receipt_first=true fax_page_size=legal") +
-                    "</user>")
+    return document("user",
+                    fields("contact_url=http://fax/qdws/v1/users/alice username=alice name=A "
+                           "email_address=e phone_number=1 fax_number=2 organization=O "
+                           "default_cover_page_enabled=true default_cover_page_name=Urgent priority=0 "
+                           "max_attempts=7 interval=20 receipt=always receipt_attachment=none "
+                           "print_receipt=always print_receipt_printer=Archive "
+                           "print_receipt_first=true fax_page_size=legal"))
         .replace(text, instead);
 }
 
@@ -81,8 +81,8 @@ private Q_SLOTS:
         row("no such fax", "DELETE", "ofax/77", 404, "no fax", {});
         row("no declaration", "PUT", alice, 400, "does not begin", profile().remove(0, 38));
         row("profile on two lines", "PUT", alice, 400, "one line", profile("<name>", "\n<name>"));
-        row("other document", "PUT", alice, 400, "not \"user\"", contactDocument({}));
-        row("not xml", "PUT", alice, 400, "line 1", declared("<user><name>A & B</name></user>"));
+        row("other document", "PUT", alice, 400, "not \"user\"", document("contact", {}));
+        row("not xml", "PUT", alice, 400, "line 1", document("user", "<name>A & B</name>"));
         row("not utf-8", "PUT", alice, 400, "UTF-8", profile(">A<", ">\xe4<"));
         row("profile of another address", "PUT", alice, 400, "address", profile("users/alice", "users/x"));
         row("profile without cover page", "PUT", alice, 400, "default_cover_page_name",
@@ -92,24 +92,24 @@ private Q_SLOTS:
 
         const QByteArray url = "<contact_url>http://fax/qdws/v1/contacts/alice/1</contact_url>";
         const QByteArray member = "<contact>http://fax/qdws/v1/contacts/alice/1</contact>";
-        row("put to a book", "PUT", "contacts/alice", 405, "a book", contactDocument(url));
+        row("put to a book", "PUT", "contacts/alice", 405, "a book", document("contact", url));
         row("query_time 0", "GET", "contacts/alice?query_time=0", 400, "query", {});
         row("query_time of 33 bits", "GET", "contacts/alice?query_time=4294967296", 400, "32 bits", {});
         row("query of oids", "GET", "contact_oids/alice?query_time=1", 400, "query", {});
         row("oids of an entry", "GET", "contact_oids/alice/1", 404, "no book", {});
-        row("two lines", "POST", "contacts/alice", 400, "one line", contactDocument("\n<name>A</name>"));
+        row("two lines", "POST", "contacts/alice", 400, "one line", document("contact", "\n<name>A</name>"));
         row("group in a book of contacts", "POST", "contacts/alice", 400, "not \"contact\"",
-            groupDocument("<name>A</name>"));
+            document("contact_group", "<name>A</name>"));
         row("out of order", "POST", "contacts/alice", 400, "out of order",
-            contactDocument("<fax_number>1</fax_number><name>A</name>"));
+            document("contact", "<fax_number>1</fax_number><name>A</name>"));
         row("other address", "PUT", "contacts/alice/1", 400, "not that of the request",
-            contactDocument(QByteArray(url).replace("/1<", "/2<")));
+            document("contact", QByteArray(url).replace("/1<", "/2<")));
         row("https address", "PUT", "contacts/alice/1", 400, "https",
-            contactDocument(QByteArray(url).replace("http", "https")));
+            document("contact", QByteArray(url).replace("http", "https")));
         row("unknown member", "POST", "contact_groups/alice", 404, "no member",
-            groupDocument("<name>G</name>" + QByteArray(member).replace("/1<", "/99<")));
+            document("contact_group", "<name>G</name>" + QByteArray(member).replace("/1<", "/99<")));
         row("members before the name", "POST", "contact_groups/alice", 400, "out of order",
-            groupDocument(member + "<name>G</name>"));
+            document("contact_group", member + "<name>G</name>"));
 
         const auto submission = [&row](const char* name, const char* part, const char* replacement,
                                        const char* reason) {

@@ -109,15 +109,15 @@ private Q_SLOTS:
             const QByteArray kind = groups ? "contact_group" : "contact";
             const QByteArray path = kind + "s/" + book;
             const QByteArray url = kind + "_url=http://fax/qdws/v1/" + path + "/7";
-            const QByteArray document = (groups ? groupDocument : contactDocument)(fields(url + " name=new"));
+            const QByteArray content = document(kind, fields(url + " name=new"));
             Wire::Answer answer;
             const auto send = [&](const char* method, const QByteArray& target, const char* message,
                                   const QByteArray& body = QByteArray()) {
                 answer = ask(server, method, target, body, credentials);
                 return answer.status == status && (answer.text("message") == s(message)) == (status == 200);
             };
-            QVERIFY(send("PUT", path + "/7", "Modified", document));
-            QVERIFY(send("POST", path, "Created", document));
+            QVERIFY(send("PUT", path + "/7", "Modified", content));
+            QVERIFY(send("POST", path, "Created", content));
             const QString created = answer.text(kind + "_url");
             QVERIFY(send("DELETE", path + "/7", "Deleted"));
             const QVector<SimEntry> entries = server.book(s(book), groups);
@@ -151,8 +151,8 @@ private Q_SLOTS:
         const QString shared = everybodys.path(server.addEntry(everybodys, someEntry("shared")));
         const QByteArray members = "<contact>http://fax" + mine.toLatin1() + "</contact><contact>http://fax" +
                                    shared.toLatin1() + "</contact>";
-        const Wire::Answer created =
-            ask(server, "POST", "contact_groups/alice", groupDocument("<name>G</name>" + members));
+        const Wire::Answer created = ask(server, "POST", "contact_groups/alice",
+                                         document("contact_group", "<name>G</name>" + members));
         QCOMPARE(created.status, 200);
         const Wire::Answer groups = get(server, "contact_groups/alice");
         QVERIFY(groups.body.contains("<name>G</name><description></description><contact>" +
