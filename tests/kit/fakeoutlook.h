@@ -50,6 +50,7 @@ public:
     bool hasSession{true};
     bool logsOn{true};
     QVector<FakeFolderPtr> stores;
+    QHash<QString, FakeFolderPtr> known; ///< Every folder, by its key.
     FakeFolderPtr defaultContacts;
     /// Called before an item is given, with its number.
     std::function<void(int)> beforeItem;
@@ -68,12 +69,8 @@ public:
         folder->storeID = parent ? parent->storeID : QStringLiteral("S:") + name; // may hold colons
         folder->itemType = itemType;
         (parent ? parent->folders : stores).append(folder);
-        m_folders.insert({folder->entryID, folder->storeID}, folder);
+        known.insert(folder->key(), folder);
         return folder;
-    }
-    FakeFolderPtr folder(const QString& entryID, const QString& storeID) const
-    {
-        return m_folders.value({entryID, storeID});
     }
 
     /// Whether every thread has left as often as it entered, took no object with it, and used none but its
@@ -110,7 +107,6 @@ private:
         int objects{0};
     };
 
-    QHash<QPair<QString, QString>, FakeFolderPtr> m_folders;
     mutable std::mutex m_mutex;
     QHash<Qt::HANDLE, Thread> m_threads;
     int m_violations{0}; ///< Uses on a thread that has not entered, or that is not the object's own.
@@ -231,7 +227,8 @@ public:
     }
     QSharedPointer<OutlookFolder> folderFromID(const QString& entryID, const QString& storeID) const override
     {
-        return folder(thing() ? outlook().folder(entryID, storeID) : FakeFolderPtr());
+        return folder(thing() ? outlook().known.value(entryID + QLatin1Char(':') + storeID)
+                              : FakeFolderPtr());
     }
     QSharedPointer<OutlookFolders> folders() const override
     {
