@@ -1,4 +1,4 @@
-# Run by CPack on what it is about to pack: Debian wants manuals and changelogs compressed, the same way every time.
+# Run by CPack on the staged files: Debian requires manuals and changelogs to be compressed reproducibly.
 file(GLOB_RECURSE texts
   "${CPACK_TEMPORARY_DIRECTORY}/qdfax.1" "${CPACK_TEMPORARY_DIRECTORY}/qdsim.1"
   "${CPACK_TEMPORARY_DIRECTORY}/changelog.Debian")

@@ -1,4 +1,4 @@
-# What "cmake --install" puts where. Components: runtime (the shared library, and its texts in other languages by
+# Files installed by "cmake --install". Components: runtime (the shared library, and its texts in other languages by
 # translations/CMakeLists.txt), development (headers, CMake package, pkg-config file) and tools (qdfax and qdsim with
 # their manuals and completion). Headers and qdfax need runtime in the same prefix.
 

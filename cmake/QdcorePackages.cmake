@@ -1,4 +1,4 @@
-# Debian packages, one a component: libqdcore1, libqdcore-dev, and qdfax with qdsim. scripts/package.sh makes them.
+# Debian packages, one per component: libqdcore1, libqdcore-dev, and qdfax with qdsim. scripts/package.sh makes them.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qdcore)
@@ -21,7 +21,7 @@ set(same_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${library})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-# plugins, which Qt loads without a link: the database of contacts, and the icons
+# plugins that Qt loads at run time: the database driver for contacts, and the icons
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libqt5sql5-sqlite, libqt5svg5")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "client library for network fax servers
  Finds fax servers, submits and follows faxes, reads logs, and keeps the user's
@@ -43,7 +43,7 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "client library for network fax serv
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME qdfax)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION comm)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library} ${same_version}")
-# what Qt itself says, in the language that qdfax speaks
+# Qt's own texts in the languages of qdfax
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "qttranslations5-l10n")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "command-line client for a network fax server
  Sends and follows faxes, reads logs, downloads documents and keeps contact

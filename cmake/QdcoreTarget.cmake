@@ -1,4 +1,4 @@
-# What every target of the project has in common: the language, the warnings, Qt's strictness.
+# Settings common to all targets of the project: language standard, warnings, strict Qt macros.
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
@@ -21,14 +21,14 @@ set(CMAKE_AUTORCC ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
-# How the sanitizers behave in tests. Leaks of programs that a test starts count like its own.
+# Sanitizer options for tests. Leaks in programs that a test starts fail it as well.
 set(qdcore_sanitizer_environment
   "ASAN_OPTIONS=detect_stack_use_after_return=1"
   "UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1"
   "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
   "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
 
-# qdcore_target(NAME): applies the house rules to a target.
+# qdcore_target(NAME): applies these settings to a target.
 function(qdcore_target name)
   target_compile_definitions(${name} PRIVATE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_URL_CAST_FROM_STRING

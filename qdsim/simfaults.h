@@ -7,7 +7,7 @@
 
 #include <mutex>
 
-/// @brief One kind of trouble, for which requests and how often.
+/// @brief One injected fault: its kind, for which requests and how often.
 ///
 /// Faults of the answer (all but HangUpEarly and Status) happen after the request has been carried out: the
 /// fax is queued although the client never learns of it.

@@ -40,7 +40,8 @@ struct SimSubmission
     SimSchedule schedule;
 };
 
-/// @brief The queue. It has no timer: whoever looks at it first lets the time pass with advance().
+/// @brief The queue. It has no timer: callers update it to the current time with advance() before they read
+/// it.
 ///
 /// At speed 1 a fax is pending for a second, takes a second a page to send, and waits for its try interval
 /// before the next attempt. Not thread-safe; SimState guards it.

@@ -11,16 +11,14 @@
 #include <functional>
 #include <memory>
 
-/// @brief A fax server that is none: it speaks the whole web service, keeps what it is told, and breaks on
-/// request.
+/// @brief A simulated fax server: it implements the complete web service, keeps its state in memory, and
+/// injects faults on request.
 ///
-/// Create it with options, start() it, use address() and url(), let it go. It is strict: a request that is
-/// not exactly what the protocol says is refused with a 4xx, and refusals() says in words what was wrong with
-/// it.
+/// Create it with options, start() it, use address() and url(), destroy it. It validates strictly: a request
+/// that violates the protocol is rejected with a 4xx status, and refusals() tells the reason.
 ///
-/// It runs in threads of its own, so a test may keep its event loop to itself. Every function may be called
-/// from every thread, start(), stop() and the destructor from one thread only. Nothing is sent anywhere but
-/// as an answer.
+/// It runs in its own threads, so it does not need the event loop of a test. All functions are thread-safe,
+/// but start(), stop() and the destructor have to be called from one thread. It sends nothing but replies.
 class SimServer
 {
 public:
@@ -80,7 +78,7 @@ public:
     int discoveryQueries() const;  ///< queries answered so far
     /// @}
 
-    /// @name Trouble
+    /// @name Fault injection
     /// @{
     void addFault(const SimFault& fault);
     /// As text, see SimFault::parse().

@@ -25,7 +25,7 @@ struct SimRequest
     bool secure = false;                            ///< came through TLS
     QString user;                                   ///< name of the authenticated user, empty if none
     int status = 0;      ///< HTTP status of the answer; 0: connection cut, or not answered yet
-    bool faulty = false; ///< trouble was caused on request
+    bool faulty = false; ///< a fault was injected
     QString refusal;     ///< why the request was refused; empty if it was accepted
 
     /// The value of the first header of that name (case does not matter), null if there is none.

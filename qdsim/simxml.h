@@ -74,7 +74,7 @@ public:
     void require(const char* name, bool taken);
 
     void complain(const QString& what);
-    /// Complains about the first child that nobody took.
+    /// Reports the first child that was not read.
     void end();
 
 private:

@@ -1,11 +1,12 @@
 #!/bin/bash
-# Measures the library beside baselines, on two processors, and prints a line a row: name, ours, baseline, ratio,
-# limit, ok or OVER. Fails when a row is over its limit (1) or could not be measured. With names only those rows are run, or the rows that begin with one:
+# Benchmarks the library against baselines, on two processors, and prints one line per row: name, library, baseline,
+# ratio, limit, ok or OVER. Fails when a row exceeds its limit (status 1) or could not be measured. With names, runs only
+# the rows whose names are or begin with one of them:
 #
 #   scripts/bench.sh [--verbose] [NAME...]
 #   scripts/bench.sh --growth        the rows that have a size at 1,000, 10,000 and 100,000, into docs/benchmarks.md
 #
-# What each row and its baseline are: bench/README.md.
+# bench/README.md describes each row and its baseline.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

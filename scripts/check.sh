@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Everything that says whether the library can be relied on: all tests, as they are and under the sanitizers, the fuzzers,
-# killed programs, and work without a break. A table at the end, and what was skipped; ends with 1 where something failed.
+# Runs all reliability checks: every test, plain and under the sanitizers, the fuzzers, kill tests and a soak test. Ends with
+# a table of the results and the skipped tests; exits with 1 if something failed.
 #
 # Usage: scripts/check.sh            about half an hour
-#        scripts/check.sh --long     hours: also 200 kills, a locked file for a minute, 30 minutes of work, 10 minutes a fuzzer, the packages
+#        scripts/check.sh --long     hours: also 200 kills, a locked file for a minute, a soak test of 30 minutes, 10 minutes a fuzzer, the packages
 #
-# What each check said is in build/check. Installs what it needs (Debian packages) where it is missing.
+# The log of each check is in build/check. Installs missing dependencies (Debian packages).
 set -uo pipefail
 . "$(dirname "$0")/common.sh"
 

@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# The whole story in one run: builds, starts qdsim (a simulated fax server) on this machine, sends a fax through it with
-# qdfax, shows it arriving byte for byte, and keeps and uses the contact books. Exit status 0 only if every step worked.
+# Demonstrates the project: builds, starts qdsim (a simulated fax server) on this machine, sends a fax through it with
+# qdfax, verifies that it arrived unmodified, and synchronises and uses the contact books. Exits with 0 only if every step
+# succeeded.
 #
-# Usage: scripts/demo.sh                    Installs what the build needs (Debian packages) where it is missing.
-#        scripts/demo.sh PROGRAMS FOLDER    Runs what is built in PROGRAMS, and leaves all that it wrote in FOLDER.
-# Nothing but 127.0.0.1 is spoken to, and nothing outside a temporary folder is written. Everything is logged. DEMO_PASSWORD
-# is the password of the simulated user; it is on no command line and in no file but, enciphered, qdfax's settings.
+# Usage: scripts/demo.sh                    Installs missing build dependencies (Debian packages).
+#        scripts/demo.sh PROGRAMS FOLDER    Runs the programs built in PROGRAMS, and keeps all written files in FOLDER.
+# Connects only to 127.0.0.1 and writes only to a temporary folder. Everything is logged. DEMO_PASSWORD is the password of the
+# simulated user; it appears on no command line and in no file except, obfuscated, in qdfax's settings.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

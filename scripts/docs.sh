@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Makes the manual of the library (build/docs/html) out of the public headers, and the diagrams in docs/images out of their
-# texts. Fails when doxygen has anything to say (a public name without a word about it, a link into nowhere, a lost example)
-# and when the map, docs/architecture.md, lacks a class.
+# Generates the reference manual of the library (build/docs/html) from the public headers, and the diagrams in docs/images from
+# their sources. Fails on any doxygen warning (an undocumented public name, a broken link, a missing example) and when
+# docs/architecture.md does not mention a class.
 #
-# Usage: scripts/docs.sh [--check [FOLDER]]     Installs what it needs (Debian packages) where it is missing.
-#   --check   makes the manual in FOLDER, installs and draws nothing, and fails if a diagram is not that of its text; ends
-#             with 77 where there is no doxygen
+# Usage: scripts/docs.sh [--check [FOLDER]]     Installs missing dependencies (Debian packages).
+#   --check   generates the manual in FOLDER, installs and draws nothing, and fails if a diagram does not match its source;
+#             exits with 77 if doxygen is not installed
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Builds the examples against the installed library, as a client application would, and runs one beside qdsim.
+# Builds the examples against the installed library, as a client application would, and runs one against qdsim.
 #
 # Usage: scripts/example.sh [--build FOLDER] sendfax | followlogs | findcontacts | all
 #   --build   takes the library from this build, which must be complete, and builds nothing of it
-# Nothing but 127.0.0.1 is spoken to. The library is installed into a folder of the build.
+# Connects only to 127.0.0.1. The library is installed into a folder of the build.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# Fuzzes what reads bytes from outside, under the address and undefined-behaviour sanitizers: a program for each target
-# of fuzz/, two at a time, a line each. Needs Clang, which it installs where it is missing (Debian packages).
+# Fuzzes the code that reads untrusted input, under the address and undefined-behaviour sanitizers: one program per target
+# of fuzz/, two at a time, and prints one line per target. Installs Clang if it is missing (Debian packages).
 #
 # Usage: scripts/fuzz.sh [SECONDS [TARGET...]]     SECONDS for each target (default 60); TARGET: all of them
 #
-# Inputs that reach new code are kept in build/fuzz/corpus, where the next run goes on from. A finding ends its target
-# and the script ends with 1; the input is in build/fuzz/findings.
+# Inputs that reach new code are stored in build/fuzz/corpus, from which the next run continues. A finding stops its target,
+# and the script exits with 1; the input is in build/fuzz/findings.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

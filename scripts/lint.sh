@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Static analysis of the library, the programs, the examples, the fuzz targets and the benchmarks: cppcheck, clazy (level 1)
 # and clang-tidy, two files at a time.
-# Prints what they find and ends with 1 where there is anything. Installs what it needs (Debian packages).
+# Prints the findings and exits with 1 if there are any. Installs missing dependencies (Debian packages).
 #
 # Usage: scripts/lint.sh [FILE...]     FILE: a source; all but the tests without one
 #
 # All files take ten minutes on two cores and half an hour on busy ones, nearly all of it clang-tidy; one file seconds.
-# What is not to be found stands, with the reason, in .clang-tidy, .cppcheck-suppressions or beside the code.
+# Suppressions stand, with their reasons, in .clang-tidy, .cppcheck-suppressions or beside the code.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

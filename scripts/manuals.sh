@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Writes the manual pages of qdfax and qdsim (docs/man) from what the programs say of themselves.
+# Generates the manual pages of qdfax and qdsim (docs/man) from the help output of the programs.
 #
 # Usage: scripts/manuals.sh [--check] [FOLDER]     FOLDER: where the programs are, build/release/bin by default
-#   --check   writes nothing and fails if the pages are not what would be written; with 77 if that of qdsim could not be
-#             checked, for want of help2man
+#   --check   writes nothing and fails if the pages are out of date; exits with 77 if the page of qdsim could not be checked
+#             because help2man is missing
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

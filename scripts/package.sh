@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Makes the Debian packages (build/package/*.deb) and has lintian look at them.
+# Builds the Debian packages (build/package/*.deb) and checks them with lintian.
 #
 # Usage: scripts/package.sh [--try]
-#   --try   also installs them into a bare Debian of their own (debootstrap, as root) and runs what they bring
+#   --try   also installs them into a minimal Debian (debootstrap, as root) and runs the installed programs
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Takes the pictures of the documentation anew, of real windows on a virtual screen, into docs/images/.
+# Takes the screenshots of the documentation (docs/images/) again, of real windows on a virtual screen.
 #
-# Usage: scripts/pictures.sh     Installs what it needs (Debian packages) where it is missing.
+# Usage: scripts/pictures.sh     Installs missing dependencies (Debian packages).
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

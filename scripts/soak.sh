@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# A long run: the library works all the time against a simulated server that changes and sometimes fails (1 % of the
-# replies cut, 1 % malformed, 1 % late). A line a minute; at the end, whether memory and open files stayed, the store is
-# the server's, and starts and stops are paired. Ends with 1 where that is not so.
+# Soak test: the library works continuously against a simulated server that changes its data and injects faults (1 % of the
+# replies truncated, 1 % malformed, 1 % delayed). Prints one line per minute; at the end checks that memory and the number of
+# open files did not grow, that the store equals the server's books, and that start and stop signals are paired. Exits with 1
+# if a check fails.
 #
-# Usage: scripts/soak.sh [MINUTES [SEED [KIB]]]     MINUTES: 30 by default; KIB: leak so much a second, which must be noticed
+# Usage: scripts/soak.sh [MINUTES [SEED [KIB]]]     MINUTES: 30 by default; KIB: leak this much per second, which must be detected
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

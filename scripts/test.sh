@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds everything and runs all tests. Installs what the build needs (Debian packages) where it is missing.
+# Builds everything and runs all tests. Installs missing build dependencies (Debian packages).
 #
 # Usage: scripts/test.sh [PRESET] [CTest arguments...]      PRESET: release (default), debug, asan, tsan
 set -euo pipefail

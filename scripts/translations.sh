@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Brings the translations (translations/*.ts) up to date with the texts in the sources. What is new is marked as unfinished
-# there, to be translated in Qt's Linguist or an editor; what no source says any more is dropped.
+# Updates the translations (translations/*.ts) from the texts in the sources. New texts are marked as unfinished, to be
+# translated in Qt Linguist or an editor; texts that are no longer in any source are removed.
 #
-# Usage: scripts/translations.sh [--check | LANGUAGE...]     LANGUAGE: one to begin with, like fr
-#   --check   writes nothing; fails if the files are not what would be written, if a text is not translated, or if a
-#             translation loses something that is no matter of language: a %1, an option, a "&", blanks at its ends
+# Usage: scripts/translations.sh [--check | LANGUAGE...]     LANGUAGE: a new language to add, like fr
+#   --check   writes nothing; fails if the files are out of date, if a text is not translated, or if a translation loses a
+#             part that does not depend on the language: a %1, an option, a "&", leading or trailing blanks
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

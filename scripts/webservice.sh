@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# Puts into docs/webservice.md what goes over the wire: starts qdsim, drives every operation of the web service through
-# qdfax, and writes the recorded exchanges between the marks of that document.
+# Updates the examples in docs/webservice.md: starts qdsim, runs every operation of the web service with qdfax, and writes
+# the recorded exchanges between the markers of that document.
 #
 # Usage: scripts/webservice.sh [--check] [FOLDER]     FOLDER: where the programs are, build/release/bin by default
-#   --check   writes nothing and fails if the document is not what would be written
+#   --check   writes nothing and fails if the document is out of date
 #
-# A mark is "<!-- recorded: SERVER METHOD TARGET STATUS -->", SERVER being one of those started below; the first such
-# exchange follows it, up to "<!-- end -->". With "; cut NAME" after the status the content of those elements is left out.
-# Dates and numbers are the same in every run: the time of the simulated
-# server goes on with the requests, and its address is shown as fax.example.org.
+# A marker is "<!-- recorded: SERVER METHOD TARGET STATUS -->", where SERVER is one of those started below; the first matching
+# exchange follows it, up to "<!-- end -->". "; cut NAME" after the status omits the content of these elements.
+# Dates and numbers are the same in every run: the clock of the simulated server advances with the requests, and its
+# address is shown as fax.example.org.
 set -euo pipefail
 . "$(dirname "$0")/common.sh"
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the library, qdfax and the tests for Windows with mingw-w64, and runs the tests under Wine.
 #
-# Usage: scripts/windows.sh [qt | build | test [NAME...] | demo]     without a word: all, one after the other
+# Usage: scripts/windows.sh [qt | build | test [NAME...] | demo]     without an argument: all, one after the other
 #   qt      builds Qt for Windows from Debian's source packages into the cache (once, about 45 minutes on 2 cores)
 #   build   cross-compiles into build/mingw
 #   test    runs the tests under Wine, as they were built

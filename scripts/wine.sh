@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs a Windows program under Wine; how the tests of the preset "mingw" are run. What the programs need beside them is
-# put there by scripts/windows.sh.
+# Runs a Windows program under Wine; the preset "mingw" runs its tests this way. scripts/windows.sh copies the DLLs and
+# plugins that the programs need beside them.
 #
 # Usage: scripts/wine.sh PROGRAM.exe [ARGUMENT...]
 set -euo pipefail

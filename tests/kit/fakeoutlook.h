@@ -50,6 +50,7 @@ public:
     bool hasSession{true};
     bool logsOn{true};
     QVector<FakeFolderPtr> stores;
+    QHash<QString, FakeFolderPtr> known; ///< Every folder, by its key.
     FakeFolderPtr defaultContacts;
     /// Called before an item is given, with its number.
     std::function<void(int)> beforeItem;
@@ -65,16 +66,11 @@ public:
         auto folder = FakeFolderPtr::create();
         folder->name = name;
         folder->entryID = QStringLiteral("E-") + name;
-        folder->storeID =
-            parent ? parent->storeID : QStringLiteral("S:") + name; // the store's part may hold colons
+        folder->storeID = parent ? parent->storeID : QStringLiteral("S:") + name; // may hold colons
         folder->itemType = itemType;
         (parent ? parent->folders : stores).append(folder);
-        m_folders.insert({folder->entryID, folder->storeID}, folder);
+        known.insert(folder->key(), folder);
         return folder;
-    }
-    FakeFolderPtr folder(const QString& entryID, const QString& storeID) const
-    {
-        return m_folders.value({entryID, storeID});
     }
 
     /// Whether every thread has left as often as it entered, took no object with it, and used none but its
@@ -83,51 +79,34 @@ public:
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         return m_violations == 0 && !m_threads.isEmpty() &&
-               std::all_of(m_threads.cbegin(), m_threads.cend(), [](const Thread& thread) {
-                   return thread.entered == thread.left && thread.objects == 0;
-               });
-    }
-    /// Threads that have used it.
-    int threadCount() const
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        return m_threads.size();
+               std::all_of(m_threads.cbegin(), m_threads.cend(),
+                           [](const Thread& thread) { return thread.entries == 0 && thread.objects == 0; });
     }
 
-    bool enterThread() override
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        ++m_threads[QThread::currentThreadId()].entered;
-        return true;
-    }
-    void leaveThread() override
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        Thread& thread = m_threads[QThread::currentThreadId()];
-        if (++thread.left == thread.entered && thread.objects != 0)
-            ++m_violations;
-    }
+    bool enterThread() override { return use(QThread::currentThreadId(), 0, 1); }
+    void leaveThread() override { use(QThread::currentThreadId(), 0, -1); }
     QSharedPointer<OutlookApplication> createApplication() override;
 
-    /// Notes the use of an object, or its beginning (1) or end (-1), on this thread.
-    void count(int objects, Qt::HANDLE owner)
+    /// Notes the use of an object that belongs to a thread, its beginning (1) or its end (-1); or that this
+    /// thread enters (1) or leaves (-1). Always true.
+    bool use(Qt::HANDLE owner, int objects, int entries = 0)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         Thread& thread = m_threads[owner];
         thread.objects += objects;
-        if (owner != QThread::currentThreadId() || thread.entered == thread.left)
-            ++m_violations;
+        thread.entries += entries;
+        const bool isOutside = thread.entries == 0 && (entries == 0 || thread.objects != 0);
+        m_violations += owner != QThread::currentThreadId() || isOutside;
+        return true;
     }
 
 private:
     struct Thread
     {
-        int entered{0};
-        int left{0};
+        int entries{0}; ///< Without those that were left again.
         int objects{0};
     };
 
-    QHash<QPair<QString, QString>, FakeFolderPtr> m_folders;
     mutable std::mutex m_mutex;
     QHash<Qt::HANDLE, Thread> m_threads;
     int m_violations{0}; ///< Uses on a thread that has not entered, or that is not the object's own.
@@ -142,22 +121,23 @@ public:
         : m_outlook(outlook)
         , m_thing(thing)
     {
-        m_outlook.count(1, m_thread);
+        m_outlook.use(m_thread, 1);
     }
-    ~FakeObject() override { m_outlook.count(-1, m_thread); }
+    ~FakeObject() override { m_outlook.use(m_thread, -1); }
     Q_DISABLE_COPY(FakeObject)
 
 protected:
-    FakeOutlook& outlook() const
-    {
-        m_outlook.count(0, m_thread);
-        return m_outlook;
-    }
+    FakeOutlook& outlook() const { return m_outlook.use(m_thread, 0), m_outlook; }
     const Thing& thing() const { return outlook(), m_thing; }
     void setThing(const Thing& thing) { m_thing = thing; }
 
-    /// A folder, unless it cannot be had.
-    QSharedPointer<OutlookFolder> given(const FakeFolderPtr& folder) const;
+    /// An object for something, unless Outlook does not give it.
+    template <typename Object, typename Of>
+    QSharedPointer<Object> given(bool isThere, const Of& of) const
+    {
+        return isThere ? QSharedPointer<Object>::create(outlook(), of) : QSharedPointer<Object>();
+    }
+    QSharedPointer<OutlookFolder> folder(const FakeFolderPtr& folder) const;
 
 private:
     FakeOutlook& m_outlook;
@@ -189,9 +169,8 @@ public:
         if (outlook().beforeItem)
             outlook().beforeItem(number);
         const QVector<FakeItem>& items = thing()->items;
-        return number < 1 || number > items.size() || items.at(number - 1).fails
-                   ? QSharedPointer<FakeOutlookItem>()
-                   : QSharedPointer<FakeOutlookItem>::create(outlook(), items.at(number - 1));
+        const FakeItem item = items.value(number - 1);
+        return given<FakeOutlookItem>(number >= 1 && number <= items.size() && !item.fails, item);
     }
 };
 
@@ -200,7 +179,10 @@ class FakeOutlookFolders : public FakeObject<OutlookFolders, QVector<FakeFolderP
 public:
     using FakeObject::FakeObject;
     int count() const override { return thing().size(); }
-    QSharedPointer<OutlookFolder> item(int number) const override { return given(thing().value(number - 1)); }
+    QSharedPointer<OutlookFolder> item(int number) const override
+    {
+        return folder(thing().value(number - 1));
+    }
 };
 
 class FakeOutlookFolder : public FakeObject<OutlookFolder, FakeFolderPtr>
@@ -213,19 +195,15 @@ public:
     int defaultItemType() const override { return thing()->itemType; }
     QSharedPointer<OutlookFolders> folders() const override
     {
-        return QSharedPointer<FakeOutlookFolders>::create(outlook(), thing()->folders);
+        return given<FakeOutlookFolders>(true, thing()->folders);
     }
-    QSharedPointer<OutlookItems> items() const override
-    {
-        return QSharedPointer<FakeOutlookItems>::create(outlook(), thing());
-    }
+    QSharedPointer<OutlookItems> items() const override { return given<FakeOutlookItems>(true, thing()); }
 };
 
 template <typename Interface, typename Thing>
-QSharedPointer<OutlookFolder> FakeObject<Interface, Thing>::given(const FakeFolderPtr& folder) const
+QSharedPointer<OutlookFolder> FakeObject<Interface, Thing>::folder(const FakeFolderPtr& folder) const
 {
-    return folder && !folder->isGone ? QSharedPointer<FakeOutlookFolder>::create(outlook(), folder)
-                                     : QSharedPointer<FakeOutlookFolder>();
+    return given<FakeOutlookFolder>(folder && !folder->isGone, folder);
 }
 
 /// Its state: whether it is logged on.
@@ -245,16 +223,16 @@ public:
     }
     QSharedPointer<OutlookFolder> defaultFolder(int type) const override
     {
-        return given(thing() && type == contactsFolder ? outlook().defaultContacts : FakeFolderPtr());
+        return folder(thing() && type == contactsFolder ? outlook().defaultContacts : FakeFolderPtr());
     }
     QSharedPointer<OutlookFolder> folderFromID(const QString& entryID, const QString& storeID) const override
     {
-        return given(thing() ? outlook().folder(entryID, storeID) : FakeFolderPtr());
+        return folder(thing() ? outlook().known.value(entryID + QLatin1Char(':') + storeID)
+                              : FakeFolderPtr());
     }
     QSharedPointer<OutlookFolders> folders() const override
     {
-        return thing() ? QSharedPointer<FakeOutlookFolders>::create(outlook(), outlook().stores)
-                       : QSharedPointer<FakeOutlookFolders>();
+        return given<FakeOutlookFolders>(thing(), outlook().stores);
     }
 };
 
@@ -266,8 +244,7 @@ public:
     ~FakeOutlookApplication() override { --outlook().running; }
     QSharedPointer<OutlookSession> session() const override
     {
-        return outlook().hasSession ? QSharedPointer<FakeOutlookSession>::create(outlook(), false)
-                                    : QSharedPointer<FakeOutlookSession>();
+        return given<FakeOutlookSession>(outlook().hasSession, false);
     }
 };
 

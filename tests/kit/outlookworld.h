@@ -100,11 +100,8 @@ class OutlookTest : public QObject
 protected:
     void newOutlook()
     {
-        const QString folder = m_folder.filePath(s(QTest::currentTestFunction()) + QLatin1Char('-') +
-                                                 s(QTest::currentDataTag()));
-        QVERIFY(QDir().mkpath(folder));
-        qputenv("APPDATA", QFile::encodeName(folder));
-
+        m_folder = std::make_unique<QTemporaryDir>();
+        qputenv("APPDATA", QFile::encodeName(m_folder->path()));
         m_fake = std::make_unique<FakeMailbox>();
         m_outlook = m_fake->outlook;
         m_contacts = m_fake->contacts;
@@ -117,7 +114,7 @@ protected:
         QVERIFY(m_outlook->isBalanced()); // the worlds of the test are gone
     }
 
-    QTemporaryDir m_folder;
+    std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<FakeMailbox> m_fake;
     QSharedPointer<FakeOutlook> m_outlook;
     FakeFolderPtr m_contacts, m_team;

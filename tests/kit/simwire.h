@@ -18,6 +18,15 @@ public:
     }
 };
 
+/// The usual options but for what a function sets.
+template <typename Set>
+SimOptions with(Set set)
+{
+    SimOptions options;
+    set(options);
+    return options;
+}
+
 /// A user as the program's command line spells one: "name:password:rights".
 inline SimUser someUser(const char* text)
 {
@@ -31,12 +40,12 @@ inline SimUser someUser(const char* text)
 /// A request of which every byte is the test's own, and the answer as it came.
 struct Wire
 {
-    QByteArray method = QByteArrayLiteral("GET");
+    QByteArray method;
     QByteArray target;
-    QByteArray body;
+    QByteArray body = {};
     QByteArray credentials = QByteArrayLiteral("alice:secret"); ///< null: no header
     QByteArray contentType = QByteArrayLiteral("application/xml");
-    QByteArray moreHeaders;
+    QByteArray moreHeaders = {};
     bool keepAlive = false; ///< read one answer and leave the connection open
 
     struct Answer
@@ -46,21 +55,15 @@ struct Wire
         QByteArray body;
         bool isWhole = false; ///< as many bytes as announced
 
-        QString text(const char* element) const
+        QString text(const QByteArray& element) const
         {
-            const QString name = QLatin1String(element);
+            const QString name = QString::fromLatin1(element);
             return QRegularExpression(QStringLiteral("<%1>([^<]*)</%1>").arg(name))
                 .match(QString::fromUtf8(body))
                 .captured(1);
         }
         int count(const char* element) const { return body.count(QByteArray("<") + element + '>'); }
     };
-
-    Wire(const QByteArray& method_, const QByteArray& target_, const QByteArray& body_ = QByteArray())
-        : method(method_)
-        , target(target_)
-        , body(body_)
-    {}
 
     QByteArray bytes(const SimServer& server) const
     {
@@ -88,20 +91,18 @@ struct Wire
         while (!isComplete(received, &answer) &&
                (socket.bytesAvailable() > 0 || socket.waitForReadyRead(20000)))
             received += socket.readAll();
-        isComplete(received, &answer);
         return answer;
     }
 
     static void connectTo(const SimServer& server, QSslSocket* socket)
     {
         socket->setPeerVerifyMode(QSslSocket::QueryPeer);
-        if (server.options().tls) {
+        if (server.options().tls)
             socket->connectToHostEncrypted(server.options().bind, server.port());
-            socket->waitForEncrypted(20000);
-        } else {
+        else
             socket->connectToHost(server.options().bind, server.port());
-            socket->waitForConnected(20000);
-        }
+        if (socket->waitForConnected(20000) && server.options().tls)
+            socket->waitForEncrypted(20000);
     }
 
 private:
@@ -115,8 +116,7 @@ private:
         answer->status = answer->head.mid(9, 3).toInt();
         const int at = answer->head.indexOf("Content-Length: ");
         const int size = answer->head.mid(at + 16, answer->head.indexOf('\r', at) - at - 16).toInt();
-        answer->isWhole = answer->body.size() == size;
-        return answer->isWhole;
+        return answer->isWhole = answer->body.size() == size;
     }
 };
 
@@ -125,14 +125,28 @@ inline QByteArray declared(const QByteArray& document)
     return "<?xml version=\"1.0\" encoding=\"utf-8\"?>" + document;
 }
 
+/// A document on one line.
+inline QByteArray document(const QByteArray& name, const QByteArray& content)
+{
+    return declared('<' + name + '>' + content + "</" + name + '>');
+}
+
+inline SimEntry someEntry(const char* name, const QString& uid = QString())
+{
+    SimEntry entry;
+    entry.uid = uid;
+    entry.person.name = QString::fromUtf8(name);
+    return entry;
+}
+
+inline const SimBookId alicesContacts{QStringLiteral("alice"), false};
+
 /// Asks for something under "/qdws/v1/".
 inline Wire::Answer ask(const SimServer& server, const QByteArray& method, const QByteArray& target,
                         const QByteArray& body = QByteArray(),
                         const QByteArray& credentials = QByteArrayLiteral("alice:secret"))
 {
-    Wire wire(method, "/qdws/v1/" + target, body);
-    wire.credentials = credentials;
-    return wire.send(server);
+    return Wire{method, "/qdws/v1/" + target, body, credentials}.send(server);
 }
 
 inline Wire::Answer get(const SimServer& server, const QByteArray& target)
@@ -154,9 +168,9 @@ inline QByteArray fields(const QByteArray& texts, int indent = 0)
     return xml;
 }
 
-inline QByteArray block(const QByteArray& name, const QByteArray& content)
+inline QByteArray block(const QByteArray& name, const QByteArray& texts)
 {
-    return " <" + name + ">\n" + content + " </" + name + ">\n";
+    return " <" + name + ">\n" + fields(texts, 2) + " </" + name + ">\n";
 }
 
 inline QByteArray submission(const QByteArray& content)
@@ -170,19 +184,19 @@ inline QByteArray shortFax(const QByteArrayList& numbers, const QByteArray& atta
 {
     QByteArray recipients;
     for (const QByteArray& number : numbers)
-        recipients += block("recipient", fields("fax_number=" + number, 2));
-    return submission(
-        block("sender", fields("default_cover_page_enabled=false default_cover_page_name=", 2)) +
-        block("cover_page", fields("enabled=false", 2)) + recipients + attachments + options);
+        recipients += block("recipient", "fax_number=" + number);
+    return submission(block("sender", "default_cover_page_enabled=false default_cover_page_name=") +
+                      block("cover_page", "enabled=false") + recipients + attachments + options);
 }
 
-/// Two users, a clock that only the test moves, faxes to numbers with 999 fail.
+/// Users with every kind of rights, a clock that only the test moves, faxes to numbers with 999 fail.
 inline SimOptions steppedOptions()
 {
     SimOptions options;
     options.manualClock = true;
     options.failPattern = QStringLiteral("999");
-    options.users = {someUser("alice:secret:global"), someUser("bob:word"), someUser("root:r:admin"),
-                     someUser("mute:m:nosend")};
+    for (const char* user :
+         {"alice:secret:global", "bob:word", "root:r:admin", "mute:m:nosend", "fixed:f:readonly"})
+        options.users.append(someUser(user));
     return options;
 }

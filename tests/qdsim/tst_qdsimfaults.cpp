@@ -28,8 +28,8 @@ private Q_SLOTS:
         row("nomessage", 200, true, "<reply><fax_entry>", 1);
         row("ampersand", 200, true, "<name>Bob & co</name>", 1);
         row("empty", 200, true, "^$", 1);
-        row("huge=2", 200, true, "", 1);
-        row("deep=100000", 200, true, "", 1);
+        row("huge=2", 200, true, "^<\\?xml[^\n]*\n<reply><message>x+</message></reply>$", 1);
+        row("deep=100000", 200, true, "<a><a>.*</a></a>$", 1);
         row("body=<a/>", 200, true, "^<a/>$", 1);
     }
     void causesTrouble()
@@ -45,16 +45,14 @@ private Q_SLOTS:
             ask(server, "POST", "ofax", shortFax({"1"}).replace("<fax_n", "<name>Bob</name>\n  <fax_n"));
         QCOMPARE(answer.status, status);
         QCOMPARE(answer.isWhole, whole);
-        if (fault.startsWith(s("huge"))) { // too much for the matcher
+        if (fault.startsWith(s("huge")))
             QCOMPARE(answer.body.size(), 2 << 20);
-            QVERIFY(answer.body.startsWith(declared("\n<reply><message>xxx")));
-            QVERIFY(answer.body.endsWith("xxx</message></reply>"));
-        } else if (fault.startsWith(s("deep"))) {
-            QVERIFY(answer.body.count("<a>") == 100000 && answer.body.endsWith("</a></a>"));
-        } else {
-            const QRegularExpression expected(body, QRegularExpression::DotMatchesEverythingOption);
-            QVERIFY2(expected.match(s(answer.body)).hasMatch(), answer.body.left(2000));
-        }
+        if (fault.startsWith(s("deep")))
+            QCOMPARE(answer.body.count("<a>"), 100000);
+        // a text too long for the matcher by its ends
+        const QByteArray ends = answer.body.left(1000) + answer.body.mid(1000).right(1000);
+        const QRegularExpression expected(body, QRegularExpression::DotMatchesEverythingOption);
+        QVERIFY2(expected.match(s(ends)).hasMatch(), ends);
         QCOMPARE(server.faxes().size(), faxes);
         QCOMPARE(server.requestCount(), 1);
         QVERIFY(server.requests().first().faulty);
