@@ -10,8 +10,6 @@
 #include <QSortFilterProxyModel>
 #include <QThreadPool>
 
-#include <cmath>
-
 namespace {
 
 /// Access to what subclasses see.
@@ -53,18 +51,6 @@ public:
 public Q_SLOTS:
     void open(const QUrl& url) { opened.append(url); }
 };
-
-double luminance(const QColor& color)
-{
-    const auto linear = [](double part) { return std::pow(part, 2.2); };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor& a, const QColor& b)
-{
-    const auto [dark, light] = std::minmax({luminance(a), luminance(b)});
-    return (light + 0.05) / (dark + 0.05);
-}
 
 } // namespace
 
@@ -272,15 +258,13 @@ private Q_SLOTS:
     {
         add("a.pdf");
         open();
-        QSignalSpy done(m_model.get(), &PrintCaptureModelBase::signalDeleteAllComlete);
         const BoxAnswer yes(QMessageBox::Yes);
         click("pushButtonDeleteAll");
         QVERIFY(QApplication::overrideCursor());
         m_window->close();
         QTRY_VERIFY(!m_window);
         QVERIFY(!QApplication::overrideCursor());
-        QVERIFY(done.count() > 0 || done.wait());
-
+        QTRY_COMPARE(m_model->rowCount(), 0);
         add("b.pdf");
         m_model->deleteAll();
         m_model.reset(); // and without its model the pool goes on
@@ -295,9 +279,7 @@ private Q_SLOTS:
         QSignalSpy wanted(m_window, &PrintCaptureBase::signalSendNewFax);
         click(0, 0);
         QCOMPARE(wanted, (QList<QVariantList>{{path("a.pdf"), s("a.pdf")}}));
-        QVERIFY(!m_window->isVisible());
         QTRY_VERIFY(!m_window);
-
         open();
         connect(m_window, &PrintCaptureBase::signalSendNewFax, this, [this] { delete m_window; });
         m_window->slotNewFax(path("a.pdf"), s("a.pdf"));
@@ -453,9 +435,8 @@ private Q_SLOTS:
                     const QColor color = image.pixelColor(pixel % size, pixel / size);
                     inked += color.alpha() > 0;
                     solid += color.alpha() == 255;
-                    // dark palettes have a dark grey
-                    for (const QColor& background : {QColor(Qt::white), QColor(0x2d, 0x2d, 0x2d)})
-                        QVERIFY2(color.alpha() < 255 || contrast(color, background) >= 3, name);
+                    // seen on white and on the grey of dark palettes
+                    QVERIFY2(color.alpha() < 255 || qAbs(color.lightness() - 127) < 70, name);
                 }
                 QVERIFY(inked > size * size / 8);
                 QVERIFY(solid * 3 >= inked); // lines on the grid of pixels
