@@ -242,7 +242,7 @@ private Q_SLOTS:
 
         const BoxAnswer yes(QMessageBox::Yes);
         click("pushButtonDeleteAll");
-        // the answer has come, the pool's has not: it needs the event loop
+        // the user has answered; the pool's result has to pass the event loop first
         QVERIFY(!m_table->isEnabled() && !isEnabled("pushButtonDeleteAll"));
         QCOMPARE(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
         m_window->slotPrinterStatusChanged(PrintCaptureBase::PrinterIdle);
@@ -305,7 +305,7 @@ private Q_SLOTS:
                                   s("\r\nThe file %1 cannot be found.").arg(path(name)));
             QVERIFY(wanted.isEmpty() && m_window && m_window->isVisible());
         }
-        // deleting what is gone: logged, and the table is true again
+        // deleting a file that is gone: logged, and the table is up to date again
         const BoxAnswer yes(QMessageBox::Yes);
         click(0, 2);
         QCOMPARE(m_log->messages(s("WARNING")),

@@ -72,9 +72,9 @@ private Q_SLOTS:
             OutboundFaxEntry sent;
             QVERIFY(readFax(sent, tag("start_time", "2026-11-15T14:30:05") + tag("end_time", text)));
             for (const QDateTime& read : {queued.createTime(), received.completeTime(), sent.sentAt()}) {
-                QVERIFY2(read == expected && read.isNull() == expected.isNull(), text);
-                QVERIFY2(read.isValid() == expected.isValid(), text);
-                QCOMPARE(read.timeSpec(), Qt::LocalTime);
+                QVERIFY2(read == expected && read.isNull() == expected.isNull() &&
+                             read.isValid() == expected.isValid() && read.timeSpec() == Qt::LocalTime,
+                         text);
             }
             QCOMPARE(queued.changeStateTime(), november);
             QCOMPARE(sent.startTime(), november);
