@@ -19,7 +19,7 @@ public:
     /// Sets name, email, phone, fax and organization from the entry's elements, a missing one empties its
     /// field. False without "sender_name".
     bool readFax(const QDomElement& element, int protocolVersion) override;
-    /// The same from the children of the element, for who has them already.
+    /// The same from the children of the element, for callers that have them already.
     bool readFields(const DomChildren& children);
 
     ~Sender() override;
