@@ -369,15 +369,13 @@ private Q_SLOTS:
         QVERIFY(!isEnabledAfter(2)); // there is nothing
         add("a.pdf");
         m_window->slotUpdate();
-        QVERIFY(isEnabled("pushButtonDeleteAll"));
         for (int idle : {2, 5, 6}) {
             for (int status : {0, 3, 4, 7, -1, idle}) // none of the others changes anything
                 QVERIFY(isEnabledAfter(status));
             for (int status : {1, 3, 4, 0, 7})
                 QVERIFY(!isEnabledAfter(status));
             m_model->slotUpdate();
-            QVERIFY(!isEnabled("pushButtonDeleteAll"));
-            QVERIFY(isEnabledAfter(idle));
+            QVERIFY(!isEnabled("pushButtonDeleteAll") && isEnabledAfter(idle));
         }
     }
 
