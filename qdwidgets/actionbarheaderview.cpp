@@ -49,7 +49,7 @@ bool ActionBarHeaderView::isOnTitleOfActions(const QPoint& position) const
     const int along = orientation() == Qt::Horizontal ? position.x() : position.y();
     if (m_actionColumn < 0 || logicalIndexAt(along) != m_actionColumn)
         return false;
-    // the edges of a title are handles of it and of its neighbour
+    // the edges of a title are the resize handles of it and of its neighbour
     const int grip = style()->pixelMetric(QStyle::PM_HeaderGripMargin, nullptr, this);
     const int begin = sectionViewportPosition(m_actionColumn);
     return along >= begin + grip && along < begin + sectionSize(m_actionColumn) - grip;
@@ -92,7 +92,7 @@ int ActionBarHeaderView::neededWidth() const
 
 void ActionBarHeaderView::scheduleCheck()
 {
-    // Not in here: the header may be in the midst of laying out its sections.
+    // Deferred: the header may be in the middle of laying out its sections.
     if (m_checkScheduled)
         return;
     m_checkScheduled = true;
@@ -105,8 +105,8 @@ void ActionBarHeaderView::checkWidth()
     const int needed = neededWidth();
     if (needed <= 0 || isSectionHidden(m_actionColumn) || sectionSize(m_actionColumn) >= needed)
         return;
-    // Stretching by mode would take the room away again at once, and so on for ever. Where only the last
-    // section is stretched, it keeps the size that it is given as its least.
+    // In stretch mode the header would shrink the section again at once, in an endless loop. A section that
+    // is stretched only as the last one keeps the given size as its minimum.
     if (sectionResizeMode(m_actionColumn) == Stretch) {
         m_stretchSuspended = true;
         setSectionResizeMode(m_actionColumn, Fixed);

@@ -186,7 +186,7 @@ bool ActionBarItemDelegate::editorEvent(QEvent* event, QAbstractItemModel* model
 {
     switch (event->type()) {
     case QEvent::MouseMove:
-        // what began on a button is no selecting with the mouse
+        // a drag that began on a button selects nothing
         return m_pressed.action >= 0;
     case QEvent::MouseButtonRelease: {
         const auto* mouse = static_cast<QMouseEvent*>(event);
@@ -207,7 +207,7 @@ bool ActionBarItemDelegate::editorEvent(QEvent* event, QAbstractItemModel* model
 
 void ActionBarItemDelegate::click(QAbstractItemModel* model, const Button& button)
 {
-    // two clicks that were waiting for a busy program are one: the first may open a dialog
+    // clicks queued while the program was busy count as one: the first may open a dialog
     if (m_clickPending)
         return;
     m_clickPending = true;
@@ -217,7 +217,7 @@ void ActionBarItemDelegate::click(QAbstractItemModel* model, const Button& butto
             return;
         ActionBarItem item = itemOf(button.index);
         item.setClickedAction(button.action);
-        // last: this delegate may be gone after it
+        // last: this call may destroy the delegate
         model->setData(button.index, QVariant::fromValue(item), Qt::EditRole);
     };
     QMetaObject::invokeMethod(this, write, Qt::QueuedConnection);
@@ -227,7 +227,7 @@ bool ActionBarItemDelegate::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched != m_viewport)
         return QStyledItemDelegate::eventFilter(watched, event);
-    // events come also while the view is being destroyed, and is no view any more
+    // events also arrive in the view's destructor, when it is no QAbstractItemView any more
     if (!qobject_cast<QAbstractItemView*>(watched->parent()))
         return false;
 
@@ -245,7 +245,7 @@ bool ActionBarItemDelegate::eventFilter(QObject* watched, QEvent* event)
         m_mouse.reset();
         hover();
         break;
-    case QEvent::Paint: // rows that come, go, move or are scrolled pass under a mouse that rests
+    case QEvent::Paint: // inserted, removed or scrolled rows may move under a resting mouse
         hover();
         break;
     default:
@@ -266,7 +266,7 @@ void ActionBarItemDelegate::followMouse(const QMouseEvent& mouse)
         hover();
         setPressed(mouse.button() == Qt::LeftButton ? button : Button());
         break;
-    case QEvent::MouseButtonDblClick: // the second click of two is none of its own
+    case QEvent::MouseButtonDblClick: // the second half of a double click is no click
         setPressed(Button());
         break;
     default:

@@ -19,7 +19,7 @@ class QMouseEvent;
  * can click. A button released under the mouse that pressed it writes the item, with the action's number in
  * it, to the model: setData() with the edit role. That happens when control returns to the event loop, when
  * no function of the view is running any more: the model may change, reset, run an event loop or destroy the
- * view in there. A click on a row that is gone by then, and another one before then, are none.
+ * view in there. A click on a row that is removed by then, and a second one before, is ignored.
  *
  * Tool tips, of actions and of all other cells, are shown as plain text, whatever markup they contain.
  *
@@ -72,5 +72,5 @@ private:
     std::optional<QPoint> m_mouse; ///< Where it is in the viewport, if it is there.
     Button m_hovered;
     Button m_pressed;
-    bool m_clickPending{false}; ///< Until it is written.
+    bool m_clickPending{false}; ///< A click is queued and not yet written.
 };

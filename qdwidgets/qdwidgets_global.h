@@ -3,7 +3,7 @@
 #include <QtGlobal>
 
 /**
- * The library exists once in a process, or casts and signals between its copies would fail without a word.
+ * The library exists once in a process, or casts and signals between its copies would fail silently.
  *
  * It is compiled once, with its classes marked for export. qdcore links all of it into its own shared library
  * and thereby exports it: whoever links qdcore gets these classes from there, sees them as imported, and must

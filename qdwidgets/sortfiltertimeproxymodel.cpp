@@ -25,8 +25,8 @@ void SortFilterTimeProxyModel::setSourceModel(QAbstractItemModel* model)
         return;
 
     // When a source resets between announcing a removal and completing it, the base class takes the rows out
-    // of a mapping that already lacks them, and rows then stand for their neighbours. These connections come
-    // after the base class's own, so the mapping is thrown away as soon as it is wrong.
+    // of a mapping that already lacks them, and proxy rows then map to the wrong source rows. These slots run
+    // after the base class's own, so the mapping is discarded as soon as it is wrong.
     m_connections = {
         connect(model, &QAbstractItemModel::rowsAboutToBeRemoved, this,
                 [this] {

@@ -80,7 +80,7 @@ void PrintCaptureBase::setUpTable(const DateTimeConverter& converter)
     auto* header = new ActionBarHeaderView(Qt::Horizontal, table);
     header->setSectionsClickable(true);
     header->setActionColumn(m_model->columnCount() - 1);
-    // what the form says of the header that goes
+    // the properties of the form's own header, which is replaced
     const QHeaderView* formHeader = table->horizontalHeader();
     header->setHighlightSections(formHeader->highlightSections());
     header->setSortIndicatorShown(formHeader->isSortIndicatorShown());
@@ -185,7 +185,7 @@ std::optional<int> PrintCaptureBase::showBox(QMessageBox::Icon icon, const QStri
         box->setDefaultButton(QMessageBox::No);
     const int answer = box->exec();
     delete box;
-    if (!self) // the application may go while the box is open
+    if (!self) // the window may be destroyed while the box is open
         return std::nullopt;
     return answer;
 }

@@ -66,15 +66,15 @@ public Q_SLOTS:
     void slotDeleteAll();
     /// "Delete All" is enabled while there are rows, the printer is not busy, and nothing is being deleted.
     void slotUpdateDeleteAllButton();
-    /// Emits signalSendNewFax() and closes; says so when the file is gone.
+    /// Emits signalSendNewFax() and closes; shows an error when the file is missing.
     void slotNewFax(const QString& fileName, const QString& documentName);
-    /// Opens the file with the program that the desktop has for it; says so when that fails.
+    /// Opens the file with the desktop's program for it; shows an error when that fails.
     void slotViewFile(QFileInfo file);
     /// Asks, and deletes the document.
     void slotRemoveEntry(QFileInfo file);
     /// Reads the folder again.
     void slotUpdate();
-    /// Gives table and button back. The argument is not used.
+    /// Enables table and button again. The argument is not used.
     void slotDeleteAllComplete(bool result);
 
 protected:

@@ -141,7 +141,7 @@ bool PrintCaptureModelBase::setData(const QModelIndex& index, const QVariant& va
         value.userType() != qMetaTypeId<ActionBarItem>())
         return false;
     const int clicked = value.value<ActionBarItem>().clickedAction();
-    // a copy: whoever hears the signal may refresh the table
+    // a copy: a receiver of the signal may refresh the table
     Entry entry = m_entries.at(index.row());
     switch (m_newFaxAction ? clicked : clicked + 1) {
     case NewFax:
@@ -196,8 +196,8 @@ bool PrintCaptureModelBase::removePrintCapture(const QFileInfo& file)
     for (int row = 0; row < m_entries.size(); ++row) {
         if (m_entries.at(row).file.filePath() != file.filePath())
             continue;
-        // The refresh inside tells the truth also where the file could not be deleted. Proxies have to stand
-        // it: SortFilterTimeProxyModel does.
+        // The refresh shows the real state also when the file could not be deleted. Proxies have to cope with
+        // this reset within a removal: SortFilterTimeProxyModel does.
         beginRemoveRows(QModelIndex(), row, row);
         const bool result = removeRows(row, 1);
         slotUpdate();

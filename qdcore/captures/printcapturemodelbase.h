@@ -23,10 +23,10 @@ class QDir;
  * slotUpdate() alone: the table starts empty, and shows what was there at the last refresh. A missing folder
  * is an empty one. Applications derive from this class to count pages or to handle other types of files.
  *
- * A view must have a SortFilterTimeProxyModel before this model. Removing a document announces the removal of
+ * A view needs a SortFilterTimeProxyModel on top of this model. Removing a document announces the removal of
  * its row, and refreshes, which is a reset, before that removal is complete. A view set directly on the model
- * has counted its rows anew by then, and counts the removed one out once more; the proxy knows of such
- * sources, and hands on what is true.
+ * has recounted its rows by then and subtracts the removed one a second time; the proxy expects such
+ * sources and passes on a consistent state.
  *
  * Owned by the application; lives on the thread of its view.
  */

@@ -37,8 +37,8 @@ QDateTime utcFromText(const QString& text, const QString& format)
     if (text.isEmpty())
         return QDateTime();
 
-    // Qt's parser takes longer over one date than over all other fields of a log entry together. It still has
-    // the word on whatever is not plain.
+    // Qt's parser takes longer over one date than over all other fields of a log entry together. It still
+    // decides about every text of another shape.
     QDate date;
     QTime time;
     if (!readPlain(text, date, time)) {

@@ -29,9 +29,9 @@ int plainNumber(const QString& text)
     return value;
 }
 
-/// Has the memory loaded that lies a little behind a text. A large document is too large for the caches, and
-/// its nodes lie in memory about as they stand in the text: what is read next is there by then, while each
-/// handle on a node would wait for it.
+/// Prefetches the memory a little behind a text. A large document does not fit into the caches, and its nodes
+/// lie in memory about in document order: what is read next is in the cache by then, while otherwise each
+/// node would cost a cache miss.
 #ifdef __GNUC__
 __attribute__((always_inline)) // or it is taken for a function without effect
 inline void

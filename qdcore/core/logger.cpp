@@ -204,7 +204,7 @@ void Logger::removeOldLogs(int days)
             if (file.birthTime().isValid())
                 found.append(name);
         } else if (name != QFileInfo(openPath).fileName()) {
-            // Windows refuses to delete an open file; elsewhere the lines still to come would go nowhere.
+            // Windows refuses to delete an open file; elsewhere later lines would go to an unlinked file.
             file.dir().remove(name);
         }
     }

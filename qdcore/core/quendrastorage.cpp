@@ -50,7 +50,7 @@ bool QuendraStorage::Save(const IQuendraStorage& object)
     QFile file(m_filename);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return false;
-    // There are passwords in it, and what enciphers them is no secret.
+    // It holds passwords, and the key that enciphers them is no secret.
     keepToOwner(m_filename);
     // Not QDomDocument::save(): it would take the codec from the declaration, and files written so far are in
     // the stream's own.

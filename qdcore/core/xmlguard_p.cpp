@@ -4,8 +4,8 @@
 
 namespace {
 
-/// Where a scan stands in a text, which it crosses once, character by character: a server's answer has a
-/// million tags, and looking at them must not take long beside parsing it.
+/// A cursor that moves over a text once, character by character: a server's answer may have a million tags,
+/// and checking them must take little time compared with parsing.
 class Scan
 {
 public:
@@ -64,7 +64,7 @@ public:
         }
     }
 
-    /// The character so far from here; null beyond the end.
+    /// The character at @p offset from here; null beyond the end.
     char16_t peek(int offset) const { return m_end - m_at > offset ? m_at[offset] : u'\0'; }
 
 private:

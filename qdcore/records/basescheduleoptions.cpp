@@ -144,7 +144,7 @@ void readPrintOptions(BaseScheduleOptions& options, const DomChildren& children)
     if (children.read(QStringLiteral("print_receipt_printer"), text))
         options.setSelectPrinter(text);
     if (children.read(QStringLiteral("print_receipt_first"), text)) {
-        // The one boolean that is read generously, and the one that an odd text leaves as it is.
+        // The one boolean that is parsed leniently, and that an unknown text leaves unchanged.
         text = text.toLower().trimmed();
         if (text == QLatin1String("true"))
             options.setPrintWithFirstPage(true);

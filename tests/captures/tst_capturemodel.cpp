@@ -8,10 +8,6 @@
 
 #include <stdexcept>
 
-#ifdef Q_OS_UNIX
-#include <unistd.h>
-#endif
-
 namespace {
 
 /// Files whose companions cannot be removed.
@@ -30,27 +26,6 @@ protected:
         return PrintCaptureModelBase::removeExtraFiles(file) && !badCompanions.contains(file.fileName());
     }
 };
-
-/// Rights that hold for root too: the process is nobody while this lives.
-class OrdinaryUser
-{
-#ifdef Q_OS_UNIX
-public:
-    OrdinaryUser()
-        : m_wasRoot(geteuid() == 0 && seteuid(65534) == 0)
-    {}
-    ~OrdinaryUser()
-    {
-        if (m_wasRoot && seteuid(0) != 0)
-            qFatal("root is lost");
-    }
-
-private:
-    bool m_wasRoot;
-#endif
-};
-
-const QFile::Permissions readOnly(0x5555); // to read and enter, for all
 
 } // namespace
 
@@ -93,40 +68,29 @@ private Q_SLOTS:
         QCOMPARE(reset.count(), 1);
 
         QStringList titles;
-        for (int column = 0; column < m_model->columnCount(); ++column)
+        for (int column = -1; column <= m_model->columnCount(); ++column)
             titles.append(m_model->headerData(column, Qt::Horizontal).toString());
-        QCOMPARE(titles.join(QLatin1Char('|')), s("Document Name|Pages|Created At|Actions"));
+        QCOMPARE(titles.join(QLatin1Char('|')), s("|Document Name|Pages|Created At|Actions|"));
         QVERIFY(!m_model->headerData(0, Qt::Vertical).isValid());
-        QVERIFY(!m_model->headerData(4, Qt::Horizontal).isValid());
 
         const QStringList expected = list("a.b.pdf A.PDF b.pdf");
         QCOMPARE(m_model->rowCount(), expected.size());
         for (int row = 0; row < expected.size(); ++row) {
-            const QModelIndex name = m_model->index(row, 0);
-            QCOMPARE(name.data().toString(), expected.at(row));
-            QCOMPARE(name.data(Qt::ToolTipRole).toString(), expected.at(row));
-            QVERIFY(!name.data(Qt::TextAlignmentRole).isValid() && !name.data(Qt::EditRole).isValid());
+            for (int column = 0; column < 4; ++column) {
+                const QModelIndex cell = m_model->index(row, column);
+                QCOMPARE(cell.data(Qt::TextAlignmentRole).toInt(), column ? int(Qt::AlignCenter) : 0);
+                QCOMPARE(cell.data(Qt::ToolTipRole).toString(), column ? QString() : expected.at(row));
+                QVERIFY(!cell.data(Qt::EditRole).isValid());
+            }
+            QCOMPARE(m_model->index(row, 0).data().toString(), expected.at(row));
             QCOMPARE(m_model->index(row, 1).data(), QVariant(0));
             QVERIFY(m_model->index(row, 2).data().toDateTime() > before);
-            for (int column = 1; column < 4; ++column) {
-                QCOMPARE(m_model->index(row, column).data(Qt::TextAlignmentRole).toInt(),
-                         int(Qt::AlignCenter));
-                QVERIFY(!m_model->index(row, column).data(Qt::ToolTipRole).isValid());
-            }
         }
         QVERIFY(!m_model->data(QModelIndex()).isValid());
     }
 
-    void orderOfTheListing_data()
-    {
-        const Rows<QString> row("filter");
-        for (const char* filter :
-             {"*.pdf", "*.PDF", "*", "*.p?f", "a*.pdf", "*.pdf *.tif", "*.[pt]*", ".pdf"})
-            row(filter, s(filter));
-    }
     void orderOfTheListing()
     {
-        QFETCH(QString, filter);
         add("b.pdf A.PDF c.TIF .hidden.pdf .pdf _.pdf a.b.pdf a.pdfx B1.pdf [.pdf \u00c4.pdf \u00e4a.pdf "
             "Zpdf");
         QVERIFY(QDir(folder()).mkdir(s("b folder.pdf")));
@@ -139,13 +103,16 @@ private Q_SLOTS:
         protected:
             QString actionFilesFilter() override { return filter; }
         } model(*m_converter, true);
-        model.filter = filter;
-        model.slotUpdate();
-        QStringList shown;
-        for (int row = 0; row < model.rowCount(); ++row)
-            shown.append(model.index(row, 0).data().toString());
-        QCOMPARE(shown, QDir(folder(), filter).entryList());
-        QCOMPARE(shown.isEmpty(), filter == s(".pdf"));
+        for (const char* filter :
+             {"*.pdf", "*.PDF", "*", "*.p?f", "a*.pdf", "*.pdf *.tif", "*.[pt]*", ".pdf"}) {
+            model.filter = s(filter);
+            model.slotUpdate();
+            QStringList shown;
+            for (int row = 0; row < model.rowCount(); ++row)
+                shown.append(model.index(row, 0).data().toString());
+            QCOMPARE(shown, QDir(folder(), model.filter).entryList());
+            QCOMPARE(shown.isEmpty(), model.filter == s(".pdf"));
+        }
     }
 
     void whatTheRefreshSaw()
@@ -181,29 +148,28 @@ private Q_SLOTS:
 
     void actions_data()
     {
-        const Rows<bool, int, QString, bool> row("newFaxAction", "clicked", "signal", "accepted");
-        row("new fax", true, 0, "new", true);
-        row("view", true, 1, "view", true);
-        row("delete", true, 2, "remove", false);
-        row("none", true, -1, "", false);
-        row("too many", true, 3, "", false);
-        row("first without new fax", false, 0, "view", true);
-        row("second without new fax", false, 1, "remove", false);
-        row("third without new fax", false, 2, "", false);
-        row("none, which is the first", false, -1, "new", true);
+        const Rows<bool, int, QString> row("newFaxAction", "clicked", "signal");
+        row("new fax", true, 0, "new");
+        row("view", true, 1, "view");
+        row("delete", true, 2, "remove");
+        row("none", true, -1, "");
+        row("too many", true, 3, "");
+        row("first without new fax", false, 0, "view");
+        row("second without new fax", false, 1, "remove");
+        row("third without new fax", false, 2, "");
+        row("none, which is the first", false, -1, "new");
     }
     void actions()
     {
         QFETCH(bool, newFaxAction);
         QFETCH(int, clicked);
         QFETCH(QString, signal);
-        QFETCH(bool, accepted);
         add("a.pdf");
         Model model(*m_converter, newFaxAction);
         model.slotUpdate();
-        auto item = model.index(0, 3).data().value<ActionBarItem>();
-        QCOMPARE(item.spacing(), 10);
-        QCOMPARE(item.margin(), 10);
+        const QModelIndex index = model.index(0, 3);
+        auto item = index.data().value<ActionBarItem>();
+        QVERIFY(item.spacing() == 10 && item.margin() == 10);
         QString texts;
         for (const auto& action : item.actions())
             texts += action.text + QLatin1Char('|');
@@ -217,12 +183,11 @@ private Q_SLOTS:
         connect(&model, &PrintCaptureModelBase::removeEntry, this,
                 [&](const QFileInfo& file) { heard += s("remove ") + file.filePath(); });
         item.setClickedAction(clicked);
-        const QModelIndex index = model.index(0, 3);
         const QVariant value = QVariant::fromValue(item);
         QVERIFY(!model.setData(QModelIndex(), value) && !model.setData(index, value, Qt::DisplayRole) &&
                 !model.setData(index, s("0")));
         QCOMPARE(heard, QString());
-        QCOMPARE(model.setData(index, value), accepted);
+        QCOMPARE(model.setData(index, value), signal == s("new") || signal == s("view"));
         if (!signal.isEmpty())
             signal += QLatin1Char(' ') + path("a.pdf") + (signal == s("new") ? s("a.pdf") : QString());
         QCOMPARE(heard, signal);
@@ -296,41 +261,43 @@ private Q_SLOTS:
     void removeWhatStays()
     {
         // A folder cannot be deleted as a file. The removal is announced and the refresh inside finds the
-        // document again: to the tester's eyes, which count rows, that is wrong. Views see the truth, by the
-        // reset.
+        // document again: the tester, which counts rows, reports that. Views are right again after the reset.
         QVERIFY(QDir().mkpath(path("a.pdf")));
-        add("b.pdf");
+        add("b.pdf b.TIF");
         m_model->slotUpdate();
         SortFilterTimeProxyModel proxy(*m_converter, 2);
         proxy.setSourceModel(m_model.get());
         QTableView view;
         view.setModel(&proxy);
-        const QAbstractItemModelTester tester(m_model.get(),
-                                              QAbstractItemModelTester::FailureReportingMode::Warning);
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(s("FAIL! Compared values are not the same")));
-        QVERIFY(m_model->removePrintCapture(QFileInfo(path("a.pdf"))));
+        {
+            const QAbstractItemModelTester tester(m_model.get(),
+                                                  QAbstractItemModelTester::FailureReportingMode::Warning);
+            QTest::ignoreMessage(QtWarningMsg,
+                                 QRegularExpression(s("FAIL! Compared values are not the same")));
+            QVERIFY(m_model->removePrintCapture(QFileInfo(path("a.pdf"))));
+        }
         QCOMPARE(m_model->rowCount(), 2);
         QCOMPARE(view.verticalHeader()->count(), 2);
-        QCOMPARE(m_log->messages(s("WARNING")).size(), 1);
+        QCOMPARE(m_log->messages(s("WARNING")).size(), 1); // logged only
+        QVERIFY(!deleteAll());
+        QCOMPARE(m_model->rowCount(), 1);
     }
 
     void removeAll_data()
     {
-        const Rows<QStringList, bool, QStringList> row("files", "result", "left");
-        row("nothing", list(""), true, list(""));
-        row("with companions", list("a.pdf a.TIF b.c.pdf b.c.TIF"), true, list(""));
-        row("one without", list("a.pdf b.pdf b.TIF"), false, list(""));
-        row("what is no document", list("a.pdf a.TIF x.TIF y.txt"), true, list("x.TIF y.txt"));
+        const Rows<QString, bool, QString> row("files", "result", "left");
+        row("nothing", "", true, "");
+        row("with companions", "a.pdf a.TIF b.c.pdf b.c.TIF", true, "");
+        row("one without", "a.pdf b.pdf b.TIF", false, "");
+        row("what is no document", "a.pdf a.TIF x.TIF y.txt", true, "x.TIF y.txt");
 #ifdef Q_OS_LINUX
-        row("companion in lower case", list("a.pdf a.tif"), false, list("a.tif"));
+        row("companion in lower case", "a.pdf a.tif", false, "a.tif");
 #endif
     }
     void removeAll()
     {
-        QFETCH(QStringList, files);
-        QFETCH(bool, result);
-        QFETCH(QStringList, left);
-        add(files);
+        QFETCH(QString, files);
+        add(files.toUtf8());
         m_model->slotUpdate();
         QThread* thread = nullptr;
         int rowsThen = -1;
@@ -338,34 +305,10 @@ private Q_SLOTS:
             thread = QThread::currentThread();
             rowsThen = m_model->rowCount();
         });
-        QCOMPARE(deleteAll(), result);
+        QTEST(deleteAll(), "result");
         QCOMPARE(thread, QThread::currentThread());
         QCOMPARE(rowsThen, 0);
-        QCOMPARE(names(), left);
-    }
-
-    void readOnlyFolder()
-    {
-#ifndef Q_OS_UNIX
-        QSKIP("Read-only folders keep nobody from deleting files here");
-#else
-        add("a.pdf a.TIF");
-        const QStringList folders{m_appData->path(), QFileInfo(folder()).path(), folder()};
-        for (const QString& each : folders)
-            QVERIFY(QFile::setPermissions(each, readOnly));
-        QVERIFY(QFile::setPermissions(path("a.pdf"), QFile::Permissions())); // nor may it be read
-        {
-            const OrdinaryUser user;
-            m_model->slotUpdate();
-            QCOMPARE(m_model->index(0, 0).data().toString(), s("a.pdf"));
-            QVERIFY(m_model->removePrintCapture(0)); // logged only
-            QVERIFY(!deleteAll());
-            QCOMPARE(m_model->rowCount(), 1);
-        }
-        QCOMPARE(m_log->messages(s("WARNING")).size(), 1);
-        for (const QString& each : folders)
-            QFile::setPermissions(each, readOnly | QFile::WriteOwner | QFile::WriteUser);
-#endif
+        QTEST(names().join(QLatin1Char(' ')), "left");
     }
 };
 

@@ -65,61 +65,47 @@ private Q_SLOTS:
                 QVERIFY2(withRandomByteOf(result, expected) == expected, line.constData());
             ++count;
         }
-        QCOMPARE(count, 63);
+        QCOMPARE(count, 24);
     }
 
-    void textForm()
+    void texts()
     {
-        PasswordCipher cipher(storedKey);
+        // The random byte comes from the millisecond of construction.
+        QSet<QString> texts;
         const QString password = s("Päss €");
-        const QString text = cipher.encipherText(password);
-        QCOMPARE(QByteArray::fromBase64(text.toLatin1()).size(), 5 + password.toUtf8().size());
-        QCOMPARE(cipher.decipherText(text), password);
-
+        QTRY_VERIFY((texts.insert(PasswordCipher(storedKey).encipherText(password)), texts.size() > 2));
+        PasswordCipher cipher(storedKey);
+        for (const QString& text : qAsConst(texts)) {
+            QCOMPARE(QByteArray::fromBase64(text.toLatin1()).size(), 5 + password.toUtf8().size());
+            QCOMPARE(cipher.decipherText(text), password);
+        }
         const QString empty = cipher.encipherText(QString());
-        QVERIFY(!empty.isEmpty());
-        QVERIFY(cipher.decipherText(empty).isEmpty());
+        QVERIFY(!empty.isEmpty() && cipher.decipherText(empty).isEmpty());
         QCOMPARE(cipher.lastError(), PasswordCipher::ErrorNoError);
     }
 
-    void textsOfOnePasswordDiffer()
-    {
-        // The random byte comes from the millisecond of construction, so only a fresh object can give another
-        // one.
-        QSet<QString> texts;
-        QTRY_VERIFY((texts.insert(PasswordCipher(storedKey).encipherText(s("secret"))), texts.size() > 2));
-        for (const QString& text : qAsConst(texts))
-            QCOMPARE(PasswordCipher(storedKey).decipherText(text), s("secret"));
-    }
-
-    void anyChangedByteIsNoticed_data()
-    {
-        const Rows<int, int> row("compression", "protection");
-        for (int mode = 0; mode < 6; ++mode)
-            row(qPrintable(s("compression %1, protection %2").arg(mode / 2).arg(1 + mode % 2)), mode / 2,
-                1 + mode % 2);
-    }
     void anyChangedByteIsNoticed()
     {
-        QFETCH(int, compression);
-        QFETCH(int, protection);
-        PasswordCipher cipher = makeCipher(storedKey, compression, protection);
-        for (const QByteArray& plain : {QByteArray(), QByteArray("correct horse"), QByteArray(200, 'a')}) {
-            const QByteArray good = cipher.encipher(plain);
-            for (int i = 2 * 256; i < good.size() * 256; ++i) {
-                QByteArray bad = good;
-                bad[i / 256] = static_cast<char>(i);
-                if (bad == good)
-                    continue;
-                QVERIFY(cipher.decipher(bad).isEmpty());
-                QVERIFY2(cipher.lastError() == PasswordCipher::ErrorIntegrityFailed, bad.toHex());
+        for (int mode = 0; mode < 6; ++mode) {
+            PasswordCipher cipher = makeCipher(storedKey, mode / 2, 1 + mode % 2);
+            for (const QByteArray& plain :
+                 {QByteArray(), QByteArray("correct horse"), QByteArray(200, 'a')}) {
+                const QByteArray good = cipher.encipher(plain);
+                for (int i = 2 * 256; i < good.size() * 256; ++i) {
+                    QByteArray bad = good;
+                    bad[i / 256] = static_cast<char>(i);
+                    if (bad == good)
+                        continue;
+                    QVERIFY(cipher.decipher(bad).isEmpty());
+                    QVERIFY2(cipher.lastError() == PasswordCipher::ErrorIntegrityFailed, bad.toHex());
+                }
+                for (int size = 3; size < good.size(); ++size) {
+                    cipher.decipher(good.left(size));
+                    QCOMPARE(cipher.lastError(), PasswordCipher::ErrorIntegrityFailed);
+                }
+                QCOMPARE(cipher.decipher(good), plain);
+                QCOMPARE(cipher.lastError(), PasswordCipher::ErrorNoError);
             }
-            for (int size = 3; size < good.size(); ++size) {
-                cipher.decipher(good.left(size));
-                QCOMPARE(cipher.lastError(), PasswordCipher::ErrorIntegrityFailed);
-            }
-            QCOMPARE(cipher.decipher(good), plain);
-            QCOMPARE(cipher.lastError(), PasswordCipher::ErrorNoError);
         }
     }
 
@@ -140,37 +126,29 @@ private Q_SLOTS:
 
     void compressedLengthIsNotBelieved_data()
     {
-        const Rows<QByteArray> row("payload");
+        const Rows<QByteArray, int> row("payload", "warnings");
         const QByteArray stream = qCompress(QByteArray(10000, 'a')).mid(4);
-        row("nothing", QByteArray());
-        row("no length", QByteArray(3, '\0'));
-        row("1 GiB", QByteArray::fromHex("40000000") + stream);
-        row("4 GiB", QByteArray::fromHex("ffffffff") + stream);
-        row("more than it can hold", QByteArray::fromHex("00100000") + stream);
-        row("less than comes", QByteArray::fromHex("00000010") + QByteArray(4000, 'z'));
+        row("nothing", QByteArray(), 0);
+        row("no length", QByteArray(3, '\0'), 0);
+        row("1 GiB", QByteArray::fromHex("40000000") + stream, 0);
+        row("4 GiB", QByteArray::fromHex("ffffffff") + stream, 0);
+        row("more than it can hold", QByteArray::fromHex("00100000") + stream, 0);
+        row("less than comes", QByteArray::fromHex("00000010") + QByteArray(4000, 'z'), 0);
+        row("no stream", QByteArray::fromHex("00000010") + QByteArray(12, 'z'), 1);
     }
     void compressedLengthIsNotBelieved()
     {
         QFETCH(QByteArray, payload);
         PasswordCipher cipher(storedKey);
-        // A call that got as far as inflating would warn.
+        // A call that gets as far as inflating warns.
         static int warnings;
         warnings = 0;
         const auto before =
             qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) { ++warnings; });
         const QByteArray plain = cipher.decipher(compressedCipher(payload));
         qInstallMessageHandler(before);
-        QCOMPARE(warnings, 0);
+        QTEST(warnings, "warnings");
         QVERIFY(plain.isEmpty());
-        QCOMPARE(cipher.lastError(), PasswordCipher::ErrorIntegrityFailed);
-    }
-
-    void brokenCompressionFails()
-    {
-        PasswordCipher cipher(storedKey);
-        QTest::ignoreMessage(QtWarningMsg, "qUncompress: Z_DATA_ERROR: Input data is corrupted");
-        QVERIFY(cipher.decipher(compressedCipher(QByteArray::fromHex("00000010") + QByteArray(12, 'z')))
-                    .isEmpty());
         QCOMPARE(cipher.lastError(), PasswordCipher::ErrorIntegrityFailed);
         QCOMPARE(cipher.decipher(compressedCipher(qCompress("still works"))), QByteArray("still works"));
         QCOMPARE(cipher.lastError(), PasswordCipher::ErrorNoError);

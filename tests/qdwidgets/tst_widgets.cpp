@@ -195,7 +195,6 @@ private Q_SLOTS:
         QCOMPARE(written.count(), 1); // a double click is one click
         QTest::mouseClick(area, Qt::LeftButton, {}, table.button(1, 1));
         QTest::mouseClick(area, Qt::LeftButton, {}, table.button(1, 2)); // the one before is not written yet
-
         QCoreApplication::processEvents();
         QCOMPARE(written.count(), 2);
         QCOMPARE(table.clicked(1), 1);
@@ -228,10 +227,15 @@ private Q_SLOTS:
 
     void hover()
     {
+        const std::unique_ptr<QStyle> style(QStyleFactory::create(s("Fusion")));
         Table table;
+        table.setStyle(style.get());
+        QPalette palette = table.palette();
+        palette.setColor(QPalette::Button, Qt::black);
+        table.setPalette(palette);
         QWidget* area = table.viewport();
-        const QPoint button = table.button(0, 1);
-        const QRect rect = table.rect(0, 1);
+        const QPoint button = table.button(0, 0);
+        const QRect rect = table.rect(0, 0);
         QTest::mouseMove(area, table.visualRect(table.model.index(0, Name)).center());
         const QImage still = table.picture();
 
@@ -239,6 +243,8 @@ private Q_SLOTS:
         QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
         const QImage hovered = table.picture();
         QVERIFY(hovered != still);
+        // images are drawn for the background of cells, and not for that of buttons
+        QVERIFY(hovered.pixelColor(rect.left() + 1, rect.center().y()).lightness() > 128);
         QTest::mousePress(area, Qt::LeftButton, {}, button);
         QVERIFY(table.picture().copy(rect) != hovered.copy(rect));
         QTest::mouseRelease(area, Qt::LeftButton, {}, button);
@@ -254,14 +260,14 @@ private Q_SLOTS:
         QVERIFY(area->cursor().shape() != Qt::PointingHandCursor);
 
         // the mouse rests, and the rows do not
-        QTest::mouseMove(area, table.button(2, 1));
+        QTest::mouseMove(area, table.button(2, 0));
         QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
         table.resize(500, 90);
         table.verticalScrollBar()->setValue(1);
         QTRY_VERIFY(area->cursor().shape() != Qt::PointingHandCursor);
-        QTest::mouseMove(area, table.button(1, 1));
+        QTest::mouseMove(area, table.button(1, 0));
         table.model.removeRow(0); // another one comes there
-        QTRY_VERIFY(table.picture().copy(table.rect(0, 1)) == hovered.copy(rect));
+        QTRY_VERIFY(table.picture().copy(table.rect(0, 0)) == hovered.copy(rect));
         QCOMPARE(area->cursor().shape(), Qt::PointingHandCursor);
         table.model.clear();
         QTRY_VERIFY(area->cursor().shape() != Qt::PointingHandCursor);
@@ -281,62 +287,59 @@ private Q_SLOTS:
         Table table;
         table.selectRow(1);
         table.setEnabled(enabled);
-        const QSize size = table.viewport()->size();
-        QImage image(size * ratio, QImage::Format_ARGB32_Premultiplied);
+        QImage image(table.viewport()->size() * ratio, QImage::Format_ARGB32_Premultiplied);
         image.setDevicePixelRatio(ratio);
         table.viewport()->render(&image);
         const auto colorAt = [&](const QPoint& point) { return image.pixelColor(point * ratio); };
         for (int row = 0; row < 2; ++row) { // row 1 is selected
+            if (!enabled) {
+                QVERIFY(colorAt(table.button(row, 0)).saturation() < 100);
+                continue;
+            }
             // the whole image is there, and not more
             const QRect icon =
                 QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, QSize(16, 16), table.rect(row, 1));
             QVERIFY(colorAt(icon.topLeft() - QPoint(2, 0)) != QColor(Qt::green));
-            if (enabled) {
-                QCOMPARE(colorAt(table.button(row, 0)), QColor(Qt::red));
-                QCOMPARE(colorAt(icon.topLeft()), QColor(Qt::green));
-                QCOMPARE(colorAt(icon.bottomRight()), QColor(Qt::green));
-            } else {
-                QVERIFY(colorAt(table.button(row, 0)).saturation() < 100);
-            }
+            QCOMPARE(colorAt(table.button(row, 0)), QColor(Qt::red));
+            QCOMPARE(colorAt(icon.topLeft()), QColor(Qt::green));
+            QCOMPARE(colorAt(icon.bottomRight()), QColor(Qt::green));
+            // a selection's colour does not touch the images
+            const QPoint besideImage(table.rect(1, 0).left() + 1, table.rect(1, 0).center().y());
+            QCOMPARE(colorAt(besideImage), table.palette().color(QPalette::Base));
         }
-        // a selection's colour does not touch the images
-        const QRect selected = table.rect(1, 0);
-        if (enabled)
-            QCOMPARE(colorAt(QPoint(selected.left() + 1, selected.center().y())),
-                     table.palette().color(QPalette::Base));
     }
 
     void toolTips()
     {
         Table table;
-        const auto read = [](const QString& html) {
+        const auto shownAt = [&table](const QPoint& position) {
+            const QString html = toolTipAt(table, position);
+            if (!html.isEmpty() && !Qt::mightBeRichText(html)) // the label would not break it
+                return s("plain");
             return QTextDocumentFragment::fromHtml(html).toPlainText().remove(QChar(0x200B));
         };
-        QCOMPARE(read(toolTipAt(table, table.button(0, 1))), s("Second"));
-        QCOMPARE(read(toolTipAt(table, table.button(0, 2))), s("<b>Third</b>"));
+        QCOMPARE(shownAt(table.button(0, 1)), s("Second"));
+        QCOMPARE(shownAt(table.button(0, 2)), s("<b>Third</b>"));
         toolTipAt(table, table.visualRect(table.model.index(0, Time)).center());
         QTRY_COMPARE(QToolTip::text(), QString());
 
         const QString longName =
             s("<h1>") + QString(500, QLatin1Char('x')) + QString(QChar(0x202E)) + s("fdp.exe");
-        table.model.setData(table.model.index(0, Name), longName, Qt::ToolTipRole);
-        const QString shown = toolTipAt(table, table.visualRect(table.model.index(0, Name)).center());
-        QVERIFY(Qt::mightBeRichText(shown)); // so the label takes it for what it is
-        QCOMPARE(read(shown), longName);
-        for (const QWidget* widget : QApplication::topLevelWidgets()) {
-            if (widget->inherits("QTipLabel"))
-                QVERIFY2(widget->width() < 800, "500 characters have to be broken");
-        }
-        QCOMPARE(table.model.index(0, Name).data(Qt::ToolTipRole).toString(), longName);
+        const QModelIndex index = table.model.index(0, Name);
+        table.model.setData(index, longName, Qt::ToolTipRole);
+        QCOMPARE(shownAt(table.visualRect(index).center()), longName);
+        for (const QWidget* widget : QApplication::topLevelWidgets())
+            QVERIFY2(!widget->inherits("QTipLabel") || widget->width() < 800,
+                     "500 characters have to be broken");
     }
 
     void actionColumnIsNotSorted()
     {
         Table table;
-        const QPair<int, int> clicks[] = {{Time, Time}, {Actions, Time}, {Name, Name}};
-        for (const auto& click : clicks) {
-            table.clickTitle(click.first);
-            QCOMPARE(table.header->sortIndicatorSection(), click.second);
+        for (const auto& [clicked, sorted] :
+             {std::make_pair(Time, Time), std::make_pair(Actions, Time), std::make_pair(Name, Name)}) {
+            table.clickTitle(clicked);
+            QCOMPARE(table.header->sortIndicatorSection(), int(sorted));
         }
         table.sortByColumn(Actions, Qt::DescendingOrder);
         QTRY_COMPARE(table.header->sortIndicatorSection(), int(Name));
@@ -358,6 +361,13 @@ private Q_SLOTS:
         more.addAction(QIcon(), s("Fourth"));
         table.model.setData(table.model.index(0, Actions), QVariant::fromValue(more));
         QTRY_VERIFY(table.columnWidth(Actions) > needed);
+
+        table.header->setActionColumn(Time);
+        QCoreApplication::processEvents();
+        table.setColumnWidth(Actions, 30);
+        QCoreApplication::processEvents();
+        table.model.removeColumn(Name); // the actions take the place of the times
+        QTRY_VERIFY(table.columnWidth(Time) > needed);
     }
 
     void stretchedActionColumn()
@@ -367,16 +377,15 @@ private Q_SLOTS:
             const int needed = table.sizeHintForColumn(Actions);
             table.setColumnWidth(Actions, 20);
             table.header->setSectionResizeMode(Name, QHeaderView::Stretch);
-            if (asLast)
-                table.header->setStretchLastSection(true);
-            else
+            table.header->setStretchLastSection(asLast);
+            if (!asLast)
                 table.header->setSectionResizeMode(Actions, QHeaderView::Stretch);
             QTRY_VERIFY(table.columnWidth(Actions) > needed);
 
             QSignalSpy resized(table.header, &QHeaderView::sectionResized);
             table.resize(table.columnWidth(Time) + needed + 20, 200);
             QTRY_COMPARE(table.columnWidth(Actions), needed);
-            // and that was all: nobody pulls it to and fro
+            // and that was all: no endless loop of resizing
             for (int i = 0; i < 60; ++i) {
                 if (i == 10)
                     resized.clear();
@@ -397,14 +406,13 @@ private Q_SLOTS:
         QStandardItemModel source(4, 2);
         const QDateTime moments[] = {moment(2, 10), moment(1, 1).addDays(-1), QDateTime(), moment(10, 2)};
         for (int row = 0; row < 4; ++row) {
-            source.setData(source.index(row, 0), QStringList{s("10"), s("b"), s("c"), s("d")}.at(row));
+            source.setData(source.index(row, 0), s("10 b c d").split(QLatin1Char(' ')).at(row));
             source.setData(source.index(row, 1), moments[row]);
         }
         SortFilterTimeProxyModel proxy(converter, 1);
         proxy.setSourceModel(&source);
         proxy.sort(1, Qt::DescendingOrder);
-        QCOMPARE(shownTexts(proxy, 1),
-                 (QStringList{s("10/02/2024"), s("02/10/2024"), s("12/31/2023"), QString()}));
+        QCOMPARE(shownTexts(proxy, 1).join(QLatin1Char(' ')), s("10/02/2024 02/10/2024 12/31/2023 "));
 
         // filters match what is shown
         const auto filtered = [&](int column, const char* text) {
@@ -425,9 +433,12 @@ private Q_SLOTS:
         QSignalSpy changed(&proxy, &QAbstractItemModel::dataChanged);
         converter.setTimeZone(QTimeZone(-13 * 3600));
         QCOMPARE(proxy.rowCount(), 0);
+        QCOMPARE(changed.count(), 0);
         converter.setFormat(s("'10/02'"));
         QCOMPARE(proxy.rowCount(), 3);
-        QVERIFY(changed.count() > 0);
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(changed.first().at(0).toModelIndex(), proxy.index(0, 1));
+        QCOMPARE(changed.first().at(1).toModelIndex(), proxy.index(2, 1));
     }
 
     void converter()
@@ -440,15 +451,15 @@ private Q_SLOTS:
         QCOMPARE(converter.toText(time), american.toString(time.toLocalTime(), QLocale::ShortFormat));
         converter.setLocale(QLocale::c());
         QCOMPARE(converter.toText(time), time.toLocalTime().toString(s("yyyy-MM-dd HH:mm")));
-        changed.clear();
         QCOMPARE(converter.toText(QDateTime()), QString());
-        converter.setLocale(QLocale(QLocale::German, QLocale::Germany));
-        converter.setFormat(s("dddd HH:mm"));
-        converter.setTimeZone(QTimeZone(3600));
+        changed.clear();
+        for (int times : {1, 2}) { // the second time changes nothing
+            converter.setLocale(QLocale(QLocale::German, QLocale::Germany));
+            converter.setFormat(s("dddd HH:mm"));
+            converter.setTimeZone(QTimeZone(3600));
+            QVERIFY2(changed.count() == 3, QByteArray::number(times));
+        }
         QCOMPARE(converter.toText(time), s("Montag 13:30"));
-        QCOMPARE(changed.count(), 3);
-        converter.setFormat(converter.format());
-        QCOMPARE(changed.count(), 3);
         converter.setTimeZone(QTimeZone()); // back to the system's
         QCOMPARE(converter.toZone(time), time);
         QCOMPARE(converter.toZone(time).timeSpec(), Qt::LocalTime);
