@@ -41,7 +41,7 @@ private Q_SLOTS:
         writeFile(path("empty.pdf"), "");
         writeFile(path("page.html"), "<!DOCTYPE html><html></html>");
         writeFile(path("huge.txt"), "text");
-        QVERIFY(QFile::resize(path("huge.txt"), qint64(1) << 31)); // sparse
+        QVERIFY(QFile::resize(path("huge.txt"), 512 << 20)); // sparse; with any other too large
     }
     void cleanup() { m_sim.reset(); }
 
@@ -174,16 +174,15 @@ private Q_SLOTS:
         const Result all = run("help");
         CHECK_RUN(all, 0);
         CHECK_RUN(run("--version"), 0);
-        const QList<QByteArray> lines = all.out.mid(all.out.indexOf("Commands:\n")).split('\n');
+        const QString commands = s(all.out).section(s("Commands:\n"), 1).section(s("\n\n"), 0, 0);
+        auto names = QRegularExpression(s("^  (\\S+(?: \\S+)*)  "), QRegularExpression::MultilineOption)
+                         .globalMatch(commands);
         int count = 0;
-        for (int i = 1; i < lines.size() && !lines.at(i).isEmpty(); ++i) {
-            const QByteArray name = lines.at(i).mid(2).left(lines.at(i).mid(2).indexOf("  "));
-            if (name.startsWith(' ') || name.isEmpty())
-                continue; // goes on from the line before
-            const Result one = run(("help " + name).constData());
-            QVERIFY2(one.status == 0 && one.out.contains("Examples:\n  qdfax"), name);
-            QCOMPARE(run((name + " --help").constData()).out, one.out);
-            ++count;
+        for (; names.hasNext(); ++count) {
+            const QString name = names.next().captured(1);
+            const Result one = run(qPrintable(s("help ") + name));
+            QVERIFY2(one.status == 0 && one.out.contains("Examples:\n  qdfax"), qPrintable(name));
+            QCOMPARE(run(qPrintable(name + s(" --help"))).out, one.out);
         }
         QVERIFY(count >= 20);
         const Result group = run("help contacts");
