@@ -149,7 +149,7 @@ private Q_SLOTS:
         row("send text.txt missing.pdf --to 5", 11, "missing.pdf");
         row("send text.txt empty.pdf --to 5", 11, "empty.pdf");
         row("send text.txt page.html --to 5", 11, "page.html");
-        row("send text.txt huge.txt --to 5", 11, "huge.txt");
+        row("send text.txt huge.txt --to 5", 11, "huge.txt cannot be sent: the files of one fax");
         row("send text.txt . --to 5", 11, "not a file");
         row("abort nonsense", 1, "URL");
         row("profile set", 1, "nothing to set");
@@ -242,10 +242,12 @@ private Q_SLOTS:
         row("refused port", 2, "refused");
         row("TLS on a plain port", 2, "without --ssl");
         row("plain on a TLS port", 2, "with --ssl");
+        row("TLS on a silent port", 10, "without --ssl");
         row("html", 7, "web page");
         row("body=<html><body>Login</body></html>", 7, "web page"); // well-formed
         row("notxml", 7, "cannot be understood");
         row("empty", 7, "cannot be understood");
+        row("status=400", 2, "with --ssl"); // from a port that speaks TLS only
         row("status=500", 2, "500");
         row("hangup", 2, "closed the connection");
         row("cut,path=/qdws/v1/about", 2, "Reading the server's identity");
@@ -258,24 +260,26 @@ private Q_SLOTS:
         QFETCH(int, status);
         QFETCH(QString, says);
         QString address = m_sim->address();
-        const char* add = "server add %1 --login mary --timeout 1";
+        const char* const add = "server add %1 --login mary --timeout 1%2";
+        QTcpServer silent; // takes the connection and never speaks
         if (fault == s("wrong password")) {
             m_environment.insert(s("QDFAX_PASSWORD"), s("wr0ng"));
         } else if (fault == s("unknown host")) {
             address = s("nosuch.invalid");
         } else if (fault == s("refused port")) {
             m_sim->stop();
-        } else if (fault == s("TLS on a plain port")) {
-            add = "server add %1 --login mary --timeout 1 --ssl";
+        } else if (fault == s("TLS on a silent port")) {
+            QVERIFY(silent.listen(QHostAddress::LocalHost));
+            address = s("127.0.0.1:%1").arg(silent.serverPort());
         } else if (fault == s("plain on a TLS port")) {
             SimOptions options;
             options.tls = true;
             startSim(options);
             address = m_sim->address();
-        } else {
+        } else if (!fault.startsWith(s("TLS"))) {
             QVERIFY(m_sim->addFault(fault));
         }
-        const Result result = run(add, address);
+        const Result result = run(add, address, fault.startsWith(s("TLS")) ? s(" --ssl") : QString());
         CHECK_RUN(result, status, says.toUtf8());
         QVERIFY2(result.err.contains(address.toUtf8()), result.err);
         QCOMPARE(result.err.count('\n'), 1);
@@ -430,14 +434,6 @@ private Q_SLOTS:
         QVERIFY(m_sim->addFault(s("status=409,path=/qdws/v1/o")));
         for (const char* line : {"abort /qdws/v1/ofax/17", "reschedule /qdws/v1/ofax/17"})
             CHECK_RUN(run(line), 2, "no longer in a state");
-    }
-
-    void silentPortHintsAtSsl()
-    {
-        QTcpServer silent; // takes the connection and never speaks
-        QVERIFY(silent.listen(QHostAddress::LocalHost));
-        const QString address = s("127.0.0.1:%1").arg(silent.serverPort());
-        CHECK_RUN(run("server add %1 --login mary --ssl --timeout 1", address), 10, "without --ssl");
     }
 };
 

@@ -54,12 +54,16 @@ class TestQdfaxContacts : public QdfaxTest
     }
     QVector<SimEntry> mine() const { return m_sim->book(s("mary")); }
     QVector<SimEntry> myGroups() const { return m_sim->book(s("mary"), true); }
-    /// A value of all objects that are the output of a run or part of it, sorted.
-    static QStringList values(const QJsonArray& objects, const char* name)
+    /// Values of all objects that are the output of a run or part of it, as comparable texts, sorted.
+    static QStringList values(const QJsonArray& objects, std::initializer_list<const char*> names)
     {
         QStringList texts;
-        for (const QJsonValue& value : objects)
-            texts.append(value[QLatin1String(name)].toString());
+        for (const QJsonValue& value : objects) {
+            QStringList fields;
+            for (const char* name : names)
+                fields.append(value[QLatin1String(name)].toString());
+            texts.append(fields.join(QLatin1Char('|')));
+        }
         texts.sort();
         return texts;
     }
@@ -132,13 +136,13 @@ private Q_SLOTS:
         QCOMPARE(pages, all.array());
         QCOMPARE(run("contacts list --book global --json").array().size(), 30);
         const Result found = run({s("contacts"), s("search"), name.mid(1).toUpper(), s("--json")});
-        QVERIFY2(values(found.array(), "name").contains(name), found.out);
+        QVERIFY2(values(found.array(), {"name"}).contains(name), found.out);
         CHECK_RUN(run("contacts search nosuchname"), 14);
         const Result groups = run("contacts groups --json");
         QCOMPARE(groups.array().size(), 6);
         QCOMPARE(groups.value(0, "memberCount").toInt(), members.size());
         const Result group = run("contacts show %1 --json", groups.value(0, "id").toString());
-        QCOMPARE(values(group.object().value(s("members")).toArray(), "objectId"), members);
+        QCOMPARE(values(group.object().value(s("members")).toArray(), {"objectId"}), members);
         CHECK_RUN(run("contacts show 999999"), 14);
         CHECK_RUN(run("contacts sync"), 2);
 
@@ -160,14 +164,7 @@ private Q_SLOTS:
             m_sim->addEntry(m_mine, person("New One", "5"));
             CHECK_RUN(run(again), 0);
             const QJsonArray cached = run("contacts list --book personal --json").array();
-            for (int field = 0; field < 5; ++field) {
-                const char* const names[] = {"name", "organization", "phone", "fax", "email"};
-                QStringList expected;
-                for (const SimEntry& entry : mine())
-                    expected.append(fieldsOf(entry.person).at(field));
-                expected.sort();
-                QCOMPARE(values(cached, names[field]), expected);
-            }
+            QCOMPARE(values(cached, {"name", "organization", "phone", "fax", "email"}), sorted(mine()));
         }
         // a book that cannot be read does not keep the others from being read
         m_sim->addEntry(m_global, person("Another", "5"));
