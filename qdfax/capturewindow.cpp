@@ -47,10 +47,10 @@ void CaptureWindow::summarise()
 
 void CaptureWindow::follow()
 {
-    // while everything is being deleted, each look at the folder would be of the past; the end has its own
+    // while everything is being deleted, a refresh would be outdated at once; one follows at the end
     if (!m_table->isEnabled())
         return;
-    // a click consists of what is pressed, released, and then written, all on the same row
+    // press, release and the queued signal of a click have to find the same row: no refresh in between
     if (QApplication::mouseButtons() != Qt::NoButton)
         return m_watch.note();
     const QPointer<CaptureWindow> self(this);

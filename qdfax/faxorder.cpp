@@ -55,7 +55,7 @@ bool mayHaveArrived(const Session& session, const ReplyWatch::Outcome& last)
 {
     if (session.status() == ExitStatus::TimeOut)
         return true;
-    // It said yes in words that cannot be read; or one between here and there lost the answer.
+    // Accepted, with a reply that cannot be parsed; or a proxy or gateway lost the reply.
     if (last.httpStatus / 100 == 2 || last.httpStatus == 502 || last.httpStatus == 504)
         return true;
     return last.httpStatus == 0 && last.error != QNetworkReply::NoError &&

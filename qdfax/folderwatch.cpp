@@ -48,9 +48,9 @@ void FolderWatch::watchFolder()
         const QStringList watched = m_watcher.directories();
         if (!watched.isEmpty())
             m_watcher.removePaths(watched);
-        // A folder does not tell that it was renamed: the one above it does.
+        // A watched folder does not report its own renaming; its parent does.
         m_watcher.addPaths({nearest, QFileInfo(nearest).path()});
-        // what came or went before the watch is not told
+        // avoids a race: changes before the watch was added are not reported
         const QString before = nearest;
         nearest = nearestFolder();
         if (nearest == before)
@@ -61,7 +61,7 @@ void FolderWatch::watchFolder()
 void FolderWatch::follow(const QString& folder)
 {
     const bool wasThere = m_watcher.directories().contains(m_folder);
-    // A folder that was deleted or renamed and made again is another one, which only a new watch sees.
+    // A watch follows the inode: a folder that was deleted or renamed and recreated needs a new one.
     if (folder != m_folder || !wasThere)
         watchFolder();
     if (wasThere || folder == m_folder || m_watcher.directories().contains(m_folder))
@@ -97,7 +97,7 @@ void FolderWatch::setFiles(const QFileInfoList& files)
 
 void FolderWatch::note()
 {
-    // not started again: a change every moment would never be told
+    // not restarted: with continuous changes the timer would never expire
     if (!m_pause.isActive())
         m_pause.start();
 }

@@ -12,11 +12,10 @@
 
 namespace {
 
-/// What Qt and the library have to remark goes to the log: standard error is for sentences that say what to
-/// do.
+/// Messages of Qt and the library go to the log; standard error is for errors that the user can act upon.
 void logMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    // the logger itself may give rise to a remark
+    // the logger itself may cause a message: no recursion
     static thread_local bool busy = false;
     if (busy)
         return;

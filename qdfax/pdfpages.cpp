@@ -10,7 +10,7 @@
 
 int pdfPages(const QString& path)
 {
-    // what is wrong with a file is not worth a remark for each of its objects
+    // a damaged file would produce a message for each of its objects
     static const bool silent = [] {
         Poppler::setDebugErrorFunction([](const QString&, const QVariant&) {}, QVariant());
         return true;

@@ -65,7 +65,7 @@ void ReplyWatch::watch(QNetworkReply* reply)
         m_isAnswered = true;
         Q_EMIT activity();
     });
-    // the reply itself does not know how long a body is that can be read only once
+    // for a body from a sequential device the reply does not know the total length of the upload
     const qint64 length = reply->request().header(QNetworkRequest::ContentLengthHeader).toLongLong();
     connect(reply, &QNetworkReply::uploadProgress, this, [this, length](qint64 sent) {
         Q_EMIT activity();
@@ -327,8 +327,8 @@ QString Session::networkReason(const ReplyWatch::Outcome& last, bool useSSL)
     case QNetworkReply::OperationCanceledError:
         return Text::tr("the answer is larger than any real one, and was cut off.");
     default:
-        // What the socket does not know either is an end in the middle; an unreachable network has a text. Qt
-        // says so in the language of the user.
+        // No error text from the socket: the connection was closed in the middle. An unreachable network has
+        // a text, which Qt translates into the language of the user.
         if (last.error == QNetworkReply::UnknownNetworkError &&
             (last.socketError.isEmpty() || last.socketError == QBuffer().errorString()))
             return Text::tr("the connection ended before the answer came. Try again later.");

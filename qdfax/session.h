@@ -153,8 +153,8 @@ public:
         return ok;
     }
 
-    /// While the library works on what came, the silence of the server is none. For requests of which the
-    /// larger part of the time may go into storing.
+    /// The time-out does not run while the library processes a reply. For requests that may spend most of
+    /// their time on writing to the database.
     void setPatientWhileIdle(bool patient) { m_isPatient = patient; }
 
     /// Says why a request failed, in a sentence that names the server and what to do.

@@ -35,7 +35,7 @@ const auto defaultAttribute = QStringLiteral("default");
 const auto versionAttribute = QStringLiteral("version");
 
 const qint64 largestFile = qint64(16) * 1024 * 1024;
-const int deepestNesting = 32; // ours have four levels; the DOM's parser would follow any number into a crash
+const int deepestNesting = 32; // ours have four levels; the DOM parser recurses: stack overflow
 const int lockTimeout = 10000; // ms
 const auto lockSuffix = QStringLiteral(".lock");
 const auto sideSuffix = QStringLiteral(".saving-"); // of the side file, before six letters of its own
@@ -127,7 +127,7 @@ bool sameContent(const QDomElement& a, const QDomElement& b)
     return childA.isNull() && childB.isNull();
 }
 
-/// To the disk, as far as the system can say so.
+/// Flushes the file from the system's cache to the disk. False when that fails.
 bool flushToDisk(const QString& path)
 {
 #ifdef Q_OS_UNIX
@@ -143,7 +143,7 @@ bool flushToDisk(const QString& path)
 #endif
 }
 
-/// Puts a file in the place of another in one step, which QFile::rename() does not.
+/// Replaces a file by another atomically, which QFile::rename() does not.
 bool replaceFile(const QString& from, const QString& to)
 {
     std::error_code error;
@@ -401,8 +401,8 @@ QString SettingsFile::edit(const std::function<bool(SettingsFile&)>& change, QSt
 
     const Terminal::InterruptBlocker blocker;
     QLockFile lock(m_path + lockSuffix);
-    // A program that died before it wrote its number into the lock leaves one that only its age gives away.
-    // That of a living one, however old, is kept by the system.
+    // A process that died before it wrote its PID into the lock file leaves a stale lock, which only its age
+    // shows. The lock of a running process stays valid, however old it is.
     lock.setStaleLockTime(lockTimeout / 2);
     if (!lock.tryLock(lockTimeout)) {
         return lock.error() == QLockFile::LockFailedError
@@ -441,7 +441,7 @@ QStringList SettingsFile::sideFiles() const
     return found;
 }
 
-/// Nobody else saves while the lock is held, so any side file is of a program that died before it was done.
+/// Call only while holding the lock: any side file is then left over from a process that died while saving.
 void SettingsFile::removeSideFiles()
 {
     const QStringList left = sideFiles();
@@ -449,7 +449,7 @@ void SettingsFile::removeSideFiles()
         m_wasBrokenOff = QFile::remove(file) || m_wasBrokenOff;
 }
 
-/// Where a side file is left and nobody is saving. Who only reads waits for nobody.
+/// Removes stale side files unless another process is saving. Does not wait for the lock.
 void SettingsFile::clearUp()
 {
     if (sideFiles().isEmpty())
@@ -467,8 +467,8 @@ QString SettingsFile::save(QString* movedTo)
         return Text::tr("The settings could not be saved in %1: %2. The file is as it was.")
             .arg(QDir::toNativeSeparators(m_path), why);
     };
-    // QTemporaryFile lets nobody but the owner read it from the start. It holds its file for as long as it
-    // lives, and Windows moves no file that is held.
+    // QTemporaryFile creates the file readable by its owner only. It keeps the file open until it is
+    // destroyed, and Windows cannot rename an open file.
     QString side;
     {
         QTemporaryFile file(m_path + sideSuffix + QStringLiteral("XXXXXX"));

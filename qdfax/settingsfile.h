@@ -54,7 +54,7 @@ public:
 
     const QString& path() const { return m_path; }
 
-    /// Reads the file, and takes it from everybody but its owner. Clears up after a program that died while
+    /// Reads the file, and restricts its permissions to its owner. Clears up after a program that died while
     /// it saved, for which takeRemark() has a sentence then. Contacts no server.
     State load();
     State state() const { return m_state; }

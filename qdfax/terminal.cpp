@@ -34,7 +34,7 @@ struct Size
 bool outputLost = false;
 std::atomic<int> progressWidth{0}; ///< Columns of the progress line that stands on the terminal.
 
-// Read by a signal handler, so plain memory: one buffer is spoken from while the other is filled.
+// Read by a signal handler, so no heap: a double buffer, one half valid while the other is written.
 char lastWords[2][4096];
 std::atomic<int> lastWordsIndex{0};
 
@@ -69,8 +69,8 @@ std::atomic<bool> echoIsOff{false};
 std::atomic<int> interruptBlocks{0};
 std::atomic<bool> isInterrupted{false};
 
-/// At once: Windows calls the handler in a thread of its own, and what the others hold they would hold for
-/// ever.
+/// Without destructors: Windows runs the handler in a thread of its own, and waiting for a lock that another
+/// thread holds could deadlock.
 void endInterrupted()
 {
     if (echoIsOff)
@@ -257,7 +257,7 @@ void Terminal::installInterrupt()
 {
     for (int signal : handledSignals) {
         struct sigaction now = {};
-        // whoever started us with a signal ignored (nohup) means it
+        // a signal that is ignored at the start (nohup) stays ignored
         if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler == SIG_IGN)
             continue;
         struct sigaction action = {};
@@ -285,8 +285,8 @@ Terminal::InterruptBlocker::~InterruptBlocker()
 
 namespace {
 
-/// When nobody reads on (`qdfax inbox | head`), ends the program without a word, as the signal would have
-/// done that Qt ignores for its sockets.
+/// When the reader of a pipe has gone (`qdfax inbox | head`), ends the program silently, as SIGPIPE would
+/// have done, which Qt ignores for its sockets.
 void endWithReader()
 {
     if (errno == EPIPE)

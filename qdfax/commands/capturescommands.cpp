@@ -207,7 +207,7 @@ int watch(Invocation& call)
     }
     FolderWatch folder(CaptureModel::folder());
     QEventLoop loop;
-    bool isChanged = false; // reading waits for the count of pages, and changes come in there too
+    bool isChanged = false; // counting pages runs the event loop, which may deliver changes too
     QObject::connect(&folder, &FolderWatch::changed, &loop, [&] {
         isChanged = true;
         loop.quit();

@@ -37,7 +37,7 @@ public:
 private:
     void tick()
     {
-        // the library makes the task when it sees fit, and says nothing of the units before they are stored
+        // the library creates the task later, and reports the units only once they are stored
         const auto tasks = m_session.server().findChildren<TaskGetContacts*>();
         for (auto* task : tasks) {
             if (m_task == task)
@@ -108,7 +108,7 @@ int sync(Invocation& call)
             continue;
         if (status == ExitStatus::Ok)
             status = contacts.status();
-        // a book may be closed to this user; but who does not answer will not do so the next time
+        // one book may be forbidden to this user; a server that does not answer will not answer for the next
         if (contacts.session().replies().last().httpStatus == 0)
             break;
     }

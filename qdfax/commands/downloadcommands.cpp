@@ -125,7 +125,7 @@ QString nameProblem(const QString& name)
     return QString();
 }
 
-/// What is left on disk, as a sentence; a file of nothing is removed.
+/// The partial file left on disk, as a sentence; an empty file is removed.
 QString leftover(const QString& path, int httpStatus)
 {
     const QFileInfo info(path);

@@ -10,9 +10,11 @@
 #include <QTest>
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
+#include <termios.h>
 #include <unistd.h>
 
 /// What came of a run.
@@ -28,6 +30,56 @@ struct Result
         return array().at(index).toObject().value(QLatin1String(name)).toVariant();
     }
     QJsonObject object() const { return QJsonDocument::fromJson(out).object(); }
+    /// A value of the object that is the output.
+    QVariant value(const char* name) const { return object().value(QLatin1String(name)).toVariant(); }
+    /// What came instead, if it did not end with this status, or without this among its messages.
+    QByteArray mismatch(int expected, const QByteArray& says = QByteArray()) const
+    {
+        const bool isExpected = status == expected && err.contains(says);
+        return isExpected ? QByteArray() : QByteArray::number(status) + ": " + out + err;
+    }
+};
+
+/// A terminal for a run, and what is shown and typed there.
+class Terminal
+{
+public:
+    Terminal()
+    {
+        if (m_master < 0 || grantpt(m_master) != 0 || unlockpt(m_master) != 0)
+            qFatal("no terminal");
+        m_slave =
+            ::open(ptsname(m_master), O_RDWR | O_NOCTTY | O_CLOEXEC); // keeps its state and what is unread
+    }
+    ~Terminal()
+    {
+        ::close(m_slave);
+        ::close(m_master);
+    }
+    Q_DISABLE_COPY(Terminal)
+
+    QString name() const { return QString::fromLocal8Bit(ptsname(m_master)); }
+    bool hasEcho() const
+    {
+        termios state;
+        return tcgetattr(m_slave, &state) == 0 && (state.c_lflag & ECHO) != 0;
+    }
+    bool type(const QByteArray& text)
+    {
+        return ::write(m_master, text.constData(), size_t(text.size())) == text.size();
+    }
+    /// Everything until now.
+    const QByteArray& shown()
+    {
+        char buffer[65536];
+        const ssize_t count = ::read(m_master, buffer, sizeof buffer);
+        return m_shown += QByteArray(buffer, int(qMax<ssize_t>(0, count)));
+    }
+
+private:
+    const int m_master{posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)};
+    int m_slave{-1};
+    QByteArray m_shown;
 };
 
 /// A run of qdfax. In a terminal of its own, if told so, or with a limit to the size of files.
@@ -79,9 +131,9 @@ protected:
     }
 };
 
-#define CHECK_RUN(run, expected)                                                                             \
+/// The arguments behind the run: its status, and perhaps a part of its messages.
+#define CHECK_RUN(run, ...)                                                                                  \
     do {                                                                                                     \
-        const Result result_ = (run);                                                                        \
-        QVERIFY2(result_.status == (expected),                                                               \
-                 (QByteArray::number(result_.status) + ": " + result_.out + result_.err).constData());       \
+        const QByteArray mismatch_ = (run).mismatch(__VA_ARGS__);                                            \
+        QVERIFY2(mismatch_.isEmpty(), mismatch_.constData());                                                \
     } while (false)

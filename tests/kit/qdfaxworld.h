@@ -38,13 +38,28 @@ protected:
         program.closeWriteChannel();
         return program.finish();
     }
-    /// One line as a shell would split it; quotes keep blanks.
-    Result run(const char* line) { return run(QProcess::splitCommand(s(line))); }
+    /// One line as a shell would split it; quotes keep blanks. The texts stand for %1, %2...
+    template <typename... Text>
+    Result run(const char* line, const Text&... texts)
+    {
+        if constexpr (sizeof...(texts) > 0)
+            return run(QProcess::splitCommand(s(line).arg(texts...)));
+        else
+            return run(QProcess::splitCommand(s(line)));
+    }
+
+    /// Starts a server in place of the one before.
+    void startSim(SimOptions options, std::initializer_list<const char*> users)
+    {
+        for (const char* user : users)
+            options.users.append(someUser(user));
+        m_sim = std::make_unique<Started>(options);
+    }
 
     /// Has the program know the server, as its default.
     void addServer(const char* login = "mary")
     {
-        CHECK_RUN(run({s("server"), s("add"), m_sim->address(), s("--login"), s(login), s("--default")}), 0);
+        CHECK_RUN(run("server add %1 --login %2 --default", m_sim->address(), s(login)), 0);
         m_sim->clearRequests();
     }
 

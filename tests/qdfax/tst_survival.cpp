@@ -3,19 +3,16 @@
 // QDCORE_ROUNDS says how often programs are killed (15), QDCORE_SEED repeats a run.
 
 #include "contactworld.h"
-#include "qdfaxprogram.h"
-#include "shorthand.h"
+#include "qdfaxworld.h"
 #include "storefile.h"
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QSet>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <optional>
 #include <thread>
 
@@ -104,17 +101,15 @@ BookContent reducedTo(const BookContent& book, const std::function<bool(const QS
 
 } // namespace
 
-class TestSurvival : public QObject
+class TestSurvival : public QdfaxTest
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
     QRandomGenerator m_random;
     quint32 m_seed{0};
 
-    QString path(const char* below) const { return m_folder->filePath(QLatin1String(below)); }
-    QString database() const { return path("Quendra Client Software/Contacts/contacts.sqlite"); }
-    QString settings() const { return path("Quendra Client Software/Settings/qdfax.xml"); }
+    QString database() const { return path("appdata/Quendra Client Software/Contacts/contacts.sqlite"); }
+    QString settings() const { return path("appdata/Quendra Client Software/Settings/qdfax.xml"); }
 
     void pause(qint64 longest)
     {
@@ -200,14 +195,13 @@ private Q_SLOTS:
     }
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        qputenv("APPDATA", m_folder->path().toLocal8Bit());
+        newFolder();
+        qputenv("APPDATA", path("appdata").toLocal8Bit());
     }
 
     void killedWhileSynchronising()
     {
-        SimServer sim(SynchronisedWorld::books(contactCount, groupCount, m_seed));
-        QVERIFY(sim.start());
+        Started sim(SynchronisedWorld::books(contactCount, groupCount, m_seed));
         const QSet<QString> members = membersOf(sim);
         const auto isNoMember = [&members](const QString& uid) { return !members.contains(uid); };
         qint64 whole = 0; // µs from where a program is waited for until its end
@@ -217,7 +211,7 @@ private Q_SLOTS:
             const bool isFresh = round % 5 == 0;
             const bool isMeasured = round == 0 || round == 1; // is not killed
             if (isFresh)
-                QVERIFY(QDir(path("Quendra Client Software/Contacts")).removeRecursively());
+                QVERIFY(QDir(path("appdata/Quendra Client Software/Contacts")).removeRecursively());
             const Books old = isFresh ? Books(4) : onServer(sim);
             changeAll(sim, members, round);
             const Books now = onServer(sim);
@@ -239,11 +233,9 @@ private Q_SLOTS:
             }
 
             outcomes[s("transactions cut")] += QFileInfo(database() + s("-journal")).size() > 0;
-            if (QFile::exists(database())) {
-                const int made =
-                    query("SELECT name FROM sqlite_master WHERE name NOT LIKE 'sqlite_%'").size();
-                QVERIFY2(made == 0 || made == 6, QByteArray::number(made).constData());
-            }
+            if (QFile::exists(database())) // all tables and indices, or none
+                QVERIFY(query("SELECT name FROM sqlite_master WHERE name NOT LIKE 'sqlite_%'").size() % 6 ==
+                        0);
             const Books found = inStore(sim);
             checkDatabase();
             for (int i = 0; i < 4; ++i) {
@@ -277,8 +269,7 @@ private Q_SLOTS:
 
     void twoSynchroniseIntoOneFile()
     {
-        SimServer sim(SynchronisedWorld::books(contactCount, groupCount, m_seed));
-        QVERIFY(sim.start());
+        Started sim(SynchronisedWorld::books(contactCount, groupCount, m_seed));
         const QSet<QString> members = membersOf(sim);
         synchroniseHere(sim);
         for (int round = 0; round < std::max(1, rounds() / 10); ++round) {
@@ -310,27 +301,12 @@ private Q_SLOTS:
 
     void killedWhileSaving()
     {
-        const auto makeDefault = [this](Program& program, int server) {
-            begin(program, {s("server"), s("default"), s("fax%1").arg(server)});
-        };
-        const auto run = [&](int server) {
-            Program program;
-            makeDefault(program, server);
-            return program.finish();
-        };
-        const QByteArray stale = addTwo();
-        QByteArray texts[2] = {stale, stale};
-        qint64 whole = 0; // µs from where the file is locked until it is another
-        for (const int server : {0, 1}) {
-            Program program;
-            makeDefault(program, server);
-            waitForLock(program);
-            QElapsedTimer clock;
-            clock.start();
-            while (program.state() != QProcess::NotRunning && readFile(settings()) == texts[1 - server])
-                program.waitForFinished(0);
-            whole = clock.nsecsElapsed() / 1000;
-            CHECK_RUN(program.finish(), 0);
+        const char* const lines[] = {"server default fax0", "server default fax1"};
+        addTwo();
+        QByteArray texts[2];
+        qint64 whole = 0;
+        for (const int server : {1, 0}) {
+            whole = timeOf(lines[server]);
             texts[server] = readFile(settings());
         }
         QVERIFY(texts[0] != texts[1]);
@@ -342,43 +318,28 @@ private Q_SLOTS:
             QVERIFY(left.setFileTime(QDateTime::currentDateTime().addSecs(-6),
                                      QFileDevice::FileModificationTime));
         }
-        CHECK_RUN(run(1), 0);
+        CHECK_RUN(run(lines[1]), 0);
 
         QMap<QString, int> outcomes;
         for (int round = 0; round < rounds(); ++round) {
             const int server = texts[0] == readFile(settings()) ? 1 : 0;
-            Program program;
-            makeDefault(program, server);
-            waitForLock(program);
-            pause(whole);
-            program.kill();
-            program.finish();
+            kill(lines[server], whole);
             const QByteArray found = readFile(settings());
             QVERIFY2(found == texts[0] || found == texts[1], found.constData());
-            const QDir folder = QFileInfo(settings()).dir();
-            const QStringList side = folder.entryList({s("qdfax.xml.saving-*")});
-            ++outcomes[found == texts[server] ? s("new")
-                       : side.isEmpty()       ? s("old")
-                                              : s("old, side file left")];
-            QVERIFY(side.isEmpty() || found == texts[1 - server]);
-            QCOMPARE(QFile::permissions(settings()) & s_others, QFile::Permissions());
-            for (const QString& name : side)
-                QCOMPARE(QFile::permissions(folder.filePath(name)) & s_others, QFile::Permissions());
+            const bool isLeft = !owned("qdfax.xml.saving-*").isEmpty();
+            ++outcomes[found == texts[server] ? s("new") : isLeft ? s("old, side file left") : s("old")];
+            QVERIFY(!isLeft || found == texts[1 - server]);
 
             // the next one works, says what happened and clears up, also when it only reads
-            bool isToldOf = false;
-            if (round % 2 == 0) {
-                const Result reader = list();
-                CHECK_RUN(reader, 0);
-                isToldOf = reader.err.contains("broken off");
-                QCOMPARE(isToldOf, !side.isEmpty());
-                QCOMPARE(folder.entryList({s("qdfax.xml.saving-*")}), QStringList());
-            }
-            const Result next = run(server);
+            const Result first = run(round % 2 == 0 ? "server list" : lines[server]);
+            CHECK_RUN(first, 0);
+            QCOMPARE(first.err.contains("broken off"), isLeft);
+            QCOMPARE(owned("qdfax.xml.saving-*"), QStringList());
+            const Result next = run(lines[server]);
             CHECK_RUN(next, 0);
-            QCOMPARE(next.err.contains("broken off"), !side.isEmpty() && !isToldOf);
+            QVERIFY(!next.err.contains("broken off"));
             QCOMPARE(readFile(settings()), texts[server]);
-            QCOMPARE(folder.entryList(QDir::Files), QStringList(s("qdfax.xml")));
+            QCOMPARE(owned("*"), QStringList(s("qdfax.xml")));
         }
         report(outcomes);
     }
@@ -388,99 +349,68 @@ private Q_SLOTS:
     {
         const QDir folder = QFileInfo(settings()).dir();
         const QByteArray damaged = addTwo().chopped(30);
-        const auto damage = [&] {
+        const char* const add = "server add fax2 --login mary --no-check";
+        qint64 whole = 0;
+        QMap<QString, int> outcomes;
+        for (int round = -1; round < rounds(); ++round) {
             QVERIFY(QDir(folder).removeRecursively() && folder.mkpath(s(".")));
             writeFile(settings(), damaged);
             QVERIFY(QFile::setPermissions(settings(), QFile::ReadOwner | QFile::WriteOwner | s_others));
-        };
-        const auto add = [this](Program& program) {
-            begin(program, {s("server"), s("add"), s("fax2"), s("--login"), s("mary"), s("--no-check")});
-        };
-        qint64 whole = 0; // µs from where the file is locked until it is another
-        damage();
-        {
-            Program program;
-            add(program);
-            waitForLock(program);
-            QElapsedTimer clock;
-            clock.start();
-            while (program.state() != QProcess::NotRunning && readFile(settings()) == damaged)
-                program.waitForFinished(0);
-            whole = clock.nsecsElapsed() / 1000;
-            CHECK_RUN(program.finish(), 0);
-        }
-        QMap<QString, int> outcomes;
-        for (int round = 0; round < rounds(); ++round) {
-            damage();
-            Program program;
-            add(program);
-            waitForLock(program);
-            pause(whole * 3 / 2);
-            program.kill();
-            program.finish();
+            if (round < 0) {
+                whole = timeOf(add);
+                continue;
+            }
+            kill(add, whole * 3 / 2);
             // whether there is a new one or none, the damaged one is there, whole, and the owner's
-            const QStringList side = folder.entryList({s("qdfax.xml.saving-*")});
-            QStringList aside = folder.entryList({s("qdfax.xml.damaged-*")});
             const bool isOld = readFile(settings()) == damaged;
             const bool isBetween = !QFile::exists(settings());
+            const int sideFiles = owned("qdfax.xml.saving-*").size();
+            const auto aside = [&] { return owned("qdfax.xml.damaged-*"); };
             ++outcomes[isOld ? s("old") : isBetween ? s("moved aside, none new") : s("new")];
-            QCOMPARE(aside.size(), isOld ? 0 : 1);
-            QVERIFY(!isBetween || side.size() == 1);
-            if (!isOld)
-                QCOMPARE(readFile(folder.filePath(aside.first())), damaged);
-            for (const QString& name : side + aside)
-                QCOMPARE(QFile::permissions(folder.filePath(name)) & s_others, QFile::Permissions());
-
-            const Result reader = list();
+            QCOMPARE(aside().size(), isOld ? 0 : 1);
+            QVERIFY(!isBetween || sideFiles == 1);
+            QVERIFY(isOld || readFile(folder.filePath(aside().first())) == damaged);
+            const Result reader = run("server list");
             CHECK_RUN(reader, isOld ? 12 : 0);
-            QCOMPARE(reader.err.contains("broken off"), !side.isEmpty());
+            QCOMPARE(reader.err.contains("broken off"), sideFiles > 0);
             QCOMPARE(reader.out.contains("fax2"), !isOld && !isBetween);
-            Program again;
-            add(again);
-            CHECK_RUN(again.finish(), 0);
-            aside = folder.entryList({s("qdfax.xml.damaged-*")});
-            QCOMPARE(aside.size(), 1);
-            QCOMPARE(readFile(folder.filePath(aside.first())), damaged);
-            QVERIFY(list().out.contains("fax2"));
-            QCOMPARE(folder.entryList(QDir::Files).size(), 2);
+            CHECK_RUN(run(add), 0);
+            QCOMPARE(aside().size(), 1);
+            QCOMPARE(readFile(folder.filePath(aside().first())), damaged);
+            QVERIFY(run("server list").out.contains("fax2"));
+            QCOMPARE(owned("*").size(), 2);
         }
         report(outcomes);
     }
 
     void noRoomForSettings()
     {
-        addTwo();
-        const QByteArray before = readFile(settings());
+        const QByteArray before = addTwo();
         // what is saved is a little shorter
         for (int room = 1; room < before.size() * 9 / 10; room += std::max(1, before.size() / 8)) {
             Program program;
             program.largestFile = rlim_t(room);
-            begin(program, {s("server"), s("default"), s("fax1")});
+            start(program, {s("server"), s("default"), s("fax1")});
             const Result result = program.finish();
             CHECK_RUN(result, 12);
             QVERIFY2(result.err.contains("The file is as it was") ||
                          result.err.contains("Nothing can be written"),
                      result.err);
             QCOMPARE(readFile(settings()), before);
-            QCOMPARE(QFileInfo(settings()).dir().entryList(QDir::Files), QStringList(s("qdfax.xml")));
+            QCOMPARE(owned("*"), QStringList(s("qdfax.xml")));
         }
     }
 
     /// Also files that were there before, and were open to others.
     void filesAreTheOwners()
     {
-        const auto others = [](const QString& file) { return QFile::permissions(file) & s_others; };
-        const QString log = database() + s("-journal");
         for (const bool existed : {false, true}) {
             if (existed)
                 QVERIFY(QFile::setPermissions(database(), QFile::ReadOwner | QFile::WriteOwner | s_others));
             ContactLocalStorage store;
-            QCOMPARE(others(database()), QFile::Permissions());
-            QVERIFY(store.scopeBegin());
-            const quint32 source = store.addSource(s("x"), ContactLocalStorage::SourceQuendra);
-            store.deleteSource(source);
-            QVERIFY(QFile::exists(log));
-            QCOMPARE(others(log), QFile::Permissions());
+            QVERIFY(isOwners(database()) && store.scopeBegin());
+            store.deleteSource(store.addSource(s("x"), ContactLocalStorage::SourceQuendra));
+            QVERIFY(QFile::exists(database() + s("-journal")) && isOwners(database() + s("-journal")));
             QVERIFY(store.scopeEnd());
         }
     }
@@ -491,25 +421,46 @@ private:
 
     QString lock() const { return settings() + s(".lock"); }
 
-    void waitForLock(QProcess& program) const
+    static bool isOwners(const QString& file) { return !(QFile::permissions(file) & s_others); }
+
+    /// Files beside the settings; all have to be the owner's.
+    QStringList owned(const char* pattern) const
     {
+        const QDir folder = QFileInfo(settings()).dir();
+        const QStringList names = folder.entryList({s(pattern)}, QDir::Files);
+        for (const QString& name : names)
+            [&] { QVERIFY2(isOwners(folder.filePath(name)), qPrintable(name)); }();
+        return names;
+    }
+
+    /// Starts a command. Returns when it has locked the settings, or is over.
+    void startToSave(Program& program, const char* line)
+    {
+        start(program, QProcess::splitCommand(s(line)));
         while (program.state() != QProcess::NotRunning && !QFile::exists(lock()))
             program.waitForFinished(0);
     }
-
-    /// Runs qdfax.
-    void begin(Program& program, const QStringList& arguments) const
+    /// How long a command takes from there until the settings are others, in µs.
+    qint64 timeOf(const char* line)
     {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(s("QDFAX_PASSWORD"), s("secret"));
-        program.begin(arguments, m_folder->path(), environment);
+        const QByteArray before = readFile(settings());
+        Program program;
+        startToSave(program, line);
+        QElapsedTimer clock;
+        clock.start();
+        while (program.state() != QProcess::NotRunning && readFile(settings()) == before)
+            program.waitForFinished(0);
+        const qint64 time = clock.nsecsElapsed() / 1000;
+        [&] { CHECK_RUN(program.finish(), 0); }();
+        return time;
     }
-
-    Result list() const
+    void kill(const char* line, qint64 longest)
     {
         Program program;
-        begin(program, {s("server"), s("list")});
-        return program.finish();
+        startToSave(program, line);
+        pause(longest);
+        program.kill();
+        program.finish();
     }
 
     void report(const QMap<QString, int>& outcomes) const
@@ -523,11 +474,8 @@ private:
     /// Settings with two servers; nobody asks these. Returns the text of the file.
     QByteArray addTwo()
     {
-        for (const char* server : {"fax0", "fax1"}) {
-            Program program;
-            begin(program, {s("server"), s("add"), s(server), s("--login"), s("mary"), s("--no-check")});
-            [&] { CHECK_RUN(program.finish(), 0); }();
-        }
+        for (const QString& server : {s("fax0"), s("fax1")})
+            [&] { CHECK_RUN(run("server add %1 --login mary --no-check", server), 0); }();
         return readFile(settings());
     }
 };
