@@ -42,6 +42,7 @@ public:
         AfterReply,  ///< After the answer.
         NoAnswer     ///< Keeps the connection and says nothing.
     };
+    Q_ENUM(HangUp)
 
     /// Whether it can speak TLS here, which takes the program openssl.
     static bool canTls();

@@ -51,7 +51,7 @@ public:
     {}
 
     /// Runs the task until it has gone. How it ended: Unknown unless that was in one way, and once.
-    Task::Status run(int seconds = 20)
+    Task::Status run(int seconds = 60)
     {
         task->execute();
         const bool isGone = spinUntil([this] { return !task; }, seconds);
@@ -83,7 +83,7 @@ struct TaskWorld
     }
 
     /// Runs an operation, a login by default, to its end.
-    Task::Status run(const Operation& operation = ::operation(Task::VerifyLogin), int seconds = 20)
+    Task::Status run(const Operation& operation = ::operation(Task::VerifyLogin), int seconds = 60)
     {
         return Outcome(operation.make(server)).run(seconds);
     }
