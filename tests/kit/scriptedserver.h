@@ -92,8 +92,7 @@ private:
 
     void read(QTcpSocket* socket);
     bool readOne(QTcpSocket* socket, Connection& connection);
-    void hangUp(QTcpSocket* socket);
-    void sendMore(QTcpSocket* socket, const WireRequest& request);
+    bool hangUp(QTcpSocket* socket);
 
     bool m_tls;
     QSslCertificate m_certificate;

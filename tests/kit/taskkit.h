@@ -7,6 +7,7 @@
 #include "operations.h"
 #include "testkit.h"
 
+#include <QMetaMethod>
 #include <QPointer>
 
 #include <functional>
@@ -71,6 +72,20 @@ public Q_SLOTS:
             onOver();
     }
 };
+
+/// Runs a task to its end, which must be a good one, and returns what it brings.
+template <typename T, typename Owner, typename Result, typename... More>
+std::decay_t<Result> resultOf(T* task, void (Owner::*done)(Result, More...))
+{
+    using Value = std::decay_t<Result>;
+    const QByteArray name = task->metaObject()->className();
+    Value result{};
+    QObject::connect(task, done, task, [&result](const Value& brought) { result = brought; });
+    const auto signal = QMetaMethod::fromSignal(done).methodSignature();
+    if (Outcome(task, QByteArray::number(QSIGNAL_CODE) + signal).run() != Task::Ok)
+        qFatal("%s did not end well", name.constData());
+    return result;
+}
 
 /// A server, and the service behind it, which answers everything with @p answer.
 struct TaskWorld

@@ -41,30 +41,18 @@ class TestTasks : public QObject
         const QByteArray name = "Task" + QByteArray(QMetaEnum::fromType<Task::Type>().valueToKey(type));
         const QByteArray begin = name.toLower() + ".cpp ";
         Log log{begin + name + ": reply error! http code ", name + " request:\r\n", name + " reply:\r\n"};
-        switch (type) { // those that differ
-        case Task::VerifyLogin:
-        case Task::Schedule:
-        case Task::Reschedule:
-            log.errorText = begin + name + ": reschedule error! http code ";
-            log.reply = QByteArray();
-            break;
-        case Task::ChekPermissions:
-            log.errorText =
-                "taskcheckpermissions.cpp TaskChekPermissions: response permission error! http code ";
-            log.request = "Request:\r\n";
-            break;
-        case Task::Abort:
+        // those that differ
+        if (type == Task::VerifyLogin || type == Task::Schedule || type == Task::Reschedule)
+            log = {begin + name + ": reschedule error! http code ", log.request};
+        else if (type == Task::ChekPermissions)
+            log = {"taskcheckpermissions.cpp TaskChekPermissions: response permission error! http code ",
+                   "Request:\r\n", log.reply};
+        else if (type == Task::Abort)
             log.failed = "";
-            break;
-        case Task::GetInboundFaxEntry:
+        else if (type == Task::GetInboundFaxEntry)
             log.failed = log.reply;
-            break;
-        case Task::GetCoverPages:
+        else if (type == Task::GetCoverPages)
             log.errorText = begin + "TaskGetContactsOids: reply error! http code ";
-            break;
-        default:
-            break;
-        }
         return log;
     }
 
@@ -462,10 +450,7 @@ private Q_SLOTS:
             okReply("<fax_entry><state>pending</state><fax_entry_url>http://h/qdws/v1/ofax/1</fax_entry_url>"
                     "</fax_entry><other/><fax_entry><state>Sending</state></fax_entry>"));
         auto* task = static_cast<TaskSchedule*>(operation(Task::Schedule).make(world.server));
-        BaseFaxEntry::FaxEntriesPtrListPtr entries;
-        connect(task, &TaskSchedule::doneFaxSchedule, this,
-                [&entries](const BaseFaxEntry::FaxEntriesPtrListPtr& list) { entries = list; });
-        QCOMPARE(Outcome(task).run(), Task::Ok);
+        const auto entries = resultOf(task, &TaskSchedule::doneFaxSchedule);
         QCOMPARE(entries->size(), 2);
         QCOMPARE(int(entries->at(0)->state()), 2);
         QCOMPARE(entries->at(0)->entryUrl().path(), s("/qdws/v1/ofax/1"));
@@ -527,11 +512,9 @@ private Q_SLOTS:
                     "<file><enabled>false</enabled></file>"));
         auto* pages = static_cast<TaskGetCoverPages*>(world.server.addTask(Task::GetCoverPages));
         QStringList names;
-        connect(pages, &TaskGetCoverPages::doneGetCoverPages, this, [&names](const CoverPageListPtr& list) {
-            for (const CoverPage& page : *list)
-                names << page.name();
-        });
-        QCOMPARE(Outcome(pages).run(), Task::Ok);
+        const auto list = resultOf(pages, &TaskGetCoverPages::doneGetCoverPages);
+        for (const CoverPage& page : *list)
+            names << page.name();
         QCOMPARE(names, QStringList({s("a"), QString()}));
     }
 };
