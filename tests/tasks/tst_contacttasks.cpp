@@ -149,31 +149,22 @@ private Q_SLOTS:
 
     void changeEnds_data()
     {
-        const Rows<Task::Type, QByteArray, Task::Status, QString> addRow("type", "answer", "status", "error");
-        const struct
-        {
-            Task::Type type;
-            QByteArray good;
-            const char* invalid;
-        } tasks[] = {
-            {Task::AddContact, "<message>Created</message>" + memberXml(9),
-             "taskaddcontact.cpp TaskAddContact: invalid reply!"},
-            {Task::ModifyContact, "<message>Modified</message>",
-             "taskmodifycontact.cpp TaskModifyContact: invalid reply"},
-            {Task::DeleteContact, "<message>Deleted</message>",
-             "taskdeletecontact.cpp TaskDeleteContact: invalid reply!"},
+        const Rows<Task::Type, QByteArray, Task::Status, QString> row("type", "answer", "status", "error");
+        const auto rows = [row](Task::Type type, const QByteArray& good, const char* invalid) {
+            const QByteArray name = operation(type).name;
+            row((name + ", good").constData(), type, okReply(good), Task::Ok, {});
+            row((name + ", lower case").constData(), type, okReply(good.toLower()), Task::InvalidReply,
+                invalid);
+            row((name + ", no message").constData(), type, okReply("<x/>"), Task::InvalidReply, invalid);
         };
-        for (const auto& task : tasks) {
-            const auto row = [&](const QByteArray& content, Task::Status status = Task::InvalidReply) {
-                addRow((operation(task.type).name + ' ' + content).constData(), task.type, okReply(content),
-                       status, status == Task::Ok ? "" : task.invalid);
-            };
-            row(task.good, Task::Ok);
-            row(task.good.toLower());
-            row("<x/>");
-        }
-        addRow("created without an entry", Task::AddContact, okReply("<message>Created</message>"),
-               Task::InvalidReply, tasks[0].invalid);
+        const char* const invalid = "taskaddcontact.cpp TaskAddContact: invalid reply!";
+        rows(Task::AddContact, "<message>Created</message>" + memberXml(9), invalid);
+        row("created without an entry", Task::AddContact, okReply("<message>Created</message>"),
+            Task::InvalidReply, invalid);
+        rows(Task::ModifyContact, "<message>Modified</message>",
+             "taskmodifycontact.cpp TaskModifyContact: invalid reply");
+        rows(Task::DeleteContact, "<message>Deleted</message>",
+             "taskdeletecontact.cpp TaskDeleteContact: invalid reply!");
     }
     void changeEnds()
     {

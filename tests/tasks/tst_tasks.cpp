@@ -96,7 +96,7 @@ private Q_SLOTS:
         QList<QByteArray> authIsApart;
         for (int i = 0; i < types.keyCount(); ++i) {
             const Operation& found = operation(Task::Type(types.value(i)));
-            QCOMPARE(found.name, QByteArray(types.key(i)));
+            QCOMPARE(int(found.type), types.value(i));
             if (found.row.errors == ErrorMapping::AuthApart)
                 authIsApart.append(found.name);
         }
