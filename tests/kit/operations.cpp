@@ -41,36 +41,6 @@ FaxDocument fax()
     return fax;
 }
 
-/// What sets the parameters of a task of one class.
-template <typename T, typename Set>
-std::function<void(Task&, const QString&)> with(Set set)
-{
-    return [set](Task& task, const QString& host) { set(*qobject_cast<T*>(&task), host); };
-}
-
-template <typename T>
-std::function<void(Task&, const QString&)> withEntry()
-{
-    return with<T>([](T& task, const QString& host) {
-        task.setFaxEntryUrl(QUrl(host + QStringLiteral("/qdws/v1/ofax/12")));
-    });
-}
-
-template <typename T>
-std::function<void(Task&, const QString&)> withPerson()
-{
-    return with<T>([](T& task, const QString& host) {
-        task.setContact(personAt(host + QStringLiteral("/qdws/v1/contacts/anna/7")),
-                        ContactList::PersonalContacts);
-    });
-}
-
-template <typename T>
-std::function<void(Task&, const QString&)> withBook(ContactList::Type book)
-{
-    return with<T>([book](T& task, const QString&) { task.setContactsType(book); });
-}
-
 QByteArray groupXml(const QByteArray& members)
 {
     return "<contact_group><contact_group_url>http://elsewhere:9/qdws/v1/contact_groups/anna/5"
@@ -82,59 +52,39 @@ QByteArray groupXml(const QByteArray& members)
 struct Sample
 {
     QByteArray rest; ///< Behind the path of the operation.
-    QByteArray good;
-    std::function<void(Task&, const QString&)> prepare;
+    QByteArray good{"<message>Success</message>"};
 };
 
 QHash<int, Sample> samples()
 {
-    const QByteArray done = "<message>Success</message>";
-    const auto nothing = [](Task&, const QString&) {};
     return {
-        {Task::GetQuendraInfo, {"", "<about><model>ABC40</model><version>3.6.1</version></about>", nothing}},
-        {Task::VerifyLogin, {"", "<message>Verified</message>", nothing}},
-        {Task::GetFaxUser,
-         {"anna", userXml(QStringLiteral("https://elsewhere")),
-          with<TaskGetFaxUser>(
-              [](TaskGetFaxUser& task, const QString&) { task.setUser(QStringLiteral("anna")); })}},
-        {Task::ModifyFaxUser,
-         {"7", "<message>Modified</message>",
-          with<TaskModifyFaxUser>(
-              [](TaskModifyFaxUser& task, const QString& host) { task.setUser(anna(host)); })}},
+        {Task::GetQuendraInfo, {"", "<about><model>ABC40</model><version>3.6.1</version></about>"}},
+        {Task::VerifyLogin, {"", "<message>Verified</message>"}},
+        {Task::GetFaxUser, {"anna", userXml(QStringLiteral("https://elsewhere"))}},
+        {Task::ModifyFaxUser, {"7", "<message>Modified</message>"}},
         {Task::ChekPermissions,
-         {"", done + "<user_options><add_global>true</add_global></user_options>", nothing}},
-        {Task::Schedule,
-         {"", "<fax_entry><state>pending</state></fax_entry>",
-          with<TaskSchedule>([](TaskSchedule& task, const QString&) { task.setFaxDocument(fax()); })}},
-        {Task::Abort, {"12", "<message>Attempting Abort</message>", withEntry<TaskAbort>()}},
-        {Task::Reschedule,
-         {"12?at=now", "<message>Attempting reschedule</message>", withEntry<TaskReschedule>()}},
-        {Task::GetFaxEntry, {"", done, with<TaskGetFaxEntry>([](TaskGetFaxEntry& task, const QString&) {
-                                 task.setTaskEntryType(TaskGetFaxEntry::EntryQueue);
-                             })}},
-        {Task::GetContacts,
-         {"anna", "<query_time>77</query_time>" + memberXml(1) + memberXml(2),
-          withBook<TaskGetContacts>(ContactList::PersonalContacts)}},
-        {Task::GetContactsOids,
-         {"anna", "<oids>1,2</oids>", withBook<TaskGetContactsOids>(ContactList::PersonalContacts)}},
-        {Task::AddContact,
-         {"anna", "<message>Created</message>" + memberXml(9), withPerson<TaskAddContact>()}},
-        {Task::ModifyContact, {"anna/7", "<message>Modified</message>", withPerson<TaskModifyContact>()}},
-        {Task::DeleteContact, {"anna/7", "<message>Deleted</message>", withPerson<TaskDeleteContact>()}},
+         {"", Sample().good + "<user_options><add_global>true</add_global></user_options>"}},
+        {Task::Schedule, {"", "<fax_entry><state>pending</state></fax_entry>"}},
+        {Task::Abort, {"12", "<message>Attempting Abort</message>"}},
+        {Task::Reschedule, {"12?at=now", "<message>Attempting reschedule</message>"}},
+        {Task::GetContacts, {"anna", "<query_time>77</query_time>" + memberXml(1) + memberXml(2)}},
+        {Task::GetContactsOids, {"anna", "<oids>1,2</oids>"}},
+        {Task::AddContact, {"anna", "<message>Created</message>" + memberXml(9)}},
+        {Task::ModifyContact, {"anna/7", "<message>Modified</message>"}},
+        {Task::DeleteContact, {"anna/7", "<message>Deleted</message>"}},
     };
 }
 
 QList<Operation> makeOperations()
 {
     const QHash<int, Sample> known = samples();
-    const Sample plain{"", "<message>Success</message>", [](Task&, const QString&) {}};
     QList<Operation> all;
     forEachOperation([&](const WebOperation& row, auto done, auto...) {
-        const Sample sample = known.value(row.type, plain);
+        const Sample sample = known.value(row.type);
         all.append({QMetaEnum::fromType<Task::Type>().valueToKey(row.type), row.type,
                     QByteArray(row.method) + ' ' + row.path + sample.rest,
                     QByteArray::number(QSIGNAL_CODE) + QMetaMethod::fromSignal(done).methodSignature(),
-                    sample.good, sample.prepare, row});
+                    sample.good, row});
     });
 
     Operation groups = *std::find_if(all.begin(), all.end(), [](const Operation& operation) {
@@ -144,7 +94,6 @@ QList<Operation> makeOperations()
     groups.name = "GetContacts of groups";
     groups.request = "GET /qdws/v1/contact_groups/anna";
     groups.good = "<query_time>77</query_time>" + groupXml(member + "1</contact>" + member + "2</contact>");
-    groups.prepare = withBook<TaskGetContacts>(ContactList::PersonalGroups);
     all.append(groups);
     return all;
 }
@@ -159,7 +108,26 @@ bool Operation::hasBody() const
 Task* Operation::make(FaxServer& server, const QString& host) const
 {
     Task* task = server.addTask(type);
-    prepare(*task, host);
+    const auto book =
+        request.contains("groups") ? ContactList::PersonalGroups : ContactList::PersonalContacts;
+    if (auto* get = qobject_cast<TaskGetFaxUser*>(task))
+        get->setUser(QStringLiteral("anna"));
+    else if (auto* modify = qobject_cast<TaskModifyFaxUser*>(task))
+        modify->setUser(anna(host));
+    else if (auto* submit = qobject_cast<TaskSchedule*>(task))
+        submit->setFaxDocument(fax());
+    else if (auto* abort = qobject_cast<TaskAbort*>(task))
+        abort->setFaxEntryUrl(QUrl(host + QStringLiteral("/qdws/v1/ofax/12")));
+    else if (auto* move = qobject_cast<TaskReschedule*>(task))
+        move->setFaxEntryUrl(QUrl(host + QStringLiteral("/qdws/v1/ofax/12")));
+    else if (auto* queue = qobject_cast<TaskGetFaxEntry*>(task))
+        queue->setTaskEntryType(TaskGetFaxEntry::EntryQueue);
+    else if (auto* entries = qobject_cast<TaskGetContacts*>(task))
+        entries->setContactsType(book);
+    else if (auto* oids = qobject_cast<TaskGetContactsOids*>(task))
+        oids->setContactsType(book);
+    else if (auto* change = qobject_cast<TaskChangeContact*>(task))
+        change->setContact(personAt(host + QStringLiteral("/qdws/v1/contacts/anna/7")), book);
     return task;
 }
 
@@ -169,26 +137,18 @@ const QList<Operation>& operations()
     return all;
 }
 
-namespace {
-
-const Operation& find(const std::function<bool(const Operation&)>& isWanted)
-{
-    const auto found = std::find_if(operations().begin(), operations().end(), isWanted);
-    if (found == operations().end())
-        qFatal("The table lacks an operation.");
-    return *found;
-}
-
-} // namespace
-
 const Operation& operation(Task::Type type)
 {
-    return find([type](const Operation& operation) { return operation.type == type; });
+    return operation(QByteArray(QMetaEnum::fromType<Task::Type>().valueToKey(type)));
 }
 
 const Operation& operation(const QByteArray& name)
 {
-    return find([&name](const Operation& operation) { return operation.name == name; });
+    const auto isWanted = [&name](const Operation& operation) { return operation.name == name; };
+    const auto found = std::find_if(operations().begin(), operations().end(), isWanted);
+    if (found == operations().end())
+        qFatal("The table lacks %s.", name.constData());
+    return *found;
 }
 
 void addOperationRows(const std::function<bool(const Operation&)>& wanted)

@@ -17,14 +17,12 @@ struct Operation
     QByteArray request; ///< Method and target.
     QByteArray done;    ///< The done signal.
     QByteArray good;    ///< The content of a reply that ends in the done signal.
-    /// Sets the parameters; URLs among them name @p host, "http://name:port".
-    std::function<void(Task& task, const QString& host)> prepare;
-    WebOperation row; ///< What the library's table says of it.
+    WebOperation row;   ///< What the library's table says of it.
 
     bool isChange() const { return !request.startsWith("GET"); }
     /// Whether it sends a body, and so must not be sent twice.
     bool hasBody() const;
-    /// The operation as a task of this server, not yet started.
+    /// The operation as a task of this server, not yet started; URLs of its parameters name @p host.
     Task* make(FaxServer& server, const QString& host = QStringLiteral("http://elsewhere:9")) const;
 };
 

@@ -68,13 +68,6 @@ void ScriptedServer::setMore(std::function<QByteArray(const WireRequest&)> more,
     m_interval = interval;
 }
 
-void ScriptedServer::sendMore(QTcpSocket* socket, const WireRequest& request)
-{
-    const QByteArray piece = m_more ? m_more(request) : QByteArray();
-    if (!piece.isEmpty())
-        socket->write(piece);
-}
-
 QByteArray ScriptedServer::reply(const QByteArray& body, const QByteArray& status,
                                  const QByteArray& moreHeaders)
 {
@@ -91,17 +84,13 @@ QByteArray ScriptedServer::bomb(int more)
 
 void ScriptedServer::incomingConnection(qintptr descriptor)
 {
-    QTcpSocket* socket = nullptr;
-    if (m_tls) {
-        auto* secure = new QSslSocket(this);
-        secure->setSocketDescriptor(descriptor);
+    auto* secure = m_tls ? new QSslSocket(this) : nullptr;
+    QTcpSocket* socket = secure ? secure : new QTcpSocket(this);
+    socket->setSocketDescriptor(descriptor);
+    if (secure) {
         secure->setLocalCertificate(m_certificate);
         secure->setPrivateKey(m_key);
         secure->startServerEncryption();
-        socket = secure;
-    } else {
-        socket = new QTcpSocket(this);
-        socket->setSocketDescriptor(descriptor);
     }
     m_connections[socket].number = ++m_connectionCount;
     connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
@@ -118,7 +107,8 @@ void ScriptedServer::read(QTcpSocket* socket)
     }
 }
 
-void ScriptedServer::hangUp(QTcpSocket* socket)
+/// False: nothing more is to be read.
+bool ScriptedServer::hangUp(QTcpSocket* socket)
 {
     m_connections.remove(socket);
     socket->disconnect(this);
@@ -126,16 +116,15 @@ void ScriptedServer::hangUp(QTcpSocket* socket)
     connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
     if (socket->state() == QAbstractSocket::UnconnectedState)
         socket->deleteLater();
+    return false;
 }
 
 /// Takes one request, or what there is of it, off a connection. False when more bytes are needed.
 bool ScriptedServer::readOne(QTcpSocket* socket, Connection& connection)
 {
     if (!connection.received.isEmpty() &&
-        (connection.received.at(0) < 'A' || connection.received.at(0) > 'Z')) {
-        hangUp(socket); // not HTTP
-        return false;
-    }
+        (connection.received.at(0) < 'A' || connection.received.at(0) > 'Z'))
+        return hangUp(socket); // not HTTP
     const int headEnd = connection.received.indexOf("\r\n\r\n");
     if (headEnd < 0)
         return false;
@@ -150,16 +139,12 @@ bool ScriptedServer::readOne(QTcpSocket* socket, Connection& connection)
         m_requests.append(request);
     }
     WireRequest& request = m_requests[connection.request];
-    if (m_hangUp == HangUp::AfterHead) {
-        hangUp(socket);
-        return false;
-    }
+    if (m_hangUp == HangUp::AfterHead)
+        return hangUp(socket);
     const int length = request.header("Content-Length").toInt();
     request.body = connection.received.mid(headEnd + 4, length);
-    if (m_hangUp == HangUp::InsideBody && length > 0 && request.body.size() >= length / 2) {
-        hangUp(socket);
-        return false;
-    }
+    if (m_hangUp == HangUp::InsideBody && length > 0 && request.body.size() >= length / 2)
+        return hangUp(socket);
     if (request.body.size() < length)
         return false;
 
@@ -168,25 +153,27 @@ bool ScriptedServer::readOne(QTcpSocket* socket, Connection& connection)
     connection.request = -1;
     if (m_hangUp == HangUp::NoAnswer)
         return true;
-    if (m_hangUp == HangUp::AfterBody || m_hangUp == HangUp::InsideBody || !m_answer) {
-        hangUp(socket);
-        return false;
-    }
+    if (m_hangUp == HangUp::AfterBody || m_hangUp == HangUp::InsideBody || !m_answer)
+        return hangUp(socket);
     const QByteArray answer = m_answer(request);
     if (m_hangUp == HangUp::InsideReply || m_hangUp == HangUp::AfterReply) {
         socket->write(m_hangUp == HangUp::InsideReply ? answer.left(answer.size() / 2) : answer);
-        hangUp(socket);
-        return false;
+        return hangUp(socket);
     }
     socket->write(answer);
+    const auto sendMore = [this, socket, request] {
+        const QByteArray piece = m_more(request);
+        if (!piece.isEmpty())
+            socket->write(piece);
+    };
     if (m_more && m_interval == 0) {
-        connect(socket, &QTcpSocket::bytesWritten, this, [this, socket, request] {
+        connect(socket, &QTcpSocket::bytesWritten, this, [socket, sendMore] {
             if (socket->bytesToWrite() == 0)
-                sendMore(socket, request);
+                sendMore();
         });
     } else if (m_more) {
         auto* timer = new QTimer(socket);
-        connect(timer, &QTimer::timeout, this, [this, socket, request] { sendMore(socket, request); });
+        connect(timer, &QTimer::timeout, this, sendMore);
         timer->start(m_interval);
     }
     return true;

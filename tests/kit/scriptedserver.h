@@ -42,6 +42,7 @@ public:
         AfterReply,  ///< After the answer.
         NoAnswer     ///< Keeps the connection and says nothing.
     };
+    Q_ENUM(HangUp)
 
     /// Whether it can speak TLS here, which takes the program openssl.
     static bool canTls();
@@ -91,8 +92,7 @@ private:
 
     void read(QTcpSocket* socket);
     bool readOne(QTcpSocket* socket, Connection& connection);
-    void hangUp(QTcpSocket* socket);
-    void sendMore(QTcpSocket* socket, const WireRequest& request);
+    bool hangUp(QTcpSocket* socket);
 
     bool m_tls;
     QSslCertificate m_certificate;

@@ -4,8 +4,10 @@
 
 #include "faxmanager.h"
 #include "faxserver.h"
-#include "scriptedserver.h"
+#include "operations.h"
+#include "testkit.h"
 
+#include <QMetaMethod>
 #include <QPointer>
 
 #include <functional>
@@ -27,16 +29,6 @@ public:
     }
 };
 
-/// A server, and the service behind it, which answers everything with @p answer.
-struct TaskWorld
-{
-    explicit TaskWorld(const QByteArray& answer = QByteArray()) { wire.setAnswer(answer); }
-
-    ScriptedServer wire;
-    FaxManager manager{noContacts};
-    BareServer server{manager, wire.address()};
-};
-
 /// A good answer with this content in its document element.
 inline QByteArray okReply(const QByteArray& content)
 {
@@ -51,27 +43,67 @@ public:
     Outcome(Task* task, const QByteArray& doneSignal)
         : task(task)
     {
-        connect(task, &Task::errorExecute, this, [this](Task::Status status) {
-            errors.append(status);
-            if (onOver)
-                onOver();
-        });
-        if (!connect(task, doneSignal.constData(), this, SLOT(slotDone())))
+        connect(task, &Task::errorExecute, this, &Outcome::end);
+        if (!connect(task, doneSignal.constData(), this, SLOT(end())))
             qFatal("no signal %s", doneSignal.constData());
     }
+    explicit Outcome(Task* task)
+        : Outcome(task, operation(task->type()).done)
+    {}
 
-    bool isOver() const { return done + errors.size() > 0; }
+    /// Runs the task until it has gone. How it ended: Unknown unless that was in one way, and once.
+    Task::Status run(int seconds = 60)
+    {
+        task->execute();
+        const bool isGone = spinUntil([this] { return !task; }, seconds);
+        return isGone && ends.size() == 1 ? ends.first() : Task::Unknown;
+    }
+    bool isOver() const { return !ends.isEmpty(); }
 
     QPointer<Task> task;
-    int done{0};
-    QList<Task::Status> errors;
+    QList<Task::Status> ends;     ///< Ok: done.
     std::function<void()> onOver; ///< Called with either outcome.
 
 public Q_SLOTS:
-    void slotDone()
+    void end(Task::Status status = Task::Ok)
     {
-        ++done;
+        ends.append(status);
         if (onOver)
             onOver();
     }
+};
+
+/// Runs a task to its end, which must be a good one, and returns what it brings.
+template <typename T, typename Owner, typename Result, typename... More>
+std::decay_t<Result> resultOf(T* task, void (Owner::*done)(Result, More...))
+{
+    using Value = std::decay_t<Result>;
+    const QByteArray name = task->metaObject()->className();
+    Value result{};
+    QObject::connect(task, done, task, [&result](const Value& brought) { result = brought; });
+    const auto signal = QMetaMethod::fromSignal(done).methodSignature();
+    if (Outcome(task, QByteArray::number(QSIGNAL_CODE) + signal).run() != Task::Ok)
+        qFatal("%s did not end well", name.constData());
+    return result;
+}
+
+/// A server, and the service behind it, which answers everything with @p answer.
+struct TaskWorld
+{
+    explicit TaskWorld(const QByteArray& answer = QByteArray(), bool tls = false)
+        : wire(tls)
+        , server(manager, wire.address(), tls)
+    {
+        wire.setAnswer(answer);
+    }
+
+    /// Runs an operation, a login by default, to its end.
+    Task::Status run(const Operation& operation = ::operation(Task::VerifyLogin), int seconds = 60)
+    {
+        return Outcome(operation.make(server)).run(seconds);
+    }
+
+    ScriptedServer wire;
+    FaxManager manager{noContacts};
+    BareServer server;
 };

@@ -10,6 +10,7 @@
 #include "faxdocument.h"
 #include "faxkit.h"
 #include "inboundfaxentry.h"
+#include "operations.h"
 #include "quendracontact.h"
 #include "shorthand.h"
 #include "tasks/taskabort.h"
@@ -133,13 +134,9 @@ public:
 
     QString figures() const
     {
-        return s("%1 books synchronised (%2 failed), %3 logs, %4 faxes, %5 downloads, %6 other failures")
-            .arg(m_world.counts->ends)
-            .arg(m_world.counts->errors)
-            .arg(m_logs)
-            .arg(m_faxes)
-            .arg(m_downloads)
-            .arg(m_failures);
+        return QString::asprintf(
+            "%d books synchronised (%d failed), %d logs, %d faxes, %d downloads, %d other failures",
+            m_world.counts->ends, m_world.counts->errors, m_logs, m_faxes, m_downloads, m_failures);
     }
 
 private:
@@ -176,34 +173,35 @@ private:
     template <typename T>
     T* task(Task::Type type)
     {
-        return qobject_cast<T*>(m_server->addTask(type));
+        return qobject_cast<T*>(operation(type).make(*m_server));
+    }
+
+    template <typename T, typename Signal, typename Slot>
+    void readLog(Task::Type type, Signal done, Slot slot)
+    {
+        auto* log = task<T>(type);
+        log->setCompleteLimit(50);
+        run(log, done, slot, [this] { readLogs(); });
     }
 
     void readLogs()
     {
+        using Queue = TaskGetFaxEntry;
+        using Sent = TaskGetOutboundFaxEntry;
+        using Received = TaskGetInboundFaxEntry;
         const auto count = [this] { ++m_logs; };
-        const auto next = [this] { readLogs(); };
         switch (++m_turn % 3) {
-        case 0: {
-            auto* log = task<TaskGetFaxEntry>(Task::GetFaxEntry);
-            log->setTaskEntryType(TaskGetFaxEntry::EntryQueue);
-            log->setCompleteLimit(50);
-            return run(log, &TaskGetFaxEntry::doneGetFaxEntry, count, next);
-        }
-        case 1: {
-            auto* log = task<TaskGetOutboundFaxEntry>(Task::GetOutboundFaxEntry);
-            log->setCompleteLimit(50);
-            return run(log, &TaskGetOutboundFaxEntry::doneGetFaxEntry, count, next);
-        }
-        default: {
-            auto* log = task<TaskGetInboundFaxEntry>(Task::GetInboundFaxEntry);
-            const auto keep = [this](const InboundFaxEntriesPtrListPtr& entries) {
-                ++m_logs;
-                if (!entries->isEmpty())
-                    m_document = entries->at(m_turn % entries->size())->location();
-            };
-            return run(log, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry, keep, next);
-        }
+        case 0:
+            return readLog<Queue>(Task::GetFaxEntry, &Queue::doneGetFaxEntry, count);
+        case 1:
+            return readLog<Sent>(Task::GetOutboundFaxEntry, &Sent::doneGetFaxEntry, count);
+        default:
+            return readLog<Received>(Task::GetInboundFaxEntry, &Received::doneGetInboundFaxEntry,
+                                     [this](const InboundFaxEntriesPtrListPtr& entries) {
+                                         ++m_logs;
+                                         if (!entries->isEmpty())
+                                             m_document = entries->at(m_turn % entries->size())->location();
+                                     });
         }
     }
 
@@ -246,25 +244,20 @@ private:
         auto* downloader = new Downloader(nullptr, m_world.faxes->nam());
         downloader->setDownloadPath(m_folder.path());
         ++m_running;
-        const auto ended = [this, downloader] {
-            // an error may be told twice
-            if (downloader == m_downloader) {
-                m_downloader = nullptr;
-                --m_running;
-                downloader->deleteLater();
-                later([this] { download(); });
-            }
-        };
-        m_downloader = downloader;
+        QObject::connect(downloader, &QObject::destroyed, &m_context, [this] {
+            --m_running;
+            later([this] { download(); });
+        });
         QObject::connect(downloader, &Downloader::downloadFinished, &m_context,
-                         [this, ended](const QString& file) {
+                         [this, downloader](const QString& file) {
                              ++m_downloads;
                              QFile::remove(file);
-                             ended();
+                             downloader->deleteLater();
                          });
-        QObject::connect(downloader, &Downloader::downloadError, &m_context, [this, ended] {
+        // an error may be told twice, and counts so
+        QObject::connect(downloader, &Downloader::downloadError, &m_context, [this, downloader] {
             ++m_failures;
-            ended();
+            downloader->deleteLater();
         });
         downloader->download(url, false);
     }
@@ -284,20 +277,19 @@ private:
     int m_failures{0};
     QUrl m_fax;
     QUrl m_document;
-    Downloader* m_downloader{nullptr};
 };
 
 Sample median(const QVector<Sample>& samples, int begin, int count)
 {
-    QVector<int> rss;
-    QVector<int> fds;
-    for (int i = std::max(begin, 0); i < std::min(begin + count, int(samples.size())); ++i) {
-        rss.append(samples.at(i).rss);
-        fds.append(samples.at(i).fds);
-    }
-    std::sort(rss.begin(), rss.end());
-    std::sort(fds.begin(), fds.end());
-    return {rss.value(rss.size() / 2), fds.value(fds.size() / 2)};
+    const QVector<Sample> window = samples.mid(std::max(begin, 0), count);
+    const auto middle = [&window](int Sample::*member) {
+        QVector<int> values;
+        for (const Sample& one : window)
+            values.append(one.*member);
+        std::sort(values.begin(), values.end());
+        return values.value(values.size() / 2);
+    };
+    return {middle(&Sample::rss), middle(&Sample::fds)};
 }
 
 int run(double minutes, quint32 seed, int leak)
@@ -365,19 +357,14 @@ int run(double minutes, quint32 seed, int leak)
     verdict(same, s("the store is the server's, %1 entries").arg(entries));
     const SyncCounts& counts = *soak.world().counts;
     verdict(counts.isPaired() && counts.starts > 0,
-            s("starts and stops: %1 and %2 of the manager, %3 and %4 of the provider")
-                .arg(counts.starts)
-                .arg(counts.stops)
-                .arg(counts.providerStarts)
-                .arg(counts.providerStops));
+            QString::asprintf("starts and stops: %d and %d of the manager, %d and %d of the provider",
+                              counts.starts, counts.stops, counts.providerStarts, counts.providerStops));
     const int window = std::max(1, seconds / 6);
     const Sample before = median(samples, std::min(window, 300), window);
     const Sample after = median(samples, seconds - window, window);
     verdict(after.rss <= before.rss + before.rss / 20 + 2048,
-            s("memory: %1 KiB after the first %2 s, %3 KiB at the end")
-                .arg(before.rss)
-                .arg(std::min(window, 300))
-                .arg(after.rss));
+            QString::asprintf("memory: %d KiB after the first %d s, %d KiB at the end", before.rss,
+                              std::min(window, 300), after.rss));
     // a connection more or less may be open at one moment; more than that is a leak
     verdict(after.fds <= before.fds + 1, s("open files: %1, then %2").arg(before.fds).arg(after.fds));
     std::printf("%s; %s\n", failed == 0 ? "passed" : "FAILED", qPrintable(soak.figures()));
