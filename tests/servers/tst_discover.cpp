@@ -14,6 +14,9 @@ const QByteArray sentinel = "200 OK\ninet_addr:sentinel\n";
 /// The most that fits into a datagram, in bytes.
 const int largestDatagram = 65507;
 
+/// What a receiver of an entry does.
+enum Receiver { Listens, RunsEvents, Stops, Restarts, Destroys };
+
 } // namespace
 
 /// Runs in a network of its own (own-network.sh); elsewhere nothing is ever sent.
@@ -164,6 +167,57 @@ private Q_SLOTS:
         QVERIFY(!m_timeOut->wait(100));
         QCOMPARE(m_timeOut->size(), 1);
         QCOMPARE(m_timerEvents, 1);
+    }
+
+    void answersInTimeAreReportedByABusyThread_data()
+    {
+        QTest::addColumn<int>("receiver");
+        QTest::addColumn<int>("reported");
+        QTest::newRow("only listens") << int(Listens) << 100;
+        QTest::newRow("runs an event loop") << int(RunsEvents) << 100;
+        QTest::newRow("stops the search") << int(Stops) << 1;
+        QTest::newRow("starts another") << int(Restarts) << 1;
+        QTest::newRow("destroys it") << int(Destroys) << 1;
+    }
+    void answersInTimeAreReportedByABusyThread()
+    {
+        QFETCH(int, receiver);
+        QFETCH(int, reported);
+        connect(m_discover.get(), &Discover::discoveredEntry, this, [this, receiver] {
+            if (receiver == RunsEvents)
+                QCoreApplication::processEvents();
+            else if (receiver == Stops)
+                m_discover->stopDiscover();
+            else if (receiver == Restarts)
+                m_discover->startDiscover(60000);
+            else if (receiver == Destroys)
+                m_discover.reset();
+        });
+        m_discover->startDiscover(1);
+        QVERIFY(m_server.waitForReadyRead(20000));
+        for (int i = 0; i < 100; ++i)
+            answer(sentinel);
+        QTest::qSleep(20); // the time is up before the event loop has its turn
+        const bool goesOn = receiver == Listens || receiver == RunsEvents;
+        QCOMPARE(m_timeOut->wait(goesOn ? 20000 : 100), goesOn);
+        QCOMPARE(m_found.size(), reported);
+        if (receiver != Destroys)
+            QTRY_COMPARE(sockets(), receiver == Restarts ? 1 : 0);
+    }
+
+    void answersAreReportedWhileTheSocketExists()
+    {
+        int foundInside = 0;
+        connect(m_discover.get(), &Discover::timeOutDiscover, this, [this, &foundInside] {
+            answer(sentinel);
+            QTRY_COMPARE(m_found.size(), 1); // a dialog runs the event loop here
+            foundInside = m_found.size();
+        });
+        m_discover->startDiscover(1);
+        QVERIFY(m_server.waitForReadyRead(20000));
+        QVERIFY(m_timeOut->wait());
+        QCOMPARE(foundInside, 1);
+        QTRY_COMPARE(sockets(), 0);
     }
 
     void restartLeavesTheSecondSearch()
