@@ -1,6 +1,8 @@
 // The configured servers: their state, their list and their place in the settings file.
 
 #include "contact.h"
+#include "contactmanager.h"
+#include "faxdocument.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "quendrastorage.h"
@@ -58,6 +60,9 @@ QByteArray saved(const IQuendraStorage& object)
     object.writeStorage(document, root, 1);
     return document.toByteArray(1);
 }
+
+/// What a slot does to a server that is being added.
+enum End { ManagerDestroyed, ServerDestroyed, ServerDeleted };
 
 } // namespace
 
@@ -127,6 +132,35 @@ private Q_SLOTS:
         server.setLastStatus(Task::Ok);
         server.setAddress(s("h"));
         QCOMPARE(server.lastStatus(), Task::Ok);
+    }
+
+    void userIsTakenOver()
+    {
+        FaxManager manager(noContacts);
+        OpenServer server(manager);
+        QuendraInfo info;
+        info.setVersion(s("3.6.1"));
+        server.setInfo(info);
+        FaxUser user;
+        QuendraContact contact;
+        contact.setName(s("Anna"));
+        user.setContact(contact);
+        user.setDefaultCoverPage(s("plain"));
+        user.useCoverPage(true);
+        FaxUserScheduleOptions options;
+        options.setPriority(FaxUserScheduleOptions::Priority5);
+        user.setScheduleOptions(options);
+
+        FaxUser told;
+        connect(&server, &FaxServer::changedFaxUser, this, [&told](const FaxUser& user) { told = user; });
+        server.setUser(user);
+        for (const FaxUser& taken : {server.user(), told}) {
+            QCOMPARE(taken.contact().name(), s("Anna"));
+            QCOMPARE(taken.defaultCoverpage(), s("plain"));
+            QVERIFY(taken.isUsedCoverPage());
+            QCOMPARE(taken.faxScheduleOptions().priority(), FaxUserScheduleOptions::Priority5);
+            QVERIFY(taken.isSupportReceiptOptions());
+        }
     }
 
     void version_data()
@@ -220,6 +254,9 @@ private Q_SLOTS:
         QCOMPARE(int(server->user().faxScheduleOptions().priority()), 5);
         QVERIFY(server->user().isSupportReceiptOptions());
         QVERIFY(server->isConnected());
+        FaxDocument fax; // a new one begins with the user's options
+        fax.setFaxSchedule(server->user().faxScheduleOptions());
+        QCOMPARE(fax.faxSchedule().maxTries(), 7);
 
         // a refusal ends the chain at its first step
         wire.setAnswer(ScriptedServer::reply("<r><message>no</message></r>"));
@@ -342,6 +379,40 @@ private Q_SLOTS:
         QTRY_VERIFY(manager.findChildren<FaxServer*>().isEmpty());
     }
 
+    void slotsMayEndAServerThatIsBeingAdded_data()
+    {
+        const Rows<int> row("end");
+        row("manager destroyed", ManagerDestroyed);
+        row("server destroyed", ServerDestroyed);
+        row("server deleted", ServerDeleted);
+    }
+    void slotsMayEndAServerThatIsBeingAdded()
+    {
+        QFETCH(int, end);
+        ContactManager contacts;
+        QPointer<FaxManager> manager = new FaxManager(&contacts);
+        QMetaObject::Connection ending;
+        ending = connect(&contacts, &ContactManager::changedContactProviderList, this, [&] {
+            disconnect(ending);
+            auto* server = manager->findChild<FaxServer*>();
+            if (end == ManagerDestroyed)
+                delete manager;
+            else if (end == ServerDestroyed)
+                delete server;
+            else
+                manager->deleteServer(server);
+        });
+        const QPointer<FaxServer> ended = manager->addServer(s("127.0.0.1:1"), false, s("anna"), s("x"));
+        QTRY_VERIFY(!ended);
+        QCOMPARE(!manager, end == ManagerDestroyed);
+        if (manager) {
+            QVERIFY(manager->servers().isEmpty());
+            QCOMPARE(manager->defaultServerIndex(), -1);
+            QVERIFY(manager->isDefaultServer(manager->addServer(s("127.0.0.1:1"), false, s("bob"), s("x"))));
+            delete manager;
+        }
+    }
+
     void routing()
     {
         FaxManager manager(noContacts);
@@ -450,6 +521,13 @@ private Q_SLOTS:
         QVERIFY(storage.Load(other));
         QCOMPARE(other.servers().size(), 1);
         QCOMPARE(other.defaultServer()->password(), s("secret"));
+#ifdef Q_OS_UNIX
+        // a file that others could read, as one written by an editor
+        QVERIFY(QFile::setPermissions(storage.filename(), QFile::ReadOwner | QFile::WriteOwner |
+                                                              QFile::ReadGroup | QFile::ReadOther));
+        QVERIFY(storage.Save(manager));
+        QVERIFY(!(QFile::permissions(storage.filename()) & (QFile::ReadGroup | QFile::ReadOther)));
+#endif
     }
 };
 
