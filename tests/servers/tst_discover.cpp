@@ -46,6 +46,9 @@ class TestDiscover : public QObject
         return QObject::eventFilter(watched, event);
     }
 
+    int m_queued{0};
+    Q_SLOT void receive(const DiscoverEntry&) { ++m_queued; }
+
     int sockets() const { return m_discover->findChildren<QUdpSocket*>().size(); }
 
 private Q_SLOTS:
@@ -140,6 +143,9 @@ private Q_SLOTS:
     {
         m_discover->startDiscover(0);
         QTRY_VERIFY(!m_queries.isEmpty());
+        QVERIFY(connect(m_discover.get(), SIGNAL(discoveredEntry(DiscoverEntry)),
+                        this, // needs the type's name
+                        SLOT(receive(DiscoverEntry)), Qt::QueuedConnection));
         for (int i = 0; i < 150; ++i)
             answer(sentinel);
         // Other events have their turn in between.
@@ -149,6 +155,7 @@ private Q_SLOTS:
                 QTimer::singleShot(0, this, [this, &foundBefore] { foundBefore = m_found.size(); });
         });
         QTRY_COMPARE(m_found.size(), 150);
+        QTRY_COMPARE(m_queued, 150);
         QVERIFY(foundBefore > 0 && foundBefore < 150);
     }
 

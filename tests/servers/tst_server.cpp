@@ -32,13 +32,6 @@ public:
     using FaxServer::setLastStatus;
 };
 
-/// A server without the login that a manager would start.
-struct World
-{
-    FaxManager manager{noContacts};
-    OpenServer server{manager};
-};
-
 /// Adds a server that nobody answers for.
 QPointer<FaxServer> add(FaxManager& manager, const char* login, const char* password = "")
 {
@@ -93,8 +86,8 @@ private Q_SLOTS:
 
     void statusFollowsOutcomes()
     {
-        World world;
-        OpenServer& server = world.server;
+        TaskWorld world;
+        OpenServer server(world.manager);
         QStringList events;
         connect(&server, &FaxServer::changedConnected, this, [&](bool on) { events << s("c%1").arg(on); });
         connect(&server, &FaxServer::changedLastStatus, this,
@@ -123,8 +116,8 @@ private Q_SLOTS:
 
     void setters()
     {
-        World world;
-        OpenServer& server = world.server;
+        TaskWorld world;
+        OpenServer server(world.manager);
         QSignalSpy changes(&server, &FaxServer::changedLastStatus);
         const auto resets = [&server](auto set) {
             server.setLastStatus(Task::Ok);
@@ -143,8 +136,8 @@ private Q_SLOTS:
 
     void userIsTakenOver()
     {
-        World world;
-        OpenServer& server = world.server;
+        TaskWorld world;
+        FaxServer& server = world.server;
         server.setInfo(infoOf("3.6.1"));
         FaxUser user;
         QuendraContact contact;
@@ -223,8 +216,8 @@ private Q_SLOTS:
 
     void preambule()
     {
-        World world;
-        OpenServer& server = world.server;
+        TaskWorld world;
+        FaxServer& server = world.server;
         server.setAddress(s("123456789012345"));
         QCOMPARE(server.getServerPreambule(), s("123456789012345"));
         QuendraInfo info = infoOf("", "M40");
@@ -242,10 +235,11 @@ private Q_SLOTS:
 
     void loginChain()
     {
-        ScriptedServer wire;
+        TaskWorld world;
+        ScriptedServer& wire = world.wire;
         wire.setAnswer([](const WireRequest& request) { return answerLogin(request, "ABC40", "3.6.1"); });
-        FaxManager manager(noContacts);
-        const QPointer<FaxServer> server = manager.addServer(wire.address(), false, s("anna"), s("x"));
+        FaxServer* const server = &world.server;
+        server->verifyUser(false);
         QCOMPARE(server->lastStatus(), Task::Unknown);
         QSignalSpy infoChanged(server, &FaxServer::changedQuendraInfo);
         QSignalSpy userChanged(server, &FaxServer::changedFaxUser);
@@ -274,10 +268,11 @@ private Q_SLOTS:
 
     void protocolOneKeepsSchedule()
     {
-        ScriptedServer wire;
+        TaskWorld world;
+        ScriptedServer& wire = world.wire;
         wire.setAnswer([](const WireRequest& request) { return answerLogin(request, "ABC41", "3.2.7"); });
-        FaxManager manager(noContacts);
-        const QPointer<FaxServer> server = manager.addServer(wire.address(), false, s("anna"), s("x"));
+        FaxServer* const server = &world.server;
+        server->verifyUser(false);
         QSignalSpy userChanged(server, &FaxServer::changedFaxUser);
         QVERIFY(userChanged.wait());
         QCOMPARE(int(server->user().faxScheduleOptions().priority()), 3);
@@ -326,7 +321,7 @@ private Q_SLOTS:
 
     void typesOutsideAreRefused()
     {
-        World world;
+        TaskWorld world;
         QVERIFY(!world.server.addTask(Task::Type(-1)));
         QVERIFY(!world.server.addTask(Task::Type(18)));
         QCOMPARE(world.server.addTask(Task::Type(17))->parent(), &world.server);
