@@ -78,6 +78,8 @@ private Q_SLOTS:
         m_queries.clear();
         m_found.clear();
         m_discover.reset(new Discover);
+        m_discover->installEventFilter(this);
+        m_timerEvents = 0;
         m_timeOut.reset(new QSignalSpy(m_discover.get(), &Discover::timeOutDiscover));
         connect(m_discover.get(), &Discover::discoveredEntry, this, [this](const DiscoverEntry& entry) {
             m_found.append(QStringList{entry.inetAddr, entry.model, entry.version}.join(QLatin1Char('|')));
@@ -161,8 +163,6 @@ private Q_SLOTS:
 
     void timeOutComesOnce()
     {
-        m_timerEvents = 0;
-        m_discover->installEventFilter(this);
         m_discover->startDiscover(20);
         QVERIFY(m_timeOut->wait());
         QTRY_COMPARE(sockets(), 0);
@@ -187,17 +187,17 @@ private Q_SLOTS:
         for (const bool busy : {false, true}) {
             init();
             connect(m_discover.get(), &Discover::discoveredEntry, this, [this, receiver] {
-                if (receiver == RunsEvents)
-                    QCoreApplication::processEvents();
-                else if (receiver == Stops)
+                if (receiver == Stops)
                     m_discover->stopDiscover();
                 else if (receiver == Restarts)
                     m_discover->startDiscover(60000);
                 else if (receiver == Destroys)
                     m_discover.reset();
+                if (receiver == Listens)
+                    return;
                 // A dialog would run the event loop here.
-                if (receiver != Listens)
-                    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+                QCoreApplication::processEvents();
+                QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             });
             m_discover->startDiscover(busy ? 1 : 0);
             QVERIFY(m_server.waitForReadyRead(20000));
@@ -248,6 +248,7 @@ private Q_SLOTS:
         QTRY_COMPARE(sockets(), 0);
         answer(sentinel);
         QVERIFY(!m_timeOut->wait(100));
+        QCOMPARE(m_timerEvents, 0);
         QVERIFY(m_found.isEmpty());
     }
 

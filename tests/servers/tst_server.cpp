@@ -342,6 +342,7 @@ private Q_SLOTS:
 
         manager.setDefaultServer(servers[2]);
         manager.setUserServer(servers[3]);
+        manager.setUserServer(nullptr); // none of the list changes nothing
         QCOMPARE(changed.count(), 5);
         QCOMPARE(manager.usertServer(), servers[3]);
 
@@ -421,6 +422,16 @@ private Q_SLOTS:
         QTRY_COMPARE(asked("/users/"), 2);
         QVERIFY(!contacts.isSync());
         QCOMPARE(asked("/contact"), before);
+
+        // users are read anew from servers that answered last
+        const QPointer<FaxServer> server = manager.defaultServer();
+        QTRY_VERIFY(server->findChildren<Task*>().isEmpty());
+        server->slotError(Task::AuthError);
+        manager.updateContacts();
+        server->slotDone();
+        manager.updateContacts();
+        QTRY_VERIFY(server->findChildren<Task*>().isEmpty());
+        QCOMPARE(asked("/users/"), 3);
     }
 
     void routing()
