@@ -24,7 +24,8 @@ public:
     static constexpr qint64 maxFileSize = qint64(512) * 1024 * 1024;
 
     /// The whole file in base64, padded, without line breaks, as the element "content" carries it. Empty when
-    /// the file is empty, larger than maxFileSize, or cannot be read to its end.
+    /// the file is empty, larger than maxFileSize, or cannot be read to its end, and when it is no regular
+    /// file: reading a pipe or a device could hold the caller for ever. Who attaches one spools it first.
     QString toBase64() const;
 
 private:

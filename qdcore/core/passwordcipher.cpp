@@ -148,14 +148,8 @@ QByteArray PasswordCipher::decipher(const QByteArray& cipher)
             return fail(ErrorIntegrityFailed);
     }
 
-    if (flags & FlagCompressed) {
-        if (!isPlausiblyCompressed(block))
-            return fail(ErrorIntegrityFailed);
-        const bool isEmpty = qFromBigEndian<quint32>(block.constData()) == 0;
-        block = qUncompress(block);
-        if (block.isEmpty() != isEmpty)
-            return fail(ErrorIntegrityFailed);
-    }
+    if (flags & FlagCompressed)
+        block = isPlausiblyCompressed(block) ? qUncompress(block) : QByteArray();
 
     m_lastError = ErrorNoError;
     return block;

@@ -48,7 +48,8 @@ public:
     /// Base64 of the enciphered UTF-8 of @p plain.
     QString encipherText(const QString& plain);
 
-    /// Fewer than 3 bytes give an empty result and leave lastError() as it was.
+    /// Fewer than 3 bytes give an empty result and leave lastError() as it was. What passes as whole and
+    /// cannot be decompressed reads as empty: that is no error.
     QByteArray decipher(const QByteArray& cipher);
     /// The reverse of encipherText(). A text of another origin gives an empty result.
     QString decipherText(const QString& cipher);

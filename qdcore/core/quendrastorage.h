@@ -26,8 +26,11 @@ public:
     /// Writes the object into the file, replacing what was there. False when the object refuses to be written
     /// (the file is untouched then), when the file cannot be opened, or when not everything could be written
     /// (the file is truncated then). Who cannot afford that saves to a side file and renames it.
-    /// The text is in the codec of the locale (QTextCodec::codecForLocale()), while the file says UTF-8: a
-    /// client sets that codec to UTF-8 at its start, or names outside of ASCII do not come back on Windows.
+    /// Nobody but the owner may read or write the file from then on, whatever its rights were: there are
+    /// passwords in it. Who shares it (a group, a backup under another account) grants the rights anew after
+    /// each call. The text is in the codec of the locale (QTextCodec::codecForLocale()), while the file says
+    /// UTF-8: a client sets that codec to UTF-8 at its start, or names outside of ASCII do not come back on
+    /// Windows.
     bool Save(const IQuendraStorage& object);
 
     /// Lets the object read the file's root element. False when the file cannot be opened (the object is not

@@ -15,8 +15,10 @@ public:
     FaxScheduleOptions& operator=(const FaxScheduleOptions&) = default;
 
     //@{
-    /// Takes over what the two forms of options share; date and message stay as they are.
-    explicit FaxScheduleOptions(const BaseScheduleOptions& options);
+    /// Takes over what the two forms of options share; date and message stay as they are. A conversion, so
+    /// that a fax takes the options of FaxUser::faxScheduleOptions() as they come.
+    // cppcheck-suppress noExplicitConstructor
+    FaxScheduleOptions(const BaseScheduleOptions& options);
     FaxScheduleOptions& operator=(const BaseScheduleOptions& options);
     //@}
 

@@ -17,6 +17,12 @@ const int repetitions = 3;
 /// Datagrams read before the event loop has its turn again; a flood would keep it for ever.
 const int datagramsAtOnce = 64;
 
+/// Datagrams read when the time is up: more than a socket holds, but a flood shall not go on for ever.
+const int datagramsAtEnd = 4096;
+
+/// No timer has this id.
+const int timeIsUp = -1;
+
 } // namespace
 
 Discover::Discover(QObject* parent)
@@ -53,10 +59,9 @@ void Discover::startDiscover(int timeout)
 
 void Discover::stopDiscover()
 {
-    if (m_timerId != 0) {
+    if (m_timerId > 0)
         killTimer(m_timerId);
-        m_timerId = 0;
-    }
+    m_timerId = 0;
     const QList<QUdpSocket*> sockets = findChildren<QUdpSocket*>(QString(), Qt::FindDirectChildrenOnly);
     for (QUdpSocket* socket : sockets) {
         socket->disconnect(this); // nothing that has come is reported any more
@@ -68,7 +73,21 @@ void Discover::timerEvent(QTimerEvent* event)
 {
     if (m_timerId == 0 || event->timerId() != m_timerId)
         return;
-    stopDiscover();
+    killTimer(m_timerId);
+    m_timerId = timeIsUp;
+
+    // When the thread was busy, what came in time still waits in the socket, the youngest if there are
+    // several. A receiver may stop, restart or destroy the search.
+    const QPointer<Discover> self(this);
+    QUdpSocket* const socket = findChildren<QUdpSocket*>(QString(), Qt::FindDirectChildrenOnly).last();
+    for (int i = 0; i < datagramsAtEnd && socket->hasPendingDatagrams(); ++i) {
+        readDatagram(*socket);
+        if (!self || m_timerId != timeIsUp)
+            return;
+    }
+    m_timerId = 0;
+    // Not disconnected: as long as it exists it is listened to.
+    socket->deleteLater();
     Q_EMIT timeOutDiscover();
 }
 
@@ -77,16 +96,19 @@ void Discover::processDiscover()
     const QPointer<QUdpSocket> socket = qobject_cast<QUdpSocket*>(sender());
     // A receiver may destroy this object, and the socket with it, or stop the search and run an event loop,
     // which destroys the socket alone.
-    for (int i = 0; socket && i < datagramsAtOnce && socket->hasPendingDatagrams(); ++i) {
-        // An empty datagram has size 0 and is read like any other, else it would stay in front of the rest.
-        const qint64 size = qMax<qint64>(socket->pendingDatagramSize(), 0);
-        QByteArray datagram(static_cast<int>(size), Qt::Uninitialized);
-        QHostAddress sender;
-        quint16 port = 0;
-        if (socket->readDatagram(datagram.data(), size, &sender, &port) != size)
-            continue;
-        DiscoverEntry entry;
-        if (readDiscoverReply(datagram, entry))
-            Q_EMIT discoveredEntry(entry);
-    }
+    for (int i = 0; socket && i < datagramsAtOnce && socket->hasPendingDatagrams(); ++i)
+        readDatagram(*socket);
+}
+
+/// Reads the next datagram and reports it if it is an answer; then this object may be gone.
+void Discover::readDatagram(QUdpSocket& socket)
+{
+    // An empty datagram has size 0 and is read like any other, else it would stay in front of the rest.
+    const qint64 size = qMax<qint64>(socket.pendingDatagramSize(), 0);
+    QByteArray datagram(static_cast<int>(size), Qt::Uninitialized);
+    if (socket.readDatagram(datagram.data(), size) != size)
+        return;
+    DiscoverEntry entry;
+    if (readDiscoverReply(datagram, entry))
+        Q_EMIT discoveredEntry(entry);
 }

@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+class QUdpSocket;
+
 /**
  * Finds fax servers on the local network.
  *
@@ -25,7 +27,7 @@ public:
     /// until stopDiscover().
     void startDiscover(int timeout);
 
-    /// Ends the search without a signal.
+    /// Ends the search without a signal; nothing that has come is reported any more.
     void stopDiscover();
 
 Q_SIGNALS:
@@ -33,7 +35,8 @@ Q_SIGNALS:
     /// answer is reported: merge by DiscoverEntry::inetAddr.
     void discoveredEntry(const DiscoverEntry& entry);
 
-    /// The time is up and the search has ended.
+    /// The time is up and the search has ended. Answers that came in time have been reported before; one that
+    /// comes while a slot of this signal runs an event loop still is.
     void timeOutDiscover();
 
 protected:
@@ -43,5 +46,8 @@ private Q_SLOTS:
     void processDiscover();
 
 private:
-    int m_timerId{0}; ///< Of the pending time-out, 0 when there is none.
+    void readDatagram(QUdpSocket& socket);
+
+    /// Of the pending time-out, 0 when there is none; timeIsUp while the last answers are reported.
+    int m_timerId{0};
 };

@@ -16,6 +16,10 @@ namespace {
 /// "(n)" goes in front of the dot and the three letters of an extension.
 const int extensionLength = 4;
 
+/// Stands in front of a name without a folder: Qt would look the part before a colon up among its search
+/// paths.
+const QLatin1String currentFolder("./");
+
 /// How much waits in the access manager to be written, in bytes. Without a limit its thread goes on reading,
 /// and decompressing, whatever a server sends, faster than it can be written. When the connection is cut,
 /// what is beyond the limit is lost: for plain content there is room for what piles up in a busy moment.
@@ -91,11 +95,7 @@ QString Downloader::targetPath(const QString& fileName) const
 {
     if (!isFileName(fileName))
         return QString();
-    // Without a folder in front, Qt would look the part before the colon up among its search paths.
-    if (m_downloadPath.isEmpty() && fileName.contains(QLatin1Char(':')))
-        return QString();
-
-    QString path = m_downloadPath.isEmpty() ? fileName : m_downloadPath + QDir::separator() + fileName;
+    QString path = (m_downloadPath.isEmpty() ? currentFolder : m_downloadPath + QDir::separator()) + fileName;
     for (int n = 1;; ++n) {
         const QFileInfo info(path);
         if (!isTaken(info))
@@ -120,10 +120,10 @@ void Downloader::download(QUrl url, bool secure)
         return;
     }
 
-    m_filePath = filePath;
+    m_filePath = m_downloadPath.isEmpty() ? filePath.mid(currentFolder.size()) : filePath;
     if (m_file.isOpen())
         m_file.close();
-    m_file.setFileName(m_filePath);
+    m_file.setFileName(filePath);
     // Nothing has this name now. Should a link appear meanwhile, it is not followed.
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
         Q_EMIT downloadError(FileError);

@@ -15,8 +15,8 @@ class QUrl;
  * Fetches one file at a time over HTTP or HTTPS into a folder.
  *
  * Owned by its creator; lives on a thread with an event loop, that of the access manager, which it shares and
- * does not own. The data is written as it arrives. Destroying the object or the
- * manager, which any slot may do, ends a running download without a signal.
+ * does not own. The data is written as it arrives. Destroying the object or the manager, which any slot may
+ * do, ends a running download without a signal.
  *
  * The name of the file comes from the URL, and so from a server. Whatever it is, nothing outside the folder
  * is opened, replaced or deleted.
@@ -34,7 +34,7 @@ public:
     };
     Q_ENUM(Error)
 
-    /// @p manager must outlive the object.
+    /// Once @p manager is gone, download() must not be called any more.
     Downloader(QObject* parent, QNetworkAccessManager& manager);
     ~Downloader() override;
 

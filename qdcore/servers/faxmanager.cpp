@@ -37,9 +37,17 @@ QPointer<FaxServer> FaxManager::addServer(const QPointer<FaxServer>& server, boo
 {
     if (!server)
         return server;
-    connect(server, &FaxServer::changedLastStatus, this, &FaxManager::slotChangedServerStatus);
+    const QMetaObject::Connection watch =
+        connect(server, &FaxServer::changedLastStatus, this, &FaxManager::slotChangedServerStatus);
     server->verifyUser(syncContacts);
     server->initProvider();
+    // A slot that heard of the new provider may have destroyed the server or all of this, or deleted the
+    // server again: each of it ends the connection.
+    if (!watch) {
+        if (server)
+            server->deinitProvider();
+        return server;
+    }
     m_servers.append(server);
     if (m_defaultIndex < 0)
         m_defaultIndex = m_servers.size() - 1;
@@ -54,9 +62,10 @@ void FaxManager::deleteServer(const QPointer<FaxServer>& server)
     // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): hence the copy
     const QPointer<FaxServer> removed = server;
     const int index = m_servers.indexOf(removed);
+    // also of one that is still being added
+    if (removed)
+        disconnect(removed, &FaxServer::changedLastStatus, this, &FaxManager::slotChangedServerStatus);
     if (index >= 0) {
-        if (removed)
-            disconnect(removed, &FaxServer::changedLastStatus, this, &FaxManager::slotChangedServerStatus);
         m_servers.removeAt(index);
         if (index == m_defaultIndex)
             m_defaultIndex = m_servers.isEmpty() ? -1 : 0;

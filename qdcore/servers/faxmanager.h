@@ -44,7 +44,8 @@ public:
     const QPointer<ContactManager>& conatctManager() const { return m_contactManager; }
 
     /// Adds a server and starts its login, FaxServer::verifyUser(); its contact books are synchronised after
-    /// it. The first server becomes the default. @p address may carry a port.
+    /// it. The first server becomes the default. @p address may carry a port. Null when a slot of the contact
+    /// manager's signals has destroyed the server meanwhile, or this manager.
     QPointer<FaxServer> addServer(const QString& address, bool useSSL, const QString& login,
                                   const QString& password);
 

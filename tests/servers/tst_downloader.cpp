@@ -6,6 +6,8 @@
 #include <QNetworkAccessManager>
 #include <QtTest>
 
+#include <algorithm>
+
 #ifdef Q_OS_UNIX
 #include <csignal>
 #include <sys/resource.h>
@@ -23,7 +25,10 @@ QByteArray contents(const QString& path)
 
 QStringList names(const QString& folder)
 {
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    QStringList all =
+        QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    std::sort(all.begin(), all.end());
+    return all;
 }
 
 } // namespace
@@ -40,7 +45,7 @@ class TestDownloader : public QObject
     QScopedPointer<QSignalSpy> m_failed;
 
     QString folder() const { return m_outside->filePath(s("downloads")); }
-    QString target(const char* name) const { return folder() + QDir::separator() + QString::fromUtf8(name); }
+    QString target(const QByteArray& name) const { return folder() + QDir::separator() + s(name); }
 
     /// @p path as it stands in a URL.
     QUrl url(const QByteArray& path) const
@@ -53,9 +58,12 @@ class TestDownloader : public QObject
         return QTest::qWaitFor([this] { return !m_finished->isEmpty() || !m_failed->isEmpty(); }, 20000);
     }
 
-    /// Downloads what a path names, until it ends either way.
+    /// Downloads what a path names, until it ends either way, after what was before.
     bool fetch(const QByteArray& path)
     {
+        m_finished->clear();
+        m_failed->clear();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         m_downloader->download(url(path), false);
         return ends();
     }
@@ -72,13 +80,15 @@ private Q_SLOTS:
     void init()
     {
         m_outside.reset(new QTemporaryDir);
-        QVERIFY(QDir().mkpath(folder()));
+        QVERIFY(QDir().mkpath(folder()) && QDir::setCurrent(folder()));
         useServer(new ScriptedServer);
         m_downloader.reset(new Downloader(nullptr, m_manager));
         m_downloader->setDownloadPath(folder());
         m_finished.reset(new QSignalSpy(m_downloader.data(), &Downloader::downloadFinished));
         m_failed.reset(new QSignalSpy(m_downloader.data(), &Downloader::downloadError));
     }
+
+    void cleanup() { QVERIFY(QDir::setCurrent(QDir::tempPath())); }
 
     void bytesArrive_data()
     {
@@ -133,90 +143,86 @@ private Q_SLOTS:
                 s("downloader.cpp Downloader: next data chunk was obtained."),
                 s("downloader.cpp Downloader: file %1 was obtained successfully.").arg(target("a.tif"))}));
         QVERIFY(!log.text().contains(s("ss w")));
+
+        // nor does the access manager keep them for who asks next
+        m_server->setAnswer(ScriptedServer::reply("", "401 No\r\nWWW-Authenticate: Basic realm=\"x\""));
+        QScopedPointer<QNetworkReply> other(m_manager.get(QNetworkRequest(url("/b.tif"))));
+        QTRY_VERIFY(other->isFinished());
+        QCOMPARE(m_server->requests().size(), 2);
+        QVERIFY(m_server->requests().last().header("Authorization").isNull());
     }
 
     void namesStayInTheFolder_data()
     {
-        const Rows<QByteArray, QString> row("path", "name");
+        const Rows<QByteArray, QString, QString> row("source", "name", "taken");
         const QString refused;
-        row("encoded slashes", "/x%2F..%2F..%2Fcanary", "canary");
-        row("parent", "/x/%2e%2e", refused);
-        row("folder itself", "/x%2F.", refused);
-        row("no name", "/x/", refused);
-        row("line end", "/a%0D%0Ab.tif", refused);
-        row("null", "/canary%00.tif", refused);
-        row("too long", QByteArray("/" + QByteArray(300, 'n')), refused);
-        row("not UTF-8", "/a%FFb.tif", QStringLiteral("a\ufffdb.tif"));
-        row("dots and percent", "/...%2525", "...%25");
+        row("encoded slashes", "/x%2F..%2F..%2Fcanary", "canary", "");
+        row("parent", "/x/%2e%2e", refused, "");
+        row("folder itself", "/x%2F.", refused, "");
+        row("no name", "/x/", refused, "");
+        row("line end", "/a%0D%0Ab.tif", refused, "");
+        row("null", "/canary%00.tif", refused, "");
+        row("too long", QByteArray("/" + QByteArray(300, 'n')), refused, "");
+        row("not UTF-8", "/a%FFb.tif", "a\ufffdb.tif", "");
+        row("dots and percent", "/...%2525", "...%25", "");
+        // what is taken by a folder cannot be deleted, and is numbered
+        row("taken", "/a.tif", "a(1).tif", "a.tif");
+        row("taken twice", "/a.tif", "a(1)(2).tif", "a.tif a(1).tif");
+        row("taken, other extension", "/a.jpeg", "a.(1)jpeg", "a.jpeg");
+        row("taken, four letters", "/abcd", "(1)abcd", "abcd");
+        row("taken, three letters", "/abc", refused, "abc");
+        const auto elsewhereRow = [&row](const char* test, const QByteArray& path, const QString& name,
+                                         const QString& taken = QString()) {
 #ifdef Q_OS_WIN
-        row("backslashes", "/..%5C..%5Ccanary", "canary");
-        row("drive", "/C:canary", refused);
-        row("device", "/nul.tif", refused);
+            row(test, path, QString(), taken); // a name of something else
+            Q_UNUSED(name)
 #else
-        row("backslashes", "/..%5Ccanary", "..\\canary");
-        row("drive", "/C:canary", "C:canary");
+            row(test, path, name, taken);
+#endif
+        };
+        elsewhereRow("drive", "/C:canary", s("C:canary"));
+        elsewhereRow("search path", "/elsewhere:canary", s("elsewhere:canary"));
+        elsewhereRow("search path, taken", "/elsewhere:b.tif", s("elsewhere:b(1).tif"), s("elsewhere:b.tif"));
+        elsewhereRow("resource", "/:a.tif", s(":a.tif"));
+        elsewhereRow("device", "/nul.tif", s("nul.tif"));
+        elsewhereRow("port", "/com1.tif", s("com1.tif"));
+        elsewhereRow("dot", "/a.", s("a."));
+        elsewhereRow("blank", "/a%20", s("a "));
+#ifdef Q_OS_WIN
+        row("backslashes", "/..%5C..%5Ccanary", "canary", "");
+#else
+        row("backslashes", "/..%5Ccanary", "..\\canary", "");
 #endif
     }
     void namesStayInTheFolder()
     {
-        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, source);
         QFETCH(QString, name);
-        writeFile(m_outside->filePath(s("canary")), "alive");
-
-        QVERIFY(fetch(path));
-        QCOMPARE(firstError(), name.isNull() ? int(Downloader::FileError) : 0);
-        QCOMPARE(names(folder()), name.isNull() ? QStringList() : QStringList(name));
-        QCOMPARE(names(m_outside->path()), (QStringList{s("canary"), s("downloads")}));
-        QCOMPARE(contents(m_outside->filePath(s("canary"))), QByteArray("alive"));
-        QCOMPARE(m_server->requests().size(), name.isNull() ? 0 : 1);
-    }
-
-    void emptyPathIsTheCurrentFolder()
-    {
-        const QString before = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(folder()));
-        QDir::setSearchPaths(s("elsewhere"), {m_outside->path()});
-        m_downloader->setDownloadPath(QString());
-
-        m_downloader->download(url("/elsewhere:canary"), false);
-        QCOMPARE(firstError(), int(Downloader::FileError));
-        // No number fits in front of four characters of these two.
-        QVERIFY(QDir(folder()).mkdir(s("ab")));
-        m_downloader->download(url("/ab"), false);
-        QCOMPARE(m_failed->size(), 2);
-        m_failed->clear();
-        QVERIFY(fetch("/a.tif"));
-        QVERIFY(QDir::setCurrent(before));
-
-        QCOMPARE(m_finished->first().first().toString(), s("a.tif"));
-        QCOMPARE(contents(target("a.tif")), QByteArray("content"));
-        QCOMPARE(names(m_outside->path()), QStringList(s("downloads")));
-    }
-
-    void whatCannotBeDeletedIsNumbered_data()
-    {
-        const Rows<QString, QByteArray, QString> row("taken", "path", "name");
-        row("once", "a.tif", "/a.tif", "a(1).tif");
-        row("twice", "a.tif a(1).tif", "/a.tif", "a(1)(2).tif");
-        row("other extension", "a.jpeg", "/a.jpeg", "a.(1)jpeg");
-        row("four letters", "abcd", "/abcd", "(1)abcd");
-        row("three letters", "abc", "/abc", QString());
-    }
-    void whatCannotBeDeletedIsNumbered()
-    {
         QFETCH(QString, taken);
-        QFETCH(QByteArray, path);
-        QFETCH(QString, name);
-        const QStringList folders = taken.split(QLatin1Char(' '));
-        for (const QString& taken : folders)
-            QVERIFY(QDir(folder()).mkdir(taken));
-        QVERIFY(fetch(path));
-        QCOMPARE(firstError(), name.isNull() ? int(Downloader::FileError) : 0);
+        writeFile(m_outside->filePath(s("canary")), "alive");
+        QDir::setSearchPaths(s("elsewhere"), {m_outside->path()});
+        QStringList expected = taken.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        for (const QString& folder : qAsConst(expected))
+            QVERIFY(QDir().mkdir(target(folder.toUtf8())));
         if (!name.isNull())
-            QCOMPARE(contents(folder() + QLatin1Char('/') + name), QByteArray("content"));
-        QCOMPARE(names(folder()).size(), folders.size() + (name.isNull() ? 0 : 1));
-        for (const QString& taken : folders)
-            QVERIFY(QFileInfo(folder() + QLatin1Char('/') + taken).isDir());
+            expected.append(name);
+        std::sort(expected.begin(), expected.end());
+
+        for (const QString& path : {folder(), QString()}) { // which means the current one, the same
+            m_downloader->setDownloadPath(path);
+            QVERIFY(fetch(source));
+            QCOMPARE(names(folder()), expected);
+            QCOMPARE(names(m_outside->path()), (QStringList{s("canary"), s("downloads")}));
+            QCOMPARE(contents(m_outside->filePath(s("canary"))), QByteArray("alive"));
+            QCOMPARE(firstError(), name.isNull() ? int(Downloader::FileError) : 0);
+            if (name.isNull())
+                continue;
+            const QString written = target(name.toUtf8());
+            QCOMPARE(m_finished->first().first().toString(), path.isEmpty() ? name : written);
+            QCOMPARE(contents(written), QByteArray("content"));
+            QVERIFY(QFile::remove(written));
+        }
+        QCOMPARE(m_server->requests().size(), name.isNull() ? 0 : 2);
     }
 
     void linksAreReplacedNotFollowed()
@@ -230,10 +236,6 @@ private Q_SLOTS:
         QVERIFY(QFile::link(m_outside->filePath(s("new")), target("dangling.tif")));
         QVERIFY(QFile::link(m_outside->path(), target("folder.tif")));
         for (const char* name : {"file.tif", "dangling.tif", "folder.tif"}) {
-            m_finished->clear();
-            m_downloader.reset(new Downloader(nullptr, m_manager));
-            m_downloader->setDownloadPath(folder());
-            m_finished.reset(new QSignalSpy(m_downloader.data(), &Downloader::downloadFinished));
             QVERIFY(fetch(QByteArray("/") + name));
             QVERIFY(!QFileInfo(target(name)).isSymLink());
             QCOMPARE(contents(target(name)), QByteArray("content"));
@@ -279,10 +281,8 @@ private Q_SLOTS:
             QCOMPARE(contents(target("a.tif")), written);
 
         // The object is ready for the next one.
-        m_failed->clear();
         m_server->setHangUp(ScriptedServer::HangUp::Never);
         m_server->setAnswer(ScriptedServer::reply("content"));
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(fetch("/a.tif"));
         QCOMPARE(contents(target("a.tif")), QByteArray("content"));
     }
@@ -291,9 +291,9 @@ private Q_SLOTS:
     {
         m_server->setAnswer(ScriptedServer::reply("moved", "302 Found", "Location: /other.tif\r\n"));
         m_manager.setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
-        m_downloader->download(url("/a.tif"), false);
+        const bool ended = fetch("/a.tif");
         m_manager.setRedirectPolicy(QNetworkRequest::ManualRedirectPolicy);
-        QVERIFY(ends());
+        QVERIFY(ended);
         QCOMPARE(m_finished->size(), 1);
         QCOMPARE(contents(target("a.tif")), QByteArray("moved"));
         QCOMPARE(m_server->requests().size(), 1);
@@ -317,8 +317,7 @@ private Q_SLOTS:
         const auto handler = std::signal(SIGXFSZ, SIG_IGN);
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &limit), 0);
         m_server->setAnswer(ScriptedServer::reply(QByteArray(room < 10 ? room + 1 : 1000000, 'x')));
-        m_downloader->download(url("/a.tif"), false);
-        const bool ended = ends();
+        const bool ended = fetch("/a.tif");
         setrlimit(RLIMIT_FSIZE, &before);
         std::signal(SIGXFSZ, handler);
 
@@ -363,30 +362,18 @@ private Q_SLOTS:
         QCOMPARE(contents(target("a.tif")), QByteArray());
     }
 
-    void nextDownloadDoesNotChangeWhatReceiversHold()
+    void requestIsStillRunningInItsSlots()
     {
         QString told;
         connect(m_downloader.data(), &Downloader::downloadFinished, this, [this, &told](const QString& path) {
-            m_downloader->download(url("/b.tif"), false);
-            told = path;
-        });
-        m_downloader->download(url("/a.tif"), false);
-        QTRY_COMPARE(told, target("a.tif"));
-    }
-
-    void requestIsStillRunningInItsSlots()
-    {
-        bool again = true;
-        connect(m_downloader.data(), &Downloader::downloadFinished, this, [this, &again] {
-            if (again)
+            if (told.isEmpty())
                 m_downloader->download(url("/b.tif"), false);
-            again = false;
+            told += path;
         });
         QVERIFY(fetch("/a.tif"));
+        QCOMPARE(told, target("a.tif")); // the receiver's copy is that of the first one
         QCOMPARE(contents(target("b.tif")), QByteArray());
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        m_downloader->download(url("/c.tif"), false);
-        QTRY_COMPARE(m_finished->size(), 2);
+        QVERIFY(fetch("/c.tif"));
         QCOMPARE(m_server->requests().size(), 2);
         QCOMPARE(m_server->requests().last().target, QByteArray("/c.tif"));
     }

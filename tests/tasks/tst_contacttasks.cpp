@@ -10,6 +10,8 @@
 #include "tasks/taskgetcontacts.h"
 #include "tasks/taskgetcontactsoids.h"
 
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QTest>
 
 namespace {
@@ -205,6 +207,23 @@ private Q_SLOTS:
                 QCOMPARE(outcome.ends, QList<Task::Status>{Task::Error});
             }
         }
+
+        // an entry that cannot be written is an error of its own, behind the line about the request
+        struct Unwritable : QuendraContact
+        {
+            bool writeFax(QDomDocument&, QDomElement&, int) const override { return false; }
+            ContactUnit* copy() const override { return new Unwritable(*this); }
+        };
+        for (const Task::Type type : {Task::AddContact, Task::ModifyContact}) {
+            TestLog log;
+            auto* task = static_cast<TaskChangeContact*>(world.server.addTask(type));
+            task->setContact(Unwritable(), ContactList::PersonalContacts);
+            Outcome outcome(task);
+            task->execute();
+            QCOMPARE(outcome.ends, QList<Task::Status>{Task::Error});
+            QCOMPARE(log.messages(s("DEBUG")).size(), 1);
+        }
+        QVERIFY(world.wire.requests().isEmpty());
     }
 
     void readBooks()
@@ -239,6 +258,8 @@ private Q_SLOTS:
     void members()
     {
         TaskWorld world;
+        connect(&world.manager.nam(), &QNetworkAccessManager::finished, this,
+                [](QNetworkReply* reply) { reply->deleteLater(); }); // the usual idiom of applications
         world.wire.setAnswer([](const WireRequest& request) {
             if (request.target.contains("groups"))
                 return okReply(groupOf("A", "12") + groupOf("B", "3"));

@@ -155,8 +155,10 @@ private Q_SLOTS:
             QCOMPARE(world.server.lastStatus(), said); // the bookkeeping comes first
         });
         QUrl url;
-        connect(&world.manager.nam(), &QNetworkAccessManager::finished, this,
-                [&url](QNetworkReply* reply) { url = reply->request().url(); });
+        connect(&world.manager.nam(), &QNetworkAccessManager::finished, this, [&url](QNetworkReply* reply) {
+            url = reply->request().url();
+            reply->deleteLater(); // the usual idiom of applications
+        });
         QCOMPARE(outcome.task->type(), type);
         outcome.task->execute();
         QCOMPARE(outcome.run(), status); // a task sends at most once

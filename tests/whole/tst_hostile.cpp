@@ -596,10 +596,13 @@ private Q_SLOTS:
         using HangUp = ScriptedServer::HangUp;
         const Rows<int, HangUp, bool> row("index", "hangUp", "reused");
         for (int i = 0; i < operations().size(); ++i) {
-            if (!operations().at(i).hasBody())
+            const bool isEmpty = operations().at(i).type == Task::Reschedule;
+            if (!operations().at(i).hasBody() && !isEmpty)
                 continue;
             for (const HangUp moment :
                  {HangUp::AfterHead, HangUp::InsideBody, HangUp::AfterBody, HangUp::InsideReply}) {
+                if (isEmpty && moment == HangUp::InsideBody)
+                    continue;
                 const QByteArray name =
                     operations().at(i).name + ", " + QMetaEnum::fromType<HangUp>().valueToKey(int(moment));
                 row((name + ", fresh connection").constData(), i, moment, false);
@@ -627,10 +630,10 @@ private Q_SLOTS:
         QCOMPARE(world.run(), Task::Ok);
         QCOMPARE(world.wire.requests().size(), reused ? 3 : 2);
         const WireRequest& request = world.wire.requests().at(reused ? 1 : 0);
-        QCOMPARE(request.connection, 1);
+        QCOMPARE(request.connection, reused ? 2 : 1); // not the one that another request left behind
         const bool isCut =
             hangUp == ScriptedServer::HangUp::AfterHead || hangUp == ScriptedServer::HangUp::InsideBody;
-        QCOMPARE(request.body.size() < size, isCut);
+        QCOMPARE(request.body.size() < size, isCut || operations().at(index).type == Task::Reschedule);
     }
 };
 
