@@ -21,6 +21,7 @@ apart='qdsim'
 # Who runs up all the same, and to which header. One that is not needed any more is an error too.
 server_of_a_task='a request asks its server for address, login and access manager'
 exceptions="
+qdcore/tasks/servicerequest_p.cpp faxserver.h $server_of_a_task
 qdcore/tasks/task.cpp faxserver.h $server_of_a_task
 qdcore/tasks/taskchangecontact.cpp faxserver.h $server_of_a_task
 qdcore/tasks/taskgetcontacts.cpp faxserver.h $server_of_a_task

@@ -75,8 +75,7 @@ public:
 
     ~Task() override;
 
-    /// Builds and sends the request; a second call does nothing. A task whose parameters cannot be sent fails
-    /// from within this call.
+    /// Builds and sends the request, once. A task whose parameters cannot be sent fails within this call.
     virtual void execute() = 0;
 
 protected:
@@ -95,7 +94,8 @@ protected:
     /// A child of the server, and connected to nothing: see FaxServer::addTask().
     explicit Task(FaxServer& server);
 
-    FaxServer& server() { return m_server; } ///< Whom the request goes to. Outlives the task.
+    /// Whom the request goes to. Outlives the task.
+    FaxServer& server() { return m_server; }
     const FaxServer& server() const { return m_server; }
     /// What sends the request; owned by the FaxManager, and destroyed with it.
     QNetworkAccessManager& nam() { return *m_nam; }
