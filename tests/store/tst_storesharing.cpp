@@ -153,7 +153,12 @@ private Q_SLOTS:
         // The database takes a byte order mark off.
         const quint32 marked = add(QChar(0xFEFF) + s("8"));
         QCOMPARE(add(8), marked);
+        // Deleting what has no row takes no membership of it.
+        m_store->linkContactAndGroup(99, marked);
+        m_store->deleteContact(99);
+        m_store->linkContactAndGroup(99, marked);
         m_store->scopeEnd();
+        QCOMPARE(raw("SELECT contact FROM groups"), s("99"));
     }
 
     void nestedBrackets()
