@@ -261,10 +261,10 @@ private Q_SLOTS:
     void deleteMany_data()
     {
         const Rows<int, bool> row("count", "bracket");
-        for (const int count : {1, 32, 33}) {
-            row(qPrintable(QString::number(count)), count, false);
-            row(qPrintable(s("%1 in a bracket").arg(10 * count)), 10 * count, true);
-        }
+        row("few", 32, false);
+        row("many", 33, false);
+        row("few in a bracket", 10, true);
+        row("many in a bracket", 330, true);
     }
     void deleteMany()
     {
@@ -297,10 +297,13 @@ private Q_SLOTS:
                 m_store->linkContactAndGroup(group, id);
                 m_store->addProperty(id, key(1), none);
             }
+            const QString version =
+                raw("PRAGMA schema_version"); // grows when the trigger is away for a while
             deletion(*m_store, source);
             QCOMPARE(find(s("1"), source), 0U); // the bracket knows that they are gone
             if (bracket)
                 m_store->scopeEnd();
+            QCOMPARE(raw("PRAGMA schema_version") != version, count > 32);
             m_store->deleteSource(source);
             QCOMPARE(everything(), before);
         }

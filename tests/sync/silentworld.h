@@ -35,8 +35,12 @@ public:
         QStringList words = step.split(QLatin1Char(' '));
         const QString verb = words.takeFirst();
         if (verb == s("has")) {
-            for (const QString& row : qAsConst(words))
-                has(row.section(QLatin1Char('@'), 0, 0), row.section(QLatin1Char('@'), 1).toUInt());
+            for (const QString& row : qAsConst(words)) {
+                storage->addContact(provider->sourceId(), ContactLocalStorage::TypeContact,
+                                    ContactLocalStorage::LocationPersonal,
+                                    row.section(QLatin1Char('@'), 0, 0),
+                                    row.section(QLatin1Char('@'), 1).toUInt(), row, {}, {}, {}, {}, {});
+            }
         } else if (verb.startsWith(s("ask"))) {
             const bool isGroups = verb == s("ask-groups");
             provider->syncContacts(isGroups ? ContactList::PersonalGroups : book, verb != s("ask"));
@@ -52,13 +56,19 @@ public:
             storage->scopeBegin(); // the deleter has the store after all slots
             const bool done =
                 end<TaskGetContactsOids>([&](auto* task) { task->doneGetContactsOids(words, book); });
-            storage->scopeEnd();
-            return done;
+            return storage->scopeEnd() && done;
         } else if (verb == s("fail")) {
             return end<TaskGetContacts>([](auto* task) { task->errorExecute(Task::Error); });
         } else {
             const unsigned int time = words.takeFirst().toUInt();
-            return reply(verb, time, words);
+            const ContactList units =
+                verb == s("groups") ? group(words.first(), words.mid(1)) : contacts(words);
+            return end<TaskGetContacts>(
+                [&](auto* task) {
+                    verb == s("changes") ? task->doneGetContactsAfterLastTimeSync(units, time)
+                                         : task->doneGetContacts(units, time);
+                },
+                verb == s("all"));
         }
         return true;
     }
@@ -90,34 +100,24 @@ private:
         return contact;
     }
 
-    void has(const QString& uid, unsigned int time)
-    {
-        storage->addContact(provider->sourceId(), ContactLocalStorage::TypeContact,
-                            ContactLocalStorage::LocationPersonal, uid, time, uid, {}, {}, {}, {}, {});
-    }
-
-    bool reply(const QString& verb, unsigned int time, QStringList uids)
+    static ContactList contacts(const QStringList& uids)
     {
         ContactList list;
         list.setContactsType(book);
+        for (const QString& uid : uids)
+            list.addContact(contact(uid));
+        return list;
+    }
+
+    static ContactList group(const QString& uid, const QStringList& members)
+    {
         QuendraContactGroup group;
-        if (verb == s("groups")) {
-            list.setContactsType(ContactList::PersonalGroups);
-            group.setUrl(QUrl(s("http://fax/qdws/v1/contact_groups/alice/") + uids.takeFirst()));
-            for (const QString& uid : qAsConst(uids))
-                group.addContact(contact(uid));
-            list.addContact(group);
-        } else {
-            for (const QString& uid : qAsConst(uids))
-                list.addContact(contact(uid));
-        }
-        const auto say = [&](TaskGetContacts* task) {
-            if (verb == s("changes"))
-                task->doneGetContactsAfterLastTimeSync(list, time);
-            else
-                task->doneGetContacts(list, time);
-        };
-        return end<TaskGetContacts>(say, verb == s("all"));
+        group.setUrl(QUrl(s("http://fax/qdws/v1/contact_groups/alice/") + uid));
+        group.contacts() = contacts(members);
+        ContactList list;
+        list.setContactsType(ContactList::PersonalGroups);
+        list.addContact(group);
+        return list;
     }
 
     /// Ends the newest task of a class, or the oldest.
