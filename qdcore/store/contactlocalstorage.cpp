@@ -116,8 +116,8 @@ bool ContactLocalStorage::checkDB()
 
 bool ContactLocalStorage::makeDB()
 {
-    // At once: a program that died between the tables and the triggers would leave a file that passes for
-    // whole.
+    // In one transaction: a program that died between the tables and the triggers would leave a file that
+    // passes for whole.
     StoreConnection& connection = getDbForThread().connection;
     const auto run = [&connection](StoreStatement text) { return connection.execute(storeStatement(text)); };
     bool ok = run(StoreStatement::Begin);
@@ -356,8 +356,9 @@ void ContactLocalStorage::deleteMany(const QString& condition, const QString& st
         return;
     }
 
-    // The row trigger scans two tables for each contact that goes. Its work is done here for all of them at
-    // once, and the trigger is away only inside a transaction, where nobody else can miss it.
+    // The row trigger scans two tables for each contact that is deleted. Its work is done here for all of
+    // them by one statement, and the trigger is dropped only inside a transaction, where no other connection
+    // sees the schema without it.
     const auto run = [&db](StoreStatement text) { return db.execute(storeStatement(text)); };
     const bool own = !thread->bracket;
     if (own && !run(StoreStatement::Begin))

@@ -179,7 +179,7 @@ private:
 
     /// The calling thread's connection, opened on first use.
     Thread& getDbForThread();
-    /// Its connection after everything that its bracket keeps back is written.
+    /// Its connection, with the buffers of its bracket flushed.
     StoreConnection& settled();
     /// What the calling thread writes with, while it holds m_transactionMutex; null in a failed bracket.
     Thread* writer();

@@ -23,7 +23,7 @@ ContactManager::~ContactManager()
     const QVector<QPointer<ContactProvider>> providers = std::exchange(m_providers, {});
     for (const auto& provider : providers)
         delete provider;
-    // those that were taken off the list and wait for the event loop: their threads use the store
+    // those whose deleteLater() is pending: their threads use the store
     qDeleteAll(findChildren<ContactProvider*>(QString(), Qt::FindDirectChildrenOnly));
     delete m_storage;
 }

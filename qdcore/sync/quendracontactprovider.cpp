@@ -105,10 +105,10 @@ void disassemble(ContactLocalStorage& storage, unsigned int source, const Contac
 void QuendraContactProvider::disassembleContact(const ContactUnit& contact, unsigned int timestamp,
                                                 unsigned int group)
 {
-    // without a server its source is gone from the store, and a late reply must not bring units of it back
+    // without a server its source is deleted, and a late reply must not store units of it again
     if (!m_storage || !m_server)
         return;
-    // a group and its members at once, so that no thread comes between
+    // a group and its members in one transaction
     const bool isGroup = dynamic_cast<const QuendraContactGroup*>(&contact) != nullptr;
     if (isGroup)
         m_storage->scopeBegin();
@@ -252,7 +252,8 @@ void QuendraContactProvider::slotDeletedContact(const ContactUnit& contact, Cont
 {
     ContactPlace place;
     if (placeOf(contact, place)) {
-        // before the row goes: a thread that has not asked yet finds it noted, and one that has is waited for
+        // Noted before the row is deleted, which waits for a running bracket: a conversion that does not see
+        // the note has stored the unit by then.
         for (const auto& weak : qAsConst(m_known)) {
             const Known known = weak.toStrongRef();
             if (known && known->book().type == place.type && known->book().location == place.location)
@@ -421,8 +422,9 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
         thread->start();
 }
 
-/// Starts a thread that deletes what the server no longer has. Were it to run after the thread that stores
-/// the book's units, it would delete what was just stored; that one therefore waits for it.
+/// Starts a thread that deletes what the server no longer has. The thread that stores the book's units waits
+/// for it: in a race, the deleter could remove a row that was just updated, where the server has taken an
+/// identifier into use again between its two replies.
 void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QString>& listed,
                                           const QList<QString>& replied, const Known& known)
 {

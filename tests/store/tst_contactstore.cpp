@@ -67,17 +67,8 @@ private Q_SLOTS:
         QCOMPARE(m_store->addSource(none, Store::SourceQuendra), 4U);
     }
 
-    void addAndUpdate_data()
-    {
-        const Rows<bool> row("bracket");
-        row("by itself", false);
-        row("in a bracket", true);
-    }
     void addAndUpdate()
     {
-        QFETCH(bool, bracket);
-        if (bracket)
-            QVERIFY(m_store->scopeBegin());
         const auto store = [this](quint32 timestamp, const char* name, const QString& phone) {
             return m_store->addContact(account, people, global, s("7"), timestamp, s(name), none, phone,
                                        s("f"), s("e"), s("o"));
@@ -109,8 +100,6 @@ private Q_SLOTS:
         QVERIFY(m_store->getPropertyInfo(id, key(1), value));
         QCOMPARE(value, s("b"));
         m_store->deleteProperty(id, key(1));
-        if (bracket)
-            m_store->scopeEnd();
         QCOMPARE(raw("SELECT * FROM properties"), s("%1|3000000000|").arg(id));
         m_store->deleteContact(account, people, global, s("7"));
         QCOMPARE(raw("SELECT id FROM contacts") + raw("SELECT * FROM properties"), QString::number(other));
