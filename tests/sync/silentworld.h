@@ -34,6 +34,7 @@ public:
     {
         QStringList words = step.split(QLatin1Char(' '));
         const QString verb = words.takeFirst();
+        const QuendraContact unit = contact(words.value(0)); // of the user's
         if (verb == s("has")) {
             for (const QString& row : qAsConst(words)) {
                 storage->addContact(provider->sourceId(), ContactLocalStorage::TypeContact,
@@ -45,11 +46,9 @@ public:
             const bool isGroups = verb == s("ask-groups");
             provider->syncContacts(isGroups ? ContactList::PersonalGroups : book, verb != s("ask"));
         } else if (verb == s("add")) {
-            const QuendraContact unit = contact(words.first());
             provider->addContact(unit, book);
             return end<TaskAddContact>([&](auto* task) { task->doneAddContact(unit, book); });
         } else if (verb == s("remove")) {
-            const QuendraContact unit = contact(words.first());
             provider->deleteContact(unit, book);
             return end<TaskDeleteContact>([&](auto* task) { task->doneDeleteContact(unit, book); });
         } else if (verb == s("list")) {
@@ -76,12 +75,12 @@ public:
     /// The contacts in the order of their ids, each with its timestamp, and the memberships.
     static QString content()
     {
-        const QStringList parts =
-            OtherProgram(s("SELECT uid || '@' || timestamp FROM contacts WHERE type=1 ORDER BY id")).rows() +
-            OtherProgram(s("SELECT g.uid || '>' || c.uid FROM groups JOIN contacts g ON g.id=contactgroup "
-                           "JOIN contacts c ON c.id=contact"))
-                .rows();
-        return parts.join(QLatin1Char(' '));
+        return OtherProgram(
+                   s("SELECT uid || '@' || timestamp FROM contacts WHERE type=1 UNION ALL SELECT g.uid || "
+                     "'>' || c.uid FROM groups JOIN contacts g ON g.id=contactgroup "
+                     "JOIN contacts c ON c.id=contact"))
+            .rows()
+            .join(QLatin1Char(' '));
     }
 
     ScriptedServer wire;
