@@ -38,6 +38,7 @@ void Discover::startDiscover(int timeout)
 
     // Not bound: it sends from a port of the system's choice, and the answers come back there.
     auto* socket = new QUdpSocket(this);
+    m_socket = socket;
     // Queued: a receiver of an entry may destroy the socket, which looks at itself again after its signal.
     connect(socket, &QUdpSocket::readyRead, this, &Discover::processDiscover, Qt::QueuedConnection);
 
@@ -62,6 +63,7 @@ void Discover::stopDiscover()
     if (m_timerId > 0)
         killTimer(m_timerId);
     m_timerId = 0;
+    m_socket.clear();
     const QList<QUdpSocket*> sockets = findChildren<QUdpSocket*>(QString(), Qt::FindDirectChildrenOnly);
     for (QUdpSocket* socket : sockets) {
         socket->disconnect(this); // nothing that has come is reported any more
@@ -76,10 +78,10 @@ void Discover::timerEvent(QTimerEvent* event)
     killTimer(m_timerId);
     m_timerId = timeIsUp;
 
-    // When the thread was busy, what came in time still waits in the socket, the youngest if there are
-    // several. A receiver may stop, restart or destroy the search.
+    // When the thread was busy, what came in time still waits in the socket. A receiver may stop, restart or
+    // destroy the search.
     const QPointer<Discover> self(this);
-    QUdpSocket* const socket = findChildren<QUdpSocket*>(QString(), Qt::FindDirectChildrenOnly).last();
+    QUdpSocket* const socket = m_socket;
     for (int i = 0; i < datagramsAtEnd && socket->hasPendingDatagrams(); ++i) {
         readDatagram(*socket);
         if (!self || m_timerId != timeIsUp)
@@ -94,10 +96,13 @@ void Discover::timerEvent(QTimerEvent* event)
 void Discover::processDiscover()
 {
     const QPointer<QUdpSocket> socket = qobject_cast<QUdpSocket*>(sender());
-    // A receiver may destroy this object, and the socket with it, or stop the search and run an event loop,
-    // which destroys the socket alone.
-    for (int i = 0; socket && i < datagramsAtOnce && socket->hasPendingDatagrams(); ++i)
+    // A receiver may destroy this object, and the socket with it, or stop or restart the search.
+    const QPointer<Discover> self(this);
+    for (int i = 0; self && socket && socket == m_socket && i < datagramsAtOnce; ++i) {
+        if (!socket->hasPendingDatagrams())
+            return;
         readDatagram(*socket);
+    }
 }
 
 /// Reads the next datagram and reports it if it is an answer; then this object may be gone.

@@ -4,6 +4,7 @@
 #include "qdcore_global.h"
 
 #include <QObject>
+#include <QPointer>
 
 class QUdpSocket;
 
@@ -47,6 +48,9 @@ private Q_SLOTS:
 
 private:
     void readDatagram(QUdpSocket& socket);
+
+    /// Of the search: null before the first and after stopDiscover(). A time-out leaves it until it is gone.
+    QPointer<QUdpSocket> m_socket;
 
     /// Of the pending time-out, 0 when there is none; timeIsUp while the last answers are reported.
     int m_timerId{0};

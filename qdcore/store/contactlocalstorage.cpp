@@ -8,12 +8,15 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 
 namespace {
 
 /// As many contacts the row trigger may take one by one; for more, dropping and making it anew is cheaper.
 const uint fewContacts = 32;
+
+const quint32 anyId = std::numeric_limits<quint32>::max();
 
 using Lock = std::lock_guard<std::recursive_mutex>;
 
@@ -113,8 +116,8 @@ bool ContactLocalStorage::checkDB()
 
 bool ContactLocalStorage::makeDB()
 {
-    // At once: a program that died between the tables and the triggers would leave a file that passes for
-    // whole.
+    // In one transaction: a program that died between the tables and the triggers would leave a file that
+    // passes for whole.
     StoreConnection& connection = getDbForThread().connection;
     const auto run = [&connection](StoreStatement text) { return connection.execute(storeStatement(text)); };
     bool ok = run(StoreStatement::Begin);
@@ -299,15 +302,38 @@ void ContactLocalStorage::deleteContactList(quint32 source, ContactType type, Co
 void ContactLocalStorage::deleteContactsIfNotInUIDS(quint32 source, ContactType type,
                                                     ContactLocation location, const QList<QString>& uids)
 {
-    if (uids.isEmpty())
+    deleteContactsNotListed(source, type, location, uids, {}, anyId);
+}
+
+void ContactLocalStorage::deleteContactsNotListed(quint32 source, ContactType type, ContactLocation location,
+                                                  const QList<QString>& listed, const QList<QString>& replied,
+                                                  quint32 lastId)
+{
+    if (listed.isEmpty())
         return;
-    const bool isEmptyBook = uids.size() == 1 && uids.first().isEmpty();
-    if (!isEmptyBook && !std::all_of(uids.cbegin(), uids.cend(), isObjectId))
+    const bool isEmptyBook = listed.size() == 1 && listed.first().isEmpty() && replied.isEmpty();
+    if (!isEmptyBook && !std::all_of(listed.cbegin(), listed.cend(), isObjectId))
         return;
+
+    const Lock lock(m_transactionMutex);
+    QStringList uids(listed);
+    QStringList ids; // of the contacts whose uids may not become part of a statement
+    for (const QString& uid : replied) {
+        if (isObjectId(uid))
+            uids.append(uid);
+        else
+            ids.append(QString::number(getContact(source, type, location, uid)));
+    }
     QVector<QVariant> values;
     const StoreFilter filter = filterOf(source, type, location, values);
-    const QString statement = storeStatement(StoreStatement::DeleteContactsNotIn + filter) +
-                              QStringList(uids).join(QStringLiteral(", ")) + QStringLiteral(");");
+    const QString comma = QStringLiteral(", ");
+    QString statement = storeStatement(StoreStatement::DeleteContactsNotIn + filter) + uids.join(comma);
+    if (!ids.isEmpty())
+        statement += QStringLiteral(") AND id NOT IN (") + ids.join(comma);
+    statement += QLatin1Char(')');
+    if (lastId != anyId)
+        statement += QStringLiteral(" AND id<=") + QString::number(lastId);
+    statement += QLatin1Char(';');
     deleteMany(conditionOf(statement), statement, values);
 }
 
@@ -330,8 +356,9 @@ void ContactLocalStorage::deleteMany(const QString& condition, const QString& st
         return;
     }
 
-    // The row trigger scans two tables for each contact that goes. Its work is done here for all of them at
-    // once, and the trigger is away only inside a transaction, where nobody else can miss it.
+    // The row trigger scans two tables for each contact that is deleted. Its work is done here for all of
+    // them by one statement, and the trigger is dropped only inside a transaction, where no other connection
+    // sees the schema without it.
     const auto run = [&db](StoreStatement text) { return db.execute(storeStatement(text)); };
     const bool own = !thread->bracket;
     if (own && !run(StoreStatement::Begin))
@@ -345,6 +372,12 @@ void ContactLocalStorage::deleteMany(const QString& condition, const QString& st
         thread->result(ok);
     else if (!ok || !run(StoreStatement::Commit))
         run(StoreStatement::Rollback);
+}
+
+quint32 ContactLocalStorage::getLastContactId()
+{
+    StoreRows rows = settled().run(StoreStatement::LastContactId);
+    return rows.next() ? rows.number(0) : 0;
 }
 
 quint32 ContactLocalStorage::getContactLastTimeStamp(quint32 source, ContactType type,

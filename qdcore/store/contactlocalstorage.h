@@ -162,6 +162,14 @@ public:
     /// one.
     void freeStorageForThread();
 
+    /// The highest id of any contact, 0 when there is none. What is added later has a higher one.
+    quint32 getLastContactId();
+    /// As deleteContactsIfNotInUIDS() with the ids that a server @p listed, where the server was asked when
+    /// getLastContactId() was @p lastId: what was added since stays. So do the contacts @p replied, whose
+    /// units came with the reply: an id of another form keeps its own contact, and the others are judged.
+    void deleteContactsNotListed(quint32 source, ContactType type, ContactLocation location,
+                                 const QList<QString>& listed, const QList<QString>& replied, quint32 lastId);
+
 private:
     struct Thread;
 
@@ -171,7 +179,7 @@ private:
 
     /// The calling thread's connection, opened on first use.
     Thread& getDbForThread();
-    /// Its connection after everything that its bracket keeps back is written.
+    /// Its connection, with the buffers of its bracket flushed.
     StoreConnection& settled();
     /// What the calling thread writes with, while it holds m_transactionMutex; null in a failed bracket.
     Thread* writer();

@@ -146,14 +146,14 @@ void StoreBracket::forgetContact(quint32 id)
     if (m_failed)
         return;
     StoreRows rows = m_connection.run(StoreStatement::ContactInfo, id);
-    if (rows.next()) {
-        const QString uid = rows.text(0);
-        const auto known = m_books.find({rows.number(3), rows.number(1), rows.number(2)});
-        if (known != m_books.end() && known->repeated.contains(uid))
-            m_books.erase(known);
-        else if (known != m_books.end() && known->ids.value(uid) == id)
-            known->ids.remove(uid);
-    }
+    if (!rows.next())
+        return; // no row, no trigger: the memberships of such an id stay
+    const QString uid = rows.text(0);
+    const auto known = m_books.find({rows.number(3), rows.number(1), rows.number(2)});
+    if (known != m_books.end() && known->repeated.contains(uid))
+        m_books.erase(known);
+    else if (known != m_books.end() && known->ids.value(uid) == id)
+        known->ids.remove(uid);
     m_members.remove(id);
     for (QSet<quint32>& members : m_members)
         members.remove(id);

@@ -14,14 +14,14 @@
 /**
  * A transaction bracket.
  *
- * It is stored whole or not at all. On a full disk SQLite takes the whole transaction back by itself, and
- * whatever ran after that would be stored row by row; so the first write that fails, or a beginning that
- * fails, makes the bracket a failed one: everything is taken back at once, and nothing is written any more.
+ * It is atomic. On a full disk SQLite rolls the transaction back by itself, and whatever ran after that would
+ * be committed row by row; so the first write that fails, or a beginning that fails, makes the bracket a
+ * failed one: it is rolled back at once, and nothing is written any more.
  *
  * The tables have no index, so looking a contact up by its uid is a scan, and a book of n contacts would cost
- * n². While a bracket runs no other connection can write, so it remembers what it has looked up, one book at
- * a time, and new rows are kept back until many can be written at once. Whoever reads the tables by other
- * means calls settle() before.
+ * n². While a bracket runs no other connection can write, so it caches the uids, one book at a time, and the
+ * memberships, and buffers new rows until many can be inserted by one statement. Whoever reads the tables by
+ * other means calls settle() before.
  *
  * Belongs to the thread that began the bracket.
  */
@@ -33,11 +33,11 @@ public:
     Q_DISABLE_COPY(StoreBracket)
 
     bool isFailed() const { return m_failed; }
-    /// A write failed: takes back what the bracket wrote, and with it the ids that it gave out.
+    /// A write failed: rolls back, which makes the ids that it gave out void.
     void fail();
     /// Whether contacts that had got an id are lost; tells it once.
     bool takeLost() { return std::exchange(m_lost, false); }
-    /// Writes what was kept back and commits, or takes everything back.
+    /// Flushes the buffers and commits, or rolls back.
     void end();
 
     /// The id of the contact with that source, type, location and uid, 0 when there is none.
@@ -56,10 +56,10 @@ public:
     /// false when there are none, so that nothing needs to be deleted.
     bool removeLinks(quint32 contact, quint32 group);
 
-    /// Writes what was kept back.
+    /// Flushes the buffers.
     void settle();
 
-    /// Settles, and forgets what was looked up: rows are about to go.
+    /// Flushes, and invalidates the caches: rows will be deleted.
     void forget();
     /// Likewise for one contact.
     void forgetContact(quint32 id);

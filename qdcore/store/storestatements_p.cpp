@@ -41,6 +41,7 @@ const char* const statements[] = {
     "DELETE FROM contacts WHERE id=?;",
     "SELECT uid, type, location, source, timestamp, name, description, phone, fax, email, organization "
     "FROM contacts WHERE id=?;",
+    "SELECT max(id) FROM contacts;",
 
     // Contacts of a source, by StoreFilter
     "DELETE FROM contacts WHERE source=?;",

@@ -30,6 +30,7 @@ enum class StoreStatement {
     UpdateContactKeepTimestamp,
     DeleteContact,
     ContactInfo,
+    LastContactId,
 
     DeleteContacts,                           ///< The first of four, by StoreFilter.
     DeleteContactsNotIn = DeleteContacts + 4, ///< The first of four, each to be completed by ids and ");".

@@ -5,6 +5,7 @@
 #include "log_p.h"
 #include "outlookcontactprovider.h"
 #include "quendracontactprovider.h"
+#include "tasks/signaltypes_p.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,7 +15,7 @@ ContactManager::ContactManager(QObject* parent)
     , m_storage(new ContactLocalStorage(this))
 {
     qRegisterMetaType<QuickSearchResalt>("QuickSearchResalt");
-    qRegisterMetaType<ContactList::Type>("ContactList::Type");
+    registerSignalTypes();
 }
 
 ContactManager::~ContactManager()
@@ -23,7 +24,7 @@ ContactManager::~ContactManager()
     const QVector<QPointer<ContactProvider>> providers = std::exchange(m_providers, {});
     for (const auto& provider : providers)
         delete provider;
-    // those that were taken off the list and wait for the event loop: their threads use the store
+    // those whose deleteLater() is pending: their threads use the store
     qDeleteAll(findChildren<ContactProvider*>(QString(), Qt::FindDirectChildrenOnly));
     delete m_storage;
 }

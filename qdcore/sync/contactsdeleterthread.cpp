@@ -1,5 +1,6 @@
 #include "contactsdeleterthread.h"
 
+#include "bookknowledge_p.h"
 #include "tsan_p.h"
 
 ContactsDeleterThread::ContactsDeleterThread(const QPointer<ContactLocalStorage>& storage,
@@ -8,10 +9,8 @@ ContactsDeleterThread::ContactsDeleterThread(const QPointer<ContactLocalStorage>
                                              const QList<QString>& uids, QObject* parent)
     : QThread(parent)
     , m_storage(storage)
-    , m_source(source)
-    , m_type(type)
-    , m_location(location)
     , m_uids(uids)
+    , m_known(QSharedPointer<BookKnowledge>::create(StoredBook{source, type, location}))
 {}
 
 ContactsDeleterThread::~ContactsDeleterThread()
@@ -20,15 +19,26 @@ ContactsDeleterThread::~ContactsDeleterThread()
     tsanTakeOver(this);
 }
 
+void ContactsDeleterThread::setKnown(unsigned int timestamp)
+{
+    m_known = QSharedPointer<BookKnowledge>::create(m_known->book(), timestamp);
+}
+
+void ContactsDeleterThread::setKnown(const QSharedPointer<const BookKnowledge>& known,
+                                     const QList<QString>& replied)
+{
+    m_known = known;
+    m_replied = replied;
+}
+
 void ContactsDeleterThread::run()
 {
     bool isStored = false;
     if (m_storage) {
         // whoever began a bracket ends it, also when beginning failed: the mutex is held either way
         const bool begun = m_storage->scopeBegin();
-        if (begun &&
-            (!m_known || m_storage->getContactLastTimeStamp(m_source, m_type, m_location) == *m_known))
-            m_storage->deleteContactsIfNotInUIDS(m_source, m_type, m_location, m_uids);
+        if (begun)
+            m_known->deleteRest(*m_storage, m_uids, m_replied);
         const bool holds = m_storage->scopeEnd();
         isStored = begun && holds;
         m_storage->freeStorageForThread();

@@ -4,10 +4,11 @@
 #include "qdcore_global.h"
 
 #include <QPointer>
+#include <QSharedPointer>
 #include <QStringList>
 #include <QThread>
 
-#include <optional>
+class BookKnowledge;
 
 /**
  * Removes from the store, in the background and in one transaction, the units of a book that its source no
@@ -28,8 +29,8 @@ public:
     ~ContactsDeleterThread() override;
 
     /// What getContactLastTimeStamp() of the book was when the source was asked for its units. Where it is
-    /// another by now, somebody has stored newer ones, and nothing is deleted. Set before start().
-    void setKnown(unsigned int timestamp) { m_known = timestamp; }
+    /// later by now, somebody has stored newer ones, and nothing is deleted. Set before start().
+    void setKnown(unsigned int timestamp);
 
 Q_SIGNALS:
     /// Comes before doneContactsDeletion(). @p isStored: whether the store is without the units; where not,
@@ -41,11 +42,14 @@ Q_SIGNALS:
 protected:
     void run() override;
 
+public:
+    /// What the book was when the source was asked: what was added since stays. @p replied are units that
+    /// came with the source's reply, which stay besides. Set before start().
+    void setKnown(const QSharedPointer<const BookKnowledge>& known, const QList<QString>& replied);
+
 private:
     QPointer<ContactLocalStorage> m_storage;
-    unsigned int m_source;
-    ContactLocalStorage::ContactType m_type;
-    ContactLocalStorage::ContactLocation m_location;
     QList<QString> m_uids;
-    std::optional<unsigned int> m_known;
+    QList<QString> m_replied;
+    QSharedPointer<const BookKnowledge> m_known;
 };

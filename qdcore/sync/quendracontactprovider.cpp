@@ -1,5 +1,6 @@
 #include "quendracontactprovider.h"
 
+#include "bookknowledge_p.h"
 #include "contactbook_p.h"
 #include "contactdisassembly_p.h"
 #include "contactrow_p.h"
@@ -104,10 +105,10 @@ void disassemble(ContactLocalStorage& storage, unsigned int source, const Contac
 void QuendraContactProvider::disassembleContact(const ContactUnit& contact, unsigned int timestamp,
                                                 unsigned int group)
 {
-    // without a server its source is gone from the store, and a late reply must not bring units of it back
+    // without a server its source is deleted, and a late reply must not store units of it again
     if (!m_storage || !m_server)
         return;
-    // a group and its members at once, so that no thread comes between
+    // a group and its members in one transaction
     const bool isGroup = dynamic_cast<const QuendraContactGroup*>(&contact) != nullptr;
     if (isGroup)
         m_storage->scopeBegin();
@@ -236,12 +237,8 @@ void QuendraContactProvider::slotAddedContact(const ContactUnit& contact, Contac
 {
     disassembleContact(contact, 0, 0);
     ContactPlace place;
-    if (m_syncCount != 0 && placeOf(contact, place) && !place.uid.isEmpty()) {
+    if (m_syncCount != 0 && placeOf(contact, place) && !place.uid.isEmpty())
         m_syncOids[type].append(place.uid);
-        // a deleter already under way has an older list
-        if (m_work.value(type).deleters > 0)
-            m_work[type].added.append(QSharedPointer<ContactUnit>(contact.copy()));
-    }
     Q_EMIT addedContact(contact, type);
 }
 
@@ -255,18 +252,15 @@ void QuendraContactProvider::slotDeletedContact(const ContactUnit& contact, Cont
 {
     ContactPlace place;
     if (placeOf(contact, place)) {
+        // Noted before the row is deleted, which waits for a running bracket: a conversion that does not see
+        // the note has stored the unit by then.
+        for (const auto& weak : qAsConst(m_known)) {
+            const Known known = weak.toStrongRef();
+            if (known && known->book().type == place.type && known->book().location == place.location)
+                known->noteDeleted(place.uid);
+        }
         if (m_storage)
             m_storage->deleteContact(m_sourceId, place.type, place.location, place.uid);
-        auto work = m_work.find(type);
-        if (work != m_work.end()) {
-            auto& added = work->added;
-            added.erase(std::remove_if(added.begin(), added.end(),
-                                       [&place](const QSharedPointer<ContactUnit>& unit) {
-                                           ContactPlace other;
-                                           return placeOf(*unit, other) && other.uid == place.uid;
-                                       }),
-                        added.end());
-        }
     }
     Q_EMIT deletedContact(contact, type);
 }
@@ -302,9 +296,9 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
     if (m_server->lastStatus() == Task::AuthError)
         m_server->verifyUser(false);
 
-    const unsigned int known = lastTimeStamp(type);
-    if (full || known == 0)
-        return requestContacts(type, 0);
+    const Known known = knownNow(type);
+    if (full || known->newest() == 0)
+        return requestContacts(type, 0, known);
 
     auto* task = createTask<TaskGetContactsOids>(
         Task::GetContactsOids, LOG_TEXT(tr("Error to sync contact (get contacts oids task)", "Logger")));
@@ -318,7 +312,20 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
     task->execute();
 }
 
-void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned int lastTimeSync)
+/// What the store holds of a book, to be taken when a request about it goes out.
+QuendraContactProvider::Known QuendraContactProvider::knownNow(ContactList::Type type)
+{
+    const StoredBook book{m_sourceId, kindOf(type), locationOf(type)};
+    const Known known = m_storage ? Known::create(book, *m_storage) : Known::create(book);
+    m_known.erase(std::remove_if(m_known.begin(), m_known.end(),
+                                 [](const QWeakPointer<BookKnowledge>& weak) { return weak.isNull(); }),
+                  m_known.end());
+    m_known.append(known);
+    return known;
+}
+
+void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned int lastTimeSync,
+                                             const Known& known)
 {
     auto* task = createTask<TaskGetContacts>(
         Task::GetContacts, LOG_TEXT(tr("Error to sync contact (get contacts task)", "Logger")));
@@ -326,7 +333,6 @@ void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned in
         return slotErrorSyncedContacts(Task::Error);
     task->setContactsType(type);
     task->setContactsLastTimeSync(lastTimeSync);
-    const unsigned int known = lastTimeStamp(type);
     connect(task, &TaskGetContacts::doneGetContacts, this,
             [this, known](const ContactList& contacts, unsigned int timestamp) {
                 useContacts(contacts, timestamp, true, known);
@@ -341,16 +347,22 @@ void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned in
 
 void QuendraContactProvider::slotSyncedContactOids(const QList<QString>& oids, ContactList::Type type)
 {
-    useOids(oids, type, lastTimeStamp(type));
+    useOids(oids, type, knownNow(type));
 }
 
-/// @p known is what the store knew of the book when the server was asked. Another run, also one of another
-/// program, may have stored the book since: what it brought is not in the list, and must not be deleted.
-void QuendraContactProvider::useOids(const QList<QString>& oids, ContactList::Type type, unsigned int known)
+void QuendraContactProvider::useOids(const QList<QString>& oids, ContactList::Type type, const Known& known)
 {
     if (m_server && m_storage && ContactBook(type).isValid) {
         m_syncOids[type] = oids;
-        startDeleter(type, oids, known);
+        for (const auto& weak : qAsConst(m_known)) {
+            const Known earlier = weak.toStrongRef();
+            if (earlier == known)
+                break;
+            if (earlier && earlier->book().type == kindOf(type) &&
+                earlier->book().location == locationOf(type))
+                earlier->noteListed(oids);
+        }
+        startDeleter(type, oids, {}, known);
     }
     requestChanges(type);
 }
@@ -360,13 +372,8 @@ void QuendraContactProvider::requestChanges(ContactList::Type type)
 {
     if (!m_server || !m_storage || !ContactBook(type).isValid)
         return slotErrorSyncedContacts(Task::Error);
-    requestContacts(type, lastTimeStamp(type));
-}
-
-/// The time up to which the store knows a book, 0 when it does not.
-unsigned int QuendraContactProvider::lastTimeStamp(ContactList::Type type) const
-{
-    return m_storage ? m_storage->getContactLastTimeStamp(m_sourceId, kindOf(type), locationOf(type)) : 0;
+    const Known known = knownNow(type);
+    requestContacts(type, known->newest(), known);
 }
 
 void QuendraContactProvider::slotSyncedContact(const ContactList& contacts, unsigned int timestamp)
@@ -382,11 +389,11 @@ void QuendraContactProvider::slotSyncedContactAfterLastTimeSync(const ContactLis
 
 void QuendraContactProvider::onSyncContacts(const ContactList& contacts, unsigned int timestamp, bool full)
 {
-    useContacts(contacts, timestamp, full, lastTimeStamp(contacts.contactsType()));
+    useContacts(contacts, timestamp, full, knownNow(contacts.contactsType()));
 }
 
 void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned int timestamp, bool full,
-                                         unsigned int known)
+                                         const Known& known)
 {
     const ContactList::Type type = contacts.contactsType();
     if (!ContactBook(type).isValid)
@@ -396,17 +403,15 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
     if (full) {
         // What was added meanwhile stays. So does what has just come: it would be stored again under new ids,
         // but the groups would have lost it as a member.
-        QList<QString> uids = m_syncOids.value(type);
-        if (!uids.isEmpty())
-            uids += uidsOf(contacts);
-        startDeleter(type, uids, known);
+        const QList<QString> listed = m_syncOids.value(type); // none: nothing will be deleted
+        startDeleter(type, listed, listed.isEmpty() ? listed : uidsOf(contacts), known);
     }
 
     m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());
     auto* thread = new QuendraContactProviderDisassembleThread(m_storage, m_sourceId, this);
     m_threads.append(thread);
     thread->setContacts(contacts, timestamp);
-    thread->setKnown(kindOf(type), locationOf(type), known);
+    thread->setKnown(known);
     connect(thread, &QuendraContactProviderDisassembleThread::written, this,
             [this, type](bool isStored) { bookWritten(type, isStored); });
     connect(thread, &QuendraContactProviderDisassembleThread::doneDisassembleContactFromThread, this,
@@ -417,14 +422,15 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
         thread->start();
 }
 
-/// Starts a thread that deletes what the server no longer has. Were it to run after the thread that stores
-/// the book's units, it would delete what was just stored; that one therefore waits for it.
-void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QString>& uids,
-                                          unsigned int known)
+/// Starts a thread that deletes what the server no longer has. The thread that stores the book's units waits
+/// for it: in a race, the deleter could remove a row that was just updated, where the server has taken an
+/// identifier into use again between its two replies.
+void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QString>& listed,
+                                          const QList<QString>& replied, const Known& known)
 {
     auto* deleter =
-        new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type), uids, this);
-    deleter->setKnown(known);
+        new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type), listed, this);
+    deleter->setKnown(known, replied);
     ++m_work[type].deleters;
     connect(deleter, &ContactsDeleterThread::deleted, this, [this, type](bool isStored) {
         if (!isStored)
@@ -448,8 +454,6 @@ void QuendraContactProvider::deleterEnded(ContactList::Type type)
     if (--work.deleters > 0)
         return;
     const BookWork ended = m_work.take(type);
-    for (const auto& unit : ended.added)
-        disassembleContact(*unit, 0, 0);
     for (const auto& thread : ended.waiting) {
         if (thread)
             thread->start();

@@ -7,6 +7,7 @@
 #include <QMap>
 #include <QSet>
 
+class BookKnowledge;
 class FaxServer;
 class QuendraContactProviderDisassembleThread;
 struct LogText;
@@ -94,7 +95,6 @@ private:
     {
         int deleters{0}; ///< Deleter threads that have not ended.
         QList<QPointer<QuendraContactProviderDisassembleThread>> waiting; ///< To be started after them.
-        QList<QSharedPointer<ContactUnit>> added; ///< Stored while a deleter ran that does not know them.
     };
 
     static QSharedPointer<ContactUnit>
@@ -105,13 +105,15 @@ private:
 
     template <typename T>
     T* createTask(Task::Type type, const LogText& failure);
-    void requestContacts(ContactList::Type type, unsigned int lastTimeSync);
+    using Known = QSharedPointer<BookKnowledge>;
+    Known knownNow(ContactList::Type type);
+    void requestContacts(ContactList::Type type, unsigned int lastTimeSync, const Known& known);
     void requestChanges(ContactList::Type type);
-    void useOids(const QList<QString>& oids, ContactList::Type type, unsigned int known);
-    void useContacts(const ContactList& contacts, unsigned int timestamp, bool full, unsigned int known);
-    unsigned int lastTimeStamp(ContactList::Type type) const;
+    void useOids(const QList<QString>& oids, ContactList::Type type, const Known& known);
+    void useContacts(const ContactList& contacts, unsigned int timestamp, bool full, const Known& known);
     void bookWritten(ContactList::Type type, bool isStored);
-    void startDeleter(ContactList::Type type, const QList<QString>& uids, unsigned int known);
+    void startDeleter(ContactList::Type type, const QList<QString>& listed, const QList<QString>& replied,
+                      const Known& known);
     void deleterEnded(ContactList::Type type);
     bool endSync();
     QUrl unitUrl(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
@@ -121,6 +123,7 @@ private:
     QList<QPointer<QuendraContactProviderDisassembleThread>> m_threads;
     QMap<ContactList::Type, QList<QString>> m_syncOids; ///< What the server said it has, while synchronising.
     QMap<ContactList::Type, BookWork> m_work;
-    QSet<ContactList::Type> m_undeleted; ///< Books that a deleter failed on, while synchronising.
-    QSet<ContactList::Type> m_stored;    ///< Books of which the last synchronisation is in the store.
+    QList<QWeakPointer<BookKnowledge>> m_known; ///< Of what is under way, in the order of the requests.
+    QSet<ContactList::Type> m_undeleted;        ///< Books that a deleter failed on, while synchronising.
+    QSet<ContactList::Type> m_stored;           ///< Books of which the last synchronisation is in the store.
 };

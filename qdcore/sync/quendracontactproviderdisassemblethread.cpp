@@ -1,5 +1,6 @@
 #include "quendracontactproviderdisassemblethread.h"
 
+#include "bookknowledge_p.h"
 #include "contactdisassembly_p.h"
 #include "tsan_p.h"
 
@@ -26,17 +27,7 @@ void QuendraContactProviderDisassembleThread::setKnown(ContactLocalStorage::Cont
                                                        ContactLocalStorage::ContactLocation location,
                                                        unsigned int timestamp)
 {
-    m_type = type;
-    m_location = location;
-    m_known = timestamp;
-}
-
-bool QuendraContactProviderDisassembleThread::isOutdated() const
-{
-    if (!m_known)
-        return false;
-    const unsigned int now = m_storage->getContactLastTimeStamp(m_source, m_type, m_location);
-    return now != *m_known && now > m_timestamp;
+    m_known = QSharedPointer<BookKnowledge>::create(StoredBook{m_source, type, location}, timestamp);
 }
 
 void QuendraContactProviderDisassembleThread::run()
@@ -47,8 +38,10 @@ void QuendraContactProviderDisassembleThread::run()
         // the server may have been removed while the reply was on its way; its units must not come back
         QString name;
         ContactLocalStorage::SourceType kind;
-        if (begun && m_storage->getSourceInfo(m_source, name, kind) && !isOutdated()) {
-            for (const auto& unit : qAsConst(m_contacts).contacts()) {
+        if (begun && m_storage->getSourceInfo(m_source, name, kind)) {
+            const ContactList units =
+                m_known ? m_known->storable(*m_storage, m_contacts, m_timestamp) : m_contacts;
+            for (const auto& unit : units.contacts()) {
                 if (unit)
                     disassemble(*m_storage, m_source, *unit, m_timestamp, 0);
             }

@@ -5,9 +5,10 @@
 #include "qdcore_global.h"
 
 #include <QPointer>
+#include <QSharedPointer>
 #include <QThread>
 
-#include <optional>
+class BookKnowledge;
 
 /**
  * Stores the units of a book as a fax server sent them, in the background and in one transaction.
@@ -28,9 +29,9 @@ public:
     /// start().
     void setContacts(const ContactList& contacts, unsigned int timestamp);
 
-    /// What getContactLastTimeStamp() of the book was when the server was asked. Where it is another by now,
-    /// and later than the units' own, somebody has stored newer ones, and nothing is stored. (Alone that it
-    /// is later says nothing: the server's clock may have been set back.) Set before start().
+    /// What getContactLastTimeStamp() of the book was when the server was asked. Where it is later by now
+    /// than that and than the units' own, somebody has stored newer ones, and nothing is stored. (Later than
+    /// the units' alone says nothing: the server's clock may have been set back.) Set before start().
     void setKnown(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
                   unsigned int timestamp);
 
@@ -44,14 +45,15 @@ Q_SIGNALS:
 protected:
     void run() override;
 
-private:
-    bool isOutdated() const;
+public:
+    /// What the book was when the server was asked: what was deleted since does not come back, and of units
+    /// older than what is stored by now only the missing ones are stored. Set before start().
+    void setKnown(const QSharedPointer<const BookKnowledge>& known) { m_known = known; }
 
+private:
     QPointer<ContactLocalStorage> m_storage;
     unsigned int m_source;
     ContactList m_contacts;
     unsigned int m_timestamp{0};
-    ContactLocalStorage::ContactType m_type{ContactLocalStorage::AnyType};
-    ContactLocalStorage::ContactLocation m_location{ContactLocalStorage::AnyLocation};
-    std::optional<unsigned int> m_known;
+    QSharedPointer<const BookKnowledge> m_known;
 };

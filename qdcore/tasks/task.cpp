@@ -11,6 +11,36 @@
 
 #include <utility>
 
+namespace {
+
+/**
+ * A name by which the access manager opens a connection that no other request has used.
+ *
+ * A connection that was kept alive may be closed by the server at the very moment when a request takes it,
+ * and nobody could tell whether the request arrived. The access manager looks for a kept one by the address
+ * and by the name that the certificate is to be verified for. Over HTTPS the server is told that name: there
+ * it differs in upper and lower case alone, which mean the same, and an IP address has the one name only.
+ */
+QString nameOfFreshConnection(const QUrl& url)
+{
+    static quint32 number = 0;
+    ++number;
+    QString name = url.host();
+    if (url.scheme() != QLatin1String("https"))
+        return name + QLatin1Char('#') + QString::number(number);
+    quint32 bits = number;
+    for (QChar& letter : name) {
+        if (letter.isLower()) {
+            if (bits & 1U)
+                letter = letter.toUpper();
+            bits >>= 1U;
+        }
+    }
+    return name;
+}
+
+} // namespace
+
 Task::Task(FaxServer& server)
     : QObject(&server)
     , d(std::make_unique<TaskPrivate>(*this))
@@ -20,8 +50,7 @@ Task::Task(FaxServer& server)
 
 Task::~Task()
 {
-    if (d->m_reply)
-        d->letGo(d->m_reply);
+    d->letGo(d->m_reply);
 }
 
 // --- The request
@@ -70,10 +99,7 @@ void TaskPrivate::send(const QUrl& url, const QByteArray& body)
     auto* device = new OneShotBody(body, &m_task);
     request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
     request.setHeader(QNetworkRequest::ContentLengthHeader, qint64(body.size()));
-    // A connection that was kept alive may be closed by the server at the very moment when this request takes
-    // it, and nobody could tell whether the request arrived. The access manager keeps connections by address
-    // and by this name; those of this name are never kept.
-    request.setPeerVerifyName(url.host());
+    request.setPeerVerifyName(nameOfFreshConnection(url));
     request.setRawHeader(QByteArrayLiteral("Connection"), QByteArrayLiteral("close"));
     QNetworkReply* reply = method == "PUT" ? nam.put(request, device) : nam.post(request, device);
     device->setParent(reply);
@@ -104,11 +130,14 @@ void Task::slotFinished()
     onFinished();
 }
 
-void TaskPrivate::letGo(QNetworkReply* reply)
+void TaskPrivate::letGo(const QPointer<QNetworkReply>& reply)
 {
+    if (!reply)
+        return;
     reply->disconnect(&m_task);
-    reply->abort();
-    reply->deleteLater();
+    reply->abort(); // which an application hears, and may answer by deleting it, or another one
+    if (reply)
+        reply->deleteLater();
 }
 
 bool Task::succeeded() const

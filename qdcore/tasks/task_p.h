@@ -42,7 +42,7 @@ public:
     void send(const QUrl& url, const LogText& log, const QByteArray& body = QByteArray());
 
     /// Aborts a reply without telling the task, and deletes it later.
-    void letGo(QNetworkReply* reply);
+    void letGo(const QPointer<QNetworkReply>& reply);
 
     /// Logs the body of a good reply after a prefix.
     void logBody(const LogText& prefix) { logBody(prefix, m_task.body()); }

@@ -11,6 +11,8 @@
 
 #include <QDomDocument>
 #include <QNetworkAccessManager>
+#include <QPointer>
+#include <QVector>
 
 namespace {
 
@@ -26,8 +28,10 @@ TaskGetContacts::TaskGetContacts(FaxServer& server)
 
 TaskGetContacts::~TaskGetContacts()
 {
-    const QList<QNetworkReply*> replies = m_pendingGroups.keys();
-    for (QNetworkReply* reply : replies)
+    QVector<QPointer<QNetworkReply>> replies;
+    for (auto pending = m_pendingGroups.keyBegin(); pending != m_pendingGroups.keyEnd(); ++pending)
+        replies.append(*pending);
+    for (const auto& reply : qAsConst(replies))
         d->letGo(reply);
 }
 

@@ -102,7 +102,7 @@ QList<Operation> makeOperations()
 
 bool Operation::hasBody() const
 {
-    return isChange() && !request.startsWith("DELETE") && type != Task::Reschedule;
+    return isChange() && !request.startsWith("DELETE");
 }
 
 Task* Operation::make(FaxServer& server, const QString& host) const

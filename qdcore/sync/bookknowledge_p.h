@@ -1,0 +1,76 @@
+#pragma once
+
+// What a book was when its server was asked about it. Internal: not installed, not exported.
+
+#include "contactlist.h"
+#include "contactlocalstorage.h"
+
+#include <QSet>
+#include <QVector>
+
+#include <limits>
+#include <mutex>
+
+/// A book in the store.
+struct StoredBook
+{
+    unsigned int source;
+    ContactLocalStorage::ContactType type;
+    ContactLocalStorage::ContactLocation location;
+};
+
+/**
+ * What a book was when a request about it went out, and what was deleted from it or listed of it since.
+ *
+ * A list of identifiers or units is only as new as the moment it was asked for. What was added to the store
+ * after that is not in it and must not be deleted; what was deleted after that may be in it and must not come
+ * back; what a newer reply has stored must not be overwritten. Everything that deletes or stores because of a
+ * reply asks the object that was made with the request. Row ids, which only grow and are shared by all
+ * programs that use the file, tell what was added since. Timestamps tell which of two replies is newer, and
+ * only where they have passed both the reply and the newest one known then: the clock of the server may have
+ * been set back.
+ *
+ * The provider notes, on its thread; threads ask, inside their bracket.
+ */
+class BookKnowledge
+{
+public:
+    /// Nothing is known: every row may be deleted, every unit stored.
+    explicit BookKnowledge(const StoredBook& book);
+    /// Only what getContactLastTimeStamp() was is known: where it is later by now, nothing is deleted.
+    BookKnowledge(const StoredBook& book, unsigned int newest);
+    /// What the store holds now.
+    BookKnowledge(const StoredBook& book, ContactLocalStorage& storage);
+    Q_DISABLE_COPY(BookKnowledge)
+
+    /// getContactLastTimeStamp() of the moment, 0 for an empty book.
+    unsigned int newest() const { return m_newest; }
+    const StoredBook& book() const { return m_book; }
+
+    /// A unit of the book was deleted on the server.
+    void noteDeleted(const QString& uid);
+    /// The server has listed the book in answer to a later request.
+    void noteListed(const QList<QString>& uids);
+
+    /// Deletes the units of the book that are neither among @p listed nor among @p replied and that were
+    /// known when the server was asked, see ContactLocalStorage::deleteContactsNotListed().
+    void deleteRest(ContactLocalStorage& storage, const QList<QString>& listed,
+                    const QList<QString>& replied) const;
+
+    /// Those of a reply's units that may be stored: what was not deleted since, and where the book has newer
+    /// units by now, only what it lacks and every later list has. @p timestamp is the reply's.
+    ContactList storable(ContactLocalStorage& storage, const ContactList& units,
+                         unsigned int timestamp) const;
+
+private:
+    static constexpr unsigned int any = std::numeric_limits<unsigned int>::max();
+
+    bool hasNewerThan(ContactLocalStorage& storage, unsigned int timestamp) const;
+
+    const StoredBook m_book;
+    const unsigned int m_newest{any};
+    const unsigned int m_lastId{any}; ///< Rows with a higher id were added since.
+    mutable std::mutex m_mutex;       ///< Guards what was noted.
+    QSet<QString> m_deleted;
+    QVector<QList<QString>> m_lists;
+};
