@@ -26,11 +26,14 @@ void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& e
             body->bytes.append(reply->readAll());
         } else {
             body->isCut = true;
+            body->bytes = QByteArray();
             reply->abort();
         }
     });
-    QObject::connect(reply, &QNetworkReply::finished, context,
-                     [this, reply] { end(reply, reply->error(), reply->readAll()); });
+    QObject::connect(reply, &QNetworkReply::finished, context, [this, reply] {
+        // one that was aborted is closed
+        end(reply, reply->error(), reply->isOpen() ? reply->readAll() : QByteArray());
+    });
     QObject::connect(reply, &QObject::destroyed, context,
                      [this, reply] { end(reply, QNetworkReply::OperationCanceledError, QByteArray()); });
 }
