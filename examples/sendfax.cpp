@@ -53,7 +53,7 @@ int main(int argc, char** argv)
         //! [login]
         //! [submit]
         FaxDocument fax = makeFax(arguments[4], arguments[5]);
-        fax.setFaxSchedule(FaxScheduleOptions(user.faxScheduleOptions()));
+        fax.setFaxSchedule(user.faxScheduleOptions());
 
         auto* task = static_cast<TaskSchedule*>(server->addTask(Task::Schedule));
         task->setFaxDocument(fax);

@@ -11,8 +11,10 @@
 #include "serverversion_p.h"
 #include "shorthand.h"
 #include "taskkit.h"
+#include "tasks/operationtable_p.h"
 
 #include <QDomDocument>
+#include <QMetaMethod>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -86,12 +88,30 @@ private Q_SLOTS:
         connect(
             &server, &FaxServer::changedQuendraInfo, this,
             [&received](const QuendraInfo& info) { received = info; }, Qt::QueuedConnection);
-        QVERIFY(connect(&server, SIGNAL(changedLastStatus(Task::Status)), &server,
-                        SLOT(slotError(Task::Status)), Qt::QueuedConnection));
+        QSignalSpy statuses(&server, &FaxServer::changedLastStatus);
+        server.slotError(Task::AuthError);
+        QCOMPARE(statuses.takeFirst().first().value<Task::Status>(), Task::AuthError);
         QuendraInfo info;
         info.setModel(s("ABC40"));
         Q_EMIT server.changedQuendraInfo(info);
         QTRY_COMPARE(received.model(), s("ABC40"));
+
+        // by name, too; contacts are abstract
+        const auto check = [](const QMetaMethod& signal) {
+            for (int i = 0; i < signal.parameterCount(); ++i) {
+                QVERIFY2(signal.parameterType(i) != QMetaType::UnknownType ||
+                             signal.parameterTypes().at(i) == "ContactUnit",
+                         signal.methodSignature().constData());
+            }
+        };
+        forEachOperation(
+            [&](const WebOperation&, auto... done) { (check(QMetaMethod::fromSignal(done)), ...); });
+        for (const QMetaObject* type : {&Task::staticMetaObject, &FaxServer::staticMetaObject}) {
+            for (int i = QObject::staticMetaObject.methodCount(); i < type->methodCount(); ++i) {
+                if (type->method(i).methodType() == QMetaMethod::Signal)
+                    check(type->method(i));
+            }
+        }
     }
 
     void statusFollowsOutcomes()
