@@ -99,8 +99,8 @@ protected:
     const FaxServer& server() const { return m_server; }
     /// What sends the request; owned by the FaxManager, and destroyed with it.
     QNetworkAccessManager& nam() { return *m_nam; }
-    /// The reply; null until the request is sent, and once somebody has deleted it, maybe before
-    /// onFinished().
+    /// The reply; null until the request is sent, and once an application has deleted it: onFinished() relies
+    /// on succeeded(), networkError() and body() instead.
     QNetworkReply* reply() const;
 
     /// Takes a reply just sent: collects its body, and calls onFinished() at its end. The call is queued,
