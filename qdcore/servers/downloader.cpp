@@ -131,7 +131,7 @@ void Downloader::download(QUrl url, bool secure)
     }
 
     QD_LOG(DEBUG, tr("Start Downloading %1 from %2", "Logger").arg(fileName, url.toDisplayString()));
-    if (m_reply)
+    if (m_reply || (m_isRunning && m_alive))
         return;
 
     url.setScheme(secure ? QStringLiteral("https") : QStringLiteral("http"));
@@ -153,11 +153,15 @@ void Downloader::download(QUrl url, bool secure)
     }
 
     m_reply = m_manager.get(request);
+    m_alive = &m_manager;
+    m_isRunning = true;
+    m_endError = QNetworkReply::OperationCanceledError;
     m_reply->setReadBufferSize(waitingPlain);
     connect(m_reply.data(), &QNetworkReply::metaDataChanged, m_reply.data(), [reply = m_reply.data()] {
         if (reply->hasRawHeader("Content-Encoding"))
             reply->setReadBufferSize(waitingCompressed);
     });
+    connect(m_reply.data(), &QNetworkReply::finished, this, [this] { m_endError = m_reply->error(); });
     // Queued: a receiver of what they report may destroy the access manager, and so the reply, which looks at
     // itself again after its signals. What arrives is taken at once: the reply gives it away until it fails.
     connect(m_reply.data(), &QNetworkReply::finished, this, &Downloader::slotFinished, Qt::QueuedConnection);
@@ -200,7 +204,7 @@ void Downloader::err(QNetworkReply::NetworkError code)
 /// Unless the manager has gone meanwhile.
 void Downloader::fail()
 {
-    if (m_reply)
+    if (m_alive)
         Q_EMIT downloadError(NetworkError);
 }
 
@@ -210,14 +214,17 @@ void Downloader::slotFinished()
         m_file.close();
 
     // The receiver may destroy this object, or begin the next download.
+    const QPointer<Downloader> self(this);
     const QPointer<QNetworkReply> reply = m_reply;
-    if (reply && reply->isFinished() && reply->error() == QNetworkReply::NoError) {
+    if (m_alive && m_endError == QNetworkReply::NoError) {
         QD_LOG(DEBUG, tr("Downloader: file %1 was obtained successfully.", "Logger").arg(m_filePath));
         const QString filePath = m_filePath;
         Q_EMIT downloadFinished(filePath);
     } else {
         QD_LOG(ERROR, tr("Downloader: network error! File has not downloaded!", "Logger"));
     }
+    if (self)
+        m_isRunning = false;
     if (reply)
         reply->deleteLater();
 }

@@ -89,5 +89,9 @@ private:
     Error m_lastError{NoError};
     QString m_filePath; ///< Of the file being written.
     QFile m_file;
-    QPointer<QNetworkReply> m_reply; ///< The running request, null when there is none.
+    QPointer<QNetworkReply> m_reply; ///< The running request; null when there is none, or it was released.
+    QPointer<QNetworkAccessManager> m_alive; ///< The manager of the running request.
+    bool m_isRunning{false};                 ///< From sending until slotFinished().
+    /// What the reply ended with: an application may release it before slotFinished().
+    QNetworkReply::NetworkError m_endError{QNetworkReply::NoError};
 };

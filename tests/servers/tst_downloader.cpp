@@ -76,6 +76,13 @@ class TestDownloader : public QObject
         m_server->setAnswer(ScriptedServer::reply("content"));
     }
 
+    /// As applications do with the replies of their access manager.
+    void releaseReplies()
+    {
+        connect(&m_manager, &QNetworkAccessManager::finished, m_downloader.get(),
+                [](QNetworkReply* reply) { reply->deleteLater(); });
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -110,6 +117,7 @@ private Q_SLOTS:
         m_server->setAnswer(ScriptedServer::reply(content));
         writeFile(target("fax123.tif"), "longer than nothing");
 
+        releaseReplies();
         QUrl source = url("/some/where/fax123.tif?page=1");
         source.setScheme(secure ? s("http") : s("https"));
         m_downloader->download(source, secure);
@@ -270,6 +278,7 @@ private Q_SLOTS:
         const TestLog log;
         m_server->setAnswer(ScriptedServer::reply("no such file", status));
         m_server->setHangUp(hangUp);
+        releaseReplies();
         QVERIFY(fetch("/a.tif"));
         QCOMPARE(firstError(), int(Downloader::NetworkError));
         QTRY_VERIFY(log.messages(s("ERROR"))
