@@ -45,7 +45,8 @@ public:
 
     /// Adds a server and starts its login, FaxServer::verifyUser(); its contact books are synchronised after
     /// it. The first server becomes the default. @p address may carry a port. Null when a slot of the contact
-    /// manager's signals has destroyed the server meanwhile, or this manager.
+    /// manager's signals has destroyed the server meanwhile, or this manager. A server that such a slot gave
+    /// to deleteServer() is returned, but not in the list: the event loop deletes it.
     QPointer<FaxServer> addServer(const QString& address, bool useSSL, const QString& login,
                                   const QString& password);
 

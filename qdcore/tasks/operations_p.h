@@ -20,10 +20,10 @@ struct WebOperation
 {
     Task::Type type;
     const char* method;  ///< "GET", "POST", "PUT" or "DELETE".
-    const char* path;    ///< Below "/qdws/v1/"; parameters may lead further down, or to another resource.
+    const char* path;    ///< Parameters go behind it, or lead to another resource.
     ErrorMapping errors; ///< What becomes of network errors.
-    Task::Status
-        unusable; ///< The end of a reply that is XML and lacks what it should hold; Ok: an empty list.
+    /// The end of a reply that is XML and lacks what it should hold; Ok: an empty list.
+    Task::Status unusable;
 };
 
 /// The row of a type. For a number that is no type one that has no path and maps every error to Error.
