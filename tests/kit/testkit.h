@@ -25,6 +25,7 @@ bool spinUntil(Condition condition, int seconds = 20)
     while (!condition() && !deadline.hasExpired()) {
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // no loop of its own does it
+        QCoreApplication::processEvents(); // what a thread has posted just before it was deleted
     }
     return condition();
 }
