@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <ctime>
+#include <tuple>
 
 inline QString s(const char* utf8)
 {
@@ -61,14 +62,28 @@ struct Cell
     T value{};
 };
 
-/// The table of a data-driven test: made with the names of the columns, called once a row.
+inline const char* columnName(int column)
+{
+    static const char* const names[]{"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"};
+    return names[column];
+}
+
+/// The table of a data-driven test, called once a row. Made with the names of the columns where the test
+/// fetches them by name, without where it takes the cells().
 template <typename... Column>
 struct Rows
 {
-    template <typename... Name>
-    explicit Rows(Name... names)
+    Rows()
     {
-        (QTest::addColumn<Column>(names), ...);
+        int column = 0;
+        (QTest::addColumn<Column>(columnName(column++)), ...);
+    }
+    template <typename... Name>
+    explicit Rows(const char* first, Name... names)
+    {
+        int column = 0;
+        const char* const all[]{first, names...};
+        (QTest::addColumn<Column>(all[column++]), ...);
     }
 
     void operator()(const char* row, const Cell<Column>&... cells) const
@@ -76,3 +91,16 @@ struct Rows
         (QTest::newRow(row) << ... << cells.value);
     }
 };
+
+template <typename... Column, std::size_t... I>
+std::tuple<Column...> cells(std::index_sequence<I...>)
+{
+    return {*static_cast<Column*>(QTest::qData(columnName(I), qMetaTypeId<Column>()))...};
+}
+
+/// The cells of the current row: const auto [text, number] = cells<QString, int>();
+template <typename... Column>
+std::tuple<Column...> cells()
+{
+    return cells<Column...>(std::index_sequence_for<Column...>());
+}
