@@ -1,8 +1,12 @@
 #include "tasks/replybodies_p.h"
 
+#include "log_p.h"
+#include "tasks/replyreader_p.h"
 #include "tasks/task.h"
 
 #include <QNetworkReply>
+
+#include <utility>
 
 namespace {
 
@@ -11,24 +15,19 @@ constexpr qint64 bufferSize = qint64(16) * 1024;
 
 } // namespace
 
-void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& ended)
+void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& ended,
+                          const std::shared_ptr<ReplyReader>& reader)
 {
-    m_bodies.insert(reply, {QByteArray(), ended});
+    m_bodies.insert(reply, {QByteArray(), ended, reader});
     reply->setReadBufferSize(bufferSize);
     QObject::connect(reply, &QNetworkReply::readyRead, context, [this, reply] {
         const auto body = m_bodies.find(reply);
         if (body == m_bodies.end() || body->isCut)
             return;
-        if (body->bytes.isEmpty())
+        if (!std::exchange(body->isBegun, true))
             reply->setProperty(Task::bodyHeadProperty, reply->peek(Task::bodyHeadSize));
-        m_received += reply->bytesAvailable();
-        if (!isOverLimit()) {
-            body->bytes.append(reply->readAll());
-        } else {
-            body->isCut = true;
-            body->bytes = QByteArray();
+        if (!take(*body, reply->readAll()))
             reply->abort();
-        }
     });
     QObject::connect(reply, &QNetworkReply::finished, context, [this, reply] {
         // one that was aborted is closed
@@ -43,17 +42,31 @@ void ReplyBodies::end(QNetworkReply* reply, int error, const QByteArray& rest)
     if (!m_bodies.contains(reply))
         return; // it was told before
     Body body = m_bodies.take(reply);
-    m_received += rest.size();
-    if (body.isCut)
-        body.bytes.clear();
-    else if (body.bytes.isEmpty())
-        body.bytes = rest;
-    else
-        body.bytes.append(rest);
+    if (!body.isCut && !take(body, rest))
+        error = QNetworkReply::OperationCanceledError;
     body.ended(reply, error, body.bytes);
+}
+
+/// Takes bytes that have come. False, and the body is gone, when that exceeds a limit.
+bool ReplyBodies::take(Body& body, const QByteArray& block)
+{
+    m_received += block.size();
+    if (body.reader) {
+        m_kept -= body.reader->kept();
+        body.reader->add(block);
+        m_kept += body.reader->kept();
+    }
+    const bool hasRoom = maxBodySize - body.bytes.size() >= block.size();
+    // the level may change until the reply ends; what is not kept by then is not logged
+    if (hasRoom && (!body.reader || Logger::inst().level() >= Logger::DEBUG))
+        body.bytes.append(block);
+    body.isCut = isOverLimit() || !(hasRoom || body.reader);
+    if (body.isCut)
+        body.bytes = QByteArray();
+    return !body.isCut;
 }
 
 bool ReplyBodies::isOverLimit() const
 {
-    return m_received > Task::maxReplySize;
+    return m_received > Task::maxReplySize || m_kept > Task::maxReplySize;
 }

@@ -55,6 +55,14 @@ QString withAmpersands(const QByteArray& data)
 
 bool parseReply(QByteArray data, QDomDocument& document)
 {
+    // decoding ends at a null byte, see withAmpersands()
+    if (const int end = data.indexOf('\0'); end >= 0)
+        data.truncate(end);
+    return isFitForDom(data) && parseFit(std::move(data), document);
+}
+
+bool parseFit(QByteArray data, QDomDocument& document)
+{
     // repairing writes four characters more for each, and a text of nothing else would not fit into a string
     if (data.count('&') > maxAmpersands)
         return false;
@@ -63,5 +71,5 @@ bool parseReply(QByteArray data, QDomDocument& document)
         data = std::move(repaired);
     const QString text = QString::fromUtf8(data);
     data.clear();
-    return isFitForDom(text) && document.setContent(text);
+    return document.setContent(text);
 }

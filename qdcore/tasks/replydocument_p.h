@@ -15,3 +15,6 @@ QString withAmpersands(const QByteArray& data);
 /// take (256 levels, 2 million nodes). @p data is to be moved in: as a text it takes twice as much, and a
 /// third time in the document.
 bool parseReply(QByteArray data, QDomDocument& document);
+
+/// The same for what an XmlScanner has found fit already.
+bool parseFit(QByteArray data, QDomDocument& document);

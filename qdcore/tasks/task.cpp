@@ -1,6 +1,7 @@
 #include "tasks/task.h"
 
 #include "faxserver.h"
+#include "tasks/itemreply_p.h"
 #include "tasks/oneshotbody_p.h"
 #include "tasks/replydocument_p.h"
 #include "tasks/servicerequest_p.h"
@@ -117,12 +118,15 @@ void Task::setReply(QNetworkReply* reply)
 {
     d->m_reply = reply;
     d->m_started = true;
-    d->bodies.collect(reply, this, [this](QNetworkReply*, int error, const QByteArray& body) {
-        d->m_finished = true;
-        d->m_error = error;
-        d->m_body = body;
-        QMetaObject::invokeMethod(this, &Task::slotFinished, Qt::QueuedConnection);
-    });
+    d->bodies.collect(
+        reply, this,
+        [this](QNetworkReply*, int error, const QByteArray& body) {
+            d->m_finished = true;
+            d->m_error = error;
+            d->m_body = body;
+            QMetaObject::invokeMethod(this, &Task::slotFinished, Qt::QueuedConnection);
+        },
+        d->m_reader);
 }
 
 void Task::slotFinished()
@@ -170,6 +174,21 @@ bool Task::parseBody(QDomDocument& document)
     return false;
 }
 
+void TaskPrivate::readChildren(ReplyReader::Take take)
+{
+    if (isStarted())
+        return;
+    m_reader = std::make_shared<ReplyReader>(std::move(take));
+}
+
+bool TaskPrivate::finishDocument()
+{
+    if (m_reader->finish())
+        return true;
+    m_task.fail(Task::InvalidReply);
+    return false;
+}
+
 int Task::protocolVersion() const
 {
     return m_server.info().protocolVersion();
@@ -204,6 +223,22 @@ void TaskPrivate::failThenLog(const LogText& error, const LogText& errorBody)
     m_task.fail(errorStatus());
     Logger::inst().log(Logger::ERROR, error.text.arg(number), error.file, error.line);
     logBody(errorBody, body);
+}
+
+void TaskPrivate::finishItems(const ItemReply& reply)
+{
+    if (!m_task.succeeded())
+        return failReply(reply.error, reply.errorBody);
+    logBody(reply.reply);
+    if (!finishDocument())
+        return;
+    // the entries are reported whatever the message says, and the error is logged afterwards
+    const bool isValid = !reply.isLog || m_saysSuccess;
+    const auto emitItems = std::move(m_emitItems);
+    m_task.deleteLater();
+    emitItems();
+    if (!isValid)
+        Logger::inst().log(Logger::ERROR, reply.invalid.text, reply.invalid.file, reply.invalid.line);
 }
 
 void Task::fail(Status status)

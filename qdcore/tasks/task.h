@@ -66,8 +66,9 @@ public:
     };
     Q_ENUM(Status)
 
-    /// Limit of a task's replies together, in bytes after decompression; beyond it the task ends with Error.
-    static constexpr qint64 maxReplySize = qint64(256) * 1024 * 1024;
+    /// Limit of a task's replies together, in bytes after decompression, and of the records made of them, in
+    /// bytes of memory; a quarter of it where the reply is no list. Beyond it the task ends with Error.
+    static constexpr qint64 maxReplySize = qint64(1024) * 1024 * 1024;
 
     /// Dynamic property of a reply: the first bytes of its body, which is read before its finished().
     static constexpr const char* bodyHeadProperty = "bodyHead";

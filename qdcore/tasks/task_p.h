@@ -6,6 +6,7 @@
 #include "log_p.h"
 #include "tasks/operations_p.h"
 #include "tasks/replybodies_p.h"
+#include "tasks/replyreader_p.h"
 #include "tasks/task.h"
 
 #include <QPointer>
@@ -52,20 +53,30 @@ public:
     /// The status for the reply's network error, as the operation maps it.
     Task::Status errorStatus() const;
 
+    /// Has the reply's document read while it arrives. To be called before send(); body() is then only what
+    /// logBody() needs.
+    void readChildren(ReplyReader::Take take);
+    ReplyReader& reader() { return *m_reader; }
+    /// To be called once in onFinished(), before anything that was read is told. False when the document was
+    /// not well-formed; the task has then ended with InvalidReply.
+    bool finishDocument();
+
     /// Ends the task after a network error: logs it (@p error, with %1 for its number) and the body (after
     /// the prefix @p errorBody), and fails with errorStatus().
     void failReply(const LogText& error, const LogText& errorBody);
     /// The same in the other order: first the signal, then the log lines.
     void failThenLog(const LogText& error, const LogText& errorBody);
 
-    /// The whole end of a task whose reply is a list of items. @p read puts one item element into the list.
-    /// Defined in itemreply_p.h.
+    /// Has the items of a reply that is a list read, and emitted by @p done in the end. @p read puts one item
+    /// element, a child of the document element with the name @p item, into the list. Defined in
+    /// itemreply_p.h.
     template <typename T, typename ListPtr, typename Read>
-    void finishItems(const ItemReply& reply, void (T::*done)(ListPtr), Read read);
-
-    /// Reads an item as a record of its own and keeps it if it can be read; for finishItems().
-    template <typename Entry>
-    auto entryReader() const;
+    void readItems(const QString& item, void (T::*done)(ListPtr), Read read);
+    /// The same for records of their own, which are kept if they can be read.
+    template <typename Entry, typename T, typename ListPtr>
+    void readEntries(const QString& item, void (T::*done)(ListPtr));
+    /// The whole end of a task whose reply is a list of items.
+    void finishItems(const ItemReply& reply);
 
     /// The whole end of a task that changes a contact. Defined in contactchange_p.h.
     template <typename T>
@@ -79,6 +90,9 @@ private:
     Task& m_task;
     QPointer<QNetworkReply> m_reply;
     QByteArray m_body;
+    std::shared_ptr<ReplyReader> m_reader;
+    std::function<void()> m_emitItems; ///< Emits what readItems() has read.
+    bool m_saysSuccess{false};         ///< The list says so.
     int m_error{QNetworkReply::OperationCanceledError};
     bool m_started{false};
     bool m_finished{false};

@@ -1,15 +1,13 @@
 #include "tasks/taskgetcontacts.h"
 
 #include "contactbook_p.h"
-#include "domtext_p.h"
 #include "faxserver.h"
 #include "quendracontact.h"
 #include "quendracontactgroup.h"
-#include "tasks/replydocument_p.h"
 #include "tasks/servicerequest_p.h"
 #include "tasks/task_p.h"
 
-#include <QDomDocument>
+#include <QDomElement>
 #include <QNetworkAccessManager>
 #include <QPointer>
 #include <QVector>
@@ -21,6 +19,14 @@ namespace {
 constexpr int maxPendingMembers = 100;
 
 } // namespace
+
+/// The contact of a member's reply.
+struct TaskGetContacts::MemberContact
+{
+    QuendraContact unit;
+    bool isThere{false};
+    bool isRead{false};
+};
 
 TaskGetContacts::TaskGetContacts(FaxServer& server)
     : Task(server)
@@ -47,6 +53,16 @@ void TaskGetContacts::execute()
                                     QStringLiteral("/qdws/v1/contact_groups"), server().login()));
     if (m_lastTimeSync != 0 && url.isValid())
         url.setQuery(QStringLiteral("query_time=") + QString::number(m_lastTimeSync));
+    d->readChildren([this, hadTime = false](const QDomElement& child, bool) mutable {
+        const QString name = child.tagName();
+        const ContactBook book(m_contactsType);
+        if (name == QLatin1String("query_time") && !std::exchange(hadTime, true))
+            m_serverTime = child.text().toUInt();
+        else if (book.isValid && !book.isGroup && name == QLatin1String("contact"))
+            readContact(child);
+        else if (book.isGroup && name == QLatin1String("contact_group"))
+            readGroup(child);
+    });
     d->send(url, LOG_TEXT(tr("TaskGetContacts request:\r\n%1", "Logger")));
 }
 
@@ -62,47 +78,33 @@ void TaskGetContacts::onFinished()
     }
 
     d->logBody(LOG_TEXT(tr("TaskGetContacts reply:\r\n", "Logger")));
-    QDomDocument document;
-    if (!parseBody(document))
+    if (!d->finishDocument())
         return;
 
-    QDomElement root = document.documentElement();
-    const QDomElement time = root.firstChildElement(QStringLiteral("query_time"));
-    if (!time.isNull())
-        m_serverTime = time.text().toUInt();
     m_contacts.setContactsType(m_contactsType);
-    const ContactBook book(m_contactsType);
-    if (book.isGroup)
-        readGroups(root);
-    else if (book.isValid)
-        readContacts(root);
+    requestMembers();
     if (m_pendingGroups.isEmpty())
         succeed();
 }
 
-void TaskGetContacts::readContacts(QDomElement& root)
+void TaskGetContacts::readContact(const QDomElement& element)
 {
-    takeElements(root, QStringLiteral("contact"), [this](const QDomElement& element) {
-        QuendraContact contact;
-        if (contact.readFax(element, protocolVersion()))
-            m_contacts.addContact(contact);
-    });
+    QuendraContact contact;
+    if (contact.readFax(element, protocolVersion()))
+        m_contacts.addContact(contact);
 }
 
-void TaskGetContacts::readGroups(QDomElement& root)
+void TaskGetContacts::readGroup(const QDomElement& element)
 {
+    QuendraContactGroup read;
+    if (!read.readFax(element, protocolVersion()))
+        return;
+    auto& group = static_cast<QuendraContactGroup&>(m_contacts.addContact(read));
     const QString memberName = QStringLiteral("contact");
-    takeElements(root, QStringLiteral("contact_group"), [&](const QDomElement& element) {
-        QuendraContactGroup read;
-        if (!read.readFax(element, protocolVersion()))
-            return;
-        auto& group = static_cast<QuendraContactGroup&>(m_contacts.addContact(read));
-        for (QDomElement member = element.firstChildElement(memberName); !member.isNull();
-             member = member.nextSiblingElement(memberName)) {
-            m_waitingMembers.enqueue({member.text(), &group});
-        }
-    });
-    requestMembers();
+    for (QDomElement member = element.firstChildElement(memberName); !member.isNull();
+         member = member.nextSiblingElement(memberName)) {
+        m_waitingMembers.enqueue({member.text(), &group});
+    }
 }
 
 void TaskGetContacts::requestMembers()
@@ -112,17 +114,23 @@ void TaskGetContacts::requestMembers()
         QNetworkReply* reply =
             nam().get(serviceRequest(server(), resourceUrl(QUrl(member, QUrl::TolerantMode))));
         m_pendingGroups.insert(reply, group);
-        d->bodies.collect(reply, this, [this](QNetworkReply* ended, int error, const QByteArray& body) {
-            m_endedMembers.enqueue({m_pendingGroups.take(ended), error, body});
-            QMetaObject::invokeMethod(this, &TaskGetContacts::slotFinishedGroup, Qt::QueuedConnection);
+        const auto contact = std::make_shared<MemberContact>();
+        const auto reader = std::make_shared<ReplyReader>([this, contact](const QDomElement& child, bool) {
+            if (child.tagName() == QLatin1String("contact") && !std::exchange(contact->isThere, true))
+                contact->isRead = contact->unit.readFax(child, protocolVersion());
         });
+        const auto ended = [this, contact, reader](QNetworkReply* which, int error, const QByteArray& body) {
+            m_endedMembers.enqueue({m_pendingGroups.take(which), error, body, reader, contact});
+            QMetaObject::invokeMethod(this, &TaskGetContacts::slotFinishedGroup, Qt::QueuedConnection);
+        };
+        d->bodies.collect(reply, this, ended, reader);
         connect(reply, &QNetworkReply::finished, reply, &QObject::deleteLater);
     }
 }
 
 void TaskGetContacts::slotFinishedGroup()
 {
-    auto [group, error, body] = m_endedMembers.dequeue();
+    const auto [group, error, body, reader, contact] = m_endedMembers.dequeue();
     if (d->bodies.isOverLimit())
         m_waitingMembers.clear();
     requestMembers();
@@ -138,18 +146,15 @@ void TaskGetContacts::slotFinishedGroup()
     }
 
     d->logBody(LOG_TEXT(tr("TaskGetContacts reply:\r\n", "Logger")), body);
-    QDomDocument document;
-    if (!parseReply(std::move(body), document)) {
+    if (!reader->finish()) {
         m_groupFailed = true;
         if (areMembersComplete())
             fail(Task::InvalidReply);
         return;
     }
 
-    const QDomElement element = document.documentElement().firstChildElement(QStringLiteral("contact"));
-    QuendraContact contact;
-    if (!element.isNull() && contact.readFax(element, protocolVersion()))
-        group->addContact(contact);
+    if (contact->isRead)
+        group->addContact(contact->unit);
     if (areMembersComplete())
         succeed();
 }

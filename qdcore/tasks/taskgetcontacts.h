@@ -7,7 +7,9 @@
 #include <QPair>
 #include <QQueue>
 
+class QDomElement;
 class QuendraContactGroup;
+class ReplyReader;
 
 /**
  * Reads a contact book, whole or what changed since a time of the server's.
@@ -49,15 +51,18 @@ private Q_SLOTS:
     void slotFinishedGroup();
 
 private:
+    struct MemberContact;
     struct EndedMember
     {
         QuendraContactGroup* group;
         int error;
         QByteArray body;
+        std::shared_ptr<ReplyReader> reader;
+        std::shared_ptr<MemberContact> contact;
     };
 
-    void readContacts(QDomElement& root);
-    void readGroups(QDomElement& root);
+    void readContact(const QDomElement& element);
+    void readGroup(const QDomElement& element);
     void requestMembers();
     bool areMembersComplete() const { return m_pendingGroups.isEmpty() && m_endedMembers.isEmpty(); }
     void succeed();

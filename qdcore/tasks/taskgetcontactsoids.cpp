@@ -20,6 +20,22 @@ void TaskGetContactsOids::execute()
     const QString path = ContactBook(m_contactsType)
                              .path(QStringLiteral("/qdws/v1/contact_oids"),
                                    QStringLiteral("/qdws/v1/contact_group_oids"), server().login());
+    // a book of 100,000 has a megabyte of them in one element
+    const QByteArray name = QByteArrayLiteral("oids");
+    d->readChildren(
+        [this, name, had = false, isFirst = false](const QDomElement& child, bool continues) mutable {
+            if (child.tagName() != QLatin1String(name))
+                return;
+            if (!continues)
+                isFirst = !std::exchange(had, true);
+            if (!isFirst)
+                return;
+            const QString text = child.text();
+            const QVector<QStringRef> parts = text.splitRef(QLatin1Char(','));
+            for (const QStringRef& part : parts)
+                m_oids.append(part.trimmed().toString());
+        });
+    d->reader().setDivided(name, ',');
     d->send(serviceUrl(path), LOG_TEXT(tr("TaskGetContactsOids request:\r\n%1", "Logger")));
 }
 
@@ -31,20 +47,11 @@ void TaskGetContactsOids::onFinished()
     }
 
     d->logBody(LOG_TEXT(tr("TaskGetContactsOids reply:\r\n", "Logger")));
-    QDomDocument document;
-    if (!parseBody(document))
+    if (!d->finishDocument())
         return;
 
-    QList<QString> oids;
-    const QDomElement element = document.documentElement().firstChildElement(QStringLiteral("oids"));
-    if (ContactBook(m_contactsType).isValid && !element.isNull()) {
-        const QString text = element.text();
-        const QVector<QStringRef> parts = text.splitRef(QLatin1Char(','));
-        oids.reserve(parts.size());
-        for (const QStringRef& part : parts)
-            oids.append(part.trimmed().toString());
-    }
     const ContactList::Type book = m_contactsType;
+    const QList<QString> oids = ContactBook(book).isValid ? m_oids : QList<QString>();
     deleteLater();
     Q_EMIT doneGetContactsOids(oids, book);
 }

@@ -29,4 +29,5 @@ Q_SIGNALS:
 
 private:
     ContactList::Type m_contactsType{ContactList::Unknown};
+    QList<QString> m_oids;
 };

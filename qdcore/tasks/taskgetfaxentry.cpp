@@ -29,15 +29,15 @@ void TaskGetFaxEntry::execute()
         query = QStringLiteral("pending_limit=%1&sending_limit=%1");
         break;
     }
+    d->readEntries<FaxEntry>(QStringLiteral("fax_entry"), &TaskGetFaxEntry::doneGetFaxEntry);
     d->send(limitedUrl(serviceUrl(path), query, m_completeLimit),
             LOG_TEXT(tr("TaskGetFaxEntry request:\r\n%1", "Logger")));
 }
 
 void TaskGetFaxEntry::onFinished()
 {
-    d->finishItems({QStringLiteral("fax_entry"), LOG_TEXT(tr("TaskGetFaxEntry reply:\r\n", "Logger")),
+    d->finishItems({LOG_TEXT(tr("TaskGetFaxEntry reply:\r\n", "Logger")),
                     LOG_TEXT(tr("TaskGetFaxEntry: reply error! http code %1", "Logger")),
                     LOG_TEXT(tr("Reply:\r\n", "Logger")), true,
-                    LOG_TEXT(tr("TaskGetFaxEntry: contains invalid reply!", "Logger"))},
-                   &TaskGetFaxEntry::doneGetFaxEntry, d->entryReader<FaxEntry>());
+                    LOG_TEXT(tr("TaskGetFaxEntry: contains invalid reply!", "Logger"))});
 }

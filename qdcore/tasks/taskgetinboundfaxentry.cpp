@@ -15,16 +15,16 @@ Task::Type TaskGetInboundFaxEntry::type()
 
 void TaskGetInboundFaxEntry::execute()
 {
+    d->readEntries<InboundFaxEntry>(QStringLiteral("inbound_fax_entry"),
+                                    &TaskGetInboundFaxEntry::doneGetInboundFaxEntry);
     d->send(limitedUrl(d->url(), QStringLiteral("index=0&limit=%1"), m_completeLimit),
             LOG_TEXT(tr("TaskGetInboundFaxEntry request:\r\n%1", "Logger")));
 }
 
 void TaskGetInboundFaxEntry::onFinished()
 {
-    d->finishItems({QStringLiteral("inbound_fax_entry"),
-                    LOG_TEXT(tr("TaskGetInboundFaxEntry reply:\r\n", "Logger")),
+    d->finishItems({LOG_TEXT(tr("TaskGetInboundFaxEntry reply:\r\n", "Logger")),
                     LOG_TEXT(tr("TaskGetInboundFaxEntry: reply error! http code %1", "Logger")),
                     LOG_TEXT(tr("TaskGetInboundFaxEntry reply:\r\n", "Logger")), true,
-                    LOG_TEXT(tr("TaskGetInboundFaxEntry: contains invalid reply!", "Logger"))},
-                   &TaskGetInboundFaxEntry::doneGetInboundFaxEntry, d->entryReader<InboundFaxEntry>());
+                    LOG_TEXT(tr("TaskGetInboundFaxEntry: contains invalid reply!", "Logger"))});
 }

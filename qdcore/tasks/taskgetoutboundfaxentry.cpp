@@ -15,16 +15,16 @@ Task::Type TaskGetOutboundFaxEntry::type()
 
 void TaskGetOutboundFaxEntry::execute()
 {
+    d->readEntries<OutboundFaxEntry>(QStringLiteral("outbound_fax_entry"),
+                                     &TaskGetOutboundFaxEntry::doneGetFaxEntry);
     d->send(limitedUrl(d->url(), QStringLiteral("limit=%1"), m_completeLimit),
             LOG_TEXT(tr("TaskGetOutboundFaxEntry request:\r\n%1", "Logger")));
 }
 
 void TaskGetOutboundFaxEntry::onFinished()
 {
-    d->finishItems({QStringLiteral("outbound_fax_entry"),
-                    LOG_TEXT(tr("TaskGetOutboundFaxEntry reply:\r\n", "Logger")),
+    d->finishItems({LOG_TEXT(tr("TaskGetOutboundFaxEntry reply:\r\n", "Logger")),
                     LOG_TEXT(tr("TaskGetOutboundFaxEntry: reply error! http code %1", "Logger")),
                     LOG_TEXT(tr("Reply:\r\n", "Logger")), true,
-                    LOG_TEXT(tr("TaskGetOutboundFaxEntry: contains invalid reply!", "Logger"))},
-                   &TaskGetOutboundFaxEntry::doneGetFaxEntry, d->entryReader<OutboundFaxEntry>());
+                    LOG_TEXT(tr("TaskGetOutboundFaxEntry: contains invalid reply!", "Logger"))});
 }

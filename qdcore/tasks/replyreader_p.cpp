@@ -1,0 +1,107 @@
+#include "tasks/replyreader_p.h"
+
+#include "tasks/replydocument_p.h"
+
+#include <QDomDocument>
+
+#include <utility>
+
+namespace {
+
+/// The largest child, and the largest frame, in bytes.
+constexpr int maxPieceSize = 256 * 1024 * 1024;
+
+/// What a record takes beside its texts, which are of 16 bits, in bytes.
+constexpr int recordSize = 512;
+
+} // namespace
+
+ReplyReader::ReplyReader(Take take, int pieceSize)
+    : m_take(std::move(take))
+    , m_pieceSize(pieceSize)
+{}
+
+void ReplyReader::setDivided(const QByteArray& name, char divider)
+{
+    m_dividedName = name;
+    m_scanner.setDivided(name, divider);
+}
+
+void ReplyReader::add(const QByteArray& block)
+{
+    if (!m_isUsable || m_isEnded)
+        return;
+    // decoding ends at a null byte, which XML cannot hold
+    const int end = block.indexOf('\0');
+    m_isEnded = end >= 0;
+    m_buffer.append(block.constData(), m_isEnded ? end : block.size());
+    scan();
+    m_scanner.drop(m_begin);
+    m_buffer.remove(0, std::exchange(m_begin, 0));
+    m_isUsable = m_isUsable && m_buffer.size() <= maxPieceSize;
+    if (!m_isUsable)
+        m_buffer.clear();
+}
+
+void ReplyReader::scan()
+{
+    while (m_isUsable) {
+        const XmlScanner::Stop stop = m_scanner.next(m_buffer);
+        const int position = m_scanner.position();
+        switch (stop) {
+        case XmlScanner::NeedsMore:
+            return;
+        case XmlScanner::Unfit:
+            m_isUsable = false;
+            break;
+        case XmlScanner::RootBegins:
+            m_isContent = true;
+            m_frame = m_buffer.left(position);
+            m_begin = position;
+            break;
+        case XmlScanner::ChildEnds:
+        case XmlScanner::DividerReached:
+            if (m_isContent && position - m_begin >= m_pieceSize)
+                readPiece(position, stop == XmlScanner::DividerReached);
+            break;
+        case XmlScanner::RootEnds:
+            if (std::exchange(m_isContent, false))
+                readPiece(position, false);
+            break;
+        }
+    }
+}
+
+void ReplyReader::readPiece(int end, bool isDivided)
+{
+    QByteArray piece = "<r>";
+    if (m_continues)
+        piece += '<' + m_dividedName + '>';
+    piece.append(m_buffer.constData() + m_begin, end - m_begin);
+    if (isDivided)
+        piece += "</" + m_dividedName + '>';
+    piece += "</r>";
+    m_kept += 2 * qint64(end - m_begin);
+    m_begin = end + int(isDivided);
+    m_scanner.resetNodes();
+
+    QDomDocument document;
+    m_isUsable = parseFit(std::move(piece), document);
+    bool continues = std::exchange(m_continues, isDivided);
+    const QDomElement root = document.documentElement();
+    for (QDomElement child = root.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
+        m_take(child, std::exchange(continues, false));
+        m_kept += recordSize;
+    }
+}
+
+bool ReplyReader::finish()
+{
+    if (m_isUsable) {
+        QDomDocument document;
+        m_isUsable = parseFit(m_frame + m_buffer, document);
+    }
+    m_frame.clear();
+    m_buffer.clear();
+    return m_isUsable;
+}
