@@ -8,17 +8,26 @@
 
 #include <QDomDocument>
 #include <QStringList>
-#include <QTextStream>
 
 namespace {
 
-/// Everything in an element, as text.
+/// Everything in an element that a record could read, as text.
 QString contentOf(const QDomElement& element)
 {
-    QString text;
-    QTextStream stream(&text);
-    element.save(stream, -1);
-    return text;
+    QString content = QLatin1Char('<') + element.tagName();
+    const QDomNamedNodeMap attributes = element.attributes();
+    QStringList values;
+    for (int i = 0; i < attributes.size(); ++i)
+        values.append(attributes.item(i).nodeName() + QLatin1Char('=') + attributes.item(i).nodeValue());
+    values.sort();
+    content += values.join(QLatin1Char(' ')) + QLatin1Char('>');
+    for (QDomNode node = element.firstChild(); !node.isNull(); node = node.nextSibling()) {
+        if (node.isElement())
+            content += contentOf(node.toElement());
+        else if (node.isText())
+            content += node.nodeValue();
+    }
+    return content + QLatin1String("</>");
 }
 
 QStringList partsOf(const QDomElement& element)
@@ -46,11 +55,17 @@ FUZZ_TARGET(pieces)
 
     QStringList children;
     QStringList parts;
-    ReplyReader reader([&](const QDomElement& child, bool) { children.append(contentOf(child)); }, pieceSize);
+    ReplyReader reader(
+        [&](const QDomElement& child, bool) {
+            children.append(contentOf(child));
+            return true;
+        },
+        pieceSize);
     ReplyReader divider(
         [&](const QDomElement& child, bool) {
             if (child.tagName() == divided)
                 parts += partsOf(child);
+            return true;
         },
         pieceSize);
     divider.setDivided(divided.toLatin1(), ',');

@@ -28,10 +28,13 @@ void TaskPrivate::readItems(const QString& item, void (T::*done)(ListPtr), Read 
     m_emitItems = [task = static_cast<T*>(&m_task), done, items] { Q_EMIT(task->*done)(items); };
     readChildren([this, item, items, read, hadMessage = false](const QDomElement& child, bool) mutable {
         const QString name = child.tagName();
-        if (name == item)
+        if (name == item) {
             read(child, *items);
-        else if (name == QLatin1String("message") && !std::exchange(hadMessage, true))
+            return true;
+        }
+        if (name == QLatin1String("message") && !std::exchange(hadMessage, true))
             m_saysSuccess = child.text() == QLatin1String("Success");
+        return false;
     });
 }
 

@@ -60,7 +60,7 @@ bool ReplyBodies::take(Body& body, const QByteArray& block)
     // the level may change until the reply ends; what is not kept by then is not logged
     if (hasRoom && (!body.reader || Logger::inst().level() >= Logger::DEBUG))
         body.bytes.append(block);
-    body.isCut = isOverLimit() || !(hasRoom || body.reader);
+    body.isCut = isOverLimit() || (body.reader ? body.reader->isOverLimit() : !hasRoom);
     if (body.isCut)
         body.bytes = QByteArray();
     return !body.isCut;

@@ -58,10 +58,11 @@ bool parseReply(QByteArray data, QDomDocument& document)
     // decoding ends at a null byte, see withAmpersands()
     if (const int end = data.indexOf('\0'); end >= 0)
         data.truncate(end);
-    return isFitForDom(data) && parseFit(std::move(data), document);
+    return isFitForDom(data) &&
+           withText(std::move(data), [&](const QString& xml) { return document.setContent(xml); });
 }
 
-bool parseFit(QByteArray data, QDomDocument& document)
+bool withText(QByteArray data, const std::function<bool(const QString&)>& parse)
 {
     // repairing writes four characters more for each, and a text of nothing else would not fit into a string
     if (data.count('&') > maxAmpersands)
@@ -71,5 +72,5 @@ bool parseFit(QByteArray data, QDomDocument& document)
         data = std::move(repaired);
     const QString text = QString::fromUtf8(data);
     data.clear();
-    return document.setContent(text);
+    return parse(text);
 }

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <functional>
+
 class QDomDocument;
 class QString;
 
@@ -16,5 +18,5 @@ QString withAmpersands(const QByteArray& data);
 /// third time in the document.
 bool parseReply(QByteArray data, QDomDocument& document);
 
-/// The same for what an XmlScanner has found fit already.
-bool parseFit(QByteArray data, QDomDocument& document);
+/// Repairs and decodes what an XmlScanner has found fit, and returns what @p parse makes of the text.
+bool withText(QByteArray data, const std::function<bool(const QString&)>& parse);

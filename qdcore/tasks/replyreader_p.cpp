@@ -2,8 +2,6 @@
 
 #include "tasks/replydocument_p.h"
 
-#include <QDomDocument>
-
 #include <utility>
 
 namespace {
@@ -11,13 +9,14 @@ namespace {
 /// The largest child, and the largest frame, in bytes.
 constexpr int maxPieceSize = 256 * 1024 * 1024;
 
-/// What a record takes beside its texts, which are of 16 bits, in bytes.
+/// What a record takes beside its texts, in bytes.
 constexpr int recordSize = 512;
 
 } // namespace
 
 ReplyReader::ReplyReader(Take take, int pieceSize)
     : m_take(std::move(take))
+    , m_builder([this](const QDomElement& child) { this->take(child); })
     , m_pieceSize(pieceSize)
 {}
 
@@ -38,7 +37,8 @@ void ReplyReader::add(const QByteArray& block)
     scan();
     m_scanner.drop(m_begin);
     m_buffer.remove(0, std::exchange(m_begin, 0));
-    m_isUsable = m_isUsable && m_buffer.size() <= maxPieceSize;
+    m_isOverLimit = m_buffer.size() > maxPieceSize;
+    m_isUsable = m_isUsable && !m_isOverLimit;
     if (!m_isUsable)
         m_buffer.clear();
 }
@@ -81,25 +81,26 @@ void ReplyReader::readPiece(int end, bool isDivided)
     if (isDivided)
         piece += "</" + m_dividedName + '>';
     piece += "</r>";
-    m_kept += 2 * qint64(end - m_begin);
     m_begin = end + int(isDivided);
     m_scanner.resetNodes();
 
-    QDomDocument document;
-    m_isUsable = parseFit(std::move(piece), document);
-    bool continues = std::exchange(m_continues, isDivided);
-    const QDomElement root = document.documentElement();
-    for (QDomElement child = root.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
-        m_take(child, std::exchange(continues, false));
-        m_kept += recordSize;
-    }
+    m_isUsable =
+        withText(std::move(piece), [this](const QString& xml) { return parseChildren(xml, m_builder); });
+    m_continues = isDivided;
+}
+
+void ReplyReader::take(const QDomElement& child)
+{
+    if (m_take(child, std::exchange(m_continues, false)))
+        m_kept += recordSize + m_builder.textSize();
 }
 
 bool ReplyReader::finish()
 {
     if (m_isUsable) {
         QDomDocument document;
-        m_isUsable = parseFit(m_frame + m_buffer, document);
+        m_isUsable =
+            withText(m_frame + m_buffer, [&](const QString& xml) { return document.setContent(xml); });
     }
     m_frame.clear();
     m_buffer.clear();

@@ -2,22 +2,20 @@
 
 // Reading the document of a reply while it arrives. Internal: not installed.
 
+#include "tasks/childbuilder_p.h"
 #include "xmlguard_p.h"
 
 #include <QByteArray>
 
 #include <functional>
 
-class QDomElement;
-
 /**
  * The document of one reply, parsed piece by piece while its bytes arrive.
  *
  * All large replies have the same form: a document element with very many small children. Some 16 KB of whole
- * children at a time become a DOM of their own, which is freed before the next. What is left, the document
- * without the content of its element, is parsed at the end. Together the pieces are well-formed exactly if
- * the whole document is, and the parser is the same, so that the same replies are taken as by parsing them in
- * one piece.
+ * children are parsed at a time, as a document of their own. What is left, the document without the content
+ * of its element, is parsed at the end. Together the pieces are well-formed exactly if the whole document is,
+ * and the parser is the DOM's, so that the same replies are taken as by parsing them in one piece.
  *
  * Children are handed out before it is known whether the document ends well-formed: who takes them tells
  * nobody until finish() was true.
@@ -25,8 +23,9 @@ class QDomElement;
 class ReplyReader
 {
 public:
-    /// Takes a child of the document element. @p continues: it is a further part of a divided child.
-    using Take = std::function<void(const QDomElement& child, bool continues)>;
+    /// Takes a child of the document element, and returns whether anything of it is kept. @p continues: it is
+    /// a further part of a divided child.
+    using Take = std::function<bool(const QDomElement& child, bool continues)>;
 
     /// How much becomes a DOM at a time, in bytes: parsing it takes well below a millisecond.
     static constexpr int usualPieceSize = 16 * 1024;
@@ -41,14 +40,18 @@ public:
     /// Whether the document was well-formed, with nothing missing, and within the limits of a parser.
     bool finish();
 
-    /// What the children that were handed out may take in memory as records, in bytes.
+    /// What is kept of the children may take this in memory, in bytes.
     qint64 kept() const { return m_kept; }
+    /// Whether a child, or what is around all children, was larger than any may be.
+    bool isOverLimit() const { return m_isOverLimit; }
 
 private:
     void scan();
     void readPiece(int end, bool isDivided);
+    void take(const QDomElement& child);
 
     const Take m_take;
+    ChildBuilder m_builder;
     const int m_pieceSize;
     XmlScanner m_scanner;
     QByteArray m_buffer; ///< What is not parsed yet.
@@ -58,6 +61,7 @@ private:
     qint64 m_kept{0};
     bool m_isContent{false}; ///< Between the tags of the document element.
     bool m_isUsable{true};
+    bool m_isOverLimit{false};
     bool m_isEnded{false};   ///< At a null byte.
     bool m_continues{false}; ///< The next piece begins in a divided child.
 };

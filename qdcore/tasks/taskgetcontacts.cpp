@@ -58,10 +58,9 @@ void TaskGetContacts::execute()
         const ContactBook book(m_contactsType);
         if (name == QLatin1String("query_time") && !std::exchange(hadTime, true))
             m_serverTime = child.text().toUInt();
-        else if (book.isValid && !book.isGroup && name == QLatin1String("contact"))
-            readContact(child);
-        else if (book.isGroup && name == QLatin1String("contact_group"))
-            readGroup(child);
+        if (book.isValid && !book.isGroup && name == QLatin1String("contact"))
+            return readContact(child);
+        return book.isGroup && name == QLatin1String("contact_group") && readGroup(child);
     });
     d->send(url, LOG_TEXT(tr("TaskGetContacts request:\r\n%1", "Logger")));
 }
@@ -87,24 +86,27 @@ void TaskGetContacts::onFinished()
         succeed();
 }
 
-void TaskGetContacts::readContact(const QDomElement& element)
+bool TaskGetContacts::readContact(const QDomElement& element)
 {
     QuendraContact contact;
-    if (contact.readFax(element, protocolVersion()))
+    const bool isRead = contact.readFax(element, protocolVersion());
+    if (isRead)
         m_contacts.addContact(contact);
+    return isRead;
 }
 
-void TaskGetContacts::readGroup(const QDomElement& element)
+bool TaskGetContacts::readGroup(const QDomElement& element)
 {
     QuendraContactGroup read;
     if (!read.readFax(element, protocolVersion()))
-        return;
+        return false;
     auto& group = static_cast<QuendraContactGroup&>(m_contacts.addContact(read));
     const QString memberName = QStringLiteral("contact");
     for (QDomElement member = element.firstChildElement(memberName); !member.isNull();
          member = member.nextSiblingElement(memberName)) {
         m_waitingMembers.enqueue({member.text(), &group});
     }
+    return true;
 }
 
 void TaskGetContacts::requestMembers()
@@ -118,6 +120,7 @@ void TaskGetContacts::requestMembers()
         const auto reader = std::make_shared<ReplyReader>([this, contact](const QDomElement& child, bool) {
             if (child.tagName() == QLatin1String("contact") && !std::exchange(contact->isThere, true))
                 contact->isRead = contact->unit.readFax(child, protocolVersion());
+            return contact->isRead;
         });
         const auto ended = [this, contact, reader](QNetworkReply* which, int error, const QByteArray& body) {
             m_endedMembers.enqueue({m_pendingGroups.take(which), error, body, reader, contact});

@@ -61,8 +61,8 @@ private:
         std::shared_ptr<MemberContact> contact;
     };
 
-    void readContact(const QDomElement& element);
-    void readGroup(const QDomElement& element);
+    bool readContact(const QDomElement& element);
+    bool readGroup(const QDomElement& element);
     void requestMembers();
     bool areMembersComplete() const { return m_pendingGroups.isEmpty() && m_endedMembers.isEmpty(); }
     void succeed();

@@ -25,15 +25,16 @@ void TaskGetContactsOids::execute()
     d->readChildren(
         [this, name, had = false, isFirst = false](const QDomElement& child, bool continues) mutable {
             if (child.tagName() != QLatin1String(name))
-                return;
+                return false;
             if (!continues)
                 isFirst = !std::exchange(had, true);
             if (!isFirst)
-                return;
+                return false;
             const QString text = child.text();
             const QVector<QStringRef> parts = text.splitRef(QLatin1Char(','));
             for (const QStringRef& part : parts)
                 m_oids.append(part.trimmed().toString());
+            return true;
         });
     d->reader().setDivided(name, ',');
     d->send(serviceUrl(path), LOG_TEXT(tr("TaskGetContactsOids request:\r\n%1", "Logger")));
