@@ -1,14 +1,8 @@
 #include "diskdataprovider.h"
 
-#include <QFile>
+#include "fileblocks_p.h"
+
 #include <QFileInfo>
-
-namespace {
-
-/// Bytes read at once. A multiple of three, so that the base64 of blocks is that of the whole.
-constexpr int blockSize = 3 * 64 * 1024;
-
-} // namespace
 
 void DiskDataProvider::setFileName(const QString& fileName)
 {
@@ -17,23 +11,13 @@ void DiskDataProvider::setFileName(const QString& fileName)
 
 QString DiskDataProvider::toBase64() const
 {
-    QFile file(m_fileName);
-    // a pipe or a device may have no end
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > maxFileSize)
-        return QString();
-
-    // Block by block: the file and its base64 as bytes would take time and memory beside the text.
     QString text;
-    text.reserve(int((file.size() + 2) / 3 * 4));
-    QByteArray block;
-    qint64 total = 0;
-    do { // a short block is the last one: padding may stand at the end only
-        block = file.read(blockSize);
-        total += block.size();
-        if (total > maxFileSize)
-            return QString();
+    const auto encode = [&text](const QByteArray& block) {
         const QByteArray encoded = block.toBase64();
         text += QLatin1String(encoded.constData(), encoded.size());
-    } while (block.size() == blockSize);
-    return file.error() == QFileDevice::NoError ? text : QString();
+    };
+    const qint64 size = QFileInfo(m_fileName).size();
+    if (size <= maxFileSize)
+        text.reserve(int((size + 2) / 3 * 4));
+    return readBlocks(m_fileName, maxFileSize, encode) ? text : QString();
 }

@@ -20,7 +20,8 @@ public:
     const QString& fileName() const { return m_fileName; }
     void setFileName(const QString& fileName);
 
-    /// Larger files, in bytes, cannot be read: their base64 would not fit into a string.
+    /// Larger files, in bytes, cannot be read: their base64 would not fit into a string. A submission encodes
+    /// files without such a string, and has a limit of its own, TaskSchedule::maxAttachmentSize.
     static constexpr qint64 maxFileSize = qint64(512) * 1024 * 1024;
 
     /// The whole file in base64, padded, without line breaks, as the element "content" carries it. Empty when

@@ -1,5 +1,6 @@
 #include "attach.h"
 
+#include "documentparts_p.h"
 #include "domtext_p.h"
 
 Attach::~Attach() = default;
@@ -9,17 +10,22 @@ bool Attach::readFax(const QDomElement&, int)
     return false;
 }
 
-bool Attach::writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const
+bool Attach::writeFax(QDomDocument& document, QDomElement& parent, int) const
 {
-    if (m_location == NotSet)
+    return writeRecord(*this, document, parent, &DiskDataProvider::toBase64);
+}
+
+bool writeRecord(const Attach& attach, QDomDocument& document, QDomElement& parent, const ContentText& text)
+{
+    if (attach.location() == Attach::NotSet)
         return false;
-    const bool isInline = m_location == Inline;
+    const bool isInline = attach.location() == Attach::Inline;
     appendText(document, parent, QStringLiteral("location"),
                isInline ? QStringLiteral("inline") : QStringLiteral("external"));
     if (!isInline) {
-        appendText(document, parent, QStringLiteral("url"), m_contentUrl.toString());
+        appendText(document, parent, QStringLiteral("url"), attach.contentUrl().toString());
         return true;
     }
-    appendText(document, parent, QStringLiteral("name"), m_name);
-    return m_content.writeFax(document, parent, protocolVersion);
+    appendText(document, parent, QStringLiteral("name"), attach.name());
+    return writeRecord(attach.content(), document, parent, text);
 }

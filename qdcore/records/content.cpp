@@ -1,5 +1,6 @@
 #include "content.h"
 
+#include "documentparts_p.h"
 #include "domtext_p.h"
 
 Content::~Content() = default;
@@ -11,6 +12,11 @@ bool Content::readFax(const QDomElement&, int)
 
 bool Content::writeFax(QDomDocument& document, QDomElement& parent, int) const
 {
+    return writeRecord(*this, document, parent, &DiskDataProvider::toBase64);
+}
+
+bool writeRecord(const Content& content, QDomDocument& document, QDomElement& parent, const ContentText& text)
+{
     // indexed by Type
     static const QString typeTexts[] = {
         QString(),
@@ -19,12 +25,13 @@ bool Content::writeFax(QDomDocument& document, QDomElement& parent, int) const
         QStringLiteral("text/plain"),
         QStringLiteral("image/tiff"),
     };
-    if (m_type < Pdf || m_type > Tiff)
+    const Content::Type type = content.type();
+    if (type < Content::Pdf || type > Content::Tiff)
         return false;
-    const QString data = m_data.toBase64();
+    const QString data = text(content.data());
     if (data.isEmpty())
         return false;
-    appendText(document, parent, QStringLiteral("content_type"), typeTexts[m_type]);
+    appendText(document, parent, QStringLiteral("content_type"), typeTexts[type]);
     appendText(document, parent, QStringLiteral("content_transfer_encoding"), QStringLiteral("base64"));
     appendText(document, parent, QStringLiteral("content"), data);
     return true;

@@ -1,6 +1,7 @@
 #include "faxdocument.h"
 
 #include "contact.h"
+#include "documentparts_p.h"
 #include "domtext_p.h"
 
 #include <QDomDocument>
@@ -15,12 +16,19 @@ bool FaxDocument::readFax(const QDomElement&, int)
 
 bool FaxDocument::writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const
 {
-    bool result = !m_recipients.contacts().isEmpty();
+    return writeRecord(*this, document, parent, protocolVersion, &DiskDataProvider::toBase64);
+}
+
+bool writeRecord(const FaxDocument& fax, QDomDocument& document, QDomElement& parent, int protocolVersion,
+                 const ContentText& text)
+{
+    const QVector<ContactUnitPtr>& recipients = fax.recipients().contacts();
+    bool result = !recipients.isEmpty();
 
     QDomElement cover = appendElement(document, parent, QStringLiteral("cover_page"));
-    const bool coverWritten = m_coverPage.writeFax(document, cover, 1);
+    const bool coverWritten = fax.coverPage().writeFax(document, cover, 1);
 
-    for (const ContactUnitPtr& unit : m_recipients.contacts()) {
+    for (const ContactUnitPtr& unit : recipients) {
         if (const auto* contact = dynamic_cast<const Contact*>(unit.data())) {
             QDomElement recipient = appendElement(document, parent, QStringLiteral("recipient"));
             result = contact->writeFax(document, recipient, protocolVersion) && result;
@@ -28,9 +36,9 @@ bool FaxDocument::writeFax(QDomDocument& document, QDomElement& parent, int prot
     }
 
     bool attachmentWritten = false;
-    for (const Attach& attach : m_attachs) {
+    for (const Attach& attach : fax.attachs()) {
         QDomElement element = document.createElement(QStringLiteral("attachment"));
-        if (attach.writeFax(document, element, protocolVersion)) {
+        if (writeRecord(attach, document, element, text)) {
             parent.appendChild(element);
             attachmentWritten = true;
         }

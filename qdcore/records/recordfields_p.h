@@ -1,7 +1,7 @@
 #pragma once
 
-// Reading records from the children of an element that has more to give: the entries of a log are many, and their
-// children are walked once. Internal: not installed.
+// Reading records from the children of an element that has more to give: the entries of a log are many, and
+// their children are walked once. Internal: not installed.
 
 class BaseScheduleOptions;
 class DomChildren;

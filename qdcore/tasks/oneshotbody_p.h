@@ -4,8 +4,7 @@
 
 #include <QByteArray>
 #include <QIODevice>
-
-#include <cstring>
+#include <QVector>
 
 /**
  * A request body that can be read once.
@@ -13,39 +12,40 @@
  * When a connection ends before the reply has begun, QNetworkAccessManager silently sends the request again;
  * for a submission that would be a second fax. It cannot do so with a body that it can neither buffer nor
  * rewind, which is what a sequential device says of itself.
+ *
+ * Files are encoded while they are read, block by block, and each block is freed then.
  */
 class OneShotBody : public QIODevice
 {
 public:
-    OneShotBody(const QByteArray& data, QObject* parent)
-        : QIODevice(parent)
-        , m_data(data)
-    {
-        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-    }
+    explicit OneShotBody(const QByteArray& bytes = QByteArray());
+
+    void append(const QByteArray& bytes);
+    /// Appends the base64 of what these blocks hold together: all but the last have a multiple of three
+    /// bytes.
+    void appendEncoded(const QVector<QByteArray>& blocks);
 
     bool isSequential() const override { return true; }
+    /// What is left to be read, in bytes.
+    qint64 size() const override { return m_left; }
     /// The access manager tries; it gets its no without the warning that QIODevice would print.
     bool seek(qint64) override { return false; }
-    qint64 bytesAvailable() const override
-    {
-        return m_data.size() - m_position + QIODevice::bytesAvailable();
-    }
+    qint64 bytesAvailable() const override { return m_left + QIODevice::bytesAvailable(); }
 
 protected:
-    qint64 readData(char* to, qint64 maxSize) override
-    {
-        const qint64 size = qMin(maxSize, qint64(m_data.size()) - m_position);
-        if (size <= 0)
-            return -1;
-        std::memcpy(to, m_data.constData() + m_position, size_t(size));
-        m_position += size;
-        return size;
-    }
-
+    qint64 readData(char* to, qint64 maxSize) override;
     qint64 writeData(const char*, qint64) override { return -1; }
 
 private:
-    QByteArray m_data;
-    qint64 m_position{0};
+    struct Block
+    {
+        QByteArray bytes;
+        bool isRaw;
+    };
+
+    QVector<Block> m_blocks;
+    int m_next{0};        ///< The block that is read next.
+    QByteArray m_current; ///< As it is sent.
+    int m_position{0};    ///< In it.
+    qint64 m_left{0};
 };

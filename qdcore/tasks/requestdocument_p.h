@@ -3,7 +3,9 @@
 // How the document of a request is begun and serialised. Internal: not installed.
 
 #include <QByteArray>
+#include <QVector>
 
+class OneShotBody;
 class QDomDocument;
 class QDomElement;
 class QString;
@@ -14,7 +16,8 @@ QDomElement startDocument(QDomDocument& document, const QString& rootName);
 /// The document as one line: no indentation, every line feed removed, UTF-8.
 QByteArray oneLine(const QDomDocument& document);
 
-/// The document indented by 1, UTF-8. The texts of "content" elements, base64 of whole files, are moved into
-/// the result without passing through the DOM's serialiser, and are no longer in the document afterwards.
-/// Empty when the result would not fit into 2 GiB.
-QByteArray indented(QDomDocument& document);
+/// Appends the document to a body, indented by 1, in UTF-8. Each of the files, which are encoded while the
+/// body is read, takes the place of a "content" element's text that is the placeholder, in the order of the
+/// document.
+void writeIndented(const QDomDocument& document, const QString& placeholder,
+                   const QVector<QVector<QByteArray>>& files, OneShotBody& body);

@@ -87,6 +87,11 @@ void TaskPrivate::send(const QUrl& url, const LogText& log, const QByteArray& bo
 
 void TaskPrivate::send(const QUrl& url, const QByteArray& body)
 {
+    send(url, std::make_unique<OneShotBody>(body));
+}
+
+void TaskPrivate::send(const QUrl& url, std::unique_ptr<OneShotBody> body)
+{
     if (isStarted())
         return;
     const QByteArray method = operationOf(m_task.type()).method;
@@ -97,13 +102,12 @@ void TaskPrivate::send(const QUrl& url, const QByteArray& body)
     if (method == "DELETE")
         return m_task.setReply(nam.deleteResource(request));
 
-    auto* device = new OneShotBody(body, &m_task);
     request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
-    request.setHeader(QNetworkRequest::ContentLengthHeader, qint64(body.size()));
+    request.setHeader(QNetworkRequest::ContentLengthHeader, body->size());
     request.setPeerVerifyName(nameOfFreshConnection(url));
     request.setRawHeader(QByteArrayLiteral("Connection"), QByteArrayLiteral("close"));
-    QNetworkReply* reply = method == "PUT" ? nam.put(request, device) : nam.post(request, device);
-    device->setParent(reply);
+    QNetworkReply* reply = method == "PUT" ? nam.put(request, body.get()) : nam.post(request, body.get());
+    body.release()->setParent(reply);
     m_task.setReply(reply);
 }
 

@@ -13,6 +13,7 @@
 
 struct ContactChange;
 struct ItemReply;
+class OneShotBody;
 
 /**
  * The state of a task that its subclasses use as "d".
@@ -39,6 +40,7 @@ public:
     /// Sends the request with the operation's method, once; Task::setReply() follows. What has a body is
     /// never sent twice, and goes over a connection of its own, which no other request has left behind.
     void send(const QUrl& url, const QByteArray& body = QByteArray());
+    void send(const QUrl& url, std::unique_ptr<OneShotBody> body);
     /// Both, unless the request was sent before.
     void send(const QUrl& url, const LogText& log, const QByteArray& body = QByteArray());
 

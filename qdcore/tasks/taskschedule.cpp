@@ -1,12 +1,16 @@
 #include "tasks/taskschedule.h"
 
+#include "documentparts_p.h"
 #include "domtext_p.h"
 #include "faxentry.h"
 #include "faxserver.h"
+#include "fileblocks_p.h"
+#include "tasks/oneshotbody_p.h"
 #include "tasks/requestdocument_p.h"
 #include "tasks/task_p.h"
 
 #include <QDomDocument>
+#include <QUuid>
 
 TaskSchedule::TaskSchedule(FaxServer& server)
     : Task(server)
@@ -27,15 +31,35 @@ void TaskSchedule::execute()
     QDomElement sender = appendElement(request, root, QStringLiteral("sender"));
     m_document.renameDuplicateAttachments();
     const int version = protocolVersion();
-    if (!server().user().writeFax(request, sender, version) || !m_document.writeFax(request, root, version) ||
+    // A file of 100 MB would take twenty times as long in the document as encoding it takes. A placeholder
+    // stands in for it; it cannot be mistaken, since no text of the document can hold a tag.
+    const QString placeholder = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    QVector<QVector<QByteArray>> files;
+    qint64 left = maxAttachmentSize;
+    const auto read = [&](const DiskDataProvider& file) {
+        QVector<QByteArray> blocks;
+        qint64 size = 0;
+        const auto take = [&](const QByteArray& block) {
+            blocks.append(block);
+            size += block.size();
+        };
+        if (!readBlocks(file.fileName(), left, take))
+            return QString();
+        left -= size;
+        files.append(blocks);
+        return placeholder;
+    };
+    if (!server().user().writeFax(request, sender, version) ||
+        !writeRecord(m_document, request, root, version, read) ||
         !m_document.faxSchedule().writeFax(request, root, version)) {
         return fail(Task::InvalidReply);
     }
 
-    const QByteArray body = indented(request);
-    if (body.isEmpty())
-        return fail(Task::InvalidReply);
-    d->send(d->url(), LOG_TEXT(tr("TaskSchedule request:\r\n%1", "Logger")), body);
+    auto body = std::make_unique<OneShotBody>();
+    writeIndented(request, placeholder, files, *body);
+    const QUrl url = d->url();
+    d->logRequest(url, LOG_TEXT(tr("TaskSchedule request:\r\n%1", "Logger")));
+    d->send(url, std::move(body));
 }
 
 void TaskSchedule::onFinished()

@@ -21,8 +21,12 @@ protected:
 public:
     Task::Type type() override;
 
+    /// The most that the files of a fax may have together, in bytes: they are kept in memory until they are
+    /// sent. What does not fit is left out.
+    static constexpr qint64 maxAttachmentSize = qint64(2) * 1024 * 1024 * 1024;
+
     /// The fax, copied: recipients, attachments, cover page and schedule options. Set before execute(), which
-    /// reads the attached files.
+    /// reads the attached files; they may be deleted when it has returned.
     void setFaxDocument(const FaxDocument& document) { m_document = document; }
 
 Q_SIGNALS:
