@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Bytes read at once. A multiple of three, so that the base64 of blocks is that of the whole.
+/// Bytes read at once. A multiple of three, so that the blocks are encoded independently without padding.
 constexpr int blockSize = 3 * 64 * 1024;
 
 } // namespace
@@ -22,12 +22,12 @@ QString DiskDataProvider::toBase64() const
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > maxFileSize)
         return QString();
 
-    // Block by block: the file and its base64 as bytes would take time and memory beside the text.
+    // Block by block, to avoid copies of the whole file and of its base64 in addition to the text.
     QString text;
     text.reserve(int((file.size() + 2) / 3 * 4));
     QByteArray block;
     qint64 total = 0;
-    do { // a short block is the last one: padding may stand at the end only
+    do { // a short block is the last one, since padding is allowed only at the end
         block = file.read(blockSize);
         total += block.size();
         if (total > maxFileSize)
