@@ -1,4 +1,4 @@
-// Reading a log of the server to records, beside the parsing of the same bytes alone.
+// Reading a log of the server to records, compared with only parsing the same bytes.
 
 #include "bench.h"
 #include "benchserver.h"
@@ -65,12 +65,12 @@ QByteArray log(int round, int entries, QByteArray (*entry)(int))
     return bytes + "</log>\n";
 }
 
-/// Reads a log all the way from the bytes as the task does that fetched it, beside the DOM's own work.
-/// Neither side's time holds the end of what it made.
+/// Reads a log from the bytes to records like its task, compared with parsing it to a DOM. Neither time
+/// includes the destruction of the results.
 template <typename Entry>
 void row(Bench& bench, const char* name, const char* tag, QByteArray (*entry)(int))
 {
-    // an inbound log of 100,000 entries has more nodes than a task lets into the DOM
+    // an inbound log of 100,000 entries exceeds a task's limit of DOM nodes
     if (!bench.hasSize(1, 50000))
         return;
     const int entries = bench.size(10000);
