@@ -8,10 +8,7 @@
 #include "shorthand.h"
 
 #include <QDir>
-#include <QFileInfo>
-#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QTest>
@@ -129,21 +126,16 @@ private Q_SLOTS:
 
     void notAvailable()
     {
-        for (const char* line : {"folders", "choose", "choose a:b", "choose --default", "sync --json"}) {
-            m_outlook->isInstalled = false;
-            OutlookPort::setCurrent(m_outlook);
-            for (int i = 0; i < 2; ++i) {
+        m_outlook->isInstalled = false;
+#ifndef Q_OS_WIN
+        for (int i = 0; i < 2; ++i, OutlookPort::setCurrent({})) // and what there is here without any double
+#endif
+            for (const char* line : {"folders", "choose", "choose a:b", "choose --default", "sync --json"}) {
                 const Result result = run(s(line));
                 QCOMPARE(result.status, 4);
                 QCOMPARE(result.out, QByteArray());
                 QVERIFY2(result.err.startsWith("qdfax: Outlook is not available"), result.err);
-#ifdef Q_OS_WIN
-                break;
-#endif
-                // and what there is on this platform without any double
-                OutlookPort::setCurrent(QSharedPointer<OutlookPort>());
             }
-        }
         QVERIFY(!QFile::exists(SettingsFile::defaultPath()));
     }
 
@@ -169,20 +161,18 @@ private Q_SLOTS:
         QCOMPARE(run(s("sync --json")).out.simplified(),
                  QByteArray("{ \"contacts\": 1, \"key\": \"E-Team:S:Mailbox\" }"));
         QCOMPARE(copied(m_team), 1);
-        const QJsonObject mailbox =
-            QJsonDocument::fromJson(run(s("folders --json")).out).array().first().toObject();
-        QCOMPARE(mailbox.value(s("contacts")).toBool(true), false);
-        const QJsonObject contacts = mailbox.value(s("folders")).toArray().first().toObject();
-        QCOMPARE(contacts.value(s("chosen")).toBool(true), false);
-        QCOMPARE(contacts.value(s("folders")).toArray().first().toObject().value(s("chosen")).toBool(), true);
+        const QJsonValue mailbox = QJsonDocument::fromJson(run(s("folders --json")).out)[0];
+        QCOMPARE(mailbox[s("contacts")], QJsonValue(false));
+        const QJsonValue contacts = mailbox[s("folders")][0];
+        QCOMPARE(contacts[s("chosen")], QJsonValue(false));
+        QCOMPARE(contacts[s("folders")][0][s("chosen")], QJsonValue(true));
 
         // gone while it is read: not passed off as a copy
         m_outlook->beforeItem = [this](int) { m_team->isGone = true; };
         QCOMPARE(run(s("sync")).status, int(ExitStatus::NotFound));
         m_outlook->beforeItem = nullptr;
-        QCOMPARE(copied(m_team), 1); // what it gave until then
         QCOMPARE(run(s("sync")).status, int(ExitStatus::NotFound));
-        QCOMPARE(copied(m_team), 1); // what was copied is kept for as long as nobody chooses another
+        QCOMPARE(copied(m_team), 1); // what it gave until then is kept for as long as nobody chooses another
         m_outlook->defaultContacts.clear();
         QCOMPARE(run(s("choose --default")).status, int(ExitStatus::NotFound));
     }
@@ -203,8 +193,8 @@ private Q_SLOTS:
 
     void unusableCache_data()
     {
-        // chosen, copied: what is said of choosing another folder, and of copying; empty: it goes well
-        const Rows<QString, QByteArray, QByteArray> row("fault", "chosen", "copied");
+        // a fault; what is said of choosing another folder, and of copying; empty: it goes well
+        const Rows<QString, QByteArray, QByteArray> row;
         row("cannot be opened", "folder", "cannot be used", "cannot be used");
         row("is no database", "file", "cannot be used", "cannot be used");
         row("takes no source", "BEFORE INSERT ON sources", "cannot be used", "");
@@ -214,9 +204,7 @@ private Q_SLOTS:
     }
     void unusableCache()
     {
-        QFETCH(QString, fault);
-        QFETCH(QByteArray, chosen);
-        QFETCH(QByteArray, copied);
+        const auto [fault, chosen, copied] = cells<QString, QByteArray, QByteArray>();
         QCOMPARE(run(s("choose --default")).status, 0);
         QCOMPARE(run(s("sync")).status, 0);
         const QString cache = folder() + s("/Contacts");
