@@ -145,17 +145,16 @@ class TestWidgets : public QObject
 private Q_SLOTS:
     void clicks_data()
     {
-        const Rows<QString, Qt::LayoutDirection> row("style", "direction");
+        const Rows<Qt::LayoutDirection> row;
         for (const QString& style : QStyleFactory::keys()) {
-            row(qPrintable(style), style, Qt::LeftToRight);
-            row(qPrintable(style + s(", right to left")), style, Qt::RightToLeft);
+            row(qPrintable(style), Qt::LeftToRight);
+            row(qPrintable(style), Qt::RightToLeft);
         }
     }
     void clicks()
     {
-        QFETCH(QString, style);
-        QFETCH(Qt::LayoutDirection, direction);
-        const std::unique_ptr<QStyle> owned(QStyleFactory::create(style));
+        const auto [direction] = cells<Qt::LayoutDirection>();
+        const std::unique_ptr<QStyle> owned(QStyleFactory::create(s(QTest::currentDataTag())));
         Table table;
         table.setStyle(owned.get());
         table.setLayoutDirection(direction);
@@ -170,8 +169,8 @@ private Q_SLOTS:
         QCOMPARE(table.button(1, 2).x() < first.x(), direction == Qt::RightToLeft);
         QCOMPARE(qAbs(second.center().x() - first.center().x()), first.width() + 10);
         // centred in the cell
-        QVERIFY(qAbs(second.center().x() - table.visualRect(table.model.index(1, Actions)).center().x()) <=
-                1);
+        const QRect cell = table.visualRect(table.model.index(1, Actions));
+        QVERIFY(qAbs(second.center().x() - cell.center().x()) <= 1);
     }
 
     void clicksThatAreNone()
@@ -275,15 +274,15 @@ private Q_SLOTS:
 
     void painting_data()
     {
-        const Rows<qreal, bool> row("ratio", "enabled");
+        const Rows<qreal, bool> row; // images' pixels for one of the table, whether it is enabled
         row("plain", 1, true);
         row("twice the density", 2, true);
         row("disabled", 1, false);
     }
     void painting()
     {
-        QFETCH(qreal, ratio);
-        QFETCH(bool, enabled);
+        const qreal ratio = std::get<0>(cells<qreal, bool>());
+        const bool enabled = std::get<1>(cells<qreal, bool>());
         Table table;
         table.selectRow(1);
         table.setEnabled(enabled);
