@@ -28,32 +28,22 @@
 
 namespace {
 
-/// What is written to a stream until text() is called, once.
-class Captured
+/// What is written to a stream while something runs.
+template <typename Function>
+QByteArray captured(FILE* stream, const Function& function)
 {
-public:
-    explicit Captured(FILE* stream)
-        : m_stream(stream)
-    {
-        std::fflush(m_stream);
-        m_saved = dup(fileno(m_stream));
-        m_file.open();
-        dup2(m_file.handle(), fileno(m_stream));
-    }
-    QByteArray text()
-    {
-        std::fflush(m_stream);
-        dup2(m_saved, fileno(m_stream));
-        close(m_saved);
-        m_file.seek(0);
-        return m_file.readAll();
-    }
-
-private:
-    FILE* m_stream;
-    QTemporaryFile m_file;
-    int m_saved;
-};
+    QTemporaryFile file;
+    file.open();
+    std::fflush(stream);
+    const int saved = dup(fileno(stream));
+    dup2(file.handle(), fileno(stream));
+    function();
+    std::fflush(stream);
+    dup2(saved, fileno(stream));
+    close(saved);
+    file.seek(0);
+    return file.readAll();
+}
 
 } // namespace
 
@@ -63,7 +53,7 @@ class TestQdfaxOutlook : public QObject
 
     struct Result
     {
-        int status;
+        int status{-1};
         QByteArray out;
         QByteArray err;
     };
@@ -71,13 +61,15 @@ class TestQdfaxOutlook : public QObject
     Result run(const QString& line)
     {
         m_outlook->starts = 0;
-        Captured output(stdout);
-        Captured error(stderr);
-        const int status = runCommandLine((s("qdfax outlook ") + line).split(QLatin1Char(' ')));
-        const Result result{status, output.text(), error.text()};
+        Result result;
+        result.out = captured(stdout, [&] {
+            result.err = captured(stderr, [&] {
+                result.status = runCommandLine((s("qdfax outlook ") + line).split(QLatin1Char(' ')));
+            });
+        });
         [&] {
             QVERIFY(m_outlook->starts <= 1);
-            QCOMPARE(result.err.count('\n'), status == 0 ? 0 : 1);
+            QCOMPARE(result.err.count('\n'), result.status == 0 ? 0 : 1);
         }();
         return result;
     }
