@@ -152,20 +152,16 @@ private Q_SLOTS:
         QCOMPARE(answer.text("query_time").toLongLong(), server.now() / 1000);
         QStringList uids;
         for (int round = 0; round < 20; ++round) {
-            int changes = 0;
-            if (round % 3 != 0) {
+            const bool adds = round % 3 != 0;
+            const bool edits = round > 5 && round % 2 == 0;
+            if (adds)
                 uids.append(server.addEntry(alicesContacts, someEntry("new")));
-                ++changes;
-            }
-            if (round > 5 && round % 2 == 0) {
-                QVERIFY(server.modifyEntry(alicesContacts, someEntry("edited", uids.at(round % 3))));
-                ++changes;
-            }
+            QVERIFY(!edits || server.modifyEntry(alicesContacts, someEntry("edited", uids.at(round % 3))));
             if (round == 15)
                 server.step(60000);
             const QByteArray before = answer.text("query_time").toLatin1();
             answer = get(server, "contacts/alice?query_time=" + before);
-            QCOMPARE(answer.count("contact"), changes);
+            QCOMPARE(answer.count("contact"), adds + edits);
             QVERIFY(answer.text("query_time").toLongLong() >= before.toLongLong());
         }
         QCOMPARE(get(server, "contacts/alice?query_time=4294967295").count("contact"), 0);
@@ -192,14 +188,13 @@ private Q_SLOTS:
             QStringList names;
             for (const QString& owner : {SimBooks::global(), s("alice"), s("bob")}) {
                 for (const SimEntry& entry : server.book(owner) + server.book(owner, true))
-                    names.append(entry.uid + entry.person.name + entry.person.fax +
-                                 entry.members.join(QLatin1Char(' ')));
+                    names += entry.members + QStringList{entry.uid, entry.person.name, entry.person.fax};
             }
             return names;
         };
         SimServer one(options);
         SimServer two(options);
-        QCOMPARE(all(one).size(), 3 * 320);
+        QCOMPARE(one.book(s("bob")).size() + one.book(s("bob"), true).size(), 320);
         QCOMPARE(one.stepChanges(200), two.stepChanges(200));
         QCOMPARE(all(one), all(two));
         options.seed = 2;
@@ -216,8 +211,8 @@ private Q_SLOTS:
         const Wire::Answer plain = wire.send(server);
         QVERIFY(!plain.head.contains("Content-Encoding"));
         QNetworkAccessManager nam; // asks for gzip and unpacks it
-        QNetworkRequest request(server.url(s("/qdws/v1/contacts/alice")));
-        request.setHeader(QNetworkRequest::ContentTypeHeader, wire.contentType);
+        QNetworkRequest request(server.url(s(wire.target)));
+        request.setRawHeader("Content-Type", wire.contentType);
         request.setRawHeader("Authorization", "Basic " + wire.credentials.toBase64());
         const std::unique_ptr<QNetworkReply> reply(nam.get(request));
         QTRY_VERIFY_WITH_TIMEOUT(reply->isFinished(), 20000);
@@ -226,12 +221,11 @@ private Q_SLOTS:
         const Wire::Answer answer = wire.send(server);
         QVERIFY(answer.head.contains("Content-Encoding: gzip\r\n"));
         QVERIFY(answer.isWhole && answer.body.size() < plain.body.size() / 2);
-        for (const char* fault : {"cut=100,times=1", "cut,times=1"}) {
-            QVERIFY(server.addFault(s(fault)));
+        for (const int size : {100, answer.body.size() / 2}) {
+            QVERIFY(server.addFault(size == 100 ? s("cut=100,times=1") : s("cut,times=1")));
             const Wire::Answer cut = wire.send(server);
-            QVERIFY(cut.head.contains("Content-Encoding: gzip\r\n"));
-            QVERIFY(!cut.isWhole && !cut.body.isEmpty());
-            QCOMPARE(cut.body.size() == 100, fault[3] == '=');
+            QVERIFY(cut.head.contains("Content-Encoding: gzip\r\n") && !cut.isWhole);
+            QCOMPARE(cut.body.size(), size);
         }
     }
 };
