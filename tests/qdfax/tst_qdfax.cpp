@@ -39,7 +39,6 @@ private Q_SLOTS:
         startSim(options);
         writeFile(path("text.txt"), "Hello\nworld\n");
         writeFile(path("empty.pdf"), "");
-        writeFile(path("page.html"), "<!DOCTYPE html><html></html>");
         writeFile(path("huge.txt"), "text");
         QVERIFY(QFile::resize(path("huge.txt"), 512 << 20)); // sparse; with any other too large
     }
@@ -136,12 +135,10 @@ private Q_SLOTS:
         row("send", 1, "--to");
         row("send text.txt --to Mary", 1, "no fax number");
         row("send text.txt --to 5 --at 2020-01-01T00:00", 1, "in the past");
-        row("send text.txt --to 5 --at soon", 1, "2026-11-15T14:30");
         row("send text.txt --to 5 --priority 6", 1, "0 to 5");
         row("send text.txt --to 5 --cover a --no-cover", 1, "--no-cover");
         row("send text.txt missing.pdf --to 5", 11, "missing.pdf");
         row("send text.txt empty.pdf --to 5", 11, "empty.pdf");
-        row("send text.txt page.html --to 5", 11, "page.html");
         row("send text.txt huge.txt --to 5", 11, "huge.txt cannot be sent: the files of one fax");
         row("send text.txt . --to 5", 11, "not a file");
         row("abort nonsense", 1, "URL");

@@ -43,7 +43,6 @@ class TestQdfaxContacts : public QdfaxTest
     const SimBookId m_mine{s("mary"), false};
     const SimBookId m_myGroups{s("mary"), true};
     const SimBookId m_global{SimBooks::global(), false};
-    const SimBookId m_globalGroups{SimBooks::global(), true};
 
     void startSim(int contacts, int groups)
     {

@@ -230,7 +230,6 @@ private Q_SLOTS:
         QString movedTo;
         SettingsFile edited(m_path);
         QCOMPARE(save(edited, &movedTo).isEmpty(), !isNewer);
-        QCOMPARE(!movedTo.isEmpty(), isDamaged);
         QVERIFY(!isDamaged || (readFile(movedTo) == content && isOwnersAlone(movedTo)));
         QVERIFY(isNewer ? readFile(m_path) == content : file.load() == SettingsFile::Good);
         // no side file, no lock
@@ -265,17 +264,15 @@ private Q_SLOTS:
         QCOMPARE(uids(file), s("*mary@one mary@two"));
         const auto change = [](SettingsFile& edited) {
             edited.setDefault(s("mary@two"));
-            edited.remove(s("mary@one"));
-            return true;
+            return edited.remove(s("mary@one")), true;
         };
         QCOMPARE(file.edit(change, nullptr), QString());
         const QByteArray now = readFile(m_path);
         for (const char* kept : {">kept</future>", "<later>kept</later>", "/x"})
             QVERIFY2(now.contains(kept), now);
-        SettingsFile again(m_path);
-        again.load();
-        QCOMPARE(uids(again), s("*mary@two"));
-        QCOMPARE(again.strangeEntryCount(), 1);
+        file.load();
+        QCOMPARE(uids(file), s("*mary@two"));
+        QCOMPARE(file.strangeEntryCount(), 1);
         QVERIFY(isOwnersAlone(m_path));
     }
 
@@ -297,15 +294,13 @@ private Q_SLOTS:
         first->setPassword(s("neu")); // the same account again replaces its entry
         add(*first, false);
         add(*second, true);
-        SettingsFile again(m_path);
-        again.load();
-        QCOMPARE(uids(again), s("müller@127.0.0.1:1 *anna@127.0.0.1:2"));
-
+        file.load();
+        QCOMPARE(uids(file), s("müller@127.0.0.1:1 *anna@127.0.0.1:2"));
         for (const auto& [text, found] :
              {std::make_pair("", 1), {"MÜLLER@127.0.0.1:1", 0}, {"127.0.0.1:2", 1}, {"127.0.0.1", -1}})
-            QCOMPARE(again.find(s(text)), found);
+            QCOMPARE(file.find(s(text)), found);
         FaxManager opened{QPointer<ContactManager>()};
-        QCOMPARE(again.open(again.servers().at(0), opened)->password(), s("neu"));
+        QCOMPARE(file.open(file.servers().at(0), opened)->password(), s("neu"));
         QCOMPARE(opened.servers().size(), 1); // no other server's login was started
     }
 
