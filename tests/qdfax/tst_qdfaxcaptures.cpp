@@ -209,8 +209,7 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(path("c.TIF")));
         QFile older(path("d.TIF"));
         QVERIFY(older.open(QIODevice::ReadWrite));
-        QVERIFY(
-            older.setFileTime(QDateTime::currentDateTime().addDays(-1), QFileDevice::FileModificationTime));
+        QVERIFY(older.setFileTime(QDateTime::currentDateTime().addDays(-1), QFile::FileModificationTime));
         CaptureModel model(*m_converter, true);
         const auto texts = [&] {
             model.slotUpdate();
@@ -245,13 +244,12 @@ private Q_SLOTS:
             changed.clear();
             return isDone && changed.wait();
         };
-        const auto make = [] { return QDir().mkpath(folder()); };
         const auto remove = [] { return QDir(folder()).removeRecursively(); };
         const auto write = [](const char* name, const char* content) {
             return writeFile(path(name), content), true;
         };
         for (int i = 0; i < 2; ++i) {
-            QVERIFY(tells(make()));
+            QVERIFY(tells(QDir().mkpath(folder())));
             QVERIFY(tells(write("a.pdf", "x")));
             QFileInfo known(path("a.pdf"));
             known.size();
@@ -262,7 +260,8 @@ private Q_SLOTS:
             watch.setFiles({known}); // it was another one
             QVERIFY(tells(true));
             const QString other = folder() + QString::number(i);
-            QVERIFY(tells(QDir().rename(folder(), other) && make())); // another one of the same name
+            QVERIFY(tells(QDir().rename(folder(), other) &&
+                          QDir().mkpath(folder()))); // another one of the same name
             QVERIFY(tells(write("b.pdf", "x")));
             QVERIFY(tells(remove()));
             QVERIFY(tells(QDir().rename(other, folder())));
@@ -278,8 +277,7 @@ private Q_SLOTS:
         QSignalSpy changed(&watch, &FolderWatch::changed);
         int writes = 0;
         QTimer writer;
-        connect(&writer, &QTimer::timeout, this,
-                [&] { writeFile(path("a.pdf"), QByteArray(++writes, 'x')); });
+        writer.callOnTimeout([&] { writeFile(path("a.pdf"), QByteArray(++writes, 'x')); });
         writer.start(20);
         QTRY_VERIFY_WITH_TIMEOUT(writes >= 100, 30000);
         writer.stop();
@@ -347,8 +345,7 @@ private Q_SLOTS:
         };
         QVERIFY(!rowOf(broken).data().toString().contains(QLatin1Char('\n'))); // all of it in one line
         table->selectRow(rowOf("x50.pdf").row());
-        table->selectionModel()->setCurrentIndex(rowOf(broken).siblingAtColumn(2),
-                                                 QItemSelectionModel::NoUpdate);
+        table->selectionModel()->setCurrentIndex(rowOf(broken).siblingAtColumn(2), {});
         table->verticalScrollBar()->setValue(3); // neither is in view
         writeFile(path("x00.pdf"), "x");
         QTRY_COMPARE(table->model()->rowCount(), 52);

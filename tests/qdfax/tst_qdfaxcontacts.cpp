@@ -88,8 +88,7 @@ private Q_SLOTS:
     {
         // a book that was read and not stored is not synchronised, whatever the server said
         const QString file = path("appdata/Quendra Client Software/Contacts/contacts.sqlite");
-        const QString refuse =
-            s("CREATE TRIGGER x BEFORE %1 ON contacts BEGIN SELECT RAISE(ABORT, 'x'); END");
+        const QString refuse = s("CREATE TRIGGER x BEFORE %1 ON contacts BEGIN SELECT RAISE(ABORT, ''); END");
         startSim(30, 1);
         CHECK_RUN(run("contacts sync"), 0);
         for (const QString& refused : {s("INSERT"), s("DELETE")}) { // what is new, what is gone
@@ -186,20 +185,19 @@ private Q_SLOTS:
         startSim(3, 0);
         CHECK_RUN(run("contacts sync"), 0);
         const Result added = run("contacts add \"Zo\u00eb \"\"\"Z\"\"\" O'Neill & <Co>\" --fax \"+49 30 1\" "
-                                 "--email z@example.com --organization \"A, B\" --json");
+                                 "--email z@x.com --organization \"A, B\" --json");
         CHECK_RUN(added, 0);
         const QString id = added.value("id").toString();
         QCOMPARE(sorted(mine().mid(3)),
-                 QStringList{s("Zo\u00eb \"Z\" O'Neill & <Co>|A, B||+49 30 1|z@example.com")});
+                 QStringList{s("Zo\u00eb \"Z\" O'Neill & <Co>|A, B||+49 30 1|z@x.com")});
         CHECK_RUN(run("contacts modify %1 --fax 7 --email= --name Zo", id), 0);
         QCOMPARE(sorted(mine().mid(3)), QStringList{s("Zo|A, B||7|")});
         QCOMPARE(values({run("contacts show zo --json").object()}, {"fax", "id"}), QStringList(s("7|") + id));
 
         CHECK_RUN(run("contacts add Desk --fax 8 --book global"), 0);
-        CHECK_RUN(run("contacts add Team --book personal-groups --description d --member zo --member Desk"),
-                  0);
+        CHECK_RUN(run("contacts add Us --book personal-groups --description d --member zo --member Desk"), 0);
         QCOMPARE(myGroups().at(0).members.size(), 2);
-        CHECK_RUN(run("contacts modify Team --remove-member zo --name Crew"), 0);
+        CHECK_RUN(run("contacts modify Us --remove-member zo --name Crew"), 0);
         const SimEntry crew = myGroups().at(0);
         QCOMPARE(crew.person.name + crew.description, s("Crewd"));
         QCOMPARE(crew.members, QStringList(m_global.path(m_sim->book(SimBooks::global()).at(3).uid)));
@@ -257,8 +255,7 @@ private Q_SLOTS:
             CHECK_RUN(run("contacts sync"), 0);
             CHECK_RUN(run("contacts export %1", files), 0);
             CHECK_RUN(run("contacts export %1", files), 11); // it is there
-            QCOMPARE(run("contacts export %1", files.section(QLatin1Char(' '), 0, 0)).out,
-                     readFile(path(file)));
+            QCOMPARE(run("contacts export %1", files.section(s(" "), 0, 0)).out, readFile(path(file)));
             QCOMPARE(run("contacts import %1 --json", file).value("present").toInt(), 5);
             for (const SimEntry& entry : mine())
                 m_sim->deleteEntry(m_mine, entry.uid);
@@ -325,8 +322,7 @@ private Q_SLOTS:
                   "begin:vcard\nversion:4.0\nfn:J\xc3\xbc\n rgen\ntel;type=fax;value=uri:tel:+49-1\n"
                   "end:vcard\n");
         CHECK_RUN(run("contacts import a.vcf"), 0);
-        QCOMPARE(sorted(mine()),
-                 (QStringList{s("Dr. Mary Poe|Poe, Inc.|4|2|c@d"), s("J\u00fcrgen|||tel:+49-1|")}));
+        QCOMPARE(sorted(mine()).join(s(" ")), s("Dr. Mary Poe|Poe, Inc.|4|2|c@d J\u00fcrgen|||tel:+49-1|"));
     }
 
     void importBreaksOffAndGoesOn()

@@ -86,8 +86,7 @@ private Q_SLOTS:
         row("profile of another address", "PUT", alice, 400, "address", profile("users/alice", "users/x"));
         row("profile without cover page", "PUT", alice, 400, "default_cover_page_name",
             profile("<default_cover_page_name>Urgent</default_cover_page_name>"));
-        row("submission without indentation", "POST", "ofax", 400, "indented",
-            fullFax().replace("\n ", "\n"));
+        row("without indentation", "POST", "ofax", 400, "indented", fullFax().replace("\n ", "\n"));
 
         const QByteArray url = "<contact_url>http://fax/qdws/v1/contacts/alice/1</contact_url>";
         const QByteArray member = "<contact>http://fax/qdws/v1/contacts/alice/1</contact>";
@@ -123,8 +122,7 @@ private Q_SLOTS:
         submission("empty field of a contact", "<name>Bob</name>", "<name></name>", "left out");
         submission("contact out of order", "<name>Bob", "<fax_number>1</fax_number>\n  <name>Bob", "order");
         submission("https address", "http://fax/qdws", "https://fax/qdws", "https");
-        submission("sender's defaults incomplete", "  <interval>300</interval>\n", "",
-                   "\"interval\" expected");
+        submission("incomplete defaults", "  <interval>300</interval>\n", "", "\"interval\" expected");
         submission("cover page without enabled", "  <enabled>true</enabled>\n", "", "\"enabled\" expected");
         submission("cover page behind recipients", "</recipient>\n <attachment>",
                    "</recipient>\n <cover_page></cover_page>\n <attachment>", "out of order");
@@ -137,10 +135,8 @@ private Q_SLOTS:
         submission("no date", "2031-02-03T04:05:06", "2031-02-03 04:05:06", "schedule_all_at");
         submission("priority too high", " <priority>5<", " <priority>6<", "0 to 5");
         submission("default priority", " <priority>5<", " <priority>3<", "default");
-        submission("options out of order", " <priority>5<", " <max_tries>1</max_tries>\n <priority>5<",
-                   "out of order");
-        submission("first page not true", "<print_receipt_first>true<", "<print_receipt_first>false<",
-                   "only ever");
+        submission("options unordered", " <priority>5<", " <max_tries>1</max_tries>\n <priority>5<", "order");
+        submission("first page not true", "receipt_first>true<", "receipt_first>false<", "only ever");
         submission("option twice", " <fax_page_size>a4</fax_page_size>\n",
                    " <fax_page_size>a4</fax_page_size>\n <fax_page_size>a4</fax_page_size>\n", "repeated");
     }
