@@ -11,7 +11,6 @@
 #include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
-#include <QTest>
 
 #include <cstdio>
 #include <memory>

@@ -6,9 +6,6 @@
 #include "qdfaxworld.h"
 #include "storefile.h"
 
-#include <QElapsedTimer>
-#include <QRandomGenerator>
-#include <QSet>
 #include <QtTest>
 
 #include <thread>
@@ -226,7 +223,8 @@ private Q_SLOTS:
 
             outcomes[s("transactions cut")] += QFileInfo(storeFile() + s("-journal")).size() > 0;
             if (QFile::exists(storeFile())) // all tables and indices, or none
-                QCOMPARE(query("SELECT name FROM sqlite_master WHERE name NOT LIKE 'sqlite_%'").size() % 6, 0);
+                QCOMPARE(query("SELECT name FROM sqlite_master WHERE name NOT LIKE 'sqlite_%'").size() % 6,
+                         0);
             const Books found = inStore(sim);
             checkDatabase();
             for (int i = 0; i < 4; ++i) {

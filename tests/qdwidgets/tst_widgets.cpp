@@ -6,14 +6,12 @@
 #include "sortfiltertimeproxymodel.h"
 
 #include <QHelpEvent>
-#include <QPointer>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QStringListModel>
 #include <QStyleFactory>
 #include <QTableView>
-#include <QTest>
 #include <QTextDocument>
 #include <QTextDocumentFragment>
 #include <QToolTip>
