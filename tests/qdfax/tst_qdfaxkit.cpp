@@ -18,14 +18,6 @@
 
 namespace {
 
-QStringList list(std::initializer_list<const char*> texts)
-{
-    QStringList result;
-    for (const char* text : texts)
-        result.append(s(text));
-    return result;
-}
-
 QByteArray entryXml(const QByteArray& address, const QByteArray& more = QByteArray())
 {
     return "<server><connection ssl=\"false\"><address>" + address +
@@ -159,13 +151,15 @@ private Q_SLOTS:
         Table table({{s("STATE")}, {s("PAGES"), Table::Right, 0, 1}, {s("TO"), Table::Left, 6}, {s("URL")}});
         table.addRow({s("sent"), s("3"), s("Mary Poe, Poe Inc"), s("http://x/1")});
         table.addRow({s("failed"), s("12"), s("日本"), s("http://x/2")});
-        QCOMPARE(table.lines(0), list({"STATE   PAGES  TO                 URL",
-                                       "sent        3  Mary Poe, Poe Inc  http://x/1",
-                                       "failed     12  日本               http://x/2"}));
-        QCOMPARE(table.lines(35), list({"STATE   PAGES  TO        URL", "sent        3  Mary Po…  http://x/1",
-                                        "failed     12  日本      http://x/2"}));
-        QCOMPARE(table.lines(27), list({"STATE   TO       URL", "sent    Mary P…  http://x/1",
-                                        "failed  日本     http://x/2"}));
+        const auto shown = [&table](int width) { return table.lines(width).join(QLatin1Char('\n')); };
+        QCOMPARE(shown(0), s("STATE   PAGES  TO                 URL\n"
+                             "sent        3  Mary Poe, Poe Inc  http://x/1\n"
+                             "failed     12  日本               http://x/2"));
+        QCOMPARE(shown(35), s("STATE   PAGES  TO        URL\n"
+                              "sent        3  Mary Po…  http://x/1\n"
+                              "failed     12  日本      http://x/2"));
+        QCOMPARE(shown(27),
+                 s("STATE   TO       URL\nsent    Mary P…  http://x/1\nfailed  日本     http://x/2"));
         // URLs stay whole
         QCOMPARE(table.lines(10).at(1), s("sent    Mary …  http://x/1"));
     }
