@@ -146,13 +146,14 @@ private Q_SLOTS:
         const Rows<Qt::LayoutDirection> row;
         for (const QString& style : QStyleFactory::keys()) {
             row(qPrintable(style), Qt::LeftToRight);
-            row(qPrintable(style), Qt::RightToLeft);
+            row(qPrintable(style + s(", right to left")), Qt::RightToLeft);
         }
     }
     void clicks()
     {
         const auto [direction] = cells<Qt::LayoutDirection>();
-        const std::unique_ptr<QStyle> owned(QStyleFactory::create(s(QTest::currentDataTag())));
+        const std::unique_ptr<QStyle> owned(
+            QStyleFactory::create(s(QTest::currentDataTag()).section(s(","), 0, 0)));
         Table table;
         table.setStyle(owned.get());
         table.setLayoutDirection(direction);
