@@ -148,7 +148,7 @@ private Q_SLOTS:
 
     void actions_data()
     {
-        const Rows<bool, int, QString> row("newFaxAction", "clicked", "signal");
+        const Rows<bool, int, QString> row;
         row("new fax", true, 0, "new");
         row("view", true, 1, "view");
         row("delete", true, 2, "remove");
@@ -161,9 +161,7 @@ private Q_SLOTS:
     }
     void actions()
     {
-        QFETCH(bool, newFaxAction);
-        QFETCH(int, clicked);
-        QFETCH(QString, signal);
+        const auto [newFaxAction, clicked, signal] = cells<bool, int, QString>();
         add("a.pdf");
         Model model(*m_converter, newFaxAction);
         model.slotUpdate();

@@ -56,7 +56,7 @@ class ContactModelTest : public QObject
 private Q_SLOTS:
     void contactUrl_data()
     {
-        const Rows<QString, QString> row("xml", "url");
+        const Rows<QString, QString> row;
 
         row("contact_url", elements("contact_url=http://h/qdws/v1/7"), "http://h/qdws/v1/7");
         row("user_url alone", elements("user_url=http://h/u"), "http://h/u");
@@ -71,9 +71,7 @@ private Q_SLOTS:
     }
     void contactUrl()
     {
-        QFETCH(QString, xml);
-        QFETCH(QString, url);
-
+        const auto [xml, url] = cells<QString, QString>();
         QuendraContact contact = withUrl(QString(), s("http://old/1"));
         contact.setUser(s("kept"));
         QVERIFY(readFax(contact, xml));

@@ -78,8 +78,7 @@ private Q_SLOTS:
 
     void lineFormat_data()
     {
-        const Rows<QTime, int, QByteArray, QString, QByteArray> row("time", "level", "file", "message",
-                                                                    "line");
+        const Rows<QTime, int, QByteArray, QString, QByteArray> row;
 
         row("morning", QTime(8, 1, 31, 123), 1, "/src/contactmanager.cpp", "Broken.",
             QByteArray("[11-15-2026 08:01:31 AM:123000] [ERROR  ] [contactmanager.cpp:134   ] Broken.\r\n"));
@@ -101,10 +100,7 @@ private Q_SLOTS:
     }
     void lineFormat()
     {
-        QFETCH(QTime, time);
-        QFETCH(int, level);
-        QFETCH(QByteArray, file);
-        QFETCH(QString, message);
+        const auto [time, level, file, message, line] = cells<QTime, int, QByteArray, QString, QByteArray>();
         const QTemporaryDir dir;
         const QDate day(2026, 11, 15);
         TestLogger logger(dir.path(), QDateTime(day, time));
@@ -119,7 +115,7 @@ private Q_SLOTS:
                    134);
 
         QCOMPARE(logger.currentFile(), dir.path() + fileName(day));
-        QTEST(readFile(logger.currentFile()).mid(before), "line");
+        QCOMPARE(readFile(logger.currentFile()).mid(before), line);
     }
 
     void levelFilters()

@@ -83,7 +83,7 @@ private Q_SLOTS:
 
     void pageCount_data()
     {
-        const Rows<QString, QString, int> row("pages", "used", "count");
+        const Rows<QString, QString, int> row;
         row("cover", "3", "1", 4);
         row("two covers count once", "3", "2", 4);
         row("no cover", "3", "0", 3);
@@ -95,17 +95,16 @@ private Q_SLOTS:
     }
     void pageCount()
     {
-        QFETCH(QString, pages);
-        QFETCH(QString, used);
+        const auto [pages, used, count] = cells<QString, QString, int>();
         const QString xml = tag("pages", pages) + tag("cover_page_used", used);
         OutboundFaxEntry sent;
         QVERIFY(readFax(sent, xml));
-        QTEST(sent.pages(), "count");
+        QCOMPARE(sent.pages(), count);
         const bool enabled = used.toInt() > 0;
         QCOMPARE(sent.coverPage().enabled(), enabled);
         FaxEntry queued;
         QVERIFY(readFax(queued, xml + tag("cover_page", tag("enabled", enabled ? "true" : ""))));
-        QTEST(queued.pages(), "count");
+        QCOMPARE(queued.pages(), count);
         InboundFaxEntry received;
         QVERIFY(readFax(received, xml));
         QCOMPARE(received.pages(), pages.toInt());

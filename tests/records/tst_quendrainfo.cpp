@@ -11,7 +11,7 @@ class TestQuendraInfo : public QObject
 private Q_SLOTS:
     void protocolVersion_data()
     {
-        const Rows<QString, QString, int> row("model", "version", "protocolVersion");
+        const Rows<QString, QString, int> row;
         row("just new enough", "ABC40X", "1.4", 2);
         row("too old", "ABC40X", "1.3.9", 1);
         row("two digits are a number", "ABC40", "1.10", 2);
@@ -25,14 +25,13 @@ private Q_SLOTS:
     }
     void protocolVersion()
     {
-        QFETCH(QString, model);
-        QFETCH(QString, version);
+        const auto [model, version, protocolVersion] = cells<QString, QString, int>();
         QuendraInfo info;
         info.setModel(model);
         info.setVersion(version);
         QCOMPARE(info.protocolVersion(), 1);
         info.computeProtocolVersion();
-        QTEST(info.protocolVersion(), "protocolVersion");
+        QCOMPARE(info.protocolVersion(), protocolVersion);
     }
 
     void readsOnlyWhatIsThere()

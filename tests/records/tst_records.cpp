@@ -288,7 +288,7 @@ private Q_SLOTS:
 
     void content_data()
     {
-        const Rows<int, QByteArray, QString> row("type", "bytes", "mime");
+        const Rows<int, QByteArray, QString> row;
         const QByteArray bytes("\0\xff\n", 3);
         row("none", 0, bytes, "");
         row("pdf", 1, bytes, "application/pdf");
@@ -300,9 +300,7 @@ private Q_SLOTS:
     }
     void content()
     {
-        QFETCH(int, type);
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, mime);
+        const auto [type, bytes, mime] = cells<int, QByteArray, QString>();
         const QString path = m_folder.filePath(s("content"));
         writeFile(path, bytes);
         Content content = contentOf(static_cast<Content::Type>(type), path);

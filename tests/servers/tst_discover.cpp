@@ -105,7 +105,7 @@ private Q_SLOTS:
 
     void replies_data()
     {
-        const Rows<QByteArray, QString> row("reply", "entry");
+        const Rows<QByteArray, QString> row;
         const QString ignored;
         row("full", "200 ok\ninet_addr: 192.168.1.20\nmodel: X\nversion: 1.4", "192.168.1.20|X|1.4");
         row("CR LF, upper case, more colons, white space",
@@ -130,8 +130,7 @@ private Q_SLOTS:
     }
     void replies()
     {
-        QFETCH(QByteArray, reply);
-        QFETCH(QString, entry);
+        const auto [reply, entry] = cells<QByteArray, QString>();
         m_discover->startDiscover(0);
         QTRY_VERIFY(!m_queries.isEmpty());
         answer(reply);
@@ -173,7 +172,7 @@ private Q_SLOTS:
 
     void receiversMayStopOrDestroyIt_data()
     {
-        const Rows<int, int> row("receiver", "reported");
+        const Rows<int, int> row;
         row("only listens", Listens, 100);
         row("runs an event loop", RunsEvents, 100);
         row("stops the search", Stops, 1);
@@ -182,8 +181,7 @@ private Q_SLOTS:
     }
     void receiversMayStopOrDestroyIt()
     {
-        QFETCH(int, receiver);
-        QFETCH(int, reported);
+        const auto [receiver, reported] = cells<int, int>();
         for (const bool busy : {false, true}) {
             init();
             connect(m_discover.get(), &Discover::discoveredEntry, this, [this, receiver] {

@@ -99,15 +99,14 @@ private Q_SLOTS:
 
     void bytesArrive_data()
     {
-        const Rows<bool, int> row("secure", "size");
+        const Rows<bool, int> row;
         row("HTTP, empty", false, 0);
         row("HTTP", false, 3000000);
         row("HTTPS", true, 3000000);
     }
     void bytesArrive()
     {
-        QFETCH(bool, secure);
-        QFETCH(int, size);
+        const auto [secure, size] = cells<bool, int>();
         if (secure && !ScriptedServer::canTls())
             QSKIP("Needs openssl to make a certificate.");
         QByteArray content(size, '\0');
@@ -162,7 +161,7 @@ private Q_SLOTS:
 
     void namesStayInTheFolder_data()
     {
-        const Rows<QByteArray, QString, QString> row("source", "name", "taken");
+        const Rows<QByteArray, QString, QString> row;
         const QString refused;
         row("encoded slashes", "/x%2F..%2F..%2Fcanary", "canary", "");
         row("parent", "/x/%2e%2e", refused, "");
@@ -204,9 +203,7 @@ private Q_SLOTS:
     }
     void namesStayInTheFolder()
     {
-        QFETCH(QByteArray, source);
-        QFETCH(QString, name);
-        QFETCH(QString, taken);
+        const auto [source, name, taken] = cells<QByteArray, QString, QString>();
         writeFile(m_outside->filePath(s("canary")), "alive");
         QDir::setSearchPaths(s("elsewhere"), {m_outside->path()});
         QStringList expected = taken.split(QLatin1Char(' '), Qt::SkipEmptyParts);
@@ -262,7 +259,7 @@ private Q_SLOTS:
 
     void failures_data()
     {
-        const Rows<QByteArray, ScriptedServer::HangUp, QByteArray> row("status", "hangUp", "written");
+        const Rows<QByteArray, ScriptedServer::HangUp, QByteArray> row;
         row("404, its body is written before it fails", "404 Not Found", ScriptedServer::HangUp::Never,
             "no such file");
         row("401", "401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"x\"", ScriptedServer::HangUp::Never,
@@ -272,9 +269,7 @@ private Q_SLOTS:
     }
     void failures()
     {
-        QFETCH(QByteArray, status);
-        QFETCH(ScriptedServer::HangUp, hangUp);
-        QFETCH(QByteArray, written);
+        const auto [status, hangUp, written] = cells<QByteArray, ScriptedServer::HangUp, QByteArray>();
         const TestLog log;
         m_server->setAnswer(ScriptedServer::reply("no such file", status));
         m_server->setHangUp(hangUp);
@@ -389,15 +384,14 @@ private Q_SLOTS:
 
     void receiversMayDestroyIt_data()
     {
-        const Rows<QByteArray, QByteArray> row("status", "path");
+        const Rows<QByteArray, QByteArray> row;
         row("finished", "200 OK", "/a.tif");
         row("network error", "500 Broken", "/a.tif");
         row("file error", "200 OK", "/..");
     }
     void receiversMayDestroyIt()
     {
-        QFETCH(QByteArray, status);
-        QFETCH(QByteArray, path);
+        const auto [status, path] = cells<QByteArray, QByteArray>();
         m_server->setAnswer(ScriptedServer::reply("x", status));
         const auto destroy = [this] { m_downloader.reset(); };
         connect(m_downloader.data(), &Downloader::downloadFinished, this, destroy);

@@ -2,7 +2,6 @@
 
 #include "contact.h"
 #include "contactmanager.h"
-#include "faxdocument.h"
 #include "faxmanager.h"
 #include "faxserver.h"
 #include "operations.h"
@@ -59,8 +58,9 @@ QByteArray answerLogin(const WireRequest& request, const QByteArray& model, cons
         content = "<about><model>" + model + "</model><version>" + version + "</version></about>";
     else if (request.target.contains("/users/"))
         content =
-            "<user><name>Anna</name><default_cover_page_enabled>false</default_cover_page_enabled>"
-            "<default_cover_page_name/><priority>5</priority><max_attempts>7</max_attempts>"
+            "<user><name>Anna</name><default_cover_page_enabled>true</default_cover_page_enabled>"
+            "<default_cover_page_name>plain</default_cover_page_name><priority>5</priority><max_attempts>7</"
+            "max_attempts>"
             "<interval>60</interval><receipt>never</receipt><receipt_attachment>tiff</receipt_attachment>"
             "</user>";
     else if (request.target.endsWith("/cover_pages"))
@@ -69,9 +69,6 @@ QByteArray answerLogin(const WireRequest& request, const QByteArray& model, cons
         content = "<printer> left </printer>";
     return okReply(content);
 }
-
-/// What a slot does to a server that is being added.
-enum End { ManagerDestroyed, ServerDestroyed, ServerDeleted };
 
 } // namespace
 
@@ -82,25 +79,11 @@ class TestServer : public QObject
 private Q_SLOTS:
     void signalsCanBeQueuedAndRecorded()
     {
-        FaxManager manager(noContacts);
-        OpenServer server(manager);
-        QuendraInfo received;
-        connect(
-            &server, &FaxServer::changedQuendraInfo, this,
-            [&received](const QuendraInfo& info) { received = info; }, Qt::QueuedConnection);
-        QSignalSpy statuses(&server, &FaxServer::changedLastStatus);
-        server.slotError(Task::AuthError);
-        QCOMPARE(statuses.takeFirst().first().value<Task::Status>(), Task::AuthError);
-        QuendraInfo info;
-        info.setModel(s("ABC40"));
-        Q_EMIT server.changedQuendraInfo(info);
-        QTRY_COMPARE(received.model(), s("ABC40"));
-
-        // by name, too; contacts are abstract
+        TaskWorld world; // whose server makes the types known
         const auto check = [](const QMetaMethod& signal) {
             for (int i = 0; i < signal.parameterCount(); ++i) {
                 QVERIFY2(signal.parameterType(i) != QMetaType::UnknownType ||
-                             signal.parameterTypes().at(i) == "ContactUnit",
+                             signal.parameterTypes().at(i) == "ContactUnit", // which is abstract
                          signal.methodSignature().constData());
             }
         };
@@ -149,99 +132,55 @@ private Q_SLOTS:
         TaskWorld world;
         OpenServer server(world.manager);
         QSignalSpy changes(&server, &FaxServer::changedLastStatus);
-        const auto resets = [&server](auto set) {
-            server.setLastStatus(Task::Ok);
-            set();
-            const bool reset = server.lastStatus() == Task::Unknown;
-            server.setLastStatus(Task::Ok);
-            set(); // to what it is
-            return reset && server.lastStatus() == Task::Ok;
-        };
-        QVERIFY(resets([&] { server.setAddress(s("h")); }));
-        QVERIFY(resets([&] { server.setLogin(s("l")); }));
-        QVERIFY(resets([&] { server.setPassword(s("p")); }));
-        QVERIFY(resets([&] { server.setUseSSL(true); }));
-        QCOMPARE(changes.count(), 5); // those of Ok; a reset is silent
-    }
-
-    void userIsTakenOver()
-    {
-        TaskWorld world;
-        FaxServer& server = world.server;
-        server.setInfo(infoOf("3.6.1"));
-        FaxUser user;
-        QuendraContact contact;
-        contact.setName(s("Anna"));
-        user.setContact(contact);
-        user.setDefaultCoverPage(s("plain"));
-        user.useCoverPage(true);
-        FaxUserScheduleOptions options;
-        options.setPriority(FaxUserScheduleOptions::Priority5);
-        user.setScheduleOptions(options);
-
-        FaxUser told;
-        connect(&server, &FaxServer::changedFaxUser, this, [&told](const FaxUser& user) { told = user; });
-        server.setUser(user);
-        for (const FaxUser& taken : {server.user(), told}) {
-            QCOMPARE(taken.contact().name(), s("Anna"));
-            QCOMPARE(taken.defaultCoverpage(), s("plain"));
-            QVERIFY(taken.isUsedCoverPage());
-            QCOMPARE(taken.faxScheduleOptions().priority(), FaxUserScheduleOptions::Priority5);
-            QVERIFY(taken.isSupportReceiptOptions());
+        const std::initializer_list<std::function<void()>> setters = {
+            [&] { server.setAddress(s("h")); }, [&] { server.setLogin(s("l")); },
+            [&] { server.setPassword(s("p")); }, [&] { server.setUseSSL(true); }};
+        for (const auto& set : setters) {
+            for (const Task::Status after : {Task::Unknown, Task::Ok}) { // then to what it is
+                server.setLastStatus(Task::Ok);
+                set();
+                QCOMPARE(server.lastStatus(), after);
+            }
         }
+        QCOMPARE(changes.count(), 5); // those of Ok; a reset is silent
+
+        FaxUser user;
+        user.setDefaultCoverPage(s("plain"));
+        QSignalSpy told(&server, &FaxServer::changedFaxUser);
+        server.setUser(user);
+        for (const FaxUser& taken : {server.user(), told.first().first().value<FaxUser>()})
+            QCOMPARE(taken.defaultCoverpage(), s("plain"));
     }
 
-    void version_data()
-    {
-        const Rows<int> row("number");
-        row("3.2.7", 302070);
-        row("3.2.7-beta", 302070);
-        row("3.2.8", 302080);
-        row("3.2.10", 302010);
-        row("3.2.1", 302010);
-        row("3.6", 306000);
-        row("3.6.1", 306010);
-        row("3.71.123", 307112);
-        row("", 0);
-        row("x.y.z", 0);
-        row("1..2.9", 100020);
-        row("99999999999.1", 1000);
-        row("2147483647.0.0", 210000);
-    }
     void version()
     {
-        QFETCH(int, number);
-        QCOMPARE(versionNumber(s(QTest::currentDataTag())), number);
+        const std::pair<const char*, int> numbers[] = {
+            {"3.2.7", 302070}, {"3.2.7-beta", 302070}, {"3.2.8", 302080},       {"3.2.10", 302010},
+            {"3.6", 306000},   {"3.6.1", 306010},      {"3.71.123", 307112},    {"", 0},
+            {"x.y.z", 0},      {"1..2.9", 100020},     {"99999999999.1", 1000}, {"2147483647.0.0", 210000}};
+        for (const auto& [text, number] : numbers)
+            QVERIFY2(versionNumber(s(text)) == number, text);
     }
 
-    void addresses_data()
-    {
-        const Rows<QString> row("url"); // of an address; empty: refused
-        row("fax.example.org", "http://fax.example.org/x");
-        row("fax.example.org:8080", "http://fax.example.org:8080/x");
-        row("::1", "http://[::1]/x");
-        row("[::1]", "http://[::1]/x");
-        row("[::1]:8080", "http://[::1]:8080/x");
-        row("2001:db8::7", "http://[2001:db8::7]/x");
-        row("2001:db8::7:8080", "http://[2001:db8::7:8080]/x"); // all host
-        row("[::1]8080", "");
-        row("[127.0.0.1]:80", "");
-        row("::g", "");
-        row(":80", "");
-        row("a b", "");
-        row("host:65536", "");
-        row("host:+80", "");
-    }
     void addresses()
     {
-        QFETCH(QString, url);
-        QUrl built;
-        built.setScheme(s("http"));
-        built.setPath(s("/x"));
-        const bool accepted = setServerAddress(built, s(QTest::currentDataTag())) && built.isValid();
-        QCOMPARE(accepted, !url.isEmpty());
-        if (accepted)
-            QCOMPARE(built.toString(), url);
+        const std::pair<const char*, const char*> addresses[] = {
+            {"fax.example.org", "fax.example.org"},
+            {"fax.example.org:8080", "fax.example.org:8080"},
+            {"::1", "[::1]"},
+            {"[::1]", "[::1]"},
+            {"[::1]:8080", "[::1]:8080"},
+            {"2001:db8::7:8080", "[2001:db8::7:8080]"}}; // all host
+        for (const auto& [address, expected] : addresses) {
+            QUrl url(s("http:/x"));
+            QVERIFY2(setServerAddress(url, s(address)), address);
+            QCOMPARE(url.toString(), s("http://%1/x").arg(s(expected)));
+        }
+        for (const char* address :
+             {"[::1]8080", "[127.0.0.1]:80", "::g", ":80", "a b", "host:65536", "host:+80"}) {
+            QUrl url(s("http:/x"));
+            QVERIFY2(!setServerAddress(url, s(address)), address);
+        }
     }
 
     void preambule()
@@ -279,12 +218,11 @@ private Q_SLOTS:
         QCOMPARE(wire.requests().last().target, QByteArray("/qdws/v1/users/anna"));
         QCOMPARE(server->info().protocolVersion(), 2);
         QCOMPARE(server->user().contact().name(), s("Anna"));
+        QCOMPARE(server->user().defaultCoverpage(), s("plain"));
+        QVERIFY(server->user().isUsedCoverPage());
         QCOMPARE(int(server->user().faxScheduleOptions().priority()), 5);
         QVERIFY(server->user().isSupportReceiptOptions());
         QVERIFY(server->isConnected());
-        FaxDocument fax; // a new one begins with the user's options
-        fax.setFaxSchedule(server->user().faxScheduleOptions());
-        QCOMPARE(fax.faxSchedule().maxTries(), 7);
 
         // a refusal ends the chain at its first step
         wire.setAnswer(ScriptedServer::reply("<r><message>no</message></r>"));
@@ -395,38 +333,33 @@ private Q_SLOTS:
         QTRY_VERIFY(manager.findChildren<FaxServer*>().isEmpty());
     }
 
-    void slotsMayEndAServerThatIsBeingAdded_data()
-    {
-        const Rows<int> row("end");
-        row("manager destroyed", ManagerDestroyed);
-        row("server destroyed", ServerDestroyed);
-        row("server deleted", ServerDeleted);
-    }
     void slotsMayEndAServerThatIsBeingAdded()
     {
-        QFETCH(int, end);
-        ContactManager contacts;
-        QPointer<FaxManager> manager = new FaxManager(&contacts);
-        QMetaObject::Connection ending;
-        ending = connect(&contacts, &ContactManager::changedContactProviderList, this, [&] {
-            disconnect(ending);
-            auto* server = manager->findChild<FaxServer*>();
-            if (end == ManagerDestroyed)
-                delete manager;
-            else if (end == ServerDestroyed)
-                delete server;
-            else
-                manager->deleteServer(server);
-        });
-        const QPointer<FaxServer> ended = add(*manager, "anna");
-        QTRY_VERIFY(!ended);
-        QCOMPARE(!manager, end == ManagerDestroyed);
-        if (!manager)
-            return;
-        QVERIFY(manager->servers().isEmpty());
-        QCOMPARE(contacts.providers().size(), end == ServerDeleted ? 0 : 1);
-        QVERIFY(manager->isDefaultServer(add(*manager, "bob")));
-        delete manager;
+        enum { ManagerDestroyed, ServerDestroyed, ServerDeleted };
+        for (const int end : {ManagerDestroyed, ServerDestroyed, ServerDeleted}) {
+            ContactManager contacts;
+            QPointer<FaxManager> manager = new FaxManager(&contacts);
+            QMetaObject::Connection ending;
+            ending = connect(&contacts, &ContactManager::changedContactProviderList, this, [&] {
+                disconnect(ending);
+                auto* server = manager->findChild<FaxServer*>();
+                if (end == ManagerDestroyed)
+                    delete manager;
+                else if (end == ServerDestroyed)
+                    delete server;
+                else
+                    manager->deleteServer(server);
+            });
+            const QPointer<FaxServer> ended = add(*manager, "anna");
+            QTRY_VERIFY(!ended);
+            QCOMPARE(!manager, end == ManagerDestroyed);
+            if (!manager)
+                continue;
+            QVERIFY(manager->servers().isEmpty());
+            QCOMPARE(contacts.providers().size(), end == ServerDeleted ? 0 : 1);
+            QVERIFY(manager->isDefaultServer(add(*manager, "bob")));
+            delete manager;
+        }
     }
 
     void onlyWhatIsAddedSynchronises()
@@ -538,7 +471,7 @@ private Q_SLOTS:
 
     void damagedFragments_data()
     {
-        const Rows<QByteArray, int> row("fragment", "servers");
+        const Rows<QByteArray, int> row;
         const QByteArray rest = "<about><model>m</model><version>1</version></about><user/>";
         const QByteArray good =
             "<connection><address>127.0.0.1:1</address><login>l</login><password>plain</password>"
@@ -553,9 +486,7 @@ private Q_SLOTS:
     }
     void damagedFragments()
     {
-        QFETCH(QByteArray, fragment);
-        QFETCH(int, servers);
-
+        const auto [fragment, servers] = cells<QByteArray, int>();
         QDomDocument document;
         QVERIFY(document.setContent("<settings><server>" + fragment + "</server></settings>"));
         FaxManager manager(noContacts);

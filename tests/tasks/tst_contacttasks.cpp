@@ -67,7 +67,7 @@ class TestContactTasks : public QObject
 private Q_SLOTS:
     void books_data()
     {
-        const Rows<ContactList::Type, QByteArray, QByteArray> row("book", "contacts", "oids");
+        const Rows<ContactList::Type, QByteArray, QByteArray> row;
         row("personal contacts", ContactList::PersonalContacts, "/qdws/v1/contacts/anna",
             "/qdws/v1/contact_oids/anna");
         row("personal groups", ContactList::PersonalGroups, "/qdws/v1/contact_groups/anna",
@@ -80,9 +80,7 @@ private Q_SLOTS:
     }
     void books()
     {
-        QFETCH(ContactList::Type, book);
-        QFETCH(QByteArray, contacts);
-
+        const auto [book, contacts, oids] = cells<ContactList::Type, QByteArray, QByteArray>();
         TaskWorld world(okReply("<query_time>77</query_time><oids>1</oids>"));
 
         auto* all = reading(world, book);
@@ -102,13 +100,12 @@ private Q_SLOTS:
         QCOMPARE(world.wire.requests().last().target, contacts + "?query_time=1234");
 
         QCOMPARE(readOids(world, book), book ? QList<QString>{s("1")} : QList<QString>());
-        QTEST(world.wire.requests().last().target, "oids");
+        QCOMPARE(world.wire.requests().last().target, oids);
     }
 
     void changes_data()
     {
-        const Rows<Task::Type, bool, int, QByteArray, QByteArray> row("type", "isGroup", "book", "request",
-                                                                      "body");
+        const Rows<Task::Type, bool, int, QByteArray, QByteArray> row;
         const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"utf-8\"?>";
         const QByteArray person = "<name>MaryPoe &amp; &lt;Co></name><fax_number>555</fax_number></contact>";
         const QByteArray team = "<name>Team</name><description>All</description>"
@@ -130,10 +127,8 @@ private Q_SLOTS:
     }
     void changes()
     {
-        QFETCH(Task::Type, type);
-        QFETCH(bool, isGroup);
-        QFETCH(int, book);
-
+        const auto [type, isGroup, book, request, body] =
+            cells<Task::Type, bool, int, QByteArray, QByteArray>();
         TaskWorld world(okReply(""));
         auto* task = static_cast<TaskChangeContact*>(world.server.addTask(type));
         if (isGroup)
@@ -145,13 +140,13 @@ private Q_SLOTS:
         QCOMPARE(Outcome(task).run(), Task::InvalidReply); // sent once, and nothing is confirmed
         QCOMPARE(world.wire.requests().size(), 1);
         const WireRequest& sent = world.wire.requests().first();
-        QTEST(QByteArray(sent.method + ' ' + sent.target), "request");
-        QTEST(sent.body, "body");
+        QCOMPARE(QByteArray(sent.method + ' ' + sent.target), request);
+        QCOMPARE(sent.body, body);
     }
 
     void changeEnds_data()
     {
-        const Rows<Task::Type, QByteArray, Task::Status, QString> row("type", "answer", "status", "error");
+        const Rows<Task::Type, QByteArray, Task::Status, QString> row;
         const auto rows = [row](Task::Type type, const QByteArray& good, const char* invalid) {
             const QByteArray name = operation(type).name;
             row((name + ", good").constData(), type, okReply(good), Task::Ok, {});
@@ -170,11 +165,7 @@ private Q_SLOTS:
     }
     void changeEnds()
     {
-        QFETCH(Task::Type, type);
-        QFETCH(QByteArray, answer);
-        QFETCH(Task::Status, status);
-        QFETCH(QString, error);
-
+        const auto [type, answer, status, error] = cells<Task::Type, QByteArray, Task::Status, QString>();
         TaskWorld world(answer);
         TestLog log;
         Task* task = operation(type).make(world.server);
@@ -281,16 +272,14 @@ private Q_SLOTS:
 
     void memberFails_data()
     {
-        const Rows<QByteArray, QList<int>> row("bad", "statuses");
+        const Rows<QByteArray, QList<int>> row;
         row("404", ScriptedServer::reply("", "404 Gone"), QList<int>{Task::Error});
         // the last reply decides, and replies come in any order
         row("not XML", ScriptedServer::reply("<a"), QList<int>{Task::Error, Task::InvalidReply});
     }
     void memberFails()
     {
-        QFETCH(QByteArray, bad);
-        QFETCH(QList<int>, statuses);
-
+        const auto [bad, statuses] = cells<QByteArray, QList<int>>();
         // one of three fails; the book fails once, after the last
         TaskWorld world;
         world.wire.setAnswer([&bad](const WireRequest& request) {

@@ -108,7 +108,7 @@ private Q_SLOTS:
     void operationEnds_data()
     {
         // error: 0 is no network error
-        const Rows<int, QByteArray, Task::Status, int> addRow("index", "answer", "status", "error");
+        const Rows<int, QByteArray, Task::Status, int> addRow;
         for (int index = 0; index < operations().size(); ++index) {
             const Operation& operation = operations().at(index);
             if (operation.name == "GetContacts of groups")
@@ -139,10 +139,7 @@ private Q_SLOTS:
     }
     void operationEnds()
     {
-        QFETCH(int, index);
-        QFETCH(QByteArray, answer);
-        QFETCH(Task::Status, status);
-        QFETCH(int, error);
+        const auto [index, answer, status, error] = cells<int, QByteArray, Task::Status, int>();
         const Operation& operation = operations().at(index);
         const Task::Type type = operation.type;
 
@@ -193,7 +190,7 @@ private Q_SLOTS:
 
     void content_data()
     {
-        const Rows<Task::Type, QByteArray, Task::Status, QString> row("type", "content", "status", "error");
+        const Rows<Task::Type, QByteArray, Task::Status, QString> row;
         row("about missing", Task::GetQuendraInfo, "<abaut/>", Task::Error, {});
         row("about without version", Task::GetQuendraInfo, "<about><model>m</model></about>", Task::Error,
             {});
@@ -235,19 +232,16 @@ private Q_SLOTS:
     }
     void content()
     {
-        QFETCH(Task::Type, type);
-        QFETCH(QByteArray, content);
-        QFETCH(QString, error);
-
+        const auto [type, content, status, error] = cells<Task::Type, QByteArray, Task::Status, QString>();
         TaskWorld world(okReply(content));
         TestLog log;
-        QTEST(world.run(operation(type)), "status");
+        QCOMPARE(world.run(operation(type)), status);
         QCOMPARE(log.messages(s("ERROR")), error.isEmpty() ? QStringList() : QStringList{error});
     }
 
     void limits_data()
     {
-        const Rows<Task::Type, int, int, QByteArray> row("type", "entryType", "limit", "target");
+        const Rows<Task::Type, int, int, QByteArray> row;
         row("queue", Task::GetFaxEntry, 1, 25, "/qdws/v1/ofax?complete_limit=25");
         row("status", Task::GetFaxEntry, 2, 25, "/qdws/v1/outbound_status?pending_limit=25&sending_limit=25");
         row("status, all", Task::GetFaxEntry, 2, 0, "/qdws/v1/outbound_status");
@@ -258,10 +252,7 @@ private Q_SLOTS:
     }
     void limits()
     {
-        QFETCH(Task::Type, type);
-        QFETCH(int, entryType);
-        QFETCH(int, limit);
-
+        const auto [type, entryType, limit, target] = cells<Task::Type, int, int, QByteArray>();
         TaskWorld world(okReply("<message>Success</message>"));
         Outcome outcome(world.server.addTask(type));
         if (auto* task = qobject_cast<TaskGetFaxEntry*>(outcome.task)) {
@@ -273,12 +264,12 @@ private Q_SLOTS:
             task->setCompleteLimit(limit);
         }
         QCOMPARE(outcome.run(), Task::Ok);
-        QTEST(world.wire.requests().first().target, "target");
+        QCOMPARE(world.wire.requests().first().target, target);
     }
 
     void addresses_data()
     {
-        const Rows<QString, bool> row("address", "reached"); // %1: the port of a server that listens
+        const Rows<QString, bool> row; // %1: the port of a server that listens
         row("name and port", "localhost:%1", true);
         row("IPv4 and port", "127.0.0.1:%1", true);
         row("with blanks around", " 127.0.0.1:%1\t", true);
@@ -297,8 +288,7 @@ private Q_SLOTS:
     }
     void addresses()
     {
-        QFETCH(QString, address);
-        QFETCH(bool, reached);
+        const auto [address, reached] = cells<QString, bool>();
         if (address.startsWith(s("localhost")) && QHostInfo::fromName(s("localhost")).addresses().isEmpty())
             QSKIP("Nobody knows the name localhost here.");
 
