@@ -168,7 +168,7 @@ private Q_SLOTS:
             {"fax.example.org", "fax.example.org"},
             {"fax.example.org:8080", "fax.example.org:8080"},
             {"::1", "[::1]"},
-            {"[::1]", "[::1]"},
+            {" [::1]\t", "[::1]"},
             {"[::1]:8080", "[::1]:8080"},
             {"2001:db8::7:8080", "[2001:db8::7:8080]"}}; // all host
         for (const auto& [address, expected] : addresses) {
@@ -176,8 +176,9 @@ private Q_SLOTS:
             QVERIFY2(setServerAddress(url, s(address)), address);
             QCOMPARE(url.toString(), s("http://%1/x").arg(s(expected)));
         }
-        for (const char* address :
-             {"[::1]8080", "[127.0.0.1]:80", "::g", ":80", "a b", "host:65536", "host:+80"}) {
+        for (const char* address : {"[::1]8080", "[127.0.0.1]:80", "::g", "[::g]:80", "[::1:80", ":80", "a b",
+                                    "my fax server", "", "host:65536", "host:+80", "host:-80", "host:80x",
+                                    "host:0", "host:", "host:80/x", "http://host:80", "me@host:80"}) {
             QUrl url(s("http:/x"));
             QVERIFY2(!setServerAddress(url, s(address)), address);
         }
