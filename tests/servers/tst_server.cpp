@@ -470,32 +470,29 @@ private Q_SLOTS:
         QCOMPARE(other.servers().size(), 2);
     }
 
-    void damagedFragments_data()
+    void damagedFragments()
     {
-        const Rows<QByteArray, int> row;
         const QByteArray rest = "<about><model>m</model><version>1</version></about><user/>";
         const QByteArray good =
             "<connection><address>127.0.0.1:1</address><login>l</login><password>plain</password>"
             "</connection>";
-        row("whole", QByteArray(good + rest), 1);
-        row("no connection", rest, 0);
-        row("no password", QByteArray("<connection><address>a</address><login>l</login></connection>" + rest),
-            0);
-        row("no about", QByteArray(good + "<user/>"), 0);
-        row("no user", QByteArray(good + "<about/>"), 0);
-        row("about unreadable", QByteArray(good + "<about/><user/>"), 1);
-    }
-    void damagedFragments()
-    {
-        const auto [fragment, servers] = cells<QByteArray, int>();
-        QDomDocument document;
-        QVERIFY(document.setContent("<settings><server>" + fragment + "</server></settings>"));
-        FaxManager manager(noContacts);
-        QVERIFY(manager.readStorage(document.documentElement(), 1));
-        QCOMPARE(manager.servers().size(), servers);
-        if (servers)
-            QCOMPARE(manager.servers().first()->password(), s("plain")); // did not decipher
-        QTRY_COMPARE(manager.findChildren<FaxServer*>().size(), servers);
+        const std::pair<QByteArray, int> fragments[] = {
+            {good + rest, 1},
+            {rest, 0},
+            {"<connection><address>a</address><login>l</login></connection>" + rest, 0},
+            {good + "<user/>", 0},
+            {good + "<about/>", 0},
+            {good + "<about/><user/>", 1}};
+        for (const auto& [fragment, servers] : fragments) {
+            QDomDocument document;
+            QVERIFY(document.setContent("<settings><server>" + fragment + "</server></settings>"));
+            FaxManager manager(noContacts);
+            QVERIFY(manager.readStorage(document.documentElement(), 1));
+            QCOMPARE(manager.servers().size(), servers);
+            if (servers)
+                QCOMPARE(manager.servers().first()->password(), s("plain")); // did not decipher
+            QTRY_COMPARE(manager.findChildren<FaxServer*>().size(), servers);
+        }
     }
 };
 
