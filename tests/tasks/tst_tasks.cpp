@@ -4,7 +4,6 @@
 #include "faxkit.h"
 #include "shorthand.h"
 #include "taskkit.h"
-#include "tasks/taskgetcoverpages.h"
 #include "tasks/taskgetfaxentry.h"
 #include "tasks/taskgetfaxuser.h"
 #include "tasks/taskgetinboundfaxentry.h"
@@ -83,25 +82,14 @@ class TestTasks : public QObject
     }
 
 private Q_SLOTS:
-    void everyTypeHasAnOperation()
-    {
-        const auto types = QMetaEnum::fromType<Task::Type>();
-        QList<QByteArray> authIsApart;
-        for (int i = 0; i < types.keyCount(); ++i) {
-            const Operation& found = operation(Task::Type(types.value(i)));
-            QCOMPARE(int(found.type), types.value(i));
-            if (found.row.errors == ErrorMapping::AuthApart)
-                authIsApart.append(found.name);
-        }
-        QCOMPARE(authIsApart, QList<QByteArray>({"GetQuendraInfo", "VerifyLogin", "GetContacts",
-                                                 "GetFaxEntry", "GetInboundFaxEntry", "GetOutboundFaxEntry",
-                                                 "Abort", "Reschedule", "ChekPermissions"}));
-    }
-
     void operationEnds_data()
     {
+        const QList<QByteArray> authIsApart = {"GetQuendraInfo", "VerifyLogin",        "GetContacts",
+                                               "GetFaxEntry",    "GetInboundFaxEntry", "GetOutboundFaxEntry",
+                                               "Abort",          "Reschedule",         "ChekPermissions"};
         // error: 0 is no network error
         const Rows<int, QByteArray, Task::Status, int> addRow;
+        QCOMPARE(operations().size(), QMetaEnum::fromType<Task::Type>().keyCount() + 1);
         for (int index = 0; index < operations().size(); ++index) {
             const Operation& operation = operations().at(index);
             if (operation.name == "GetContacts of groups")
@@ -121,7 +109,7 @@ private Q_SLOTS:
             row("HTML", ScriptedServer::reply("<html><p>Welcome<br></html>"), Task::InvalidReply);
             row("empty", ScriptedServer::reply(""), Task::InvalidReply);
             refusal("401 Unauthorized", 204,
-                    operation.row.errors == ErrorMapping::AuthApart ? Task::AuthError : Task::Error);
+                    authIsApart.contains(operation.name) ? Task::AuthError : Task::Error);
             refusal("403 Forbidden", 201, Task::Error, Task::AccessDenied);
             refusal("404 Not Found", 203, Task::Error, Task::NotFound);
             refusal("405 Not Allowed", 202, Task::Error, Task::NotPermitted);
@@ -294,13 +282,6 @@ private Q_SLOTS:
         QSslConfiguration expected = QSslConfiguration::defaultConfiguration();
         expected.setPeerVerifyMode(QSslSocket::QueryPeer);
         QVERIFY(sent == expected);
-
-        // the wrong protocol, both ways
-        for (const bool secure : {false, true}) {
-            TaskWorld wrong(QByteArray(), !secure);
-            wrong.server.setUseSSL(secure);
-            QCOMPARE(wrong.run(), Task::Error);
-        }
     }
 
     void largeAttachment()
@@ -381,31 +362,13 @@ private Q_SLOTS:
         nobody.task->execute();
         QCOMPARE(nobody.run(), Task::InvalidReply);
         QCOMPARE(world.wire.requests().size(), 0);
-
-        // the server goes first: its tasks go with it, silently
-        auto* doomed = new BareServer(world.manager, world.wire.address());
-        Outcome lost(doomed->addTask(Task::VerifyLogin));
-        lost.task->execute();
-        delete doomed;
-        QVERIFY(!lost.task);
-        QVERIFY(!lost.isOver());
     }
 
-    void entriesOfASubmission()
+    void rescheduleInUtc()
     {
-        TaskWorld world(
-            okReply("<fax_entry><state>pending</state><fax_entry_url>http://h/qdws/v1/ofax/1</fax_entry_url>"
-                    "</fax_entry><other/><fax_entry><state>Sending</state></fax_entry>"));
-        auto* task = static_cast<TaskSchedule*>(operation(Task::Schedule).make(world.server));
-        const auto entries = resultOf(task, &TaskSchedule::doneFaxSchedule);
-        QCOMPARE(entries->size(), 2);
-        QCOMPARE(int(entries->at(0)->state()), 2);
-        QCOMPARE(entries->at(0)->entryUrl().path(), s("/qdws/v1/ofax/1"));
-        QCOMPARE(int(entries->at(1)->state()), 3);
-
-        // the time of a reschedule is UTC, its colons encoded
+        TaskWorld world(okReply(""));
         auto* later = static_cast<TaskReschedule*>(world.server.addTask(Task::Reschedule));
-        later->setFaxEntryUrl(entries->at(0)->entryUrl());
+        later->setFaxEntryUrl(QUrl(s("http://h/qdws/v1/ofax/1")));
         later->setDateTime(QDateTime(QDate(2026, 11, 15), QTime(9, 5, 7), Qt::OffsetFromUTC, 3600));
         QCOMPARE(Outcome(later).run(), Task::Error);
         QCOMPARE(world.wire.requests().last().target,
@@ -453,16 +416,6 @@ private Q_SLOTS:
         QCOMPARE(files, QStringList({s("a.tif"), s("b.tif")}));
         QCOMPARE(loggedBefore, 0); // the list first, then the complaint
         QCOMPARE(log.messages(s("ERROR")).size(), 1);
-
-        world.wire.setAnswer(
-            okReply("<file><enabled>true</enabled><name>a</name></file><file><name>b</name></file>"
-                    "<file><enabled>false</enabled></file>"));
-        auto* pages = static_cast<TaskGetCoverPages*>(world.server.addTask(Task::GetCoverPages));
-        QStringList names;
-        const auto list = resultOf(pages, &TaskGetCoverPages::doneGetCoverPages);
-        for (const CoverPage& page : *list)
-            names << page.name();
-        QCOMPARE(names, QStringList({s("a"), QString()}));
     }
 };
 
