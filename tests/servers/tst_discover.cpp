@@ -100,41 +100,39 @@ private Q_SLOTS:
         QCOMPARE(destinations, expected);
     }
 
-    void replies_data()
+    void replies()
     {
-        const Rows<QByteArray, QString> row;
         const QString ignored;
-        row("full", "200 ok\ninet_addr: 192.168.1.20\nmodel: X\nversion: 1.4", "192.168.1.20|X|1.4");
-        row("CR LF, upper case, more colons, white space",
-            "200 OK\r\nINET_ADDR:10.0.0.5\r\nModel:a:b \t\r\nserial:7\r\n", "10.0.0.5|a:b|");
-        row("last value wins, lines without a colon",
-            "200 OK\n\nmodel:1\nmodel\n:x\nmodel:2\nversion:", "|2|");
-        row("key with a blank is another", "200 OK\nmodel :1\n", "||");
-        row("status alone", "200 OK", "||");
-        row("not UTF-8", "200 OK\nmodel:\xff\nversion:\xc3\xa9", "|\ufffd|\u00e9");
-        row("other status", "500 Error\ninet_addr:1", ignored);
-        row("more than the status", "200 OKAY\ninet_addr:1", ignored);
-        row("status is not first", "\n200 OK\ninet_addr:1", ignored);
-        row("empty", "", ignored);
-        row("nulls", QByteArray(1000, '\0'), ignored);
-        row("a line without end", QByteArray(largestDatagram, 'x'), ignored);
-        row("line ends", QByteArray("200 OK" + QByteArray(65000, '\n')), "||");
-        row("colons", QByteArray("200 OK\n" + QByteArray(65000, ':')), "||");
         QByteArray keys;
         for (int i = 0; keys.size() < 65000; ++i)
             keys += QByteArray::number(i, 36) + ":\n";
-        row("thousands of keys", QByteArray("200 OK\n" + keys), "||");
-    }
-    void replies()
-    {
-        const auto [reply, entry] = cells<QByteArray, QString>();
-        m_discover->startDiscover(0);
-        QTRY_VERIFY(!m_queries.isEmpty());
-        answer(reply);
-        answer(sentinel);
-        QTRY_VERIFY(m_found.contains(QStringLiteral("sentinel||")));
-        m_found.removeLast();
-        QCOMPARE(m_found, entry.isNull() ? QStringList() : QStringList(entry));
+        const std::pair<QByteArray, QString> rows[] = {
+            {"200 ok\ninet_addr: 192.168.1.20\nmodel: X\nversion: 1.4", s("192.168.1.20|X|1.4")},
+            {"200 OK\r\nINET_ADDR:10.0.0.5\r\nModel:a:b \t\r\nserial:7\r\n", s("10.0.0.5|a:b|")},
+            // the last value wins, and lines without a colon do not count
+            {"200 OK\n\nmodel:1\nmodel\n:x\nmodel:2\nversion:", s("|2|")},
+            {"200 OK\nmodel :1\n", s("||")},
+            {"200 OK", s("||")},
+            {"200 OK\nmodel:\xff\nversion:\xc3\xa9", s("|\ufffd|\u00e9")},
+            {"500 Error\ninet_addr:1", ignored},
+            {"200 OKAY\ninet_addr:1", ignored},
+            {"\n200 OK\ninet_addr:1", ignored},
+            {"", ignored},
+            {QByteArray(1000, '\0'), ignored},
+            {QByteArray(largestDatagram, 'x'), ignored},
+            {"200 OK" + QByteArray(65000, '\n'), s("||")},
+            {"200 OK\n" + QByteArray(65000, ':'), s("||")},
+            {"200 OK\n" + keys, s("||")}};
+        for (const auto& [reply, entry] : rows) {
+            init();
+            m_discover->startDiscover(0);
+            QTRY_VERIFY(!m_queries.isEmpty());
+            answer(reply);
+            answer(sentinel);
+            QTRY_VERIFY(m_found.contains(s("sentinel||")));
+            m_found.removeLast();
+            QCOMPARE(m_found, entry.isNull() ? QStringList() : QStringList(entry));
+        }
     }
 
     void manyRepliesAreAllReported()

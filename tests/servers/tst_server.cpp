@@ -11,6 +11,7 @@
 #include "shorthand.h"
 #include "taskkit.h"
 #include "tasks/operationtable_p.h"
+#include "xmltext.h"
 
 #include <QDomDocument>
 #include <QMetaMethod>
@@ -57,12 +58,10 @@ QByteArray answerLogin(const WireRequest& request, const QByteArray& model, cons
     else if (request.target.endsWith("/about"))
         content = "<about><model>" + model + "</model><version>" + version + "</version></about>";
     else if (request.target.contains("/users/"))
-        content =
-            "<user><name>Anna</name><default_cover_page_enabled>true</default_cover_page_enabled>"
-            "<default_cover_page_name>plain</default_cover_page_name><priority>5</priority><max_attempts>7</"
-            "max_attempts>"
-            "<interval>60</interval><receipt>never</receipt><receipt_attachment>tiff</receipt_attachment>"
-            "</user>";
+        content = tag("user",
+                      elements("name=Anna default_cover_page_enabled=true default_cover_page_name=plain "
+                               "priority=5 max_attempts=7 interval=60 receipt=never receipt_attachment=tiff"))
+                      .toUtf8();
     else if (request.target.endsWith("/cover_pages"))
         content = "<file><enabled>true</enabled><name>plain</name></file><file/>";
     else if (request.target.endsWith("/printer_names"))
