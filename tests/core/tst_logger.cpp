@@ -6,7 +6,6 @@
 #include <QThread>
 #include <QtTest>
 
-#include <functional>
 #include <vector>
 
 namespace {

@@ -6,14 +6,9 @@
 #include <QUdpSocket>
 #include <QtTest>
 
-#include <memory>
-
 namespace {
 
 const QByteArray sentinel = "200 OK\ninet_addr:sentinel\n";
-
-/// The most that fits into a datagram, in bytes.
-const int largestDatagram = 65507;
 
 } // namespace
 
@@ -119,7 +114,7 @@ private Q_SLOTS:
             {"\n200 OK\ninet_addr:1", ignored},
             {"", ignored},
             {QByteArray(1000, '\0'), ignored},
-            {QByteArray(largestDatagram, 'x'), ignored},
+            {QByteArray(65507, 'x'), ignored}, // the most that fits into a datagram
             {"200 OK" + QByteArray(65000, '\n'), s("||")},
             {"200 OK\n" + QByteArray(65000, ':'), s("||")},
             {"200 OK\n" + keys, s("||")}};
@@ -238,26 +233,8 @@ private Q_SLOTS:
         QVERIFY(m_found.isEmpty());
     }
 
-    void mayBeDestroyedAfterAnyTurn()
+    void receiversOfTheEndMayDestroyIt()
     {
-        // of the event loop, with answers waiting or on their way
-        bool wasOver = false;
-        for (int turns = 0; !wasOver; ++turns) {
-            QVERIFY(turns < 300);
-            init();
-            m_discover->startDiscover(0);
-            QTRY_VERIFY(!m_queries.isEmpty());
-            answer(sentinel);
-            answer(sentinel);
-            for (int i = 0; i < turns && m_found.size() < 2; ++i)
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-            wasOver = m_found.size() == 2;
-            m_discover.reset();
-            const QStringList heard = m_found;
-            QCoreApplication::processEvents();
-            QCOMPARE(m_found, heard);
-        }
-        init();
         connect(m_discover.get(), &Discover::timeOutDiscover, this, [this] { m_discover.reset(); });
         m_discover->startDiscover(1);
         QTRY_VERIFY(!m_discover);

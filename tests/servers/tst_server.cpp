@@ -2,9 +2,6 @@
 
 #include "contact.h"
 #include "contactmanager.h"
-#include "faxmanager.h"
-#include "faxserver.h"
-#include "operations.h"
 #include "quendrastorage.h"
 #include "serveraddress_p.h"
 #include "serverversion_p.h"
@@ -13,11 +10,7 @@
 #include "tasks/operationtable_p.h"
 #include "xmltext.h"
 
-#include <QDomDocument>
-#include <QMetaMethod>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <algorithm>
 

@@ -6,13 +6,10 @@
 #include "quendracontactgroup.h"
 #include "shorthand.h"
 #include "taskkit.h"
-#include "tasks/taskaddcontact.h"
-#include "tasks/taskgetcontacts.h"
-#include "tasks/taskgetcontactsoids.h"
+#include "tasks/operationtable_p.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QTest>
 
 namespace {
 
