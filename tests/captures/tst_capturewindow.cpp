@@ -282,11 +282,9 @@ private Q_SLOTS:
                                   s("\r\nThe file %1 cannot be found.").arg(path(name)));
             QVERIFY(wanted.isEmpty() && m_window && m_window->isVisible());
         }
-        // deleting a file that is gone: logged, and the table is up to date again
+        // deleting a file that is gone brings the table up to date again
         const BoxAnswer yes(QMessageBox::Yes);
         click(0, 2);
-        QCOMPARE(m_log->messages(s("WARNING")),
-                 QStringList{s("printcapturemodelbase.cpp Can't delete file ") + path(name)});
         QCOMPARE(m_table->model()->rowCount(), 0);
     }
 

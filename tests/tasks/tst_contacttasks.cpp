@@ -18,15 +18,6 @@ QuendraContact person(const QString& path)
     return personAt(path.isEmpty() ? path : s("http://elsewhere") + path);
 }
 
-QuendraContactGroup team()
-{
-    QuendraContactGroup group;
-    group.setName(s("Team"));
-    group.setDescription(s("All"));
-    group.addContact(person(s("/qdws/v1/contacts/anna/7")));
-    return group;
-}
-
 /// A group with members of these numbers.
 QByteArray groupOf(const QByteArray& name, const char* numbers)
 {
@@ -126,8 +117,12 @@ private Q_SLOTS:
             cells<Task::Type, bool, int, QByteArray, QByteArray>();
         TaskWorld world(okReply(""));
         auto* task = static_cast<TaskChangeContact*>(world.server.addTask(type));
+        QuendraContactGroup team;
+        team.setName(s("Team"));
+        team.setDescription(s("All"));
+        team.addContact(person(s("/qdws/v1/contacts/anna/7")));
         if (isGroup)
-            task->setContact(team(), ContactList::Type(book));
+            task->setContact(team, ContactList::Type(book));
         else
             task->setContact(person(type == Task::AddContact ? QString() : s("/qdws/v1/contacts/an%20na/7")),
                              ContactList::Type(book));
