@@ -212,9 +212,8 @@ private Q_SLOTS:
                  QStringList{s("printcapturemodelbase.cpp Can't delete file ") + path("c.pdf")});
 
         for (int row : {-1, 4}) {
-            QVERIFY_EXCEPTION_THROWN(m_model->removeRows(row, 1), std::out_of_range);
             try {
-                m_model->removePrintCapture(row);
+                m_model->removeRows(row, 1);
                 QFAIL("no error");
             } catch (const std::out_of_range& error) {
                 QCOMPARE(error.what(), "invalid vector<T> subscript");

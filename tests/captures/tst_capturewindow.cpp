@@ -67,10 +67,9 @@ class CaptureWindowTest : public CaptureTest
     {
         QStringList texts;
         for (int row = 0; row < m_table->model()->rowCount(); ++row)
-            texts.append(shownName(row));
+            texts.append(m_table->model()->index(row, 0).data().toString());
         return texts;
     }
-    QString shownName(int row) const { return m_table->model()->index(row, 0).data().toString(); }
 
     std::unique_ptr<QSettings> m_settings;
     std::unique_ptr<Model> m_model;
@@ -141,10 +140,8 @@ private Q_SLOTS:
         open();
         m_window->grab(); // paints them all
         Opener opener;
-        for (int row = 0; row < odd.size(); ++row) {
-            QCOMPARE(m_table->model()->index(row, 0).data(Qt::ToolTipRole).toString(), shownName(row));
+        for (int row = 0; row < odd.size(); ++row)
             click(row, 1);
-        }
         QCOMPARE(opener.opened.size(), odd.size());
         for (const QString& name : odd) {
             QVERIFY(shownTexts().contains(name));
