@@ -1,6 +1,6 @@
 #pragma once
 
-// Ours beside a baseline, in the same run: what the benchmark programs share.
+// Compares the library with a baseline in the same run; shared by all benchmark programs.
 
 #include <algorithm>
 #include <chrono>
@@ -19,7 +19,7 @@ double milliseconds(Work work)
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// A measurement of something that went wrong says nothing: ends the program.
+/// Ends the program because of a wrong result, which makes the measurement meaningless.
 [[noreturn]] inline void fail(const char* what)
 {
     std::fprintf(stderr, "wrong result: %s\n", what);
@@ -34,19 +34,19 @@ inline double median(std::vector<double> values)
 }
 
 /**
- * A run of rows, printed as "name ours baseline ratio limit ok|OVER". The program's exit code says whether
- * all limits were kept.
+ * Runs benchmark rows and prints each as "name ours baseline ratio limit ok|OVER". The program's exit code is
+ * 1 if a limit was exceeded.
  *
- * Command line: [--size N] [--rounds N] [--verbose] [NAME...]. With names only the rows so named are run, or
- * whose name begins with one and a hyphen. --size replaces the size of the work, and leaves out what has
- * none.
- * --verbose tells each round's figures on standard error.
+ * Command line: [--size N] [--rounds N] [--verbose] [NAME...]. With names, only the rows with these names are
+ * run, and those whose name begins with one and a hyphen. --size sets the size of the work and skips rows
+ * without a size. --verbose prints each round to standard error.
  */
 class Bench
 {
 public:
-    /// Returns a figure of a round, which is given by its number so that data differ from round to round, and
-    /// which may prepare and clean up outside what it measures. Milliseconds where the row says nothing else.
+    /// Measures one round and returns the result, in milliseconds unless the row says otherwise. The argument
+    /// is the number of the round, so that data can differ between rounds; preparation and cleanup are not
+    /// measured.
     using Measure = std::function<double(int)>;
 
     Bench(int argc, char** argv)
@@ -64,13 +64,13 @@ public:
         }
     }
 
-    /// How large a row's work is: what the command line says, or @p standard.
+    /// The size of a row's work: from the command line, or @p standard.
     int size(int standard) const { return m_size > 0 ? m_size : standard; }
 
-    /// For a row whose work has a size that cannot be chosen, or not so large.
+    /// Whether the size of the command line is in a row's range; for rows with a fixed or limited size.
     bool hasSize(int least, int most) const { return m_size == 0 || (m_size >= least && m_size <= most); }
 
-    /// Whether a row is to be run; for what is prepared once for all its rounds.
+    /// Whether to run a row; for preparation that is done once for all its rounds.
     bool wants(const std::string& name) const
     {
         return m_names.empty() || std::any_of(m_names.begin(), m_names.end(), [&](const std::string& wanted) {
@@ -78,8 +78,8 @@ public:
                });
     }
 
-    /// Compares two measurements. They take turns, also in who begins, and the row's result is the median of
-    /// the ratios of the rounds: what slows the machine down for a while slows both.
+    /// Compares two measurements. They alternate, also in which comes first, and the result is the median of
+    /// the ratios of the rounds, so a temporary slowdown of the machine affects both.
     void ratio(const std::string& name, double limit, const Measure& ours, const Measure& baseline,
                int rounds = 11)
     {
@@ -121,7 +121,7 @@ public:
         printAlone(name, result, limit);
     }
 
-    /// As worst(), but the median is shown, and being over is not held against anyone.
+    /// As worst(), but with the median, and exceeding the limit does not change the exit code.
     void reported(const std::string& name, double limit, const Measure& ours, int rounds = 9)
     {
         const std::vector<double> results = alone(name, ours, rounds);

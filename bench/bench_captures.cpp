@@ -1,4 +1,4 @@
-// A refresh of the captured print jobs beside the listing of their folder.
+// A refresh of the captured print jobs, compared with listing their folder.
 
 #include "bench.h"
 #include "datetimeconverter.h"

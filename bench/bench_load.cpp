@@ -1,5 +1,5 @@
-// How long an application waits for the library: from loading it to the first byte of its first request. The
-// program links nothing of it, so that each child process loads it, and Qt with it, anew.
+// The start-up time of the library: from loading it to the first byte of its first request. The program is
+// not linked against it, so that each child process loads the library and Qt itself.
 
 #include "bench.h"
 #include "sink.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Loads the module that uses the library; prints when it began.
+/// Loads the module that uses the library; prints the time before that.
 int child(char** argv)
 {
     const double begin = clockMilliseconds();

@@ -1,4 +1,4 @@
-// Lines of the logger beside the same lines written to a file by hand.
+// Lines of the logger, compared with the same lines written through QFile.
 
 #include "bench.h"
 #include "logger.h"
@@ -18,13 +18,13 @@ namespace {
 const int threads = 4;
 const int oldFiles = 30;
 
-/// A log folder as it looks after a month.
+/// A log folder as it is after a month of use.
 class LogFolder
 {
 public:
     LogFolder()
     {
-        // today's file would be written to; it is not among them
+        // without today's file, to which the logger would append
         for (int day = 1; day <= oldFiles; ++day) {
             QFile file(path() + QLatin1Char('/') + name(QDate::currentDate().addDays(-day)));
             if (!file.open(QIODevice::WriteOnly) || file.write("old\r\n") != 5)

@@ -1,4 +1,4 @@
-// Reading a log of the server to records, beside the parsing of the same bytes alone.
+// Reading a log of the server to records, compared with only parsing the same bytes.
 
 #include "bench.h"
 #include "faxentry.h"
@@ -66,9 +66,8 @@ QByteArray log(int round, int entries, QByteArray (*entry)(int))
     return bytes + "</log>\n";
 }
 
-/// Reads a log all the way from the bytes as the task does that fetched it, block by block as the access
-/// manager hands them out, beside the DOM's own work on the whole. Neither side's time holds the end of what
-/// it made.
+/// Reads a log from the bytes to records like its task, in blocks as the access manager delivers them,
+/// compared with parsing it to a DOM in one piece. Neither time includes the destruction of the results.
 template <typename Entry>
 void row(Bench& bench, const char* name, const char* tag, QByteArray (*entry)(int))
 {

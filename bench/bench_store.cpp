@@ -1,4 +1,4 @@
-// The contact store beside the same work on SQLite's own interface: statements prepared once, one
+// The contact store, compared with the same work through SQLite's C interface: statements prepared once, one
 // transaction, ids known instead of looked up.
 
 #include "bench.h"
@@ -22,7 +22,7 @@ using Store = ContactLocalStorage;
 
 const int membersOfGroup = 100;
 
-/// The texts of one contact; no two contacts and no two rounds have the same.
+/// The texts of one contact, unique for each contact and round.
 struct Row
 {
     QString uid, name, phone, fax, email, organization;
@@ -46,7 +46,7 @@ QVector<Row> rows(int round, int count)
     return result;
 }
 
-/// A folder with a store's file, new for each measurement.
+/// A temporary folder for a store's file, new for each measurement.
 class Folder
 {
 public:
@@ -100,7 +100,7 @@ quint32 newSource(Store& store, const char* name = "user@fax")
     return store.addSource(QLatin1String(name), Store::SourceQuendra);
 }
 
-/// A store with one book, for rows about what comes after.
+/// A store that already contains one book.
 struct Filled
 {
     Folder folder;
@@ -110,7 +110,7 @@ struct Filled
     Filled(int round, int count) { fill(*store, source, rows(round, count), 1000); }
 };
 
-/// A synchronisation's thread, which stores a book on a connection of its own.
+/// The worker thread of a synchronisation, which stores a book through its own connection.
 class Worker
 {
 public:
@@ -141,7 +141,7 @@ public:
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
-    /// Milliseconds from the start until it tells that it is done.
+    /// Milliseconds from the start until its done signal.
     double run()
     {
         QEventLoop loop;
@@ -153,7 +153,7 @@ public:
         });
     }
 
-    /// Calls @p work until it is done.
+    /// Calls @p work repeatedly until the thread is done.
     template <typename Work>
     void runBeside(Work work)
     {
@@ -233,7 +233,7 @@ double plainStoreAgain(int round, int count)
     return time;
 }
 
-/// Which contact is the nth member of a group; others each time that it is stored.
+/// The nth member of a group; a different contact each @p time that the group is stored.
 int memberOf(int group, int n, int time, int contacts)
 {
     return (group * 19 + n * 241 + time * 7) % contacts;
@@ -251,8 +251,8 @@ void addGroups(Filled& filled, int groups)
     filled.store->scopeEnd();
 }
 
-/// The members of groups, first and again, as a synchronisation stores them: with @p whole the groups and
-/// their members themselves as well, otherwise the memberships of contacts that are known.
+/// Stores the members of groups twice, like a synchronisation: with @p whole also the groups and the members
+/// themselves, otherwise only the memberships of existing contacts.
 double storeGroups(int round, int memberships, bool whole)
 {
     const int groups = memberships / membersOfGroup;
@@ -347,7 +347,7 @@ double plainStoreGroups(int round, int memberships, bool whole)
     return time;
 }
 
-/// Two sources with a book each; the contacts of the second are all members of a group.
+/// Two sources with a book each; all contacts of the second are members of a group.
 struct TwoSources : Filled
 {
     TwoSources(int round, int count)
@@ -410,16 +410,16 @@ ContactUnitPtr makeContact(Store::ContactType, Store::ContactLocation, const QSt
 
 const int page = 100;
 
-/// The last pages of the book, so many that it takes a while.
+/// The number of pages read in one measurement, so that it is long enough.
 const int pageReads = 10;
 
-/// Where a page begins: each round reads other pages, or the same in another order.
+/// The offset of a page: each round reads other pages, or the same in another order.
 int pageBegin(int round, int read, int count)
 {
     return qMax(0, count - page * (1 + (round * 3 + read) % (pageReads + 2)));
 }
 
-/// Whether pages are those asked for.
+/// Whether the pages are the requested ones.
 bool arePages(const QVector<ContactList>& pages, int round, int count)
 {
     for (int i = 0; i < pageReads; ++i) {
@@ -476,7 +476,7 @@ double plainListPages(const Filled& filled, int round, int count)
 const int searches = 5;
 const int hits = 100;
 
-/// A part of the names of a few contacts; the whole book is read for it.
+/// A text that matches a few names, so that the whole book is read.
 QString searched(int round, int i, int count)
 {
     return QStringLiteral("CONTACT %1").arg((round * searches + i) * 37 % count);
@@ -517,9 +517,9 @@ double plainSearch(const Filled& filled, int round, int count)
     return time;
 }
 
-/// The longest that a reader waits for one search while a synchronisation stores a book beside one as large:
-/// the same one again, or another source's. The searches find their hits in the first rows, none at all, and
-/// one hit in the last row: the latter two read the whole book.
+/// The longest time of a search while a synchronisation stores a book into a store that contains one of the
+/// same size: the same book again, or another source's. The searches have hits in the first rows, no hits,
+/// and one hit in the last row; the latter two read the whole book.
 double readerWait(int round, int count)
 {
     Filled filled(round, count);
@@ -530,7 +530,7 @@ double readerWait(int round, int count)
         QString text;
         int least, most;
     };
-    // the book may be replaced between two of them
+    // the book may be replaced between two searches
     const Search wanted[] = {{QStringLiteral("contact"), 10, 10},
                              {QStringLiteral("nobody's name"), 0, 0},
                              {Row(round, count - 1).name, isOther, 1}};
@@ -549,7 +549,7 @@ double readerWait(int round, int count)
     return worst;
 }
 
-/// A row whose two sides are functions of the round and the size.
+/// A row that compares two functions of the round and the size.
 void row(Bench& bench, const char* name, double limit, int size, double (*ours)(int, int),
          double (*baseline)(int, int))
 {

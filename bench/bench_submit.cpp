@@ -1,4 +1,4 @@
-// The submission of a large document: its memory beside the size of the file, its time beside reading,
+// The submission of a large document: its memory compared with the size of the file, its time with reading,
 // encoding and posting the same bytes.
 
 #include "attach.h"
@@ -19,7 +19,7 @@ namespace {
 
 const char* const childArgument = "--submit";
 
-/// A document of so many bytes that differs from round to round.
+/// A file of a given size, with different content in each round.
 class LargeFile
 {
 public:
@@ -78,7 +78,7 @@ FaxDocument document(const QString& path)
     return document;
 }
 
-/// Submits a file and waits for the answer. Returns when it began.
+/// Submits a file and waits for the reply. Returns the time when it began.
 double submit(FaxServer& server, const QString& path)
 {
     auto* task = static_cast<TaskSchedule*>(server.addTask(Task::Schedule));
@@ -97,7 +97,7 @@ QString addressOf(int port)
     return QStringLiteral("127.0.0.1:%1").arg(port);
 }
 
-/// A figure in kB of this process as Linux keeps it.
+/// A value in kB from /proc/self/status.
 double memory(const char* name)
 {
     QFile file(QStringLiteral("/proc/self/status"));
@@ -108,8 +108,8 @@ double memory(const char* name)
     return at < 0 ? 0 : std::atof(status.constData() + at + std::strlen(name) + 1);
 }
 
-/// What a fresh process does: submits a small file, so that everything is loaded, and then the large one.
-/// Prints by how many MB its memory has grown at most.
+/// Run in a fresh process: submits a small file, so that all code is loaded, and then the large one. Prints
+/// the growth of the peak memory in MB.
 int child(char** argv)
 {
     const QString small = QString::fromLocal8Bit(argv[2]);
@@ -119,7 +119,7 @@ int child(char** argv)
     submit(server, small);
     QFile refs(QStringLiteral("/proc/self/clear_refs"));
     if (refs.open(QIODevice::WriteOnly))
-        refs.write("5"); // the peak begins anew
+        refs.write("5"); // resets the peak
     refs.close();
     const double before = memory("VmRSS");
     submit(server, large);

@@ -1,4 +1,5 @@
-// The first synchronisation of a book beside fetching, parsing and inserting the same document by hand.
+// The first synchronisation of a book, compared with fetching, parsing and inserting the same document
+// directly.
 
 #include "bench.h"
 #include "benchserver.h"

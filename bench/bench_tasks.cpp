@@ -1,4 +1,4 @@
-// Requests and replies beside what Qt does for the same bytes.
+// Requests and replies, compared with Qt's own processing of the same bytes.
 
 #include "bench.h"
 #include "benchserver.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Text with an ampersand every so many bytes; with none if that is 0.
+/// Text with an ampersand every @p every bytes; without any if that is 0.
 QByteArray text(int round, int size, int every)
 {
     QByteArray bytes(size, 'a');
@@ -49,7 +49,7 @@ void amp(Bench& bench, const char* name, double limit, int every)
         21);
 }
 
-/// Requests in a row: the next is sent when one has been answered, which @p send has to say by next().
+/// Sequential requests: @p send sends one and calls next() when it has been answered.
 class Requests : public QObject
 {
 public:
@@ -85,7 +85,7 @@ void askByTask(Requests& requests, FaxServer& server)
     task->execute();
 }
 
-/// The same with nothing but Qt.
+/// The same with Qt only.
 void askPlainly(Requests& requests, QNetworkAccessManager& manager, const QUrl& url)
 {
     QNetworkReply* reply = manager.get(plainRequest(url));

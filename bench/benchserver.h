@@ -1,6 +1,6 @@
 #pragma once
 
-// A fax server of the library that does nothing by itself, and the request that its tasks send.
+// A FaxServer without login and synchronisation, and the request that its tasks send.
 
 #include "contactmanager.h"
 #include "faxmanager.h"
@@ -12,7 +12,7 @@
 #include <QNetworkRequest>
 #include <QPointer>
 
-/// A server without the login that a manager would start.
+/// A server that does not log in, unlike one added to a manager.
 class BareServer : public FaxServer
 {
 public:
@@ -25,7 +25,7 @@ public:
     }
 };
 
-/// A task that is never sent, for what only tasks can do.
+/// A task that is never sent and makes protected functions of Task public.
 class BareTask : public Task
 {
 public:
@@ -42,7 +42,7 @@ protected:
     void onFinished() override {}
 };
 
-/// What a task sends, made by hand.
+/// The same request as a task sends, built directly.
 inline QNetworkRequest plainRequest(const QUrl& url)
 {
     QNetworkRequest request(url);
@@ -52,7 +52,7 @@ inline QNetworkRequest plainRequest(const QUrl& url)
     return request;
 }
 
-/// Waits for a reply and returns its body; null when it failed. Deletes the reply.
+/// Waits for a reply and returns its body; null if it failed. Deletes the reply.
 inline QByteArray bodyOf(QNetworkReply* reply)
 {
     QEventLoop loop;

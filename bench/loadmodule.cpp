@@ -1,11 +1,11 @@
-// What an application does with the library right after loading it.
+// The module that bench_load loads: sends the first request of the library.
 
 #include "benchserver.h"
 #include "tasks/taskgetquendrainfo.h"
 
 #include <QCoreApplication>
 
-/// Asks the server at an address for its identity. Returns 0 when it answered.
+/// Requests the identity of the server at an address. Returns 0 if it has replied.
 extern "C" Q_DECL_EXPORT int sendFirstTask(int argc, char** argv, const char* address)
 {
     QCoreApplication application(argc, argv);

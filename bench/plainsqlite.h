@@ -1,6 +1,6 @@
 #pragma once
 
-// SQLite's own interface, for what the contact store is measured beside.
+// SQLite's C interface, for the baselines of the contact store.
 
 #include "bench.h"
 
@@ -10,7 +10,7 @@
 
 #include <vector>
 
-/// A connection with its statements. Whatever fails ends the program.
+/// A connection with its statements. Any failure ends the program.
 class Plain
 {
 public:
@@ -33,7 +33,7 @@ public:
             fail(sqlite3_errmsg(m_db));
     }
 
-    /// The one number that a query gives.
+    /// The single number that a query returns.
     int number(const char* text)
     {
         sqlite3_stmt* statement = prepare(text);
@@ -53,7 +53,7 @@ public:
         return statement;
     }
 
-    /// Binds and runs a statement that gives no rows.
+    /// Binds and runs a statement without result rows.
     template <typename... Values>
     void step(sqlite3_stmt* statement, const Values&... values)
     {

@@ -1,6 +1,6 @@
 #pragma once
 
-// An HTTP server that takes whatever is sent and says when. POSIX; for benchmarks alone.
+// An HTTP server that accepts any request and records its times. POSIX; for benchmarks only.
 
 #include <arpa/inet.h>
 #include <atomic>
@@ -14,7 +14,7 @@
 #include <thread>
 #include <unistd.h>
 
-/// Milliseconds of a clock that all processes share.
+/// Milliseconds of a clock shared by all processes.
 inline double clockMilliseconds()
 {
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now().time_since_epoch())
@@ -22,9 +22,8 @@ inline double clockMilliseconds()
 }
 
 /**
- * Listens on 127.0.0.1, serves one connection at a time in a thread of its own, and answers every request
- * with the same reply once the last byte of its body is there. Whoever measures reads the times after the
- * answer.
+ * Listens on 127.0.0.1, serves one connection at a time in its own thread, and answers every request with the
+ * same reply after the last byte of its body. The times may be read after the reply.
  */
 class Sink
 {
@@ -60,10 +59,10 @@ public:
 
     int port() const { return m_port; }
 
-    /// When the first and the last byte of the last request came.
+    /// The times of the first and the last byte of the last request.
     double firstByte() const { return m_firstByte; }
     double lastByte() const { return m_lastByte; }
-    /// How many bytes its body had.
+    /// The size of its body in bytes.
     long long bodySize() const { return m_bodySize; }
 
 private:

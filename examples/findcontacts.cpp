@@ -1,8 +1,8 @@
 // The contacts of a server, searched while typing: findcontacts ADDRESS LOGIN PASSWORD [--grab FILE]
 //
-// The contact manager keeps the books in a local database, which background threads bring up to date; the
-// window only ever asks the database. F5 synchronises again. With --grab it saves its picture after the first
-// synchronisation and ends; where that fails it ends with status 1.
+// The contact manager caches the books in a local database, which background threads update; the window only
+// queries the database. F5 synchronises again. With --grab it saves a screenshot after the first
+// synchronisation and exits; if that fails, it exits with status 1.
 
 #include "contact.h"
 #include "contactgroup.h"
@@ -39,7 +39,7 @@ public:
         m_table->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
 
         //! [search]
-        // The answer comes before quickSearch() returns.
+        // resultOfQuickSearch() is emitted before quickSearch() returns.
         connect(m_text, &QLineEdit::textChanged, this, &FindContacts::search);
         connect(&m_contacts, &ContactManager::resultOfQuickSearch, this, &FindContacts::list);
         connect(&m_contacts, &ContactManager::onSyncStart, this,
@@ -54,7 +54,7 @@ public:
         search();
     }
 
-    /// What became of the last request.
+    /// Shows the status of the last request.
     void setStatus(Task::Status status)
     {
         m_status->setText(status == Task::Ok ? QString()
@@ -67,13 +67,13 @@ private:
     //! [synchronise]
     void synchronise()
     {
-        const auto providers = m_contacts.providers(); // one a server, and Outlook's
+        const auto providers = m_contacts.providers(); // one per server, and Outlook's
         for (const auto& provider : providers) {
             if (!provider || provider->isSync())
                 continue;
             const auto books = provider->contactsTypeList();
             for (const auto book : books)
-                provider->syncContacts(book, false); // what changed; true: from scratch
+                provider->syncContacts(book, false); // only changes; true: everything
         }
     }
     //! [synchronise]
@@ -109,7 +109,7 @@ int main(int argc, char** argv)
         qFatal("usage: findcontacts ADDRESS LOGIN PASSWORD [--grab FILE]");
 
     //! [cache]
-    ContactManager contacts; // before the fax manager, and destroyed after it
+    ContactManager contacts; // created before the fax manager, and destroyed after it
     FaxManager manager{QPointer<ContactManager>(&contacts)};
     // logs in, then synchronises
     QPointer<FaxServer> server = manager.addServer(arguments[1], false, arguments[2], arguments[3]);

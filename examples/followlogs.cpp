@@ -1,7 +1,8 @@
-// Follows what a server receives, is sending and has sent: followlogs ADDRESS LOGIN PASSWORD [ROUNDS]
+// Follows the faxes that a server receives, is sending and has sent: followlogs ADDRESS LOGIN PASSWORD
+// [ROUNDS]
 //
-// Prints each fax once in each state, as soon as it is in it, and asks again two seconds after the answers;
-// with ROUNDS it ends after so many.
+// Prints each fax once per state and polls again two seconds after the replies; with ROUNDS it exits after
+// this number of polls.
 
 #include "contactmanager.h"
 #include "faxmanager.h"
@@ -61,7 +62,7 @@ public:
         QObject::connect(sent, &TaskGetOutboundFaxEntry::doneGetFaxEntry,
                          [this](const BaseFaxEntry::FaxEntriesPtrListPtr& entries) {
                              for (const auto& entry : *entries) {
-                                 const auto state = entry->state(); // failed, aborted and rejected ones, too
+                                 const auto state = entry->state(); // also failed, aborted or rejected
                                  const bool isSent =
                                      state == BaseFaxEntry::StateSent || state == BaseFaxEntry::StateComplete;
                                  show(entry->entryUrl(),
@@ -95,7 +96,7 @@ private:
     }
 
     QPointer<FaxServer> m_server;
-    int m_rounds; // below 1: until it is interrupted
+    int m_rounds; // below 1: unlimited
     int m_unanswered{0};
     QSet<QPair<QUrl, QString>> m_seen;
     QTextStream m_out{stdout};
@@ -112,7 +113,7 @@ int main(int argc, char** argv)
     QPointer<FaxServer> server = manager.addServer(arguments[1], false, arguments[2], arguments[3]);
     Follower follower(server, arguments.value(4).toInt());
 
-    QObject::connect(server, &FaxServer::changedFaxUser, [&] { follower.ask(); }); // the login has ended
+    QObject::connect(server, &FaxServer::changedFaxUser, [&] { follower.ask(); }); // the login is complete
     QObject::connect(server, &FaxServer::changedLastStatus, [&](Task::Status status) {
         if (status == Task::Ok)
             return;

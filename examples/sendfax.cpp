@@ -1,7 +1,7 @@
 // Sends a PDF as a fax: sendfax ADDRESS LOGIN PASSWORD NUMBER FILE
 //
-// The story of every request: a server makes a task, the task is given its parameters and executed, and ends
-// with one of two signals.
+// Every request has the same steps: a server creates a task, the task gets its parameters and is executed,
+// and it ends with one of two signals.
 
 #include "contact.h"
 #include "contactmanager.h"
@@ -48,7 +48,7 @@ int main(int argc, char** argv)
     FaxManager manager{QPointer<ContactManager>()}; // no contacts needed here
     QPointer<FaxServer> server = manager.addServer(arguments[1], false, arguments[2], arguments[3]);
 
-    // Adding a server logs in. The user's profile comes last, and a fax begins with its defaults.
+    // Adding a server logs in. The user's profile is requested last; it contains the defaults of a new fax.
     QObject::connect(server, &FaxServer::changedFaxUser, [&](const FaxUser& user) {
         //! [login]
         //! [submit]
@@ -68,7 +68,7 @@ int main(int argc, char** argv)
         //! [submit]
     });
     //! [failure]
-    // Whatever fails, login or submission, is also the server's last status.
+    // Every failure, of the login or the submission, is also the server's last status.
     QObject::connect(server, &FaxServer::changedLastStatus, [&](Task::Status status) {
         if (status == Task::Ok)
             return;

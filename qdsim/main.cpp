@@ -31,7 +31,7 @@ int fail(const QString& text)
     return 2;
 }
 
-/// Reads the users of a file, one NAME:PASSWORD[:RIGHTS] a line; "#" begins a comment line.
+/// Reads the users from a file, one NAME:PASSWORD[:RIGHTS] per line; "#" begins a comment line.
 bool readUsersFile(const QString& path, QVector<SimUser>* users, QString* error)
 {
     QFile file(path);
@@ -40,7 +40,7 @@ bool readUsersFile(const QString& path, QVector<SimUser>* users, QString* error)
         return false;
     }
     const int before = users->size();
-    // not atEnd(), which is true for a pipe from the start
+    // not atEnd(), which is always true for a pipe
     for (QByteArray text; !(text = file.readLine()).isEmpty();) {
         const QString line = QString::fromUtf8(text).trimmed();
         SimUser user;
@@ -59,7 +59,7 @@ bool readUsersFile(const QString& path, QVector<SimUser>* users, QString* error)
     return true;
 }
 
-/// The options of the command line, as text; every number is checked.
+/// Parses the command line; every number is validated.
 class CommandLine
 {
 public:
@@ -199,7 +199,7 @@ void logLine(const QString& line)
 
 int main(int argc, char** argv)
 {
-    // Blocked before any thread starts, so that all inherit it and the signals wait for sigwait() below.
+    // Blocked before any thread starts, so that all threads inherit the mask and sigwait() gets the signals.
     sigset_t endSignals;
     sigemptyset(&endSignals);
     sigaddset(&endSignals, SIGINT);
@@ -216,7 +216,7 @@ int main(int argc, char** argv)
     QString error;
     if (!commandLine.read(&options, &faults, &error))
         return fail(error);
-    options.keepRequests = false; // nobody asks for them, and the program may run for days
+    options.keepRequests = false; // not used here, and would grow for days
     options.keepBodyLimit = 0;
     SimServer server(options);
     for (const QString& fault : qAsConst(faults)) {

@@ -27,7 +27,7 @@ SimReply SimHandlers::verify(SimCall& /*call*/)
     return SimReply::message(QStringLiteral("VERIFIED"));
 }
 
-// cppcheck-suppress constParameter ; handlers stand in one table
+// cppcheck-suppress constParameter ; all handlers have one signature
 SimReply SimHandlers::userOptions(SimCall& call)
 {
     SimXmlWriter xml;

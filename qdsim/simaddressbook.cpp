@@ -4,14 +4,14 @@
 
 namespace {
 
-/// A book or an entry of it, as the path names it.
+/// The book or the entry that a path addresses.
 struct Place
 {
     SimBookId book;
     QString uid; ///< null: the book itself
 };
 
-/// What the path names; a user's name may hold a slash, so a path that is a book's is a book.
+/// Parses the path. A user's name may contain a slash, so the whole path is tried as a book first.
 Place placeOf(const SimCall& call, bool groups)
 {
     Place place{{call.rest, groups}, QString()};
@@ -23,7 +23,7 @@ Place placeOf(const SimCall& call, bool groups)
     return place;
 }
 
-/// True if the place exists and the user may do that there; otherwise the refusal. Under the state's lock.
+/// True if the place exists and the user has the right; otherwise sets the refusal. Needs the state's lock.
 bool isAllowed(const SimCall& call, const Place& place, bool isChange, SimReply* refusal)
 {
     const SimUser& user = call.user;
@@ -58,8 +58,7 @@ QString addressOf(const SimCall& call, const QString& path)
     return QString::fromUtf8(call.server + QUrl::toPercentEncoding(path, "/@:!$&'()*+,;="));
 }
 
-/// @p bookAddress is addressOf() the book, which is the same for all of its entries and costs more than the
-/// rest.
+/// @p bookAddress is addressOf() the book, computed once for all entries, since it costs more than the rest.
 void writeEntry(SimXmlWriter& xml, const SimCall& call, const QString& bookAddress, const SimBookId& book,
                 const SimEntry& entry)
 {
@@ -91,7 +90,7 @@ SimReply entryReply(const SimCall& call, const char* message, const SimBookId& b
     return reply;
 }
 
-/// Reads an entry from the request's document. @p uid null: a new one.
+/// Reads an entry from the request's document. @p uid null: a new entry.
 SimEntry readEntry(const SimCall& call, const SimBookId& book, const QString& uid, QString* why)
 {
     SimEntry entry;
@@ -168,7 +167,7 @@ SimReply getOids(SimCall& call, bool groups)
     return reply;
 }
 
-/// The members must be entries that there are. Under the state's lock.
+/// False, with the refusal, if a member does not exist. Needs the state's lock.
 bool hasKnownMembers(const SimCall& call, const SimEntry& entry, SimReply* refusal)
 {
     for (const QString& member : entry.members) {

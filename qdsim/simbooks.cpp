@@ -115,7 +115,7 @@ bool SimBooks::remove(const SimBookId& id, const QString& uid, qint64 now)
             if (!group.second.members.contains(path))
                 continue;
             SimEntry* changed = other.second.find(group.second.uid);
-            QStringList left = changed->members; // a connection may still read the list
+            QStringList left = changed->members; // a copy: another connection may still read the list
             left.removeAll(path);
             changed->members = left;
             changed->changed = time;

@@ -11,14 +11,14 @@
 /// @brief One entry of a book: a contact or a group.
 struct SimEntry
 {
-    QString uid;         ///< last part of its address; decimal digits unless somebody wanted otherwise
-    SimPerson person;    ///< a contact's fields; of a group only the name is used
+    QString uid;         ///< last part of its address; decimal digits unless a test has set another
+    SimPerson person;    ///< a contact's fields; a group uses only the name
     QString description; ///< of a group
     QStringList members; ///< of a group: decoded paths of the members' addresses
     quint32 changed = 0; ///< server time of the last change
 };
 
-/// @brief Names one book: whose, and whether it holds groups.
+/// @brief Identifies a book: its owner, and whether it contains groups.
 struct SimBookId
 {
     QString owner; ///< a user's name, or SimBooks::global()
@@ -48,54 +48,53 @@ public:
 
 private:
     std::map<quint64, SimEntry> m_entries;
-    std::vector<quint64> m_order; // the keys of m_entries, so that at() need not walk
+    std::vector<quint64> m_order; // the keys of m_entries, for constant-time at()
     QHash<QString, quint64> m_positions;
     quint64 m_next = 1;
 };
 
 /// @brief All address books: a personal one for every user and a global one, each with contacts and groups.
 ///
-/// Server time here is in seconds but strictly increasing around a reading: a change that comes after a
-/// reading in the same second gets a later time than that reading reported. So "changed after T" never misses
-/// a change. Not thread-safe; SimState guards it.
+/// Server time is in seconds, but a change after a read request in the same second gets a later time than the
+/// reply reported, so "changed after T" never misses a change. Not thread-safe; SimState guards it.
 class SimBooks
 {
 public:
     /// The owner of the global book.
     static QString global() { return QStringLiteral("global_contact_list"); }
 
-    /// Makes the empty books of an owner; nothing if they are there.
+    /// Creates the empty books of an owner unless they exist.
     void addOwner(const QString& owner);
     /// Null if there is no such book.
     const SimBook* book(const SimBookId& id) const;
     const std::map<SimBookId, SimBook>& all() const { return m_books; }
-    /// The entry with this decoded path, in whatever book; null if there is none.
+    /// The entry with this decoded path, in any book; null if there is none.
     const SimEntry* entryAt(const QString& path) const;
 
     /// @name Changes
     /// @p now is in ms since 1970. They return false if the book or the entry does not exist.
     /// @{
-    /// Adds an entry and chooses its uid unless it has one; a uid that is taken replaces its entry.
+    /// Adds an entry, with a new uid unless it has one; replaces an existing entry with the same uid.
     bool add(const SimBookId& id, SimEntry* entry, qint64 now);
     bool modify(const SimBookId& id, const SimEntry& entry, qint64 now);
-    /// Also takes the entry out of every group, which counts as a change of these groups.
+    /// Also removes the entry from every group, which counts as a change of these groups.
     bool remove(const SimBookId& id, const QString& uid, qint64 now);
     /// @}
 
-    /// Server time in seconds for the answer to a reading that is done now.
+    /// Server time in seconds for the reply to a read request at @p now.
     quint32 readingTime(qint64 now);
 
-    /// Fills the books of an owner with people and with groups of them.
+    /// Fills the books of an owner with generated contacts and groups of them.
     void fill(const QString& owner, int contacts, int groups, SimPeople* people, qint64 now);
-    /// Makes so many random changes: adds, edits, deletes, in any book. Returns a line for each.
+    /// Makes @p count random changes in any book: adds, edits, deletes. Returns a log line for each.
     QStringList change(int count, SimPeople* people, qint64 now);
 
-    /// For restoring a saved state: empties all books and sets the last uid and server time that were used.
+    /// Before a saved state is restored: empties all books and sets the last used uid and server time.
     void reset(quint64 lastUid, quint32 lastTime);
     void restore(const SimBookId& id, const SimEntry& entry);
     quint64 lastUid() const { return m_lastUid; }
     quint32 lastTime() const { return qMax(m_lastReading, m_lastChange); }
-    /// Changes with every change.
+    /// Increases with every change.
     quint64 revision() const { return m_revision; }
 
 private:

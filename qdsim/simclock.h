@@ -5,11 +5,11 @@
 
 #include <atomic>
 
-/// @brief The simulator's time: the machine's own, or one that stands still until it is stepped.
+/// @brief The simulator's clock: the system clock, or a manual one that only step() advances.
 class SimClock
 {
 public:
-    /// @p start in ms since 1970 UTC: where a time that stands still begins; 0: now.
+    /// @p start in ms since 1970 UTC: the first time of a manual clock; 0: now.
     explicit SimClock(bool manual, qint64 start = 0)
         : m_manual(manual)
         , m_base(start != 0 ? start : QDateTime::currentMSecsSinceEpoch())
@@ -22,23 +22,23 @@ public:
     }
     /// Milliseconds since the simulator was started.
     qint64 uptime() const { return now() - m_base; }
-    /// Moves the time forward; also possible while it runs.
+    /// Advances the clock, a manual one or not.
     void step(qint64 ms) { m_stepped += ms; }
 
-    /// A date as fax entries carry it: local time without a zone; empty for 0.
+    /// A date as in fax entries: local time without a zone; empty for 0.
     static QString text(qint64 ms)
     {
         return ms == 0 ? QString()
                        : QDateTime::fromMSecsSinceEpoch(ms).toString(QStringLiteral("yyyy-MM-ddThh:mm:ss"));
     }
-    /// A date in UTC, as "schedule_all_at" carries it; empty for 0.
+    /// A date in UTC, as in "schedule_all_at"; empty for 0.
     static QString utcText(qint64 ms)
     {
         return ms == 0 ? QString()
                        : QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC)
                              .toString(QStringLiteral("yyyy-MM-ddThh:mm:ss"));
     }
-    /// Reads exactly "yyyy-MM-ddThh:mm:ss" as UTC; 0 if it is no such date.
+    /// Parses exactly "yyyy-MM-ddThh:mm:ss" as UTC; 0 for any other text.
     static qint64 fromUtcText(const QString& text)
     {
         QDateTime time = QDateTime::fromString(text, QStringLiteral("yyyy-MM-ddTHH:mm:ss"));

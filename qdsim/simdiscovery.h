@@ -7,7 +7,7 @@
 #include <functional>
 #include <thread>
 
-/// @brief Answers discovery queries over UDP, in a thread of its own. It never sends but as an answer.
+/// @brief Answers discovery queries over UDP, in its own thread. It sends nothing but answers.
 class SimDiscovery
 {
 public:
@@ -16,13 +16,13 @@ public:
     SimDiscovery(const SimDiscovery&) = delete;
     SimDiscovery& operator=(const SimDiscovery&) = delete;
 
-    /// Is called from the responder's thread with every query and its answer; set before start().
+    /// Called on the responder's thread with every query and its answer; set before start().
     void setAnswered(std::function<void(const QByteArray& query, const QByteArray& answer)> answered)
     {
         m_answered = std::move(answered);
     }
-    /// Listens on an IPv4 address, which for broadcast queries is the broadcast address itself or 0.0.0.0; @p
-    /// port 0 takes a free one. Every query is answered with @p reply.
+    /// Listens on an IPv4 address, which for broadcast queries is the broadcast address itself or 0.0.0.0. A
+    /// @p port of 0 selects a free one. Every query is answered with @p reply.
     bool start(const QString& address, quint16 port, const QByteArray& reply, QString* error);
     void stop();
     quint16 port() const { return m_port; }

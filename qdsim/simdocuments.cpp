@@ -38,7 +38,7 @@ int versionNumber(const QString& version)
     return number;
 }
 
-/// Compares only as many parts as both have.
+/// Compares only the components that both versions have.
 bool isAtLeast(const QString& version, const QString& least)
 {
     const QStringList a = version.split(QLatin1Char('.'));
@@ -50,7 +50,7 @@ bool isAtLeast(const QString& version, const QString& least)
     return true;
 }
 
-/// The elements of one kind of option group come all or not at all, and only from a server that can do it.
+/// Each group of options is complete or missing, and is accepted only if the server has the feature.
 void readDefaults(SimCursor& cursor, const SimFeatures& features, SimSchedule* defaults)
 {
     if (!cursor.takeNumber("priority", 0, 5, &defaults->priority))
@@ -86,7 +86,7 @@ void readNonDefault(SimCursor& cursor, const char* name, const QStringList& valu
             QStringLiteral("\"%1\" holds its default, which is left out").arg(QLatin1String(name)));
 }
 
-/// The options of one fax: only what differs from the defaults.
+/// The options of one fax; an option with its default value is an error.
 void readSchedule(SimCursor& cursor, const SimFeatures& features, SimSchedule* schedule)
 {
     QString date;

@@ -4,20 +4,20 @@
 #include "simtypes.h"
 #include "simxml.h"
 
-/// @brief What a server can do, as far as it decides which elements documents hold.
+/// @brief The features of a server that decide which elements documents contain.
 struct SimFeatures
 {
-    bool profileDefaults = false; ///< profiles carry schedule defaults (protocol version 2)
+    bool profileDefaults = false; ///< profiles contain schedule defaults (protocol version 2)
     bool printReceipts = false;   ///< printed receipts and printer names: versions above 3.2.7
     bool pageSize = false;        ///< the choice of a page size: versions above 3.6
 
     static SimFeatures of(const QString& model, const QString& version);
 };
 
-/// @brief Reads and writes the records that requests and replies are made of.
+/// @brief Reads and writes the records that requests and replies consist of.
 ///
-/// Reading is strict: @p why receives the first thing that is not as the protocol says, down to an element
-/// that should have been left out because its value is the default.
+/// Reading is strict: @p why receives the first violation of the protocol, even an element that should have
+/// been omitted because its value is the default.
 namespace SimDocuments {
 
 /// The elements of a contact; all optional, none empty.

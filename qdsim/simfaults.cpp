@@ -10,7 +10,7 @@ namespace {
 struct KindName
 {
     const char* name;
-    // cppcheck-suppress unusedStructMember ; rows are written by position
+    // cppcheck-suppress unusedStructMember ; initialised by position
     SimFault::Kind kind;
     const char* argument;
     const char* help;
@@ -43,7 +43,7 @@ QByteArray deepXml(qint64 levels)
            closing.repeated(static_cast<int>(levels));
 }
 
-/// A document of exactly @p size bytes that is made while it is sent.
+/// A document of exactly @p size bytes that is generated while it is sent.
 void makeHuge(qint64 size, SimReply* reply)
 {
     const QByteArray head = SimXmlWriter().open("reply").open("message").bytes();

@@ -12,15 +12,15 @@ struct SimFax
 {
     quint64 id = 0;
     quint64 job = 0;      ///< id of the first fax of the same submission; the name of its spool folder
-    QString user;         ///< who submitted it
+    QString user;         ///< the submitting user
     QString state;        ///< "pending", "sending", "sent", "failed" or "aborted"
     qint64 created = 0;   ///< all times in ms since 1970
-    qint64 changed = 0;   ///< when the state became what it is
-    qint64 nextAt = -1;   ///< when the state changes by itself; -1: it does not
-    qint64 startTime = 0; ///< first attempt
-    qint64 endTime = 0;   ///< when it became final
+    qint64 changed = 0;   ///< time of the last change of state
+    qint64 nextAt = -1;   ///< time of the next automatic change of state; -1: none
+    qint64 startTime = 0; ///< time of the first attempt
+    qint64 endTime = 0;   ///< time of the final state
     int tryNumber = 0;
-    int pages = 0; ///< of the attachments; the cover page comes on top
+    int pages = 0; ///< of the attachments, without the cover page
     QString message;
     SimSchedule schedule;
     SimPerson sender;
@@ -30,7 +30,7 @@ struct SimFax
     bool isFinal() const { return state != QLatin1String("pending") && state != QLatin1String("sending"); }
 };
 
-/// @brief What a client submitted: the content of a "schedule_fax" document.
+/// @brief A client's submission: the content of a "schedule_fax" document.
 struct SimSubmission
 {
     SimPerson sender;
@@ -50,21 +50,21 @@ class SimFaxes
 public:
     SimFaxes(double speed, const QString& failPattern);
 
-    /// Queues one fax a recipient; returns them in order.
+    /// Queues one fax per recipient; returns them in order.
     QVector<SimFax> submit(const QString& user, const SimSubmission& submission, int pages, qint64 now);
-    /// Carries out everything that is due until @p now.
+    /// Makes all changes of state that are due until @p now.
     void advance(qint64 now);
     /// Null if there is no such fax.
     const SimFax* find(quint64 id) const;
-    /// False if the fax is final already.
+    /// False if the fax is already in a final state.
     bool abort(quint64 id, qint64 now);
     bool reschedule(quint64 id, qint64 at, qint64 now);
 
     const std::map<quint64, SimFax>& all() const { return m_faxes; } ///< by id, so oldest first
     quint64 nextId() const { return m_nextId; }
-    /// Puts a fax back as it was saved.
+    /// Restores a saved fax.
     void restore(const SimFax& fax);
-    /// Changes with every change of state.
+    /// Increases with every change of state.
     quint64 revision() const { return m_revision; }
 
 private:

@@ -4,19 +4,18 @@
 #include "simtypes.h"
 #include "simxml.h"
 
-/// @brief What a handler is given: an authenticated request that passed every check its route can make.
+/// @brief The input of a handler: an authenticated request that has passed all checks of its route.
 struct SimCall
 {
     SimState& state;
     const SimRequest& request;
-    SimUser user;      ///< who asks, as of the moment of the request
-    QString rest;      ///< what stands in the path for the route's "*"
+    SimUser user;      ///< the authenticated user, a copy made when the request arrived
+    QString rest;      ///< the part of the path that matches the route's "*"
     SimElement root;   ///< the request's document, if the route has one
-    QByteArray server; ///< "http://HOST:PORT" as the client addresses the server; the begin of every address
-                       ///< sent back
+    QByteArray server; ///< "http://HOST:PORT" from the client's request; every address in the reply begins so
 };
 
-/// @brief One function an operation; they take the state's lock themselves.
+/// @brief One function per operation; each locks the state itself.
 namespace SimHandlers {
 
 // Server, login, profiles

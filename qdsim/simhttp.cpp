@@ -21,7 +21,7 @@ const qint64 largestBody = qint64(1) << 30; // bytes; QByteArray ends at 2 GiB
 const int largestChunk = 1 << 18;
 const char tlsHandshake = 0x16; // the first byte of every TLS connection
 
-/// A thread for every connection: a client that keeps its connections open must not keep others out.
+/// A thread per connection: with a fixed pool, clients that keep their connections open would block others.
 class ThreadPerJob : public httplib::TaskQueue
 {
 public:
@@ -91,7 +91,7 @@ void readHead(SimRequest* request)
 
 } // namespace
 
-/// One accepted connection, plain or TLS, as the HTTP library wants to see it.
+/// One accepted connection, plain or TLS, as a stream of the HTTP library.
 class SimHttp::Connection : public httplib::Stream
 {
 public:
@@ -110,7 +110,7 @@ public:
     {
         if (m_begin == m_end) {
             if (size >= m_buffer.size())
-                return receive(data, size); // bodies: no second copy
+                return receive(data, size); // avoids copying bodies twice
             const ssize_t got = receive(m_buffer.data(), m_buffer.size());
             if (got <= 0)
                 return got;
@@ -146,8 +146,7 @@ public:
         return static_cast<ssize_t>(size);
     }
 
-    /// The library reads the head a byte at a time, so what has been read when its empty line comes is the
-    /// head.
+    /// The library reads the head byte by byte, so everything read up to the empty line is the head.
     void beginRequest()
     {
         m_head.clear();
@@ -176,8 +175,8 @@ private:
     bool m_cut = false;
 };
 
-/// The HTTP library does the protocol; this class replaces its way with sockets, so that a connection can be
-/// recorded, cut at any byte, served over TLS or not, and ended at once when the server stops.
+/// The HTTP library implements the protocol; this class replaces its socket handling, so that a connection
+/// can be recorded, cut at any byte, served over TLS or not, and closed at once when the server stops.
 class SimHttp::Listener : public httplib::Server
 {
 public:
@@ -190,7 +189,7 @@ public:
         set_keep_alive_timeout(3600); // announced to clients; connections end when they or the server do
         set_socket_options([](socket_t socket) {
             const int on =
-                1; // not the library's SO_REUSEPORT: two servers on one port would share its requests
+                1; // not the library's SO_REUSEPORT, with which two servers on one port would share requests
             setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
         });
         set_pre_routing_handler([this](const httplib::Request&, httplib::Response& response) {
@@ -212,9 +211,9 @@ public:
         }
         m_port = static_cast<quint16>(bound);
         ::listen(svr_sock_,
-                 512); // the library's own backlog of 5 makes a burst of connections wait for seconds
+                 512); // with the library's backlog of 5, a burst of connections waits for seconds
         m_thread = std::thread([this] { listen_after_bind(); });
-        while (!is_running()) // stop() has no effect before
+        while (!is_running()) // until then stop() has no effect
             std::this_thread::yield();
         return true;
     }
@@ -243,8 +242,7 @@ private:
         SimRequest request;
         SimReply reply;
     };
-    /// The library calls the handler on the connection's own thread but without saying which connection it
-    /// is.
+    /// The library calls the handler on the connection's thread but does not pass the connection.
     static Exchange*& current()
     {
         static thread_local Exchange* exchange = nullptr;
@@ -274,7 +272,7 @@ private:
             serve(socket, ssl);
         else if (!isTls)
             m_handlers.broken(QStringLiteral("no TLS on a TLS port"));
-        else // without TLS a reader would wait for the end of a line, and the client for an answer
+        else // parsed as HTTP it would deadlock: the server waits for a line end, the client for a reply
             m_handlers.broken(ssl ? QStringLiteral("TLS handshake failed")
                                   : QStringLiteral("TLS on a plain port"));
         SSL_free(ssl);
@@ -297,12 +295,12 @@ private:
             current() = &exchange;
             connection.beginRequest();
             more = process_request(connection, false, closed, [](httplib::Request& request) {
-                request.headers.erase("Accept-Encoding"); // the library would compress on its own
+                request.headers.erase("Accept-Encoding"); // or the library compresses the reply itself
             });
             if (exchange.request.method.isEmpty() && !connection.head().isEmpty()) {
                 const QString begin = QString::fromLatin1(connection.head().left(80)).simplified();
                 m_handlers.broken(QStringLiteral("malformed or too long: ") + begin);
-                more = false; // where the next request would begin nobody knows
+                more = false; // the beginning of the next request is unknown
             }
         }
         current() = nullptr;
@@ -310,8 +308,7 @@ private:
             SSL_shutdown(ssl);
     }
 
-    /// Reads the rest of the request that the library has just begun, asks the handler, prepares the
-    /// response.
+    /// Reads the rest of the request after its head, calls the handler, and prepares the response.
     void answer(httplib::Response& response)
     {
         Exchange& exchange = *current();
@@ -340,7 +337,8 @@ private:
             response.set_header("Content-Encoding", "gzip");
         }
         if (reply.length() == 0) {
-            // a provider of nothing gets no length, and the client waits for the end of the connection
+            // an empty content provider sends no Content-Length: the client would wait for the connection to
+            // close
             response.set_content(std::string(), reply.contentType.toStdString());
             return;
         }
@@ -370,7 +368,7 @@ private:
         return true;
     }
 
-    /// Puts the packed body into the place of the plain one, so that trouble on the way strikes it as well.
+    /// Replaces the body by the compressed one, so that injected faults apply to the compressed bytes.
     static void compress(SimReply* reply)
     {
         QByteArray packed;
@@ -386,7 +384,7 @@ private:
             const char* data = reply->generator ? part.constData() : reply->body.constData() + at;
             compressor.compress(data, static_cast<size_t>(size), at + size >= total, append);
         }
-        // what was to end inside the plain body ends inside the shorter one too
+        // a cut within the plain body must also be within the shorter compressed one
         if (reply->cutAfter >= packed.size() && reply->cutAfter < total)
             reply->cutAfter = packed.size() / 2;
         reply->body = packed;
@@ -415,7 +413,7 @@ private:
         return !part.isEmpty() && sink.write(part.constData(), static_cast<size_t>(part.size()));
     }
 
-    /// False if the server was stopped meanwhile.
+    /// False if the server is stopped meanwhile.
     bool pause(int ms)
     {
         std::unique_lock<std::mutex> lock(m_mutex);

@@ -9,21 +9,21 @@
 
 class SimTls;
 
-/// @brief The HTTP side of the simulator: one listening address, a thread for each connection.
+/// @brief The HTTP layer of the simulator: one listening address, a thread per connection.
 ///
-/// It knows nothing of faxes. It records every request byte for byte, reads the body into memory once, and
-/// can do to a connection what a server in trouble does: hang up, stop in the middle, drip. start() and
-/// stop() belong to one thread; the handlers are called from connection threads, several at once.
+/// It is independent of faxes. It records every request byte for byte, reads the body into memory once, and
+/// can inject faults into a connection: close it, truncate the reply, send it slowly. start() and stop() must
+/// be called on one thread; the handlers are called on connection threads, concurrently.
 class SimHttp
 {
 public:
     struct Handlers
     {
-        /// Called when the head has arrived and the body has not been read; false hangs up at once.
+        /// Called after the head has been read and before the body; false closes the connection at once.
         std::function<bool(const SimRequest&)> head;
-        /// Called with the whole request, returns the answer.
+        /// Called with the whole request, returns the reply.
         std::function<SimReply(SimRequest&)> request;
-        /// Called with a reason when what arrived is no HTTP request at all.
+        /// Called with a reason when the input is not an HTTP request.
         std::function<void(const QString&)> broken;
     };
 
@@ -33,11 +33,11 @@ public:
     SimHttp(const SimHttp&) = delete;
     SimHttp& operator=(const SimHttp&) = delete;
 
-    /// Listens on @p address (an IPv4 or IPv6 literal or a host name), @p port 0 picks a free one.
+    /// Listens on @p address (an IPv4 or IPv6 literal or a host name); a @p port of 0 selects a free one.
     bool start(const QString& address, quint16 port, QString* error);
     /// The port listened on; 0 before start().
     quint16 port() const;
-    /// Ends every connection, also those in the middle of a request or a delay, and joins all threads.
+    /// Closes every connection, even during a request or a delay, and joins all threads.
     void stop();
 
 private:

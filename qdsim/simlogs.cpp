@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A limit of the query; without one everything.
+/// A limit in the query; the largest int if it is missing.
 int limit(const SimCall& call, const char* name)
 {
     const QString value =
@@ -17,7 +17,7 @@ int limit(const SimCall& call, const char* name)
     return value.isEmpty() ? std::numeric_limits<int>::max() : value.toInt();
 }
 
-/// Collects the entries of a log, at most @p count of them, in the order of @p begin to @p end.
+/// Writes the accepted entries from @p begin to @p end, at most @p count of them.
 template <typename Iterator, typename Accept, typename Write>
 void writeSome(Iterator begin, Iterator end, int count, const Accept& accept, const Write& write)
 {
@@ -50,7 +50,7 @@ public:
             [&](const SimFax& fax) { return isVisible(fax) && fax.state == QLatin1String(state); },
             [&](const SimFax& fax) { writeQueueEntry(fax); });
     }
-    /// Faxes that are done, the newest first.
+    /// Faxes in a final state, the newest first.
     template <typename Write>
     void addFinal(int count, const Write& write)
     {
@@ -104,7 +104,7 @@ SimReply SimHandlers::getQueue(SimCall& call)
     FaxLog log(call);
     log.addInState("sending", std::numeric_limits<int>::max());
     log.addInState("pending", std::numeric_limits<int>::max());
-    if (!call.request.query.isEmpty()) // without the limit only what is still to be done
+    if (!call.request.query.isEmpty()) // without the limit only unfinished faxes
         log.addFinal(limit(call, "complete_limit"), [&](const SimFax& fax) { log.writeQueueEntry(fax); });
     return log.reply();
 }

@@ -52,14 +52,14 @@ const int tiffWidth = 1728; // pixels of a fax line
 const int tiffHeight = 1100;
 const int rowBytes = tiffWidth / 8;
 
-/// Five by seven dots a digit, one byte a row, the leftmost dot in bit 4.
+/// A 5 by 7 bitmap per digit, one byte per row, the leftmost pixel in bit 4.
 const unsigned char digits[10][7] = {
     {14, 17, 19, 21, 25, 17, 14}, {4, 12, 4, 4, 4, 4, 14},  {14, 17, 1, 2, 4, 8, 31},
     {31, 2, 4, 2, 1, 17, 14},     {2, 6, 10, 18, 31, 2, 2}, {31, 16, 30, 1, 1, 17, 14},
     {6, 8, 16, 30, 17, 17, 14},   {31, 1, 2, 4, 8, 8, 8},   {14, 17, 17, 14, 17, 17, 14},
     {14, 17, 17, 15, 1, 2, 12},
 };
-const int dot = 8; // pixels a dot, so that a dot is a byte
+const int dot = 8; // each pixel of a digit is scaled to 8 by 8, so that it is a byte wide
 
 void drawNumber(QByteArray* bitmap, quint64 number, int top)
 {
@@ -75,7 +75,7 @@ void drawNumber(QByteArray* bitmap, quint64 number, int top)
     }
 }
 
-/// PackBits, each row by itself.
+/// PackBits compression, row by row.
 QByteArray packBits(const QByteArray& bitmap)
 {
     QByteArray packed;
@@ -102,7 +102,7 @@ void append32(QByteArray* out, quint32 value)
     append16(out, value >> 16);
 }
 
-/// One image file directory at offset @p at, with its two resolutions behind it; 166 bytes.
+/// One image file directory at offset @p at, followed by its two resolutions; 166 bytes.
 const int directorySize = 2 + 12 * 12 + 4 + 16;
 QByteArray tiffDirectory(quint32 at, quint32 strip, quint32 stripSize, quint32 height, quint32 compression,
                          int page, int pages, bool isLast)
@@ -115,7 +115,7 @@ QByteArray tiffDirectory(quint32 at, quint32 strip, quint32 stripSize, quint32 h
     {
         quint32 tag, type, count, value;
     } entries[] = {
-        {254, longType, 1, 2}, // a page of several
+        {254, longType, 1, 2}, // one page of a multi-page document
         {256, longType, 1, tiffWidth},
         {257, longType, 1, height},
         {258, shortType, 1, 1},
@@ -233,7 +233,7 @@ QByteArray SimMedia::hugeTiff(qint64 size, qint64 offset, qint64 length)
     QByteArray part(static_cast<int>(std::min(length, size - offset)), '\0');
     for (int i = 0; i < part.size(); ++i) {
         const qint64 at = offset + i;
-        // Grey lines, and a number here and there so that no two stretches are alike.
+        // Horizontal lines, and the block number every 4096 bytes, so that no two blocks are equal.
         part[i] = at < head.size() ? head[static_cast<int>(at)]
                                    : static_cast<char>(at % 4096 < 8 ? (at >> 12) >> (8 * (at % 8))
                                                                      : at / rowBytes % 8 == 0);

@@ -13,11 +13,11 @@ public:
     {}
 
     SimPerson person();  ///< without address and user name
-    QString groupName(); ///< as a department might be called
+    QString groupName(); ///< like the name of a department
     QString faxNumber();
-    /// An even choice from 0 to below @p count; 0 for an empty choice.
+    /// A uniformly distributed number from 0 to below @p count; 0 if that is empty.
     int below(int count);
 
 private:
-    std::mt19937 m_random; // its output is fixed by the language; the library's distributions are not
+    std::mt19937 m_random; // the standard defines its output, unlike that of the distributions
 };

@@ -14,7 +14,7 @@ QByteArray headerLine(const QByteArray& name, const QByteArray& value)
     return name + ": " + value + '\n';
 }
 
-/// The scheme of an Authorization header without what follows it.
+/// An Authorization header with the credentials removed.
 QByteArray withoutCredentials(const QByteArray& value)
 {
     const int blank = value.indexOf(' ');

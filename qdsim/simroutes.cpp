@@ -11,7 +11,7 @@ const char sinceQuery[] = "(query_time=[1-9]\\d*)?";
 using R = SimRoute;
 namespace H = SimHandlers;
 
-/// All of them; this table is the list of what the simulator speaks.
+/// All operations that the simulator implements.
 const SimRoute routes[] = {
     // method, path, query, document element, rules, handler
     {"GET", "/qdws/v1/about", nullptr, nullptr, R::Plain, H::about},
@@ -48,7 +48,7 @@ const SimRoute routes[] = {
     {"GET", "/qdws/v1/contact_group_oids/*", nullptr, nullptr, R::Plain, H::getGroupOids},
 };
 
-/// True if the path fits the route; @p rest is what stands for its "*".
+/// True if the path matches the route; @p rest is the part that matches its "*".
 bool fits(const SimRoute& route, const QString& path, QString* rest)
 {
     const QLatin1String pattern(route.path);
@@ -97,7 +97,7 @@ bool authenticate(SimState& state, const SimRequest& request, SimUser* user, Sim
     return true;
 }
 
-/// What is wrong with the request's form; empty if nothing is.
+/// The error in the form of the request; empty if there is none.
 QString formComplaint(const SimRoute& route, const SimRequest& request)
 {
     if (route.query) {

@@ -43,7 +43,7 @@ public:
     mutable std::condition_variable answered;
     QVector<SimRequest> requests;
 
-    std::thread housekeeper; // changes the books if it is to, and saves what has changed
+    std::thread housekeeper; // generates changes of the books, if enabled, and saves changed state
     std::mutex housekeeperMutex;
     std::condition_variable housekeeperChanged;
     bool isEnding = false;

@@ -27,48 +27,47 @@ public:
     SimServer(const SimServer&) = delete;
     SimServer& operator=(const SimServer&) = delete;
 
-    /// Loads the saved state if there is a state folder, and listens. False and the reason if it cannot.
+    /// Loads the saved state if there is a state folder, and listens. False and the reason if that fails.
     bool start(QString* error = nullptr);
-    /// Ends all connections at once, saves the state, joins all threads. A stopped server is not started
+    /// Closes all connections at once, saves the state, joins all threads. A stopped server cannot be started
     /// again.
     void stop();
 
     const SimOptions& options() const;
     quint16 port() const;    ///< 0 before start()
-    QString address() const; ///< "127.0.0.1:41234": what a client is configured with
+    QString address() const; ///< the address to configure a client with, such as "127.0.0.1:41234"
     /// Address of a path on this server, for instance url("/qdws/v1/about"); without credentials.
     QUrl url(const QString& path = QString()) const;
     QByteArray certificate() const; ///< PEM; empty without TLS
 
-    /// @name What has been received
-    /// Requests in the order in which they were answered. A method or a prefix of the decoded path narrows
-    /// the choice; empty: any.
+    /// @name Received requests
+    /// In the order of the replies. A method and a prefix of the decoded path filter them; empty: any.
     /// @{
     QVector<SimRequest> requests(const QString& method = QString(),
                                  const QString& pathPrefix = QString()) const;
     int requestCount(const QString& method = QString(), const QString& pathPrefix = QString()) const;
-    /// Waits until so many such requests have been answered, at most @p ms milliseconds.
+    /// Waits until @p count matching requests have been answered, at most @p ms milliseconds.
     bool waitForRequests(int count, int ms, const QString& method = QString(),
                          const QString& pathPrefix = QString()) const;
-    /// "METHOD TARGET: STATUS REASON" for every refused request.
+    /// "METHOD TARGET: STATUS REASON" for every rejected request.
     QStringList refusals() const;
     void clearRequests();
-    /// Called with one line for every request, from the connection's thread; set before start().
+    /// Called with one line for every request, on the connection's thread; set before start().
     void setLog(std::function<void(const QString&)> log);
     /// @}
 
     /// @name Address books
-    /// An owner is a user's name or SimBooks::global(). These change the server as another client would;
-    /// unlike requests they may put any nonsense into a book.
+    /// An owner is a user's name or SimBooks::global(). These functions change the server like another
+    /// client, but unlike requests they are not validated.
     /// @{
     QVector<SimEntry> book(const QString& owner, bool groups = false) const; ///< in order of addition
-    /// Adds a contact (or, to a book of groups, a group) and returns its uid; empty if there is no such book.
+    /// Adds a contact or, to a book of groups, a group, and returns its uid; empty if there is no such book.
     QString addEntry(const SimBookId& book, SimEntry entry);
     bool modifyEntry(const SimBookId& book,
                      const SimEntry& entry);                     ///< false if there is no entry with its uid
     bool deleteEntry(const SimBookId& book, const QString& uid); ///< false if there is none
-    /// Makes so many random changes in all books at once, the same ones in every run with the same seed and
-    /// the same contents. Returns a line for each.
+    /// Makes @p count random changes in all books at once, the same in every run with the same seed and the
+    /// same contents. Returns a log line for each.
     QStringList stepChanges(int count);
     /// @}
 
@@ -88,15 +87,15 @@ public:
 
     /// @name Time and faxes
     /// @{
-    void step(qint64 ms);          ///< lets so much time pass at once
+    void step(qint64 ms);          ///< advances the clock
     qint64 now() const;            ///< the server's time in ms since 1970 UTC
-    QVector<SimFax> faxes() const; ///< all, oldest first, as they are now
-    /// Attachments of the submission to which this fax belongs.
+    QVector<SimFax> faxes() const; ///< all, oldest first, in their current state
+    /// The attachments of the submission that this fax belongs to.
     QVector<SimAttachment> attachments(quint64 fax) const;
     QVector<SimInbound> inbound() const; ///< oldest first
-    /// Adds a received fax as the newest; its id and, if empty, its file name are chosen. Returns the id.
+    /// Adds the newest received fax and generates its id and, if empty, its file name. Returns the id.
     quint64 addInbound(const SimInbound& entry);
-    /// The user's record as it is now; an empty name if there is none.
+    /// The user's current record; with an empty name if there is none.
     SimUser user(const QString& name) const;
     /// @}
 

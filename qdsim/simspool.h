@@ -2,15 +2,15 @@
 
 #include "simtypes.h"
 
-/// @brief The folder in which received attachments are stored: one subfolder a submission, one file an
+/// @brief The folder in which received attachments are stored: one subfolder per submission, one file per
 /// attachment.
 namespace SimSpool {
 
-/// A file name that stays in its folder: separators, control characters and leading dots replaced, at most
-/// 200 bytes.
+/// A file name without path traversal: separators, control characters and leading dots are replaced, and it
+/// is shortened to 200 bytes.
 QString safeName(const QString& name);
 
-/// Stores the attachments in @p folder / @p job and sets their paths. Names used twice get a number.
+/// Stores the attachments in @p folder / @p job and sets their paths. Duplicate names get a number.
 bool store(const QString& folder, quint64 job, QVector<SimAttachment>* attachments, QString* error);
 
 } // namespace SimSpool

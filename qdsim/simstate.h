@@ -10,10 +10,9 @@
 #include <map>
 #include <mutex>
 
-/// @brief Everything the simulated server knows: users, faxes, logs, books, time.
+/// @brief The state of the simulated server: users, faxes, logs, books, time.
 ///
-/// Guarded by one mutex: whoever reads or changes anything holds a Lock meanwhile. The options and the clock
-/// need none.
+/// Guarded by one mutex: all access needs a Lock, except to the options and the clock.
 class SimState
 {
 public:
@@ -23,7 +22,7 @@ public:
     const SimFeatures& features() const { return m_features; }
     SimClock& clock() { return m_clock; }
 
-    /// Holds the state; taking it lets the time pass, so that whoever looks sees what is true now.
+    /// RAII: locks the state and brings the queue up to date with the clock.
     class Lock
     {
     public:
@@ -42,7 +41,7 @@ public:
     const std::map<QString, SimUser>& users() const { return m_users; }
     SimFaxes& faxes() { return m_faxes; }
     SimBooks& books() { return m_books; }
-    SimPeople& people() { return m_people; } ///< who invents the changes
+    SimPeople& people() { return m_people; } ///< the generator of random changes
     SimInboundLog& inbound() { return m_inbound; }
     const QVector<SimCoverPage>& coverPages() const { return m_coverPages; }
     const QStringList& printers() const { return m_printers; }
@@ -50,7 +49,7 @@ public:
     /// Attachments of the submission whose first fax has this id. Under a Lock.
     QVector<SimAttachment>& attachments(quint64 job) { return m_attachments[job]; }
 
-    /// Under a Lock: whether something worth saving has changed since the last call.
+    /// Under a Lock: whether state that is saved has changed since the last call.
     bool takeChanged();
     void markChanged() { m_changed = true; }
 

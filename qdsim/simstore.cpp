@@ -11,8 +11,8 @@
 
 namespace {
 
-/// Carries a field between a record and JSON, in the direction that the constructor chose: every record is
-/// described once.
+/// Copies fields from a record to JSON or back, depending on the constructor, so that each record is
+/// described only once.
 class Fields
 {
 public:

@@ -20,7 +20,7 @@ SimReply entryReply(SimCall& call, const QString& message, const QVector<SimFax>
     return reply;
 }
 
-/// The fax that the path names, if the user may see it; otherwise null and the refusal. Under the state's
+/// The fax that the path addresses, if the user may see it; otherwise null and the refusal. Needs the state's
 /// lock.
 const SimFax* findFax(SimCall& call, SimReply* refusal)
 {

@@ -65,8 +65,7 @@ QByteArray toPem(X509* certificate)
 std::shared_ptr<SimTls> SimTls::create(QString* error)
 {
     std::shared_ptr<SimTls> tls(new SimTls);
-    const Key key(
-        EVP_EC_gen("P-256")); // a curve: an RSA key would cost every start a noticeable part of a second
+    const Key key(EVP_EC_gen("P-256")); // generating an RSA key would noticeably delay every start
     const Certificate certificate = key ? selfSigned(key.get()) : nullptr;
     tls->m_context = SSL_CTX_new(TLS_server_method());
     if (!certificate || !tls->m_context || SSL_CTX_use_certificate(tls->m_context, certificate.get()) != 1 ||

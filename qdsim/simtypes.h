@@ -8,32 +8,32 @@
 
 #include <functional>
 
-/// @brief One received request, as it came over the wire.
+/// @brief One received request, as it was on the wire.
 ///
 /// A value, filled in three steps: the transport sets what was received, the routing sets #user, and the
 /// answer sets #status and #refusal. Copies are cheap (Qt's implicit sharing).
 struct SimRequest
 {
     QString method;
-    QByteArray target;  ///< request target exactly as received, percent escapes and query included
-    QString path;       ///< path of the target, percent escapes decoded ("+" stays "+")
-    QByteArray query;   ///< what follows "?", not decoded; null without "?"
+    QByteArray target;  ///< request target exactly as received, including percent-encoding and query
+    QString path;       ///< path of the target, percent-decoded ("+" stays "+")
+    QByteArray query;   ///< the part after "?", not decoded; null without "?"
     QByteArray rawHead; ///< request line and header lines exactly as received, up to the empty line
     QVector<QPair<QByteArray, QByteArray>> headers; ///< in order of arrival, values trimmed
     QByteArray body;                                ///< kept up to SimOptions::keepBodyLimit bytes
     qint64 bodySize = 0;                            ///< length of the whole body in bytes
-    bool secure = false;                            ///< came through TLS
+    bool secure = false;                            ///< received over TLS
     QString user;                                   ///< name of the authenticated user, empty if none
-    int status = 0;      ///< HTTP status of the answer; 0: connection cut, or not answered yet
+    int status = 0;      ///< HTTP status of the reply; 0: connection cut, or no reply yet
     bool faulty = false; ///< a fault was injected
     QString refusal;     ///< why the request was refused; empty if it was accepted
 
-    /// The value of the first header of that name (case does not matter), null if there is none.
+    /// The value of the first header with this name (case-insensitive), null if there is none.
     QByteArray header(const char* name) const;
     bool hasHeader(const char* name) const;
 };
 
-/// @brief What is sent back for one request, including the ways in which it may go wrong on the way.
+/// @brief The reply to one request, including the faults to inject into its transmission.
 struct SimReply
 {
     int status = 200;
@@ -41,26 +41,26 @@ struct SimReply
     QVector<QPair<QByteArray, QByteArray>> headers;
     QByteArray body;
 
-    /// Instead of #body: a document of #size bytes of which the function returns any stretch.
+    /// Instead of #body: returns any range of a document of #size bytes.
     std::function<QByteArray(qint64 offset, qint64 length)> generator;
     qint64 size = 0;
 
-    QString refusal;         ///< readable reason if the request was refused
+    QString refusal;         ///< readable reason if the request was rejected
     int delayMs = 0;         ///< wait before the first byte
-    bool hangUp = false;     ///< close the connection instead of answering
-    qint64 cutAfter = -1;    ///< close the connection after so many bytes of the body; -1: send it whole
-    int dripMs = 0;          ///< send the body byte by byte with so many milliseconds between; 0: at once
+    bool hangUp = false;     ///< close the connection instead of replying
+    qint64 cutAfter = -1;    ///< close the connection after this number of bytes of the body; -1: do not
+    int dripMs = 0;          ///< send the body byte by byte, with this delay in ms; 0: at once
     bool compressed = false; ///< compress if the client accepts it
 
     qint64 length() const { return generator ? size : body.size(); }
 
-    /// An XML answer `<reply><message>TEXT</message></reply>` with status 200.
+    /// An XML reply `<reply><message>TEXT</message></reply>` with status 200.
     static SimReply message(const QString& text);
-    /// A refusal with a 4xx status; the reason goes into the log and into the body's "message".
+    /// A refusal with a 4xx status; the reason is logged and is the "message" of the body.
     static SimReply refuse(int status, const QString& reason);
 };
 
-/// @brief A person as the service knows one: the elements of a contact.
+/// @brief A person: the elements of a contact.
 struct SimPerson
 {
     QString url; ///< "contact_url"
@@ -72,7 +72,7 @@ struct SimPerson
     QString organization;
 };
 
-/// @brief Schedule options of one fax or a user's defaults; the texts are the wire's own.
+/// @brief Schedule options of one fax or a user's defaults; the texts are as on the wire.
 struct SimSchedule
 {
     qint64 sendAt = 0; ///< "schedule_all_at" in ms since 1970 UTC; 0: at once
@@ -87,7 +87,7 @@ struct SimSchedule
     QString pageSize = QStringLiteral("auto");
 };
 
-/// @brief The cover page of a fax or one that the server offers.
+/// @brief A cover page, of a fax or offered by the server.
 struct SimCoverPage
 {
     bool enabled = false;
@@ -104,17 +104,17 @@ struct SimUser
     QString name;
     QString password;
     bool editGlobal = false; ///< may change the global book ("global")
-    bool admin = false;      ///< sees and changes every user's faxes, profiles and books ("admin")
-    bool noSend = false;     ///< submissions are answered 403 ("nosend")
-    bool readOnly = false;   ///< no book may be changed, attempts are answered 405 ("readonly")
+    bool admin = false;      ///< may read and change every user's faxes, profiles and books ("admin")
+    bool noSend = false;     ///< submissions are rejected with 403 ("nosend")
+    bool readOnly = false;   ///< changes of any book are rejected with 405 ("readonly")
 
     SimPerson person;
     bool coverPageEnabled = false;
     QString coverPageName;
     SimSchedule defaults;
 
-    /// Reads "NAME:PASSWORD[:RIGHTS]", RIGHTS being names separated by commas. False if it is none; @p error
-    /// says why.
+    /// Parses "NAME:PASSWORD[:RIGHTS]", with the names of RIGHTS separated by commas. False if the text is
+    /// invalid; @p error says why.
     static bool parse(const QString& text, SimUser* user, QString* error);
 };
 
@@ -129,7 +129,7 @@ struct SimAttachment
         content; ///< decoded bytes, kept only without a spool folder and up to SimOptions::keepBodyLimit
 };
 
-/// @brief How a simulated server is to run. Everything has a working default.
+/// @brief The options of a simulated server. All have working defaults.
 struct SimOptions
 {
     QString bind = QStringLiteral("127.0.0.1");
@@ -148,28 +148,28 @@ struct SimOptions
     QString description = QStringLiteral("Simulated fax server");
     int channels = 4;
 
-    double speed = 1;         ///< how much faster than real a fax moves; 0: it does not move by itself
-    bool manualClock = false; ///< time stands still but for SimServer::step()
-    qint64 clockStart = 0;    ///< ms since 1970 UTC; not 0: time begins here, stands still, and goes on by a
-                              ///< second with each request but GET, so that two runs answer alike
-    QString failPattern;      ///< regular expression; a fax to a number that matches fails
+    double speed = 1;         ///< factor by which faxes are faster than real; 0: they do not progress
+    bool manualClock = false; ///< only SimServer::step() advances the clock
+    qint64 clockStart = 0;    ///< ms since 1970 UTC; not 0: the clock starts at this time and advances by a
+                              ///< second with each request but GET, which makes replies reproducible
+    QString failPattern;      ///< regular expression; a fax to a matching number fails
 
     QString spoolDir;  ///< received attachments are stored here; empty: not stored
-    QString stateDir;  ///< state is loaded from and saved here; empty: in memory only
-    QString recordDir; ///< every exchange is written here, see SimRecorder; empty: none is
+    QString stateDir;  ///< the state is loaded and saved here; empty: in memory only
+    QString recordDir; ///< every exchange is written here, see SimRecorder; empty: not recorded
 
     qint64 keepBodyLimit = 1 << 20; ///< bytes kept of each request body and attachment; -1: all
 
-    bool keepRequests = true; ///< for SimServer::requests(); false for a server that runs for days
+    bool keepRequests = true; ///< for SimServer::requests(); false for a long-running server
 
-    int inbound = 0;             ///< entries the inbound log starts with
+    int inbound = 0;             ///< generated entries of the inbound log
     qint64 hugeDocument = 0;     ///< size in bytes of one generated document in the inbound log; 0: none
     int contacts = 0;            ///< generated people in every book
     int groups = 0;              ///< generated groups in every book
-    quint32 seed = 1;            ///< for everything generated
-    double changesPerSecond = 0; ///< how fast the change generator works; 0: off
+    quint32 seed = 1;            ///< for all generated data
+    double changesPerSecond = 0; ///< rate of generated changes of the books; 0: off
 
     QString discoveryAddress;     ///< address of the UDP responder; empty: off
-    QString discoveryAnnounce;    ///< what replies say as "inet_addr"; empty: SimServer::address()
+    QString discoveryAnnounce;    ///< "inet_addr" in the answers; empty: SimServer::address()
     quint16 discoveryPort = 7070; ///< 0: any free port
 };

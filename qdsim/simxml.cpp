@@ -31,7 +31,7 @@ void appendEscaped(QByteArray* out, const QByteArray& text)
     out->append(text.constData() + begin, text.size() - begin);
 }
 
-/// Takes the texts of "content" elements out of the document: attachments of 100 MB need not pass the parser.
+/// Removes the texts of "content" elements from the document, so that the parser skips attachments of 100 MB.
 QByteArray withoutContents(const QByteArray& body, QVector<QByteArray>* contents)
 {
     const QByteArray opening = QByteArrayLiteral("<content>");
@@ -61,7 +61,7 @@ public:
 
     bool read(SimElement* root, QString* why)
     {
-        m_reader.readNext(); // the declaration, which parse() has looked at
+        m_reader.readNext(); // the declaration, which parse() has checked
         m_reader.readNext();
         if (m_reader.isStartElement())
             readElement(root, 1);

@@ -9,13 +9,11 @@ struct SimElement
 {
     QString name;
     QString text;
-    QByteArray
-        content; ///< the text of an element "content", which is not copied: valid as long as the body is
+    QByteArray content; ///< the text of an element "content", not copied: dangling once the body is destroyed
     QVector<SimElement> children;
 };
 
-/// @brief Writes an XML document as a stream of text; no tree is built, so a book of 20,000 takes
-/// milliseconds.
+/// @brief Writes an XML document as text, without building a tree, so a book of 20,000 takes milliseconds.
 class SimXmlWriter
 {
 public:
@@ -24,7 +22,7 @@ public:
 
     SimXmlWriter& open(const char* name);
     SimXmlWriter& close(const char* name);
-    /// An element with a text; characters that XML cannot carry are left out.
+    /// An element with a text; characters that are not allowed in XML are omitted.
     SimXmlWriter& text(const char* name, const QString& value);
     SimXmlWriter& text(const char* name, const char* value);
     SimXmlWriter& number(const char* name, qint64 value);
@@ -38,7 +36,7 @@ private:
     QByteArray m_bytes;
 };
 
-/// @brief Reads request documents as strictly as the protocol is written.
+/// @brief Parses request documents strictly.
 namespace SimXml {
 
 /// Accepts: the declaration `<?xml version="1.0" encoding="utf-8"?>` at the first byte, UTF-8, elements
@@ -47,30 +45,29 @@ bool parse(const QByteArray& body, SimElement* root, QString* why);
 
 } // namespace SimXml
 
-/// @brief Walks the children of an element in the documented order and keeps the first complaint.
+/// @brief Reads the children of an element in the documented order and keeps the first error.
 ///
-/// Every take...() looks at the next child only: a child that is out of order is therefore reported, by
-/// end().
+/// Every take...() reads only the next child, so a child that is out of order is reported by end().
 class SimCursor
 {
 public:
-    /// @p why receives the first complaint; if it already holds one, nothing is read any more.
+    /// @p why receives the first error; once it contains one, nothing is read.
     SimCursor(const SimElement& element, QString* why);
 
     bool ok() const { return m_why->isEmpty(); }
-    /// The next child if it bears this name, null otherwise.
+    /// The next child if it has this name, otherwise null.
     const SimElement* takeElement(const char* name);
-    /// Next child of this name must be there.
+    /// As takeElement(), but a missing child is an error.
     const SimElement* requireElement(const char* name);
 
-    /// These leave @p value alone if the next child has another name, and return whether it was taken.
+    /// These return whether the next child has this name; otherwise they do not change @p value.
     bool takeText(const char* name, QString* value); ///< any text, also empty
     bool takeFilled(const char* name,
-                    QString* value); ///< an empty text is refused: empty fields are left out
+                    QString* value); ///< an empty text is an error, since empty fields are omitted
     bool takeNumber(const char* name, int least, int most, int* value); ///< plain decimal
     bool takeBoolean(const char* name, bool* value);                    ///< "true" or "false"
     bool takeOneOf(const char* name, const QStringList& values, QString* value);
-    /// Complains if the child before (of the last take) was not there.
+    /// Reports that the child is missing if the preceding take...() returned false.
     void require(const char* name, bool taken);
 
     void complain(const QString& what);

@@ -67,7 +67,7 @@ bool Contact::readStorage(const QDomElement& element, int)
 
 bool Contact::writeStorage(QDomDocument& document, QDomElement& parent, int) const
 {
-    // Name and fax number are what a stored contact is about, so they are there even when empty.
+    // Name and fax number are always written: readStorage() requires the name.
     appendText(document, parent, nameTag, m_name);
     appendTextIfSet(document, parent, emailTag, m_email);
     appendTextIfSet(document, parent, phoneTag, m_phone);

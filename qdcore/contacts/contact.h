@@ -5,7 +5,7 @@
 #include <QString>
 
 /**
- * A person or place that faxes are sent to or come from. A value; all texts are empty at first.
+ * A sender or recipient of faxes. A value; all texts are empty by default.
  */
 class QDCORE_EXPORT Contact : public ContactUnit
 {
@@ -24,9 +24,9 @@ public:
     bool operator==(const ContactUnit& other) const override;
     ContactUnit* copy() const override;
 
-    /// Unlike readFax() keeps the fields whose element is missing, and returns false without "name".
+    /// Unlike readFax(), does not change fields whose element is missing, and returns false without "name".
     bool readStorage(const QDomElement& element, int protocolVersion) override;
-    /// Unlike writeFax() writes "name" and "fax_number" also when they are empty. Always true.
+    /// Unlike writeFax(), writes "name" and "fax_number" even if they are empty. Always true.
     bool writeStorage(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
 
     /// Element "name".

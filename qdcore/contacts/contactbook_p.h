@@ -1,18 +1,18 @@
 #pragma once
 
-// What a contact book of a fax server is. Internal: not installed.
+// The properties of a contact book of a fax server. Internal: not installed.
 
 #include "contactlist.h"
 
 #include <QString>
 
-/// One of the four books of a fax server, taken apart. Everything else that depends on a book follows from
-/// this.
+/// The properties of one of the four books of a fax server, from which everything that depends on the book is
+/// derived.
 struct ContactBook
 {
-    bool isValid;  ///< A book of a fax server at all.
-    bool isGroup;  ///< Holds groups, not contacts.
-    bool isGlobal; ///< The server's, not the user's own.
+    bool isValid;  ///< Is a book of a fax server.
+    bool isGroup;  ///< Contains groups, not contacts.
+    bool isGlobal; ///< Is the server's, not the user's personal one.
 
     explicit ContactBook(ContactList::Type type)
         : isValid(type >= ContactList::PersonalContacts && type <= ContactList::GlobalGroups)
@@ -20,8 +20,8 @@ struct ContactBook
         , isGlobal(type == ContactList::GlobalContacts || type == ContactList::GlobalGroups)
     {}
 
-    /// The resource of the book below the collection of contacts or of groups; empty for no book. The user's
-    /// login is appended as it is.
+    /// The path of the book, below the path for contacts or for groups; empty if the book is invalid. The
+    /// login is appended without percent-encoding.
     QString path(const QString& contacts, const QString& groups, const QString& login) const
     {
         if (!isValid)

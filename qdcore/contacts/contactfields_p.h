@@ -1,9 +1,9 @@
 #pragma once
 
-// Reading a contact from the children of an element that has more to give. Internal: not installed.
+// Reads a contact from the children of an element that contains other fields too. Internal: not installed.
 
 class Contact;
 class DomChildren;
 
-/// Reads what Contact::readFax() reads.
+/// Reads the fields that Contact::readFax() reads.
 void readFields(Contact& contact, const DomChildren& children);

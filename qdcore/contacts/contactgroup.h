@@ -14,8 +14,7 @@ public:
     ContactGroup(const ContactGroup&) = default;
     ContactGroup& operator=(const ContactGroup&) = default;
 
-    /// Reads name and description, both required; members are not part of it. False, and nothing changed,
-    /// when one is missing.
+    /// Reads name and description, but no members. False, with nothing changed, if one of the two is missing.
     bool readFax(const QDomElement& element, int protocolVersion) override;
     /// Not supported: false.
     bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;

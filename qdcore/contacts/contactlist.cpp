@@ -14,7 +14,7 @@ ContactList& ContactList::operator=(const ContactList& other)
     if (this == &other)
         return *this;
 
-    // The other list may belong to a group in this one: clone it before anything here is destroyed.
+    // The other list may belong to a group in this one: clone it before destroying anything.
     QVector<ContactUnitPtr> clones;
     clones.reserve(other.m_contacts.size());
     for (const ContactUnitPtr& unit : other.m_contacts) {

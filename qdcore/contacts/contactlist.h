@@ -7,11 +7,10 @@
 #include <QVector>
 
 /**
- * Contacts and groups in order of insertion, and the book they came from.
+ * Contacts and groups in order of insertion, and the book they belong to.
  *
- * A value that owns its units: what is added is cloned, and a copy of a list clones every unit, so two lists
- * never share one. An element may be null where a store's factory gave none; everything here skips such
- * elements.
+ * A value that owns its units: added units are cloned, and a copy of a list clones every unit, so two lists
+ * never share one. An element is null if a store's factory returned null; all functions skip such elements.
  */
 class QDCORE_EXPORT ContactList
 {
@@ -36,11 +35,11 @@ public:
     ContactList& operator=(ContactList&& other) noexcept = default;
     ~ContactList();
 
-    /// The book that the units came from, or are to go to; Unknown until it is set.
+    /// The book that the units were read from or are to be written to; Unknown by default.
     Type contactsType() const { return m_contactsType; }
     void setContactsType(Type type) { m_contactsType = type; }
 
-    /// The units, which the list owns. What is put in through the reference belongs to the list from then on.
+    /// The units, which the list owns, including those added through the reference.
     const QVector<ContactUnitPtr>& contacts() const { return m_contacts; }
     QVector<ContactUnitPtr>& contacts() { return m_contacts; }
 
@@ -49,14 +48,14 @@ public:
 
     /// Removes the first unit that @p contact equals, if any.
     void removeContact(const ContactUnit& contact);
-    /// Removes the unit at @p index; nothing when there is none.
+    /// Removes the unit at @p index; does nothing if there is none.
     void removeContact(int index);
 
-    /// Whether @p contact equals some unit of the list.
+    /// Whether @p contact equals a unit of the list.
     bool contains(const ContactUnit& contact) const;
 
-    /// Whether the lists have the same size and each unit of this one equals some unit of the other. Neither
-    /// order nor book counts, and neither does how often a unit occurs.
+    /// Whether the lists have the same size and each unit of this one equals a unit of the other. Order, book
+    /// and the number of occurrences of a unit are ignored.
     bool operator==(const ContactList& other) const;
 
 private:

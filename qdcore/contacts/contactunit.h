@@ -9,8 +9,8 @@
 /**
  * One entry of a contact book: a contact or a group of contacts.
  *
- * A polymorphic value without a thread of its own. It is passed by reference and kept as a clone made with
- * copy(); signals that carry a unit by reference can therefore neither be queued nor recorded.
+ * A polymorphic value without thread affinity. It is passed by reference and stored as a clone made with
+ * copy(); signals with a reference to a unit can therefore be neither queued nor recorded by QSignalSpy.
  */
 class QDCORE_EXPORT ContactUnit : public IQuendraSerialization, public IQuendraStorage
 {
@@ -21,13 +21,13 @@ public:
 
     virtual ~ContactUnit();
 
-    /// Whether @p other is of this unit's class, or of one derived from it, and holds the same values. Not
-    /// symmetric: a Contact may equal a QuendraContact that does not equal it.
+    /// Whether @p other is of this unit's class, or of one derived from it, and has the same values. Not
+    /// symmetric: a Contact may equal a QuendraContact that does not equal the Contact.
     virtual bool operator==(const ContactUnit& other) const = 0;
 
     /// A new object of this unit's most derived class with the same values. The caller owns it.
     virtual ContactUnit* copy() const = 0;
 };
 
-/// A unit as lists hold it. @relates ContactUnit
+/// A unit in a list. @relates ContactUnit
 using ContactUnitPtr = QSharedPointer<ContactUnit>;

@@ -4,9 +4,8 @@
 
 #include <QUrl>
 
-/// The address that a server's text means. Servers hand out https addresses also where their books are only
-/// served over plain http, so the scheme is taken down; a request puts the scheme of the configured server
-/// over it anyway.
+/// Parses an address from a server. Servers send https addresses even if their books are only served over
+/// plain http, so https becomes http; a request uses the scheme of the configured server anyway.
 inline QUrl contactUrl(const QString& text)
 {
     QUrl url(text, QUrl::TolerantMode);

@@ -3,7 +3,7 @@
 #include "contact.h"
 
 /**
- * A contact of an Outlook folder. A value, read and written as its base is.
+ * A contact of an Outlook folder. A value, read and written like its base.
  */
 class QDCORE_EXPORT OutlookContact : public Contact
 {

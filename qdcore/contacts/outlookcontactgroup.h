@@ -3,7 +3,7 @@
 #include "contactgroup.h"
 
 /**
- * A distribution list of an Outlook folder. A value, read and written as its base is.
+ * A distribution list of an Outlook folder. A value, read and written like its base.
  */
 class QDCORE_EXPORT OutlookContactGroup : public ContactGroup
 {

@@ -26,7 +26,7 @@ public:
     bool operator==(const ContactUnit& other) const override;
     ContactUnit* copy() const override;
 
-    /// The server user whom the contact belongs to, or is. Element "username".
+    /// The server user that the contact belongs to or represents. Element "username".
     const QString& user() const { return m_user; }
     void setUser(const QString& user) { m_user = user; }
 

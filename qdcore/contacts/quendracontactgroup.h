@@ -18,7 +18,7 @@ public:
     /// address with scheme https becomes http). Members are not read.
     bool readFax(const QDomElement& element, int protocolVersion) override;
     /// Appends "contact_group_url", "name" and "description", each unless empty, and one "contact" element
-    /// with the address of each member that is a QuendraContact and has one; other members are left out.
+    /// with the address of each member that is a QuendraContact and has one; other members are omitted.
     /// Always true.
     bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
 

@@ -1,16 +1,16 @@
 #pragma once
 
-// Where the library keeps files. Internal: not installed, not exported.
+// The folders and permissions of the library's files. Internal: not installed, not exported.
 
 #include <QFile>
 #include <QString>
 
-/// The product's folder of the user followed by @p leaf, for instance "/Logs": the value of the environment
-/// variable APPDATA as it stands (empty when unset), the product's folder name, the leaf. Nothing is created.
+/// The user's folder of the product, followed by @p leaf, for instance "/Logs": the unmodified value of the
+/// environment variable APPDATA (empty when unset), the product's folder name, the leaf. Creates nothing.
 QString appFolder(const QString& leaf);
 
-/// Takes a file from everybody but its owner, where the platform knows of owners. Does not open it. Inline,
-/// so that qdfax has it as well.
+/// Restricts a file's permissions to its owner, on platforms with file permissions. Does not open it. Inline,
+/// so that qdfax can use it too.
 inline void keepToOwner(const QString& path)
 {
     const QFile::Permissions now = QFile::permissions(path);
@@ -21,6 +21,6 @@ inline void keepToOwner(const QString& path)
         QFile::setPermissions(path, now & owners);
 }
 
-/// Makes an empty file, if there is none, and takes it from everybody but its owner. Does not open one that
-/// is there: closing it would give up the locks that this process has on it.
+/// Creates an empty file unless it exists, and restricts its permissions to its owner. Does not open an
+/// existing file: closing it would release the POSIX locks that this process holds on it.
 void makePrivate(const QString& path);

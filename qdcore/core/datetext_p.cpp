@@ -2,7 +2,7 @@
 
 namespace {
 
-/// The number that @p digits digits from @p at on spell, -1 if they are not all ASCII digits.
+/// Parses @p digits ASCII digits at @p at as a number; -1 if there are other characters.
 int number(const QChar* at, int digits)
 {
     int value = 0;
@@ -15,7 +15,7 @@ int number(const QChar* at, int digits)
     return value;
 }
 
-/// Reads a text that has exactly the shape of 2026-11-15T14:30:05.
+/// Parses a text of exactly the form 2026-11-15T14:30:05.
 bool readPlain(const QString& text, QDate& date, QTime& time)
 {
     const QChar* at = text.constData();
@@ -23,7 +23,7 @@ bool readPlain(const QString& text, QDate& date, QTime& time)
         at[10] != QLatin1Char('T') || at[13] != QLatin1Char(':') || at[16] != QLatin1Char(':'))
         return false;
     const int year = number(at, 4);
-    if (year < 0) // -1 would be a year.
+    if (year < 0) // -1 would be a valid year
         return false;
     date = QDate(year, number(at + 5, 2), number(at + 8, 2));
     time = QTime(number(at + 11, 2), number(at + 14, 2), number(at + 17, 2));
@@ -37,8 +37,8 @@ QDateTime utcFromText(const QString& text, const QString& format)
     if (text.isEmpty())
         return QDateTime();
 
-    // Qt's parser takes longer over one date than over all other fields of a log entry together. It still
-    // decides about every text of another shape.
+    // Qt's parser needs more time for one date than reading all other fields of a log entry takes. It is
+    // still used for texts of any other form.
     QDate date;
     QTime time;
     if (!readPlain(text, date, time)) {

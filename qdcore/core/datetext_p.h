@@ -1,9 +1,9 @@
 #pragma once
 
-// Dates as the web service writes them. Internal: not installed, not exported.
+// Parses the dates of the web service. Internal: not installed, not exported.
 
 #include <QDateTime>
 
-/// The date of a text in @p format, one of the two spellings of "yyyy-MM-ddThh:mm:ss" (capital HH or not),
-/// taken as UTC. Null when the text is no such date.
+/// Parses a text as UTC in @p format, which is "yyyy-MM-ddThh:mm:ss" or the same with "HH". Null if the text
+/// is not such a date.
 QDateTime utcFromText(const QString& text, const QString& format);

@@ -7,7 +7,8 @@
 /**
  * A file on disk as the content of a fax attachment.
  *
- * A value that holds the file's name; the file is opened only inside toBase64(). Any thread, one at a time.
+ * A value that contains the file's name; the file is opened only inside toBase64(). Any thread, one at a
+ * time.
  */
 class QDCORE_EXPORT DiskDataProvider
 {
@@ -16,17 +17,17 @@ public:
     DiskDataProvider(const DiskDataProvider&) = default;
     DiskDataProvider& operator=(const DiskDataProvider&) = default;
 
-    /// The path of the file, empty at first.
+    /// The path of the file, empty by default.
     const QString& fileName() const { return m_fileName; }
     void setFileName(const QString& fileName);
 
-    /// Larger files, in bytes, cannot be read: their base64 would not fit into a string. A submission encodes
-    /// files without such a string, and has a limit of its own, TaskSchedule::maxAttachmentSize.
+    /// The limit in bytes: the base64 of a larger file would not fit into a QString. A submission encodes
+    /// files without a QString, up to TaskSchedule::maxAttachmentSize.
     static constexpr qint64 maxFileSize = qint64(512) * 1024 * 1024;
 
-    /// The whole file in base64, padded, without line breaks, as the element "content" carries it. Empty when
-    /// the file is empty, larger than maxFileSize, or cannot be read to its end, and when it is no regular
-    /// file: reading a pipe or a device could hold the caller for ever. Who attaches one spools it first.
+    /// The whole file in base64, padded, without line breaks, as in the element "content". Empty if the file
+    /// is empty, larger than maxFileSize, cannot be read to its end, or is not a regular file: reading a pipe
+    /// or a device could block for ever, so copy its data to a file first.
     QString toBase64() const;
 
 private:

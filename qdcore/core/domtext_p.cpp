@@ -13,8 +13,8 @@ bool isSame(const QString& a, const QString& b)
            std::memcmp(a.constData(), b.constData(), size_t(a.size()) * sizeof(QChar)) == 0;
 }
 
-/// QString::toInt(), which takes as long as finding the field because it knows of signs, blanks and what is
-/// too large.
+/// QString::toInt() with a fast path: handling signs, blanks and overflow, it takes as long as finding the
+/// field.
 int plainNumber(const QString& text)
 {
     if (text.size() > 9)
@@ -30,10 +30,9 @@ int plainNumber(const QString& text)
 }
 
 /// Prefetches the memory a little behind a text. A large document does not fit into the caches, and its nodes
-/// lie in memory about in document order: what is read next is in the cache by then, while otherwise each
-/// node would cost a cache miss.
+/// are roughly in document order in memory, so this avoids a cache miss for each of the next nodes.
 #ifdef __GNUC__
-__attribute__((always_inline)) // or it is taken for a function without effect
+__attribute__((always_inline)) // or the compiler drops the call as one without side effects
 inline void
 prefetchAfter(const QString& text)
 {
@@ -121,7 +120,7 @@ QDomElement appendElement(QDomDocument& document, QDomNode& parent, const QStrin
 
 namespace {
 
-/// The length of the character at @p at that XML can hold, 1 or 2 units; 0 for one that it cannot.
+/// The length of the character at @p at in UTF-16 units, 1 or 2; 0 if it is not allowed in XML.
 int allowedUnits(const QString& text, int at)
 {
     const QChar c = text.at(at);
@@ -133,12 +132,12 @@ int allowedUnits(const QString& text, int at)
     return isForbidden ? 0 : 1;
 }
 
-/// The text without the characters that XML cannot hold, not even escaped. One of them would make the whole
-/// document unreadable; the reader lets them in as numeric references, so a server could spoil the settings
-/// file with one.
+/// The text without the characters that are not allowed in XML, not even escaped. One of them makes a
+/// document unreadable, and Qt's parser accepts them as numeric references, so a server could make the
+/// settings file unreadable.
 QString xmlText(const QString& text)
 {
-    // Attachments are texts of many megabytes, and nothing in them is doubtful.
+    // Fast path for attachments: texts of many megabytes with plain characters only.
     const auto isPlain = [](QChar c) { return c.unicode() >= 0x20 && c.unicode() < 0xd800; };
     int at = int(std::find_if_not(text.cbegin(), text.cend(), isPlain) - text.cbegin());
     while (at < text.size()) {

@@ -1,10 +1,10 @@
 #pragma once
 
-// Enumerations that travel as texts: one table each, one lookup. Internal: not installed.
+// Lookup of enumerators by their texts on the wire. Internal: not installed.
 
 #include <QString>
 
-/// The index of the entry of @p table that equals @p text, searched from @p first on; -1 when there is none.
+/// The index of the entry of @p table that equals @p text, searched from @p first; -1 if there is none.
 inline int indexOfText(const QString* table, int size, const QString& text,
                        Qt::CaseSensitivity caseSensitivity = Qt::CaseSensitive, int first = 0)
 {
@@ -15,7 +15,7 @@ inline int indexOfText(const QString* table, int size, const QString& text,
         }
         return -1;
     };
-    // Folding cases takes long, and texts are mostly as they should be.
+    // Case folding is slow, and most texts match exactly.
     const int index = indexOf(Qt::CaseSensitive);
     return index < 0 && caseSensitivity == Qt::CaseInsensitive ? indexOf(caseSensitivity) : index;
 }

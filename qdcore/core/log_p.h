@@ -4,17 +4,16 @@
 
 #include "logger.h"
 
-/// Logs a line that carries the caller's own source file and line. @p enumerator is one of Logger::LEVEL by
-/// its bare name. The message is not built when the level is filtered out: some messages are whole reply
-/// bodies.
+/// Logs a line with the caller's source file and line. @p enumerator is an unqualified name of Logger::LEVEL.
+/// The message is not evaluated if the level is filtered out, since some messages are whole reply bodies.
 #define QD_LOG(enumerator, message)                                                                          \
     do {                                                                                                     \
         if (Logger::inst().level() >= Logger::enumerator)                                                    \
             Logger::inst().log(Logger::enumerator, (message), __FILE__, __LINE__);                           \
     } while (false)
 
-/// A text for the log with the place in the source that it speaks for, so that shared code can log on behalf
-/// of a class and the line still names that class's file.
+/// A log text with a source location, so that shared code can log on behalf of a class and the line names
+/// that class's file.
 struct LogText
 {
     QString text;

@@ -12,10 +12,10 @@
 
 namespace {
 
-/// Days whose files are kept, as removeOldLogs() takes it.
+/// The argument of removeOldLogs(): files of the last 30 days are kept.
 const int keptDays = -30;
 
-/// Files of any name that opening a file leaves in the folder.
+/// The number of files of any name that are kept in the folder when a file is opened.
 const int keptFiles = 30;
 
 /// How much of a message is encoded and written at once, in characters.
@@ -33,7 +33,7 @@ QString dailyFileName(const QDate& date)
     return QLocale::c().toString(date, QStringLiteral("'QuendraClientLog'-MM-dd-yyyy.'txt'"));
 }
 
-/// Whether a name matches "QuendraClientLog*.txt" as QDir does, in either case. Its own matching takes longer
+/// Whether a name matches "QuendraClientLog*.txt", like QDir without case. QDir's own matching takes longer
 /// than listing the folder.
 bool isDailyFileName(const QString& name)
 {
@@ -43,8 +43,8 @@ bool isDailyFileName(const QString& name)
            name.endsWith(end, Qt::CaseInsensitive);
 }
 
-/// The time as a line begins with it, "MM-dd-yyyy hh:mm:ss AP:zzz000". Written by hand: reading a format anew
-/// for each line takes longer than writing the line.
+/// The time at the beginning of a line, "MM-dd-yyyy hh:mm:ss AP:zzz000". Formatted by hand: parsing a format
+/// string for each line takes longer than writing the line.
 QString timeText(const QDateTime& dateTime)
 {
     const QDate date = dateTime.date();
@@ -57,11 +57,11 @@ QString timeText(const QDateTime& dateTime)
     return QString::fromLatin1(text);
 }
 
-/// A moment in local time. Where no zone is set the C library reads its zone file for each conversion, and a
-/// line takes two: a minute has one offset from UTC, which is asked for once.
+/// A time in local time. If TZ is not set, the C library reads the zone file for each conversion, two of them
+/// per line, so the offset from UTC is cached for a minute.
 QDateTime localTime(qint64 msecs)
 {
-    // the minute since 1970 and, in the lowest bits, the seconds east of UTC moved by a day
+    // the minutes since 1970 and, in the lowest bits, the offset from UTC in seconds plus a day
     static std::atomic<qint64> known{-1};
     constexpr qint64 day = 86400;
     constexpr int bits = 18;
@@ -77,8 +77,8 @@ QDateTime localTime(qint64 msecs)
     return QDateTime::fromMSecsSinceEpoch(msecs, Qt::OffsetFromUTC, offset);
 }
 
-/// The day a file was made. Where the file system does not tell, its last modification: an invalid date would
-/// compare as older than everything, and every log would go.
+/// The date of a file's creation, or of its last modification if the file system has none: an invalid date
+/// compares as older than every other, so all logs would be deleted.
 QDate creationDate(const QFileInfo& info)
 {
     const QDateTime birth = info.birthTime();
@@ -116,8 +116,8 @@ void Logger::log(LEVEL level, const QString& message, const char* file, int line
 
     removeOldLogs(keptDays);
 
-    // The time is taken under the lock as well, so that lines stand in the file in the order of their times
-    // and none of yesterday turns up once today's file is open.
+    // The time is also read under the lock, so that the lines of a file are ordered by time, and no line of
+    // yesterday is written to today's file.
     const std::lock_guard<std::recursive_mutex> rollover(m_rollover);
     const QDateTime time = m_clock();
     if (!m_file.isOpen() || time.date() != m_date)
@@ -131,7 +131,7 @@ void Logger::log(LEVEL level, const QString& message, const char* file, int line
     QByteArray bytes = QStringLiteral("[%1] [%2] [%3] ")
                            .arg(timeText(time), levelLabel(level).leftJustified(7), place.leftJustified(25))
                            .toUtf8();
-    // A message may be a reply of hundreds of megabytes: no more than a piece of it is held a second time.
+    // A message may be a reply of hundreds of megabytes: only a piece of it is copied at a time.
     int at = 0;
     while (message.size() - at > pieceSize) {
         const int length = pieceSize + int(message.at(at + pieceSize - 1).isHighSurrogate());
@@ -196,7 +196,7 @@ void Logger::removeOldLogs(int days)
     QStringList found;
     const QStringList names = QDir(path).entryList(QDir::Files, QDir::Unsorted);
     for (const QString& name : names) {
-        // Asking for each file's times costs far more than listing the folder, and this runs on every line.
+        // Reading each file's times costs far more than listing the folder, and this runs for every line.
         if (!isDailyFileName(name) || young.contains(name))
             continue;
         const QFileInfo file(path + QLatin1Char('/') + name);
@@ -204,7 +204,7 @@ void Logger::removeOldLogs(int days)
             if (file.birthTime().isValid())
                 found.append(name);
         } else if (name != QFileInfo(openPath).fileName()) {
-            // Windows refuses to delete an open file; elsewhere later lines would go to an unlinked file.
+            // Windows cannot delete an open file; elsewhere later lines would be written to an unlinked file.
             file.dir().remove(name);
         }
     }
@@ -228,8 +228,8 @@ bool Logger::openFile(const QDate& date)
     const QString folder = m_dir.path() + QLatin1Char('/');
     QDir().mkpath(folder);
 
-    // A failed deletion logs, which comes back here because the file is closed. Pruning again there would
-    // fail and log for ever.
+    // A failed deletion logs, which calls this function again because the file is closed. Pruning again would
+    // recurse infinitely.
     if (!m_pruning) {
         m_pruning = true;
         QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Hidden, QDir::Time);
@@ -241,7 +241,7 @@ bool Logger::openFile(const QDate& date)
         }
         m_pruning = false;
 
-        // Such a line has opened the file, perhaps, past midnight, that of the next day.
+        // Such a line has opened the file, after midnight that of the next day.
         if (m_file.isOpen())
             m_file.close();
         m_date = date;

@@ -13,8 +13,8 @@ enum Flag : quint8 { FlagCompressed = 0x01, FlagChecksum = 0x02, FlagHash = 0x04
 const int checksumSize = 2;
 const int hashSize = 20;
 
-/// The most that a compressed text may claim to hold. No password comes near it, and the claim is four bytes
-/// of a file that anybody may have edited: believing it would allocate up to 4 GiB.
+/// The limit for the uncompressed size in the header of compressed data, far above any password. The header
+/// is four bytes of an untrusted file: without a limit up to 4 GiB would be allocated.
 const quint32 maxInflatedSize = 16 * 1024 * 1024;
 
 QByteArray checksum(const QByteArray& data)
@@ -34,12 +34,12 @@ char randomByte()
 {
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
-    return static_cast<char>(qrand() & 0xFF); // cppcheck-suppress qrandCalled ; nothing secret hangs on it
+    return static_cast<char>(qrand() & 0xFF); // cppcheck-suppress qrandCalled ; need not be unpredictable
     QT_WARNING_POP
 }
 
-/// Whether compressed data can be what qCompress() makes: its length as far as it tells fits the data it
-/// comes with (deflate shrinks at most 1032 times and grows next to nothing).
+/// Whether data can be a result of qCompress(): the uncompressed size in its header is possible for its
+/// length (the ratio of deflate is at most 1032, and it hardly expands).
 bool isPlausiblyCompressed(const QByteArray& data)
 {
     if (data.size() < static_cast<int>(sizeof(quint32)))
@@ -158,5 +158,5 @@ QByteArray PasswordCipher::decipher(const QByteArray& cipher)
 QString PasswordCipher::decipherText(const QString& cipher)
 {
     const QByteArray plain = decipher(QByteArray::fromBase64(cipher.toLatin1()));
-    return QString::fromUtf8(plain.constData(), plain.size()); // given the array alone it ends at a null byte
+    return QString::fromUtf8(plain.constData(), plain.size()); // fromUtf8(plain) would stop at a null byte
 }

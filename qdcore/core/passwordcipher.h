@@ -1,17 +1,17 @@
 #pragma once
 
-// How stored passwords are made unreadable at a glance. Internal: not installed, not exported.
+// Obfuscation of stored passwords. Internal: not installed, not exported.
 
 #include <QByteArray>
 #include <QString>
 #include <QVector>
 
 /**
- * Turns a password into a printable text and back, with a fixed key.
+ * Encrypts a password to a printable text and decrypts it, with a fixed key.
  *
- * This keeps a password from being read over a shoulder, not from somebody who has this library. One random
- * byte makes the same password give a different text each time. The object lives inside one reading or
- * writing of the settings; making one reseeds the thread's qrand().
+ * This is obfuscation: it hides a password from a casual look, not from somebody who has this library. A
+ * random byte makes each result different, even for the same password. An object is used while the settings
+ * are read or written; its constructor reseeds the thread's qrand().
  */
 class PasswordCipher
 {
@@ -32,26 +32,26 @@ public:
         ErrorNoError = 0,
         ErrorNoKeySet = 1,
         ErrorUnknownVersion = 2,
-        ErrorIntegrityFailed = 3 ///< Not what was enciphered, or with another key.
+        ErrorIntegrityFailed = 3 ///< Corrupt data, or encrypted with another key.
     };
 
-    /// Compression is automatic and protection a checksum until set otherwise.
+    /// Compression is CompressionAuto and protection ProtectionChecksum by default.
     explicit PasswordCipher(quint64 key);
 
     void setCompressionMode(CompressionMode mode) { m_compressionMode = mode; }
     void setProtectionMode(ProtectionMode mode) { m_protectionMode = mode; }
 
-    /// What went wrong in the last call; every failure also gives an empty result.
+    /// The error of the last call; every failure also returns an empty result.
     Error lastError() const { return m_lastError; }
 
     QByteArray encipher(const QByteArray& plain);
-    /// Base64 of the enciphered UTF-8 of @p plain.
+    /// Encrypts the UTF-8 of @p plain and returns it as base64.
     QString encipherText(const QString& plain);
 
-    /// Fewer than 3 bytes give an empty result and leave lastError() as it was. What passes as whole and
-    /// cannot be decompressed reads as empty: that is no error.
+    /// Fewer than 3 bytes return an empty result and leave lastError() unchanged. Data that pass the
+    /// integrity check and cannot be decompressed return an empty result without an error.
     QByteArray decipher(const QByteArray& cipher);
-    /// The reverse of encipherText(). A text of another origin gives an empty result.
+    /// The inverse of encipherText(). Any other text returns an empty result.
     QString decipherText(const QString& cipher);
 
 private:

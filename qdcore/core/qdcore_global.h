@@ -2,7 +2,7 @@
 
 #include <QtGlobal>
 
-/// Marks what client applications may use. Everything else stays hidden inside the shared library.
+/// Exports a symbol for client applications. All other symbols are hidden in the shared library.
 #if defined(QDCORE_LIBRARY)
 #define QDCORE_EXPORT Q_DECL_EXPORT
 #else

@@ -4,7 +4,7 @@
 #include <QSharedPointer>
 #include <QStringList>
 
-/// A list of texts as it travels by signals, such as a server's printer names. @relates TaskGetPrinterNames
+/// A list of texts in signals, such as a server's printer names. @relates TaskGetPrinterNames
 using QStringListPtr = QSharedPointer<QStringList>;
 
 Q_DECLARE_METATYPE(QStringListPtr)

@@ -13,8 +13,8 @@
 
 namespace {
 
-/// The content of a file as the parser will decode it, by its byte order mark or its declaration. Looking at
-/// anything else would let a declared encoding (UTF-7, say) or a null byte hide what the parser then sees.
+/// Decodes the content of a file like the parser, by its byte order mark or its declaration. With any other
+/// decoding, a declared encoding (UTF-7, say) or a null byte could hide from the guard what the parser reads.
 QString decoded(const QByteArray& content)
 {
     QT_WARNING_PUSH
@@ -25,7 +25,7 @@ QString decoded(const QByteArray& content)
     QT_WARNING_POP
 }
 
-/// The version that the outermost object of a settings file is always handed.
+/// The protocol version passed to the top-level object of a settings file.
 const int storageProtocolVersion = 1;
 
 } // namespace
@@ -50,10 +50,10 @@ bool QuendraStorage::Save(const IQuendraStorage& object)
     QFile file(m_filename);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return false;
-    // It holds passwords, and the key that enciphers them is no secret.
+    // It contains passwords, and their key is not secret.
     keepToOwner(m_filename);
-    // Not QDomDocument::save(): it would take the codec from the declaration, and files written so far are in
-    // the stream's own.
+    // Not QDomDocument::save(): it would use the codec of the declaration, but existing files are in that of
+    // the stream.
     QTextStream stream(&file);
     stream << document.toString(1);
     stream.flush();
@@ -71,7 +71,7 @@ bool QuendraStorage::Load(IQuendraStorage& object)
     file.close();
 
     QDomDocument document;
-    // Qt leaves what it had parsed up to the error, which would pass for a shorter configuration.
+    // On an error Qt keeps the part parsed before it, which would be read as incomplete settings.
     if (!isFitForDom(content) || !document.setContent(content))
         document.clear();
     return object.readStorage(document.documentElement(), storageProtocolVersion);

@@ -21,7 +21,7 @@ bool setServerAddress(QUrl& url, const QString& address)
 {
     QString host = addressForUrl(address.trimmed());
     int port = -1;
-    // behind a bracket, or the only colon: a port
+    // A colon after the bracket, or the only colon, begins a port.
     const int colon = host.lastIndexOf(QLatin1Char(':'));
     if (colon > host.lastIndexOf(QLatin1Char(']'))) {
         const QString digits = host.mid(colon + 1);

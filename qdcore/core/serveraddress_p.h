@@ -1,18 +1,18 @@
 #pragma once
 
-// Addresses as users type them. Internal: not installed, not exported.
+// Parses server addresses entered by users. Internal: not installed, not exported.
 
 #include <QString>
 
 class QUrl;
 
 /**
- * Puts a server's address into a URL: a host name, an IPv4 address or an IPv6 literal, bare or in brackets,
- * with an optional port ("fax.example.org:8080", "[::1]:8080"). Without a port none is set, so that the
- * scheme's default holds; a bare IPv6 literal is all host. Blanks around it, as pasting leaves them, do not
- * count. Returns false for anything else; the URL is then of no use.
+ * Sets the host and port of a URL: a host name, an IPv4 address or an IPv6 literal, bare or in brackets, with
+ * an optional port ("fax.example.org:8080", "[::1]:8080"). Without a port the scheme's default applies; a
+ * bare IPv6 literal is all host. White space around the address is ignored. Returns false for any other text;
+ * the URL is then unusable.
  */
 bool setServerAddress(QUrl& url, const QString& address);
 
-/// The address as it stands in a URL text: a bare IPv6 literal gets its brackets.
+/// The address as part of a URL text: a bare IPv6 literal is put in brackets.
 QString addressForUrl(const QString& address);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Telling ThreadSanitizer what it cannot see. Internal: not installed.
+// Annotations of happens-before relations for ThreadSanitizer. Internal: not installed.
 
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
@@ -18,10 +18,10 @@ void __tsan_release(void* address);
 }
 #endif
 
-/// Qt is not built for ThreadSanitizer, which therefore does not see that QThread::wait() orders what the
-/// thread did before what its waiter does, nor that a pool does so for what it runs. Who is done with an
-/// object says that it hands it over (a thread at its end, the caller of a pool), who goes on with it that it
-/// takes it over.
+/// Qt is not instrumented for ThreadSanitizer, which therefore does not know that a thread happens before the
+/// return of QThread::wait(), or that starting a runnable in a thread pool happens before it runs. The
+/// earlier side (a thread at its end, the caller of a pool) hands an object over, the later side takes it
+/// over.
 inline void tsanHandOver([[maybe_unused]] void* address)
 {
 #ifdef QDCORE_TSAN

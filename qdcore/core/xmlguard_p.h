@@ -1,54 +1,52 @@
 #pragma once
 
-// A guard in front of the XML parser. Internal: not installed, not exported.
+// Limits checked before XML is parsed. Internal: not installed, not exported.
 
 #include <QByteArray>
 #include <QString>
 
-/// Elements nested deeper than this are refused; real documents have five levels.
+/// The maximum nesting depth of elements; real documents have five levels.
 constexpr int maxXmlDepth = 256;
 
-/// More elements, texts, attributes, comments and the like than this are refused in what becomes one DOM,
-/// which takes 220 to 290 bytes for each, beside its text.
+/// The maximum number of nodes in a DOM: elements, texts, attributes, comments and the like. Each needs 220
+/// to 290 bytes plus its text.
 constexpr int maxXmlNodes = 2 * 1000 * 1000;
 
 /**
- * Finds out where the elements of a document begin and end, without parsing it, and whether a parser may have
- * it.
+ * Finds the boundaries of a document's elements without parsing it, and checks whether it is safe to parse.
  *
- * The DOM is built and destroyed by recursion: some 50,000 levels overflow the stack, and a hostile server
- * can send that in a few hundred kilobytes; compressed, it can send millions of elements in as much. This
- * looks at tags only and takes no stack. A document type with declarations of its own is refused as well: its
- * parameter entities are expanded by the parser and could hide anything from this, and no real document has
- * one. Text that is not well-formed is otherwise left to the parser, which stops at the first fault.
+ * The DOM is built and destroyed by recursion: some 50,000 levels overflow the stack, and a malicious server
+ * can send them in a few hundred kilobytes; compressed, it can send millions of elements in as much. The
+ * scanner only looks at tags and does not recurse. It also rejects a document type with declarations, which
+ * no real document has: the parser expands its parameter entities, which could hide anything from the scan.
+ * Other text that is not well-formed is left to the parser, which stops at the first error.
  *
- * The text is UTF-8 and may come in blocks of any size: next() is called with what has come so far, and goes
- * over every byte once.
+ * The input is UTF-8 and may arrive in blocks of any size; every byte is scanned once.
  */
 class XmlScanner
 {
 public:
     enum Stop {
-        NeedsMore,      ///< The text has been scanned to its end.
+        NeedsMore,      ///< The input has been scanned to its end.
         RootBegins,     ///< position() is behind the start tag of the document element.
         ChildEnds,      ///< position() is behind a child element of the document element.
-        DividerReached, ///< position() is at a divider in the text of the divided child.
+        DividerReached, ///< position() is at a divider in the text of a divided child.
         RootEnds,       ///< position() is at the end tag of the document element.
-        Unfit           ///< No parser may have this.
+        Unfit           ///< The document exceeds a limit, or has a document type with declarations.
     };
 
     XmlScanner() = default;
 
-    /// Asks for stops at a character in the text of child elements of this name.
+    /// Child elements of this name are divided: next() also stops at this character in their text.
     void setDivided(const QByteArray& name, char divider);
 
-    /// Goes on to the next stop. Each call gets the text of the last one, which may have grown.
+    /// Scans on to the next stop. @p xml is the input of the previous call, with new bytes appended.
     Stop next(const QByteArray& xml);
     int position() const { return m_position; }
 
-    /// Tells that the text has lost so many bytes at its beginning, all in front of position().
+    /// Must be called when @p count bytes were removed from the front of the input; none behind position().
     void drop(int count);
-    /// Counts nodes anew.
+    /// Restarts the count of nodes, for input that is parsed in pieces.
     void resetNodes() { m_nodes = 0; }
 
 private:
@@ -65,7 +63,7 @@ private:
     char m_divider{0};
     State m_state{Text};
     char m_quote{0};         ///< The quote that is open in a tag.
-    bool m_isCounted{false}; ///< The text in front of the next tag is.
+    bool m_isCounted{false}; ///< Whether the text before the next tag is.
     bool m_hadRoot{false};
     bool m_isDivided{false}; ///< In a child with dividers.
     int m_at{0};
@@ -75,7 +73,7 @@ private:
     int m_nodes{0};
 };
 
-/// Whether a whole text may be given to the DOM.
+/// Whether a whole document is safe to parse to a DOM.
 bool isFitForDom(const QByteArray& utf8);
 inline bool isFitForDom(const QString& xml)
 {

@@ -7,14 +7,14 @@
 
 #include <objbase.h>
 
-// Members are read by dynamicCall() and querySubObject() alone: property() finds nothing on an object that
-// gives no type information. Whatever comes back is checked for being there and for its type.
+// Members are read only by dynamicCall() and querySubObject(): property() finds nothing on an object without
+// type information. Results are checked for null and for their type.
 
 namespace {
 
 using AxPointer = QSharedPointer<QAxObject>;
 
-/// Takes an object out of the care of the one that gave it: the two may be released in any order.
+/// Takes ownership of an object from its QObject parent, so that the two can be released in any order.
 AxPointer owned(QAxObject* object)
 {
     AxPointer pointer(object);
@@ -24,7 +24,7 @@ AxPointer owned(QAxObject* object)
     return pointer;
 }
 
-/// An object of the port over an object of Outlook; null over null.
+/// A port object that wraps an object of Outlook; null for null.
 template <typename T, typename Interface>
 QSharedPointer<Interface> wrapped(QAxObject* object)
 {
@@ -48,7 +48,7 @@ int number(QAxObject& object, const char* name)
     case QMetaType::ULongLong:
         break;
     default:
-        return -1; // also where QVariant would make a number of it
+        return -1; // also for types that QVariant would convert to a number
     }
     const qlonglong wide = value.toLongLong();
     return wide >= 0 && wide <= std::numeric_limits<int>::max() ? int(wide) : -1;
@@ -68,8 +68,8 @@ public:
     QString companyName() const override { return text(*m_object, "CompanyName"); }
     QDateTime lastModificationTime() const override
     {
-        // Outlook's dates carry no time zone; they are local time, and so is the QDateTime made of one. Its
-        // toSecsSinceEpoch() therefore gives Unix seconds.
+        // Outlook's dates have no time zone; they are local time, and so is the QDateTime. So its
+        // toSecsSinceEpoch() returns Unix seconds.
         const QVariant value = m_object->dynamicCall("LastModificationTime");
         return value.type() == QVariant::DateTime ? value.toDateTime() : QDateTime();
     }
@@ -180,7 +180,7 @@ private:
 
 bool ActiveQtOutlook::enterThread()
 {
-    // refused where the thread is set up for COM in another way, which is then not ours to undo
+    // Fails if the thread uses another COM threading model; then CoUninitialize() must not be called.
     return SUCCEEDED(CoInitialize(nullptr));
 }
 

@@ -11,7 +11,7 @@ int countOf(const QSharedPointer<OutlookFolders>& folders)
     return folders ? qMax(folders->count(), 0) : 0;
 }
 
-/// Whether a folder is one of contacts, or holds one at any depth.
+/// Whether a folder is a contact folder, or contains one at any depth.
 bool leadsToContacts(const OutlookFolder& folder)
 {
     if (isContactFolder(folder))
@@ -92,7 +92,7 @@ QModelIndex ContactsOptionsOutlook::index(int row, int column, const QModelIndex
 
 QModelIndex ContactsOptionsOutlook::parent(const QModelIndex& index) const
 {
-    // the first index given is always that of a top-level folder
+    // the first index created is always that of a top-level folder
     if (!m_nameSpace || !index.isValid() || index.internalId() == 0)
         return QModelIndex();
     const QSharedPointer<OutlookFolder> parentFolder = folder(m_parentKeys.value(entryIDByIndex(index)));

@@ -26,7 +26,7 @@ void OutlookContactProvider::setEntryID(const QString& entryID, bool syncNow)
         return;
     m_entryID = entryID;
     if (m_sourceId != 0) {
-        // what they are still reading is about to be deleted, and their bracket would keep it from being so
+        // they store contacts that are about to be deleted, and the deletion waits for their bracket
         for (const auto& thread : qAsConst(m_threads)) {
             if (thread)
                 thread->requestInterruption();

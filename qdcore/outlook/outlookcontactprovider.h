@@ -8,36 +8,36 @@
 class OutlookContactProviderDisassembleThread;
 
 /**
- * The contacts of one Outlook folder, which are read and never changed.
+ * The contacts of one Outlook folder, read-only.
  *
- * A synchronisation copies the whole folder into the store by a thread; pages are read from the store alone.
- * Where there is no Outlook, and where the folder is not there or holds no contacts, nothing is found and a
- * synchronisation ends well all the same.
+ * A synchronisation copies the whole folder into the store on a background thread; pages are read from the
+ * store only. Without Outlook, or if the folder does not exist or is not a contact folder, nothing is found,
+ * and a synchronisation still ends with success.
  */
 class QDCORE_EXPORT OutlookContactProvider : public ContactProvider
 {
     Q_OBJECT
 public:
-    /// Made by ContactManager::initOutlook(). Has no folder until setEntryID().
+    /// Created by ContactManager::initOutlook(). Has no folder until setEntryID().
     explicit OutlookContactProvider(ContactManager& manager);
-    /// Waits, without limit, for the threads that are reading.
+    /// Waits for the running threads, without a time-out.
     ~OutlookContactProvider() override;
 
-    /// Chooses a folder by its key, as ContactsOptionsOutlook gives it. The contacts of the one before go
-    /// from the store at once; those of the new one come with the next synchronisation, which @p syncNow
-    /// starts unless one is running. Nothing happens when it is the folder already chosen.
+    /// Chooses a folder by its key, see ContactsOptionsOutlook. The contacts of the previous folder are
+    /// deleted from the store at once; those of the new one are added by the next synchronisation, which
+    /// @p syncNow starts unless one is running. Does nothing if the folder is already chosen.
     void setEntryID(const QString& entryID, bool syncNow);
     /// The chosen folder's key; empty for none.
     const QString& entryID() const { return m_entryID; }
 
-    /// Asks Outlook for the chosen folder and, if it holds contacts, registers it as a source in the store.
+    /// Opens the chosen folder in Outlook and, if it is a contact folder, adds it to the store as a source.
     void initSource();
 
     ContactProvider::Type type() override;
-    /// OutlookContacts alone.
+    /// Only OutlookContacts.
     QList<ContactList::Type> contactsTypeList() const override;
     //@{
-    /// Nothing can be changed: never supported, and answered with NotPermitted.
+    /// Read-only: changes are not supported and fail with NotPermitted.
     bool isAddContactSupport(ContactList::Type type) const override;
     void addContact(const ContactUnit& contact, ContactList::Type type) override;
     bool isModifyContactSupport(ContactList::Type type) const override;
@@ -45,22 +45,22 @@ public:
     bool isDeleteContactSupport(ContactList::Type type) const override;
     void deleteContact(const ContactUnit& contact, ContactList::Type type) override;
     //@}
-    /// A book other than OutlookContacts is NotSupported.
+    /// Fails with NotSupported for a book other than OutlookContacts.
     void getContacts(ContactList::Type type, const QString& filter, unsigned int offset,
                      unsigned int limit) override;
     /// Always reads the whole folder, and always ends with syncedContacts().
     void syncContacts(ContactList::Type type, bool full) override;
-    /// Whether the last synchronisation that ended changed the store. False where no folder is chosen, and
-    /// where the store cannot be written.
+    /// Whether the last completed synchronisation changed the store. False if no folder is chosen or the
+    /// store cannot be written.
     bool isStored() const { return m_isStored; }
-    /// Whether the last synchronisation that ended read the folder to its end. Where Outlook failed before,
-    /// what it gave until then is what the store holds.
+    /// Whether the last completed synchronisation read the folder to its end. If Outlook failed earlier, the
+    /// store contains what had been read until then.
     bool isRead() const { return m_isRead; }
     /// An OutlookContact.
     QSharedPointer<ContactUnit> aggregateContact(unsigned int id) override;
 
 protected Q_SLOTS:
-    /// A thread has ended: counts the synchronisation down and emits its end.
+    /// Called when a thread has ended: decrements the number of synchronisations and emits the end signals.
     void slotDisassembleContactFromThread(ContactList::Type type);
 
 private:

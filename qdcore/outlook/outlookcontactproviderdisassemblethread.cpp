@@ -7,8 +7,8 @@
 
 namespace {
 
-/// A local time as the store keeps it, in Unix seconds. 0 for none, and for one outside the store's range:
-/// Outlook's way of saying "none" is the year 4501.
+/// A local time in Unix seconds, as in the store. 0 for an invalid time and for one outside the store's
+/// range: Outlook uses the year 4501 for "none".
 unsigned int timestampOf(const QDateTime& time)
 {
     const qint64 seconds = time.isValid() ? time.toSecsSinceEpoch() : 0;
@@ -37,7 +37,7 @@ void OutlookContactProviderDisassembleThread::run()
     bool isRead = false;
     if (m_storage) {
         const bool begun = m_storage->scopeBegin();
-        // another folder may have been chosen meanwhile; the contacts of this one must not come back
+        // If another folder has been chosen meanwhile, the contacts of this one must not be stored again.
         QString name;
         ContactLocalStorage::SourceType kind;
         const bool isWanted = begun && m_storage->getSourceInfo(m_source, name, kind);

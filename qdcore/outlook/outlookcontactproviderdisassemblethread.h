@@ -11,12 +11,12 @@ class OutlookAccess;
 class OutlookItem;
 
 /**
- * Copies the contacts of an Outlook folder into the store, in the background and in one transaction: whoever
- * reads the store meanwhile sees what was there before.
+ * Copies the contacts of an Outlook folder into the store, in the background and in one transaction: until it
+ * is committed, readers of the store see the previous contacts.
  *
- * Owned and started by its provider, on whose thread it lives; only run() is on its own. Deletes itself when
- * it has run. Its destructor waits for it, without limit. Once interrupted it leaves no contacts of the
- * folder.
+ * Owned and started by its provider, on whose thread it lives; only run() runs on the new thread. Deletes
+ * itself when run() has ended, for which the destructor waits without a time-out. If it is interrupted, the
+ * store contains no contacts of the folder.
  */
 class QDCORE_EXPORT OutlookContactProviderDisassembleThread : public QThread
 {
@@ -27,16 +27,17 @@ public:
                                             QObject* parent);
     ~OutlookContactProviderDisassembleThread() override;
 
-    /// The book that the end is told of: OutlookContacts until it is set. Set before start().
+    /// The book that doneDisassembleContactFromThread() passes; OutlookContacts by default. Set before
+    /// start().
     void setContactsType(ContactList::Type type) { m_type = type; }
     /// The folder's key. Set before start().
     void setEntryID(const QString& entryID) { m_entryID = entryID; }
 
 Q_SIGNALS:
-    /// Comes before doneDisassembleContactFromThread(). @p isStored: whether the store holds what was
-    /// written; where not, it is as it was. @p isRead: whether Outlook gave the folder to its end.
+    /// Emitted before doneDisassembleContactFromThread(). @p isStored: whether the transaction was committed;
+    /// otherwise the store is unchanged. @p isRead: whether the folder was read to its end.
     void copied(bool isStored, bool isRead);
-    /// It has run, with whatever success; comes from the thread itself.
+    /// run() has ended, successfully or not; emitted from the thread itself.
     void doneDisassembleContactFromThread(ContactList::Type type);
 
 protected:
@@ -44,7 +45,7 @@ protected:
 
 private:
     void dropContacts();
-    /// Returns whether it came to the end of the folder.
+    /// Returns whether the folder was read to its end.
     bool copyFolder(const OutlookAccess& access);
     void store(const OutlookItem& item);
 

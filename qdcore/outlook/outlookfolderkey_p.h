@@ -1,6 +1,6 @@
 #pragma once
 
-// The key by which an Outlook folder is stored and found again. Internal: not installed.
+// The key that identifies an Outlook folder in the settings. Internal: not installed.
 
 #include "outlookport.h"
 
@@ -10,13 +10,13 @@ inline QString outlookFolderKey(const OutlookFolder& folder)
     return folder.entryID() + QLatin1Char(':') + folder.storeID();
 }
 
-/// Whether a key can name a folder at all.
+/// Whether a text has the form of a key.
 inline bool isOutlookFolderKey(const QString& key)
 {
     return key.contains(QLatin1Char(':'));
 }
 
-/// The folder that a key names; null when there is none.
+/// The folder with a key; null if there is none.
 inline QSharedPointer<OutlookFolder> outlookFolder(const OutlookSession& session, const QString& key)
 {
     const int colon = key.indexOf(QLatin1Char(':'));

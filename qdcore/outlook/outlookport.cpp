@@ -6,7 +6,7 @@
 
 #include <mutex>
 
-// so that the tables of virtual functions have one home
+// Out of line, so that each vtable is emitted only here.
 OutlookItem::~OutlookItem() = default;
 OutlookItems::~OutlookItems() = default;
 OutlookFolder::~OutlookFolder() = default;

@@ -6,22 +6,22 @@
 #include <QSharedPointer>
 #include <QString>
 
-// What the library uses of Microsoft Outlook, in plain types: see OutlookPort. The classes bear the names of
-// Outlook's own objects and have of their members those that are used.
+// Abstract interfaces to Microsoft Outlook, in Qt types: see OutlookPort. The classes are named after
+// Outlook's own objects and have only those of their members that the library uses.
 
-/// Something in a folder: a contact, a mail, a distribution list. For its lifetime see OutlookPort.
+/// An item in a folder: a contact, a mail, a distribution list. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookItem
 {
 public:
     static constexpr int contactClass = 40; ///< The item class of a contact.
 
     virtual ~OutlookItem();
-    /// Which fields an item has depends on its class; all others are those of a contact.
+    /// contactClass for a contact; other items may lack the fields of a contact below.
     virtual int itemClass() const = 0;
-    /// What names the item within its message store, for as long as it is not moved to another.
+    /// Identifies the item within its message store, until it is moved to another.
     virtual QString entryID() const = 0;
     //@{
-    /// Outlook's field of that name.
+    /// Outlook's field of the same name.
     virtual QString fullName() const = 0;
     virtual QString businessTelephoneNumber() const = 0;
     virtual QString businessFaxNumber() const = 0;
@@ -31,12 +31,12 @@ public:
     virtual QDateTime lastModificationTime() const = 0;
 };
 
-/// What is in a folder. For its lifetime see OutlookPort.
+/// The items of a folder. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookItems
 {
 public:
     virtual ~OutlookItems();
-    /// -1 when Outlook does not tell.
+    /// -1 if Outlook does not return it.
     virtual int count() const = 0;
     /// @p number counts from 1.
     virtual QSharedPointer<OutlookItem> item(int number) const = 0;
@@ -51,26 +51,26 @@ public:
     static constexpr int contactItems = 2; ///< The item type of a contact folder.
 
     virtual ~OutlookFolder();
-    /// As Outlook shows it.
+    /// The name that Outlook displays.
     virtual QString name() const = 0;
-    /// What names the folder within its message store.
+    /// Identifies the folder within its message store.
     virtual QString entryID() const = 0;
-    /// The identifier of the message store that holds the folder.
+    /// The identifier of the message store that contains the folder.
     virtual QString storeID() const = 0;
-    /// What new items in it are: contactItems for a contact folder.
+    /// The type of new items in it: contactItems for a contact folder.
     virtual int defaultItemType() const = 0;
-    /// The folders in it.
+    /// Its subfolders.
     virtual QSharedPointer<OutlookFolders> folders() const = 0;
-    /// What is in it apart from folders.
+    /// Its contents except subfolders.
     virtual QSharedPointer<OutlookItems> items() const = 0;
 };
 
-/// The folders in a folder, or the top-level ones. For its lifetime see OutlookPort.
+/// The subfolders of a folder, or the top-level folders. For its lifetime see OutlookPort.
 class QDCORE_EXPORT OutlookFolders
 {
 public:
     virtual ~OutlookFolders();
-    /// -1 when Outlook does not tell.
+    /// -1 if Outlook does not return it.
     virtual int count() const = 0;
     /// @p number counts from 1.
     virtual QSharedPointer<OutlookFolder> item(int number) const = 0;
@@ -83,16 +83,16 @@ public:
     static constexpr int contactsFolder = 10; ///< The default folder of contacts.
 
     virtual ~OutlookSession();
-    /// With Outlook's default arguments. A session that did not log on gives no folders.
+    /// Logs on with Outlook's default arguments. Without it the session returns no folders.
     virtual void logon() = 0;
-    /// Ends what logon() began.
+    /// Reverses logon().
     virtual void logoff() = 0;
-    /// The user's own folder of a kind, such as contactsFolder.
+    /// The user's default folder of a type, such as contactsFolder.
     virtual QSharedPointer<OutlookFolder> defaultFolder(int type) const = 0;
-    /// The folder of an identifier in a message store; null when there is none.
+    /// The folder with an identifier in a message store; null if there is none.
     virtual QSharedPointer<OutlookFolder> folderFromID(const QString& entryID,
                                                        const QString& storeID) const = 0;
-    /// The top-level folders, one a message store.
+    /// The top-level folders, one per message store.
     virtual QSharedPointer<OutlookFolders> folders() const = 0;
 };
 
@@ -101,26 +101,26 @@ class QDCORE_EXPORT OutlookApplication
 {
 public:
     virtual ~OutlookApplication();
-    /// The one session, which is logged on only after OutlookSession::logon().
+    /// The only session; OutlookSession::logon() logs it on.
     virtual QSharedPointer<OutlookSession> session() const = 0;
 };
 
 /**
- * The way to Outlook: COM on Windows, nothing elsewhere.
+ * The interface to Outlook: COM on Windows, not available elsewhere.
  *
- * The library uses it through OutlookAccess alone. Its functions are called on every thread that uses
+ * The library uses it only through OutlookAccess. Its functions are called on every thread that uses
  * Outlook.
  *
- * Objects that it leads to belong to the thread that asked for them, are shared by whoever holds them, and
- * have to be gone before that thread's OutlookAccess. A null pointer is an object that Outlook does not give:
- * it has vanished, or Outlook cannot be reached any more. A text that cannot be read is null, a number -1.
+ * Objects obtained through it belong to the thread that requested them, have shared ownership, and must be
+ * released before that thread's OutlookAccess is destroyed. A null pointer means that the object no longer
+ * exists or that Outlook is not reachable any more. A text that cannot be read is null, a number -1.
  */
 class QDCORE_EXPORT OutlookPort
 {
 public:
     virtual ~OutlookPort();
 
-    /// Readies the calling thread for Outlook. What returned true is undone by leaveThread().
+    /// Prepares the calling thread for Outlook. If it returns true, leaveThread() must be called.
     virtual bool enterThread() = 0;
     /// Once for each enterThread() that returned true, on the same thread.
     virtual void leaveThread() = 0;
@@ -129,13 +129,13 @@ public:
 
     /// The port in use.
     static QSharedPointer<OutlookPort> current();
-    /// Puts another in its place, such as one to test with; null brings back the system's own. Accesses that
-    /// exist keep theirs.
+    /// Replaces the port, for instance by a test double; null restores the system's own. Existing
+    /// OutlookAccess objects keep their port.
     static void setCurrent(const QSharedPointer<OutlookPort>& port);
 };
 
-/// Lets the thread that makes it use Outlook for as long as it lives. Any number may exist on a thread. Made
-/// and destroyed on the same one.
+/// RAII: the thread that creates it can use Outlook during its lifetime. A thread may have several. Created
+/// and destroyed on the same thread.
 class QDCORE_EXPORT OutlookAccess
 {
 public:

@@ -6,7 +6,7 @@
 #include <QUrl>
 
 /**
- * One attachment of a fax: a file that travels inside the document, or an address that the server fetches. A
+ * One attachment of a fax: a file that is sent within the document, or an address that the server fetches. A
  * value.
  */
 class QDCORE_EXPORT Attach : public IQuendraSerialization
@@ -15,8 +15,8 @@ public:
     /// Element "location".
     enum Loc {
         NotSet = 0,  ///< The attachment is not written.
-        Inline = 1,  ///< "inline": name and content count.
-        External = 2 ///< "external": the address counts.
+        Inline = 1,  ///< "inline": name and content are used.
+        External = 2 ///< "external": the address is used.
     };
 
     Attach() = default;
@@ -25,8 +25,8 @@ public:
 
     /// Not supported: false.
     bool readFax(const QDomElement& element, int protocolVersion) override;
-    /// Appends the location and what belongs to it. False without a location, with nothing written, and when
-    /// the content cannot be written.
+    /// Appends the location and its fields. False without a location, with nothing written, and if the
+    /// content cannot be written.
     bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
 
     virtual ~Attach();
@@ -39,7 +39,7 @@ public:
     const QString& name() const { return m_name; }
     void setName(const QString& name) { m_name = name; }
 
-    /// Where an external attachment is. Element "url".
+    /// The address of an external attachment. Element "url".
     const QUrl& contentUrl() const { return m_contentUrl; }
     void setContentUrl(const QUrl& url) { m_contentUrl = url; }
 

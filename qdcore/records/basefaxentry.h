@@ -10,9 +10,9 @@
 #include <QVector>
 
 /**
- * One entry of a server's fax logs, as a list of mixed entries shows it.
+ * One entry of a server's fax logs: the fields that lists of mixed entries show.
  *
- * Entries are made and filled by the log tasks and shared from then on; they are only read, never written.
+ * Entries are created by the log tasks and then shared; they are read from XML but never written.
  * Dates are local time as the server writes it. Reading an entry always succeeds: a missing element gives an
  * empty text, 0 or a null date.
  */
@@ -21,15 +21,15 @@ class QDCORE_EXPORT BaseFaxEntry : public IQuendraSerialization
 public:
     /// Which log an entry came from.
     enum FaxEntryType {
-        TypeUnknown = 0,  ///< Nobody said.
+        TypeUnknown = 0,  ///< Not set.
         TypeStatus = 1,   ///< FaxEntry: a fax being processed.
         TypeOutbound = 2, ///< OutboundFaxEntry: a fax that was sent.
         TypeInbound = 3   ///< InboundFaxEntry: a fax that was received.
     };
 
-    /// How far the fax is; the server's text is matched without regard to case.
+    /// The state of the fax; the server's text is compared without case.
     enum FaxEntryState {
-        StateUnknown = 0,         ///< No text, or one that is not among these.
+        StateUnknown = 0,         ///< No text, or any other text.
         StatePreprocessing = 1,   ///< "preprocessing"
         StatePending = 2,         ///< "pending"
         StateSending = 3,         ///< "sending"
@@ -41,8 +41,8 @@ public:
         StateRejected = 9         ///< "rejected"
     };
 
-    /// The entries of a log in the server's order, shared by all who got the signal. The list is never null,
-    /// and no entry of it is.
+    /// The entries of a log in the server's order, shared by all receivers of the signal. Neither the list
+    /// nor an entry is null.
     using FaxEntriesPtrListPtr = QSharedPointer<QVector<QSharedPointer<BaseFaxEntry>>>;
 
     BaseFaxEntry() = default;
@@ -65,12 +65,12 @@ public:
     /// Element "state" of a FaxEntry, "status" of the other two.
     FaxEntryState state() const { return m_state; }
 
-    /// Set by whoever fetched the entry: only the log tells.
+    /// Set by the task that reads the log; it is not in the entry's XML.
     FaxEntryType type() const { return m_type; }
     void setType(FaxEntryType type) { m_type = type; }
 
 protected:
-    /// Sets state() from the server's text; one that it does not know gives StateUnknown.
+    /// Sets state() from the server's text; StateUnknown for any other text.
     void setFaxEntryStatusFromString(const QString& text);
 
 private:

@@ -26,7 +26,7 @@ const QString BaseScheduleOptions::m_faxPageSizeTable[] = {
 
 namespace {
 
-/// Whether a value that may have come from a text lies in 0 to @p last.
+/// Whether a value that may have been parsed from a text is in the range 0 to @p last.
 bool inRange(int value, int last)
 {
     return static_cast<unsigned int>(value) <= static_cast<unsigned int>(last);
@@ -144,7 +144,7 @@ void readPrintOptions(BaseScheduleOptions& options, const DomChildren& children)
     if (children.read(QStringLiteral("print_receipt_printer"), text))
         options.setSelectPrinter(text);
     if (children.read(QStringLiteral("print_receipt_first"), text)) {
-        // The one boolean that is parsed leniently, and that an unknown text leaves unchanged.
+        // The only boolean that is parsed leniently; any other text leaves it unchanged.
         text = text.toLower().trimmed();
         if (text == QLatin1String("true"))
             options.setPrintWithFirstPage(true);

@@ -7,7 +7,7 @@
 #include <QString>
 
 /**
- * How a fax is scheduled and reported: what the two forms of schedule options have in common. A value.
+ * How a fax is scheduled and reported: the common base of the two kinds of schedule options. A value.
  *
  * FaxUserScheduleOptions are the user's stored defaults, FaxScheduleOptions go with one fax.
  */
@@ -16,9 +16,9 @@ class QDCORE_EXPORT BaseScheduleOptions : public IQuendraSerialization
     Q_DECLARE_TR_FUNCTIONS(BaseScheduleOptions)
 
 public:
-    /// Travels as a decimal number.
+    /// A decimal number on the wire.
     enum Priority : int { Priority0 = 0, Priority1, Priority2, Priority3, Priority4, Priority5 };
-    /// When a receipt is made.
+    /// When a receipt is created.
     enum Receipt : int {
         ReceiptAlways = 0,  ///< "always"
         ReceiptFailure = 1, ///< "failure"
@@ -32,15 +32,14 @@ public:
     };
     /// The size of the pages as they are sent.
     enum FaxPageSize : int {
-        PageSizeAuto = 0,   ///< "auto": the server's affair.
+        PageSizeAuto = 0,   ///< "auto": chosen by the server.
         PageSizeLetter = 1, ///< "letter"
         PageSizeLegal = 2,  ///< "legal"
         PageSizeA4 = 3      ///< "a4"
     };
 
     //@{
-    /// What holds until something else is set. FaxScheduleOptions leaves an option at its default out
-    /// of its document.
+    /// The initial values. FaxScheduleOptions does not write an option with its default value.
     static constexpr Priority def_priority = Priority3;
     static constexpr int def_maxTries = 3;
     static constexpr int def_tryInterval = 300;
@@ -60,8 +59,8 @@ public:
 
     virtual ~BaseScheduleOptions();
 
-    /// True as soon as any one option is at its default; false only when every one differs. tryNumber and the
-    /// two support flags do not count.
+    /// True if at least one option has its default; false only if all differ. tryNumber and the two support
+    /// flags are ignored.
     virtual bool isDefault() const;
 
     /// 0 to 5, element "priority".
@@ -73,7 +72,8 @@ public:
     int tryNumber() const { return m_tryNumber; }
     void setTryNumber(int tryNumber) { m_tryNumber = tryNumber; }
 
-    /// After how many attempts the server gives up. Element "max_tries", in the user's record "max_attempts".
+    /// The number of attempts before the server gives up. Element "max_tries", in the user's record
+    /// "max_attempts".
     int maxTries() const { return m_maxTries; }
     void setMaxTries(int maxTries) { m_maxTries = maxTries; }
 
@@ -111,21 +111,21 @@ public:
     void setSelectPrinter(const QString& name);
 
     //@{
-    /// Whether the server can print receipts. A fact about the server and not a choice of the user, so it is
-    /// set through const objects too, by whoever learns it; without it the print options are not written.
+    /// Whether the server can print receipts; otherwise the print options are not written. A property of the
+    /// server and not an option of the user, so it can be set on const objects too.
     bool isSupportReceiptOptions() const { return m_supportReceiptOptions; }
     void setSupportReceiptOptions(bool support) const { m_supportReceiptOptions = support; }
     //@}
 
     //@{
-    /// Whether the server lets the page size be chosen, likewise.
+    /// Whether the server supports a choice of the page size, likewise.
     bool isSupporFaxPageSizeOptions() const { return m_supportFaxPageSizeOptions; }
     void setSupportFaxPageSizeOptions(bool support) const { m_supportFaxPageSizeOptions = support; }
     //@}
 
 protected:
     //@{
-    /// The texts of the enumerations on the wire, by value.
+    /// The texts of the enumerators on the wire, by value.
     static constexpr int m_receiptTableSize = 3;
     static constexpr int m_receiptAttachmentTableSize = 3;
     static constexpr int m_faxPageSizeTableSize = 4;

@@ -4,8 +4,8 @@
 #include "iquendraserialization.h"
 
 /**
- * The bytes of an attachment that travels inside the fax document. A value; the bytes stay in their file
- * until the document is written.
+ * The bytes of an attachment that is sent within the fax document. A value; the file is read when the
+ * document is written.
  */
 class QDCORE_EXPORT Content : public IQuendraSerialization
 {
@@ -31,7 +31,7 @@ public:
 
     virtual ~Content();
 
-    /// Element "content_type": what is in the file. The file itself is not looked at.
+    /// Element "content_type": the type of the file, whose content is not checked.
     Type type() const { return m_type; }
     void setType(Type type) { m_type = type; }
 

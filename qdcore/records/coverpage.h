@@ -10,7 +10,7 @@
 #include <QVector>
 
 /**
- * The cover page of a fax, and each of those that a server offers. A value.
+ * The cover page of a fax, or one that a server offers. A value.
  */
 class QDCORE_EXPORT CoverPage : public IQuendraSerialization, public IQuendraStorage
 {
@@ -19,17 +19,17 @@ public:
     CoverPage(const CoverPage&) = default;
     CoverPage& operator=(const CoverPage&) = default;
 
-    /// "enabled" is required: false, and nothing changed, without it. The other elements are read if present,
-    /// but those of a disabled cover page are ignored.
+    /// "enabled" is required: false, with nothing changed, without it. The other elements are optional, and
+    /// ignored if the cover page is disabled.
     bool readFax(const QDomElement& element, int protocolVersion) override;
-    /// Appends "enabled" and, enabled or not, each further field that is not empty. Always true.
+    /// Appends "enabled" and, enabled or not, each other field that is not empty. Always true.
     bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
 
     virtual ~CoverPage();
 
-    /// A cover page is not kept in the settings: true, and nothing read.
+    /// A cover page is not stored in the settings: reads nothing and returns true.
     bool readStorage(const QDomElement& element, int protocolVersion) override;
-    /// Likewise: false, and nothing written.
+    /// Likewise: writes nothing and returns false.
     bool writeStorage(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
 
     /// Element "enabled".
@@ -40,7 +40,7 @@ public:
     const QString& name() const { return m_name; }
     void setName(const QString& name) { m_name = name; }
 
-    /// What the server calls the kind of cover page. Element "type".
+    /// The server's name for the kind of cover page. Element "type".
     const QString& type() const { return m_type; }
     void setType(const QString& type) { m_type = type; }
 

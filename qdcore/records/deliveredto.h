@@ -26,7 +26,7 @@ public:
 
     virtual ~DeliveredTo();
 
-    /// Adds the delivery that a "delivered_to" element tells of; nothing when it is null.
+    /// Adds the delivery of a "delivered_to" element; does nothing if it is null.
     void addDelivery(const QDomElement& element);
 
     /// In document order.

@@ -14,5 +14,5 @@ QDateTime EntryDate::dateTime() const
     if (!m_asWritten)
         return m_dateTime;
     const QDateTime local(m_dateTime.date(), m_dateTime.time());
-    return local.isValid() ? local : QDateTime(); // Summer time leaves local times out.
+    return local.isValid() ? local : QDateTime(); // Local times are skipped when summer time begins.
 }

@@ -8,28 +8,28 @@
 /**
  * A date of a log entry: local time as the server writes it. A value.
  *
- * Making a local time of a date and an hour asks the system about its time zone, which takes longer than
- * reading all other fields of an entry together. So it happens each time the date is asked for: of ten
- * thousand entries that are read a few dozen are shown.
+ * Conversion to a local time looks up the system's time zone, which takes longer than reading all other
+ * fields of an entry together. So dateTime() converts on each call: of ten thousand entries that are read, a
+ * few dozen are shown.
  */
 class QDCORE_EXPORT EntryDate
 {
 public:
     /// Null.
     EntryDate() = default;
-    /// A date that is given and not read; dateTime() returns it as it is.
-    // cppcheck-suppress noExplicitConstructor ; a date may stand for it
+    /// An explicit date; dateTime() returns it unmodified.
+    // cppcheck-suppress noExplicitConstructor ; an implicit conversion is intended
     EntryDate(const QDateTime& dateTime)
         : m_dateTime(dateTime)
     {}
 
-    /// The date of a text such as 2026-11-15T14:30:05; null for any other text.
+    /// Parses a text such as 2026-11-15T14:30:05; null for any other text.
     static EntryDate fromText(const QString& text);
 
-    /// Local time when it was read, else as it was given.
+    /// Local time if it was parsed, otherwise the explicit date.
     QDateTime dateTime() const;
 
 private:
     QDateTime m_dateTime;
-    bool m_asWritten{false}; ///< m_dateTime calls itself UTC, but its date and time are local.
+    bool m_asWritten{false}; ///< m_dateTime is marked as UTC, but its date and time are local.
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the log entries have in common when they are read and shown. Internal: not installed, not exported.
+// Helpers shared by the log entries. Internal: not installed, not exported.
 
 #include "contact.h"
 
@@ -8,7 +8,7 @@
 
 #include <limits>
 
-/// A contact in one line: name, fax number and organization, as far as they are set.
+/// A contact in one line: those of name, fax number and organization that are not empty.
 inline QString recipientLine(const Contact& contact)
 {
     QStringList parts{contact.name(), contact.fax(), contact.organization()};

@@ -8,7 +8,7 @@
 #include <QList>
 
 /**
- * A fax to be sent: to whom, what, under which cover page, and when. A value.
+ * A fax to be sent: recipients, attachments, cover page and schedule. A value.
  */
 class QDCORE_EXPORT FaxDocument : public IQuendraSerialization
 {
@@ -20,14 +20,14 @@ public:
     /// Not supported: false.
     bool readFax(const QDomElement& element, int protocolVersion) override;
     /// Appends "cover_page" always, one "recipient" for each contact among the recipients (groups are
-    /// skipped) and one "attachment" for each attachment that can be written (the others are left out). The
-    /// schedule options are not part of it. False when there are no recipients at all or one cannot be
-    /// written; what could be written is in the document all the same.
+    /// skipped) and one "attachment" for each attachment that can be written (the others are omitted), but
+    /// not the schedule options. False if there are no recipients or one cannot be written; the document then
+    /// contains the rest.
     bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
 
     virtual ~FaxDocument();
 
-    /// One "recipient" element each. Only contacts count; who wants to send to a group adds its members.
+    /// One "recipient" element each. Groups are skipped: to send to a group, add its members.
     const ContactList& recipients() const { return m_recipients; }
     ContactList& recipients() { return m_recipients; }
     void setRecipients(const ContactList& recipients) { m_recipients = recipients; }
@@ -45,8 +45,8 @@ public:
     const FaxScheduleOptions& faxSchedule() const { return m_faxSchedule; }
     void setFaxSchedule(const FaxScheduleOptions& options) { m_faxSchedule = options; }
 
-    /// Appends 1, 2 and so on to the name of each attachment whose name an earlier one had, after the
-    /// extension. A name made so may repeat that of a later attachment.
+    /// Appends 1, 2 and so on, after the extension, to the name of each attachment with the same name as an
+    /// earlier one. A new name may equal that of a later attachment.
     void renameDuplicateAttachments();
 
 private:

@@ -43,7 +43,7 @@ public:
     const Contact& to() const { return m_to; }
     void setTo(const Contact& to) { m_to = to; }
 
-    /// No element mirrors it.
+    /// Not set from any element.
     const ModemEntry& modemEntry() const { return m_modemEntry; }
     void setModemEntry(const ModemEntry& modemEntry) { m_modemEntry = modemEntry; }
 
@@ -63,7 +63,7 @@ public:
     QDateTime changeStateTime() const { return m_changeStateTime.dateTime(); }
     void setChangeStateTime(const QDateTime& dateTime) { m_changeStateTime = dateTime; }
 
-    /// The program that submitted the fax. Element "agent".
+    /// The program that handled the submission, as the server names it. Element "agent".
     const QString& agent() const { return m_agent; }
     void setAgent(const QString& agent) { m_agent = agent; }
 
@@ -75,10 +75,10 @@ public:
     const FaxScheduleOptions& schedule() const { return m_schedule; }
     void setSchedule(const FaxScheduleOptions& schedule) { m_schedule = schedule; }
 
-    /// Who decides about a fax that needs approval; no element mirrors it.
+    /// The user who decides on a fax that needs approval; not set from any element.
     const QString& approver() const { return m_approver; }
     void setApprover(const QString& approver) { m_approver = approver; }
-    /// When that was decided, local time; no element mirrors it.
+    /// The time of that decision, local time; not set from any element.
     QDateTime approverTime() const { return m_approverTime.dateTime(); }
     void setApproverTime(const QDateTime& dateTime) { m_approverTime = dateTime; }
 

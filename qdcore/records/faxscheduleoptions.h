@@ -15,8 +15,8 @@ public:
     FaxScheduleOptions& operator=(const FaxScheduleOptions&) = default;
 
     //@{
-    /// Takes over what the two forms of options share; date and message stay as they are. A conversion, so
-    /// that a fax takes the options of FaxUser::faxScheduleOptions() as they come.
+    /// Copies the common options; date and message are unchanged. An implicit conversion, so that a fax
+    /// accepts FaxUser::faxScheduleOptions() directly.
     // cppcheck-suppress noExplicitConstructor
     FaxScheduleOptions(const BaseScheduleOptions& options);
     FaxScheduleOptions& operator=(const BaseScheduleOptions& options);
@@ -26,20 +26,20 @@ public:
     /// Always true.
     bool readFax(const QDomElement& element, int protocolVersion) override;
     /// Appends only what differs from the defaults, "schedule_all_at" only when it lies in the future; the
-    /// print options and the page size only when the server supports them. Always true. What is left out
-    /// reads back as the reader has it: max_tries 3 comes back as 0.
+    /// print options and the page size only when the server supports them. Always true. Not a lossless round
+    /// trip: an omitted option reads back as the reader's value, so max_tries 3 is read as 0.
     bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
 
     ~FaxScheduleOptions() override;
 
-    /// As the base says, and also without a date to send.
+    /// As in the base, and also true without a date to send.
     bool isDefault() const override;
 
     /// When the fax is to be sent, local time; null: now. Element "schedule_all_at", which is UTC.
     const QDateTime& dateToSend() const { return m_dateToSend; }
     void setDateToSend(const QDateTime& dateTime) { m_dateToSend = dateTime; }
 
-    /// What the server says about the fax. Element "schedule_message", never written.
+    /// The server's message about the fax. Element "schedule_message", never written.
     const QString& scheduleMessage() const { return m_scheduleMessage; }
     void setScheduleMessage(const QString& message) { m_scheduleMessage = message; }
 

@@ -13,7 +13,7 @@ bool FaxUser::readFax(const QDomElement& element, int protocolVersion)
 
     m_usedCoverPage = isTrue(enabled.text());
     m_defaultCoverpage = name.text();
-    // A server without schedule defaults is fine: the options stay as they are.
+    // Not an error without schedule defaults: the options are then unchanged.
     m_faxScheduleOptions.readFax(element, protocolVersion);
     return true;
 }

@@ -19,9 +19,8 @@ public:
     FaxUser(const FaxUser&) = default;
     FaxUser& operator=(const FaxUser&) = default;
 
-    /// "default_cover_page_enabled" and "default_cover_page_name" are required; false when one is missing,
-    /// and then the contact may already have changed. Schedule options that are incomplete are left as they
-    /// are.
+    /// "default_cover_page_enabled" and "default_cover_page_name" are required; false if one is missing, but
+    /// the contact may have changed by then. Incomplete schedule options leave the current ones unchanged.
     bool readFax(const QDomElement& element, int protocolVersion) override;
     /// Appends contact and cover page, and with protocol version 2 the schedule options. Always true.
     bool writeFax(QDomDocument& document, QDomElement& parent, int protocolVersion) const override;
@@ -42,7 +41,7 @@ public:
     void setDefaultCoverPage(const QString& name) { m_defaultCoverpage = name; }
 
     //@{
-    /// What a new fax begins with: FaxScheduleOptions can be made of it.
+    /// The defaults of a new fax; convertible to FaxScheduleOptions.
     const FaxUserScheduleOptions& faxScheduleOptions() const { return m_faxScheduleOptions; }
     void setScheduleOptions(const FaxUserScheduleOptions& options) { m_faxScheduleOptions = options; }
     //@}
@@ -54,7 +53,7 @@ public:
     //@}
 
     //@{
-    /// Facts about the server, kept in the schedule options; see BaseScheduleOptions.
+    /// Properties of the server, stored in the schedule options; see BaseScheduleOptions.
     bool isSupportReceiptOptions() const { return m_faxScheduleOptions.isSupportReceiptOptions(); }
     void setSupportReceiptOptions(bool support) const
     {
@@ -67,7 +66,7 @@ public:
     //@}
 
 private:
-    /// Appends what both documents begin with: contact and cover page.
+    /// Appends the fields common to service and settings: contact and cover page.
     void makeXML(QDomDocument& document, QDomElement& parent, int protocolVersion) const;
 
     QuendraContact m_contact;

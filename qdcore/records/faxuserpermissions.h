@@ -3,7 +3,7 @@
 #include "iquendraserialization.h"
 
 /**
- * What the logged-in user may do with the contact books. A value.
+ * The rights of the logged-in user on the contact books. A value.
  */
 class QDCORE_EXPORT FaxUserPermissions : public IQuendraSerialization
 {
@@ -22,7 +22,7 @@ public:
     /// Both rights as bits: 1 the personal book, 2 the global book.
     unsigned int flags() const { return m_flags; }
 
-    /// Whether the user may change the personal book: so from the start, and no reply changes it.
+    /// Whether the user may change the personal book: true by default, and no reply changes it.
     bool editPersonalContactsEnabled() const { return m_flags & EditPersonalContacts; }
     void setEditPersonalContactsEnabled(bool enabled) { setFlag(EditPersonalContacts, enabled); }
 

@@ -5,8 +5,7 @@
 /**
  * The user's stored defaults for scheduling a fax, part of the user's profile. A value.
  *
- * It has other names than FaxScheduleOptions for two fields: maxAttempts is maxTries, interval is
- * tryInterval.
+ * Two fields have other names than in FaxScheduleOptions: maxAttempts is maxTries, interval is tryInterval.
  */
 class QDCORE_EXPORT FaxUserScheduleOptions : public BaseScheduleOptions
 {

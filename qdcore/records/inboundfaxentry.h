@@ -30,7 +30,7 @@ public:
     const QString& filename() const { return m_filename; }
     void setFilename(const QString& filename) { m_filename = filename; }
 
-    /// Where the received document can be downloaded. Element "location".
+    /// The address for downloading the received document. Element "location".
     QUrl location() const { return m_location.url(); }
     void setLocation(const QUrl& location) { m_location = location; }
 
@@ -46,17 +46,17 @@ public:
     const QString& error() const { return m_error; }
     void setError(const QString& error) { m_error = error; }
 
-    /// What the sending machine calls itself. Element "remote_id".
+    /// The identification sent by the remote machine. Element "remote_id".
     const QString& remoteId() const { return m_remoteId; }
     void setRemoteId(const QString& remoteId) { m_remoteId = remoteId; }
 
-    /// The text that state() was made of. Element "status".
+    /// The text from which state() was parsed. Element "status".
     const QString& status() const { return m_status; }
     /// Sets the text only.
     void setStatus(const QString& status) { m_status = status; }
 
-    /// Where the fax went in one line, "type: destination; type: destination". The last two characters of the
-    /// line are cut off whatever they are, so a last type without a destination is shortened.
+    /// All deliveries in one line, "type: destination; type: destination". The last two characters of the
+    /// line are always removed, so a last type without a destination is truncated.
     QString deliveredTo() const;
     /// The type of the first delivery, such as "email"; empty when there is none.
     QString deliveredType() const;

@@ -3,7 +3,7 @@
 #include "qdcore_global.h"
 
 /**
- * The modem that a fax goes through. A value that holds nothing: the server tells nothing about it so far.
+ * The modem used for a fax. An empty value: the server does not send any data about it.
  */
 class QDCORE_EXPORT ModemEntry
 {

@@ -8,7 +8,7 @@
 #include "sender.h"
 
 /**
- * An entry of the outbound log: a fax that was sent, or failed to be. A value.
+ * An entry of the outbound log: a fax that was sent or failed. A value.
  */
 class QDCORE_EXPORT OutboundFaxEntry : public BaseFaxEntry
 {
@@ -39,10 +39,10 @@ public:
     QUrl previewUrl() const { return m_previewUrl.url(); }
     /// Element "start_time".
     QDateTime startTime() const { return m_startTime.dateTime(); }
-    /// The program that submitted the fax. Element "agent".
+    /// The program that handled the submission, as the server names it. Element "agent".
     const QString& agent() const { return m_agent; }
-    /// Enabled when one was sent; name and comments from "cover_page_name" and "comments", the subject is the
-    /// fax's.
+    /// Enabled if one was sent; name and comments are from "cover_page_name" and "comments", the subject is
+    /// subject().
     const CoverPage& coverPage() const { return m_coverPage; }
     /// The server user who sent the fax. Element "username".
     const QString& username() const { return m_username; }

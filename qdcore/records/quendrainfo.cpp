@@ -7,15 +7,15 @@
 
 namespace {
 
-/// Whether dotted version @p a is at least @p b, comparing only the parts that both have: "1" is at least
-/// "1.4".
+/// Whether dotted version @p a is at least @p b, comparing only the components that both have: "1" is at
+/// least "1.4".
 bool isAtLeast(const QString& a, const QString& b)
 {
     const QStringList partsOfA = a.split(QLatin1Char('.'));
     const QStringList partsOfB = b.split(QLatin1Char('.'));
     const int common = qMin(partsOfA.size(), partsOfB.size());
     for (int i = 0; i < common; ++i) {
-        // A part that is no number converts to 0.
+        // A component that is not a number converts to 0.
         const uint partOfA = partsOfA.at(i).toUInt();
         const uint partOfB = partsOfB.at(i).toUInt();
         if (partOfA != partOfB)

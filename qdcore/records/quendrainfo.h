@@ -8,10 +8,10 @@
 #include <QString>
 
 /**
- * What a fax server says about itself, and which protocol version follows from it.
+ * The identity of a fax server, and the protocol version that follows from it.
  *
- * Mirrors the "about" document. A value; its fields are empty and its protocol version 1 after construction.
- * In the settings file everything is kept but the uptime, which means something only fresh from the server.
+ * Contains the fields of the "about" document. A value; initially its fields are empty and its protocol
+ * version is 1. The settings file contains all fields but the uptime, which is soon out of date.
  */
 class QDCORE_EXPORT QuendraInfo : public IQuendraSerialization, public IQuendraStorage
 {
@@ -26,16 +26,16 @@ public:
     const QString& hostname() const { return m_hostname; }
     /// Element "description": free text of the administrator.
     const QString& description() const { return m_description; }
-    /// Element "channels": the number of fax channels, as the server words it.
+    /// Element "channels": the number of fax channels, as the server's text.
     const QString& channels() const { return m_channels; }
-    /// Element "uptime", as the server words it.
+    /// Element "uptime", as the server's text.
     const QString& uptime() const { return m_uptime; }
 
-    /// 1 or 2: which elements are exchanged with this server. As of the last computeProtocolVersion().
+    /// 1 or 2; determines which elements are exchanged. Set by the last computeProtocolVersion().
     int protocolVersion() const { return m_protocolVersion; }
 
     //@{
-    /// Stores the value only; the protocol version stays until it is computed again.
+    /// Does not update the protocol version; call computeProtocolVersion().
     void setModel(const QString& model);
     void setVersion(const QString& version);
     void setSerial(const QString& serial);
@@ -45,7 +45,7 @@ public:
     void setUptime(const QString& uptime);
     //@}
 
-    /// Computes the protocol version from model and version. Reading does so by itself.
+    /// Computes the protocol version from model and version. The read functions call it.
     void computeProtocolVersion();
 
     /// Reads the children of the reply's root element. False, with nothing changed, without "model" or

@@ -1,7 +1,7 @@
 #pragma once
 
-// Reading records from the children of an element that has more to give: the entries of a log are many, and
-// their children are walked once. Internal: not installed.
+// Reads several records from the children of one element, which are walked only once, since a log has many
+// entries. Internal: not installed.
 
 class BaseScheduleOptions;
 class DomChildren;
@@ -9,7 +9,7 @@ class FaxScheduleOptions;
 class Recepient;
 class Sender;
 
-/// Each reads what readFax() of the record reads, and returns what it returns.
+/// Same fields and result as the record's readFax().
 bool readFields(Sender& sender, const DomChildren& children);
 bool readFields(Recepient& recipient, const DomChildren& children);
 bool readFields(FaxScheduleOptions& options, const DomChildren& children);

@@ -13,14 +13,15 @@
 
 namespace {
 
-/// As many contacts the row trigger may take one by one; for more, dropping and making it anew is cheaper.
+/// Up to this number of contacts the row trigger runs for each; for more, dropping and recreating it is
+/// cheaper.
 const uint fewContacts = 32;
 
 const quint32 anyId = std::numeric_limits<quint32>::max();
 
 using Lock = std::lock_guard<std::recursive_mutex>;
 
-/// What a filter leaves open, and its values in the order in which they are bound.
+/// The form of a filter, and its values in the order in which they are bound.
 StoreFilter filterOf(quint32 source, quint32 type, quint32 location, QVector<QVariant>& values)
 {
     values = {source};
@@ -33,8 +34,8 @@ StoreFilter filterOf(quint32 source, quint32 type, quint32 location, QVector<QVa
     return type ? StoreFilter::Type : StoreFilter::None;
 }
 
-/// Whether a text from a server may become part of a statement as the number it is. One with leading zeros
-/// may not: as a number it has none, so the contact that is stored under it would be deleted.
+/// Whether a text from a server is safe as a number in an SQL statement. Leading zeros are not: they are lost
+/// in a number, so the contact that is stored with them would be deleted.
 bool isObjectId(const QString& text)
 {
     if (text.size() > 1 && text.startsWith(QLatin1Char('0')))
@@ -54,14 +55,15 @@ QString conditionOf(QString deletion)
 
 } // namespace
 
-/// What a thread has: a connection and, while one is open, a bracket on it.
+/// The data of a thread: a connection and, while one is open, its bracket.
 struct ContactLocalStorage::Thread
 {
     Thread(const QString& name, const QString& file)
         : connection(name, file)
     {}
 
-    /// Runs a statement that writes, unless the bracket has failed; where it fails so does the bracket.
+    /// Runs a statement that writes, unless the bracket has failed; if the statement fails, so does the
+    /// bracket.
     template <typename... Values>
     bool write(StoreStatement statement, const Values&... values)
     {
@@ -86,7 +88,7 @@ ContactLocalStorage::ContactLocalStorage(QObject* parent)
     const QString path = folder();
     if (!QDir(path).exists() && !QDir().mkpath(path))
         QD_LOG(ERROR, tr("Error creating path %1", "Logger").arg(path));
-    makePrivate(m_file); // SQLite gives the files beside it, a journal, the same permissions
+    makePrivate(m_file); // SQLite creates its journal files with the same permissions
     if (!checkDB() && !makeDB())
         QD_LOG(ERROR, tr("Error creating database", "Logger"));
 }
@@ -116,8 +118,8 @@ bool ContactLocalStorage::checkDB()
 
 bool ContactLocalStorage::makeDB()
 {
-    // In one transaction: a program that died between the tables and the triggers would leave a file that
-    // passes for whole.
+    // In one transaction: a crash between the tables and the triggers would leave an incomplete schema that
+    // checkDB() accepts.
     StoreConnection& connection = getDbForThread().connection;
     const auto run = [&connection](StoreStatement text) { return connection.execute(storeStatement(text)); };
     bool ok = run(StoreStatement::Begin);
@@ -157,7 +159,7 @@ StoreConnection& ContactLocalStorage::settled()
 ContactLocalStorage::Thread* ContactLocalStorage::writer()
 {
     Thread& thread = getDbForThread();
-    // A thread that gave up its connection within a bracket has lost what it wrote.
+    // If a thread has closed its connection within a bracket, its writes are lost.
     const bool isLost = m_depth && !thread.bracket;
     return isLost || thread.hasFailed() ? nullptr : &thread;
 }
@@ -317,7 +319,7 @@ void ContactLocalStorage::deleteContactsNotListed(quint32 source, ContactType ty
 
     const Lock lock(m_transactionMutex);
     QStringList uids(listed);
-    QStringList ids; // of the contacts whose uids may not become part of a statement
+    QStringList ids; // row ids of the contacts whose uids are not safe in a statement
     for (const QString& uid : replied) {
         if (isObjectId(uid))
             uids.append(uid);
@@ -356,8 +358,8 @@ void ContactLocalStorage::deleteMany(const QString& condition, const QString& st
         return;
     }
 
-    // The row trigger scans two tables for each contact that is deleted. Its work is done here for all of
-    // them by one statement, and the trigger is dropped only inside a transaction, where no other connection
+    // The row trigger scans two tables for each deleted contact. Instead, one statement per table does its
+    // work for all contacts, and the trigger is dropped inside a transaction, so that no other connection
     // sees the schema without it.
     const auto run = [&db](StoreStatement text) { return db.execute(storeStatement(text)); };
     const bool own = !thread->bracket;
@@ -454,7 +456,7 @@ ContactList ContactLocalStorage::units(ContactFactory factory, quint32 source, C
 {
     QVector<QPair<quint32, ContactRow>> found; // with their ids
     {
-        // All rows before any members: those are read by the same statement.
+        // Read all rows before any members, since members are read with the same prepared statement.
         QVector<QVariant> values;
         const StoreStatement list = listOf(source, type, location, group, offset, limit, values);
         StoreRows rows = settled().runList(list, true, limit != 0, values);

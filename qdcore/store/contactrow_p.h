@@ -23,7 +23,7 @@ struct ContactRow
     QString email;
     QString organization;
 
-    /// The row of an id. Nothing when there is none, or no store.
+    /// The row with an id. Empty if there is none, or no store.
     static std::optional<ContactRow> read(ContactLocalStorage* storage, quint32 id)
     {
         ContactRow row;
@@ -35,7 +35,7 @@ struct ContactRow
         return std::nullopt;
     }
 
-    /// The unit that a factory makes of it; may be null.
+    /// The unit that a factory creates from it; may be null.
     QSharedPointer<ContactUnit> build(ContactLocalStorage::ContactFactory factory, const ContactList& members,
                                       void* userData) const
     {

@@ -2,8 +2,8 @@
 
 namespace {
 
-/// Whether a text comes back from the database as it is: invalid UTF-16 and what begins with a byte order
-/// mark, which is taken off or obeyed, does not, so no map finds it.
+/// Whether a text survives a round trip through the database unchanged, so that the cache can find it: not
+/// invalid UTF-16, nor a text that begins with a byte order mark, which is removed or obeyed.
 bool isStoredAsIs(const QString& text)
 {
     return text.isValidUtf16() && !text.startsWith(QChar(QChar::ByteOrderMark)) &&
@@ -28,7 +28,7 @@ void StoreBracket::fail()
     m_newLinks.clear();
     m_books.clear();
     m_members.clear();
-    // Fails where SQLite did it by itself.
+    // Fails if SQLite has already rolled back by itself.
     m_connection.execute(storeStatement(StoreStatement::Rollback));
 }
 
@@ -59,7 +59,7 @@ quint32 StoreBracket::addContact(const ContactRow& contact)
         id = m_nextId++;
         m_newContacts.append({id, contact});
     } else {
-        // The database says where ids begin; from there on they are consecutive.
+        // The database assigns the first id; the next ones are consecutive.
         StoreRows rows =
             m_connection.run(StoreStatement::InsertContact, contact.uid, contact.type, contact.location,
                              contact.source, contact.timestamp, contact.name, contact.description,
@@ -76,7 +76,7 @@ quint32 StoreBracket::addContact(const ContactRow& contact)
     if (known != m_books.end() && isStoredAsIs(contact.uid))
         known->ids.insert(contact.uid, id);
     else if (known != m_books.end())
-        m_books.erase(known); // Only the database knows under what uid the contact will be found.
+        m_books.erase(known); // Only the database knows the uid as stored.
     if (m_newContacts.size() >= storeRowsAtOnce)
         writeContacts();
     return m_failed ? 0 : id;
@@ -147,7 +147,7 @@ void StoreBracket::forgetContact(quint32 id)
         return;
     StoreRows rows = m_connection.run(StoreStatement::ContactInfo, id);
     if (!rows.next())
-        return; // no row, no trigger: the memberships of such an id stay
+        return; // Without a row the trigger does not run, so the memberships of such an id remain.
     const QString uid = rows.text(0);
     const auto known = m_books.find({rows.number(3), rows.number(1), rows.number(2)});
     if (known != m_books.end() && known->repeated.contains(uid))
@@ -172,7 +172,7 @@ StoreBracket::Uids* StoreBracket::book(const Book& book)
     StoreRows rows = m_connection.run(StoreStatement::ListUids, source, type, location);
     Uids& uids = m_books[book];
     while (rows.next()) {
-        // Of several rows with one uid the plain statement finds the first; it never finds NULL.
+        // As the statement FindContact: of several rows with the same uid the first, and never NULL.
         const QString uid = rows.text(0);
         if (rows.isNull(0))
             continue;
@@ -183,7 +183,7 @@ StoreBracket::Uids* StoreBracket::book(const Book& book)
     }
     if (rows.isComplete())
         return &uids;
-    fail(); // Whom the map lacks would be added twice.
+    fail(); // Contacts missing from the cache would be added twice.
     return nullptr;
 }
 

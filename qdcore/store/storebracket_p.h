@@ -1,6 +1,6 @@
 #pragma once
 
-// What a transaction bracket of the contact store knows and has yet to write. Internal: not installed, not
+// The caches and write buffers of a transaction bracket of the contact store. Internal: not installed, not
 // exported.
 
 #include "contactrow_p.h"
@@ -14,52 +14,52 @@
 /**
  * A transaction bracket.
  *
- * It is atomic. On a full disk SQLite rolls the transaction back by itself, and whatever ran after that would
- * be committed row by row; so the first write that fails, or a beginning that fails, makes the bracket a
- * failed one: it is rolled back at once, and nothing is written any more.
+ * It is atomic. On a full disk SQLite rolls the transaction back by itself, and later statements would be
+ * committed row by row. So if the transaction cannot begin, or a write fails, the bracket fails: it is rolled
+ * back at once, and nothing more is written.
  *
- * The tables have no index, so looking a contact up by its uid is a scan, and a book of n contacts would cost
- * n². While a bracket runs no other connection can write, so it caches the uids, one book at a time, and the
- * memberships, and buffers new rows until many can be inserted by one statement. Whoever reads the tables by
- * other means calls settle() before.
+ * The tables have no index, so a lookup by uid is a scan, and storing a book of n contacts would be O(n²).
+ * During a bracket no other connection can write, so it caches the uids of each book used and the
+ * memberships, and buffers new rows to insert many by one statement. Call settle() before reading the tables
+ * directly.
  *
  * Belongs to the thread that began the bracket.
  */
 class StoreBracket
 {
 public:
-    /// Begins a transaction. Where that fails so has the bracket.
+    /// Begins a transaction. If that fails, the bracket has failed.
     explicit StoreBracket(StoreConnection& connection);
     Q_DISABLE_COPY(StoreBracket)
 
     bool isFailed() const { return m_failed; }
-    /// A write failed: rolls back, which makes the ids that it gave out void.
+    /// Called after a failed write: rolls back, which invalidates the ids returned so far.
     void fail();
-    /// Whether contacts that had got an id are lost; tells it once.
+    /// Whether contacts whose id was returned have been lost; resets the flag.
     bool takeLost() { return std::exchange(m_lost, false); }
     /// Flushes the buffers and commits, or rolls back.
     void end();
 
-    /// The id of the contact with that source, type, location and uid, 0 when there is none.
+    /// The id of the contact with this source, type, location and uid, 0 if there is none.
     quint32 contactId(quint32 source, quint32 type, quint32 location, const QString& uid);
 
-    /// Adds a contact that contactId() does not know. Returns its id, 0 when the bracket has failed.
+    /// Adds a contact for which contactId() returns 0. Returns its id, 0 if the bracket has failed.
     quint32 addContact(const ContactRow& contact);
 
-    /// Whether a contact has yet to be written.
+    /// Whether a contact is buffered and not yet written.
     bool isPending(quint32 id) const;
 
     bool hasLink(quint32 contact, quint32 group);
     void addLink(quint32 contact, quint32 group);
 
-    /// Forgets the memberships of a contact, of a group or, with both, of the contact in the group. Returns
-    /// false when there are none, so that nothing needs to be deleted.
+    /// Removes from the cache the memberships of a contact, of a group or, with both, of the contact in the
+    /// group. Returns false if there are none, so that nothing needs to be deleted.
     bool removeLinks(quint32 contact, quint32 group);
 
     /// Flushes the buffers.
     void settle();
 
-    /// Flushes, and invalidates the caches: rows will be deleted.
+    /// Flushes the buffers and clears the caches, before rows are deleted.
     void forget();
     /// Likewise for one contact.
     void forgetContact(quint32 id);
@@ -69,14 +69,14 @@ private:
     struct Uids
     {
         QHash<QString, quint32> ids;
-        QSet<QString> repeated; ///< Those of several rows; ids has the first.
+        QSet<QString> repeated; ///< Uids of several rows; ids contains the first row.
     };
 
     Uids* book(const Book& book);
     bool loadLinks();
     void writeContacts();
     void writeLinks();
-    /// Runs a statement that writes; false, and the bracket has failed, when it does not run.
+    /// Runs a statement that writes; if it fails, returns false, and the bracket has failed.
     template <typename... Values>
     bool write(StoreStatement statement, const Values&... values)
     {
@@ -90,9 +90,9 @@ private:
     bool m_failed;
     bool m_lost{false};
     QMap<Book, Uids> m_books;
-    QHash<quint32, QSet<quint32>> m_members; ///< From group to its contacts.
+    QHash<quint32, QSet<quint32>> m_members; ///< The contacts of each group.
     bool m_hasLinks{false};                  ///< m_members is loaded.
-    quint32 m_nextId{0};                     ///< The id that the next new contact will have, 0 while unknown.
+    quint32 m_nextId{0};                     ///< The id of the next new contact, 0 while unknown.
     QVector<QPair<quint32, ContactRow>> m_newContacts;
     QVector<QPair<quint32, quint32>> m_newLinks; ///< Contact and group.
 };

@@ -4,7 +4,8 @@ StoreConnection::StoreConnection(const QString& name, const QString& path)
     : m_name(name)
     , m_thread(QThread::currentThread())
 {
-    // A name that is taken is that of a store beside this one, or was left by a thread that never freed it.
+    // An existing name belongs to another store object, or to an ended thread that did not free its
+    // connection.
     if (QSqlDatabase::contains(name)) {
         m_database = QSqlDatabase::database(name, false);
         if (!m_database.isValid() || m_database.databaseName() != path) {
@@ -17,7 +18,7 @@ StoreConnection::StoreConnection(const QString& name, const QString& path)
         m_database.setDatabaseName(path);
     }
     if (!m_database.isOpen())
-        m_database.open(); // cppcheck-suppress ignoredReturnErrorCode ; every statement asks isOpen()
+        m_database.open(); // cppcheck-suppress ignoredReturnErrorCode ; every statement checks isOpen()
 }
 
 StoreConnection::~StoreConnection()

@@ -14,13 +14,13 @@
 #include <QVector>
 
 /**
- * The rows of a statement that ran. The statement is reset when this goes: an open cursor would make the
+ * The result rows of a statement. RAII: the destructor resets the statement, since an open cursor would make
  * commits of other connections fail.
  */
 class StoreRows
 {
 public:
-    /// Takes a prepared query whose values are bound, and runs it. Null: the statement could not be prepared.
+    /// Runs a prepared query with bound values. Null: the statement could not be prepared.
     explicit StoreRows(QSqlQuery* query)
         : m_query(query)
         , m_ok(query && query->exec())
@@ -32,10 +32,10 @@ public:
     }
     Q_DISABLE_COPY(StoreRows)
 
-    /// Whether the statement ran.
+    /// Whether the statement succeeded.
     bool ok() const { return m_ok; }
     bool next() { return m_ok && m_query->next(); }
-    /// After the last row: whether that was the end, and not an error in the middle.
+    /// After the last row: whether all rows were read without an error.
     bool isComplete() const { return m_ok && !m_query->lastError().isValid(); }
 
     quint32 number(int column) const { return m_query->value(column).toUInt(); }
@@ -49,22 +49,22 @@ private:
 };
 
 /**
- * A named connection to the contact database and the statements prepared on it. Belongs to the thread that
- * made it.
+ * A named connection to the contact database and its prepared statements. Belongs to the thread that created
+ * it.
  *
- * The destructor closes the connection and takes its name out of Qt's list: the name comes from the address
- * of a thread, and Qt refuses a connection that another thread made.
+ * The destructor closes the connection and removes its name from Qt's list: the name contains the address of
+ * the thread, which may be reused, and Qt rejects a connection created by another thread.
  */
 class StoreConnection
 {
 public:
-    /// Opens the file. Where that fails every statement fails.
+    /// Opens the file. If that fails, every statement fails.
     StoreConnection(const QString& name, const QString& path);
     ~StoreConnection();
     Q_DISABLE_COPY(StoreConnection)
 
-    /// Whether the connection still serves the calling thread: not when it was made by a thread that is gone
-    /// and whose address is used again, or when its name was taken out of Qt's list.
+    /// Whether the calling thread can use the connection: not if it was created by an ended thread whose
+    /// address has been reused, or if its name has been removed from Qt's list.
     bool isUsable() const { return m_thread == QThread::currentThread() && m_database.isValid(); }
 
     bool isOpen() const { return m_database.isOpen(); }
@@ -84,20 +84,20 @@ public:
 
     /// Likewise with the values in a list.
     StoreRows run(StoreStatement statement, const QVector<QVariant>& values);
-    /// Runs a list statement in the form asked for.
+    /// Runs a list statement in one of its forms, see storeListStatement().
     StoreRows runList(StoreStatement list, bool whole, bool paged, const QVector<QVariant>& values);
 
-    /// Runs a text that is not worth keeping prepared. Returns whether it ran.
+    /// Runs an SQL text once, without caching the prepared statement. Returns whether it succeeded.
     bool execute(const QString& text, const QVector<QVariant>& values = {});
-    /// The first column of the first row of such a text, null when there is none.
+    /// Likewise; returns the first column of the first row, null if there is none.
     QVariant first(const QString& text, const QVector<QVariant>& values = {});
 
-    /// A value as it is bound: texts never as NULL, which nothing equals and nothing is like.
+    /// A value for binding. A null QString is bound as an empty text, since NULL matches neither = nor LIKE.
     static QVariant bound(quint32 number) { return number; }
     static QVariant bound(const QString& text) { return text.isNull() ? QVariant(QLatin1String("")) : text; }
 
 private:
-    /// The prepared statement, null when it cannot be prepared. The other two are for list statements.
+    /// The prepared statement, null if it cannot be prepared. @p whole and @p paged are for list statements.
     QSqlQuery* prepared(int statement, bool whole = false, bool paged = false);
     static QSqlQuery* withValues(QSqlQuery* query, const QVector<QVariant>& values);
 

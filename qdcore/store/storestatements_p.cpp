@@ -4,7 +4,7 @@ namespace {
 
 /// Indexed by StoreStatement.
 const char* const statements[] = {
-    // The schema. No index and no pragma: the file is shared with other programs of the user.
+    // The schema. No index and no pragma, since the user's other programs share the file.
     "CREATE TABLE IF NOT EXISTS contacts (id INTEGER PRIMARY KEY AUTOINCREMENT, uid TEXT, type INTEGER NOT "
     "NULL, location INTEGER NOT NULL, source INTEGER NOT NULL, timestamp INTEGER, name TEXT, description "
     "TEXT, phone TEXT, fax TEXT, email TEXT, organization TEXT, FOREIGN KEY(source) REFERENCES sources(id));",

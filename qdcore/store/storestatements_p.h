@@ -1,13 +1,13 @@
 #pragma once
 
-// Every statement that the contact store runs. Internal: not installed, not exported.
+// All SQL statements of the contact store. Internal: not installed, not exported.
 
 #include <QString>
 
-/// What a list, a deletion or a look at timestamps is restricted to beyond the source.
+/// The columns besides the source that restrict a list, a deletion or a query of timestamps.
 enum class StoreFilter { None, Type, Location, LocationAndType };
 
-/// A statement of the store; storeStatement() has its text.
+/// A statement of the store; storeStatement() returns its text.
 enum class StoreStatement {
     CreateContacts,
     CreateSources,
@@ -15,7 +15,7 @@ enum class StoreStatement {
     CreateGroups,
     CreateDeleteSource,
     CreateDeleteContact,
-    SchemaEnd, ///< The schema is created by all before this, in this order.
+    SchemaEnd, ///< The statements before this create the schema, in this order.
 
     FindSource = SchemaEnd,
     InsertSource,
@@ -33,10 +33,10 @@ enum class StoreStatement {
     LastContactId,
 
     DeleteContacts,                           ///< The first of four, by StoreFilter.
-    DeleteContactsNotIn = DeleteContacts + 4, ///< The first of four, each to be completed by ids and ");".
+    DeleteContactsNotIn = DeleteContacts + 4, ///< The first of four; the caller appends ids and ");".
     LastTimestamp = DeleteContactsNotIn + 4,  ///< The first of four.
     ListContacts = LastTimestamp + 4,         ///< The first of four.
-    ListContactsOfGroup = ListContacts + 4,   ///< The first of three: none has all restrictions.
+    ListContactsOfGroup = ListContacts + 4,   ///< The first of three: there is none for LocationAndType.
 
     FindLink = ListContactsOfGroup + 3,
     InsertLink,
@@ -54,20 +54,19 @@ enum class StoreStatement {
     SearchLimited,
     SearchSource,
     SearchSourceLimited,
-    SearchSecondSourceLimited, ///< Does not parse, on purpose: see ContactLocalStorage::quickSearch().
+    SearchSecondSourceLimited, ///< Deliberately invalid SQL: see ContactLocalStorage::quickSearch().
     SearchSources,
     SearchSourcesLimited,
 
-    // Brackets. A deferred transaction that has read and then writes beside another writer fails at once;
-    // this one waits for its turn at its beginning.
+    // Brackets. A deferred transaction that reads and then writes fails at once if another connection is
+    // writing; an immediate one waits when it begins.
     Begin,
     Commit,
     Rollback,
-    SpillOff, ///< Keeps readers from being locked out once 2 MB of pages are dirty. Leaves no trace in the
-              ///< file.
+    SpillOff, ///< Otherwise readers are locked out once 2 MB of pages are dirty. Does not change the file.
     SpillOn,
 
-    // Within a bracket: what the plain statements would do, for many rows at once.
+    // Within a bracket: like the statements above, but for many rows at once.
     InsertContacts,
     InsertContactWithId,
     InsertLinks,
@@ -94,11 +93,11 @@ inline StoreStatement operator+(StoreStatement statement, StoreFilter filter)
     return statement + static_cast<int>(filter);
 }
 
-/// Rows of one InsertContacts or InsertLinks: a statement takes 999 values in any SQLite.
+/// Rows of one InsertContacts or InsertLinks: every SQLite accepts up to 999 values per statement.
 const int storeRowsAtOnce = 64;
 
 QString storeStatement(StoreStatement statement);
 
-/// The form of a list statement that gives whole contacts instead of ids, and that takes a limit and an
-/// offset.
+/// A form of a list statement: @p whole returns all columns of the contacts instead of ids, @p paged accepts
+/// a limit and an offset.
 QString storeListStatement(StoreStatement list, bool whole, bool paged);

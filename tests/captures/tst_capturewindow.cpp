@@ -8,7 +8,6 @@
 #include <QLabel>
 #include <QSettings>
 #include <QSortFilterProxyModel>
-#include <QThreadPool>
 
 namespace {
 
@@ -18,18 +17,6 @@ class Model : public PrintCaptureModelBase
 public:
     using PrintCaptureModelBase::PrintCaptureModelBase;
     using PrintCaptureModelBase::setPages;
-
-    QString longName; ///< Shown instead of "long.pdf": file systems do not allow such names.
-
-protected:
-    bool addEntry(QFileInfo& file) override
-    {
-        Entry entry = entryOf(file);
-        if (!longName.isEmpty() && entry.name == s("long.pdf"))
-            entry.name = entry.toolTip = longName;
-        appendEntry(entry);
-        return true;
-    }
 };
 
 class Window : public PrintCaptureBase
@@ -80,10 +67,9 @@ class CaptureWindowTest : public CaptureTest
     {
         QStringList texts;
         for (int row = 0; row < m_table->model()->rowCount(); ++row)
-            texts.append(shownName(row));
+            texts.append(m_table->model()->index(row, 0).data().toString());
         return texts;
     }
-    QString shownName(int row) const { return m_table->model()->index(row, 0).data().toString(); }
 
     std::unique_ptr<QSettings> m_settings;
     std::unique_ptr<Model> m_model;
@@ -110,17 +96,8 @@ private Q_SLOTS:
         open();
         QCOMPARE(m_window->windowTitle(), s("Print Captures"));
         QVERIFY(m_window->isModal() && !(m_window->windowFlags() & Qt::WindowContextHelpButtonHint));
-        QCOMPARE(m_window->minimumSize(), QSize(650, 195));
         QCOMPARE(textOf("label") + textOf("status"), s("Status:Idle"));
-        for (const char* button : {"Delete All", "Close"}) {
-            const QString name = s("pushButton") + s(button).remove(QLatin1Char(' '));
-            QCOMPARE(m_window->findChild<QPushButton*>(name)->text(), s(button));
-        }
-        QVERIFY(m_table->alternatingRowColors() && m_table->focusPolicy() == Qt::NoFocus);
-        QCOMPARE(m_table->selectionMode(), QAbstractItemView::SingleSelection);
-        QCOMPARE(m_table->selectionBehavior(), QAbstractItemView::SelectRows);
-        QCOMPARE(m_table->verticalHeader()->defaultSectionSize(), 20);
-
+        QCOMPARE(m_table->focusPolicy(), Qt::NoFocus);
         const auto* header = qobject_cast<ActionBarHeaderView*>(m_table->horizontalHeader());
         QVERIFY(header); // the library's class, by a cast in another module
         QCOMPARE(header->actionColumn(), 3);
@@ -155,22 +132,19 @@ private Q_SLOTS:
     void oddNames()
     {
         QStringList odd{s("\u202Efdp.evil.pdf"), QString(240, QLatin1Char('n')) + s(".pdf"),
-                        s("%1 & %2 &lt;.pdf"), s("long.pdf")};
+                        s("%1 & %2 &lt;.pdf")};
 #ifndef Q_OS_WIN // which has no such names
         odd += {s("<b>bold.pdf"), s("two\nlines.pdf")};
 #endif
         add(odd);
-        m_model->longName = s("<i>") + QString(500, QLatin1Char('m'));
         open();
         m_window->grab(); // paints them all
         Opener opener;
-        for (int row = 0; row < odd.size(); ++row) {
-            QCOMPARE(m_table->model()->index(row, 0).data(Qt::ToolTipRole).toString(), shownName(row));
+        for (int row = 0; row < odd.size(); ++row)
             click(row, 1);
-        }
         QCOMPARE(opener.opened.size(), odd.size());
         for (const QString& name : odd) {
-            QVERIFY(shownTexts().contains(name == s("long.pdf") ? m_model->longName : name));
+            QVERIFY(shownTexts().contains(name));
             QVERIFY(opener.opened.contains(QUrl::fromLocalFile(path(name))));
         }
         while (m_table->model()->rowCount() > 0) {
@@ -305,11 +279,9 @@ private Q_SLOTS:
                                   s("\r\nThe file %1 cannot be found.").arg(path(name)));
             QVERIFY(wanted.isEmpty() && m_window && m_window->isVisible());
         }
-        // deleting a file that is gone: logged, and the table is up to date again
+        // deleting a file that is gone brings the table up to date again
         const BoxAnswer yes(QMessageBox::Yes);
         click(0, 2);
-        QCOMPARE(m_log->messages(s("WARNING")),
-                 QStringList{s("printcapturemodelbase.cpp Can't delete file ") + path(name)});
         QCOMPARE(m_table->model()->rowCount(), 0);
     }
 

@@ -13,8 +13,6 @@
 
 #include <typeinfo>
 
-Q_DECLARE_METATYPE(ContactUnitPtr)
-
 namespace {
 
 template <typename T>
@@ -54,50 +52,43 @@ class ContactModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void contactUrl_data()
-    {
-        const Rows<QString, QString> row("xml", "url");
-
-        row("contact_url", elements("contact_url=http://h/qdws/v1/7"), "http://h/qdws/v1/7");
-        row("user_url alone", elements("user_url=http://h/u"), "http://h/u");
-        row("both", elements("user_url=http://h/u contact_url=http://h/c"), "http://h/c");
-        row("an empty contact_url still wins", elements("contact_url= user_url=http://h/u"), "");
-        row("https", elements("contact_url=https://h:8443/c?a=1"), "http://h:8443/c?a=1");
-        row("capitals", elements("user_url=HTTPS://h/c"), "http://h/c");
-        row("ftp", elements("contact_url=ftp://h/c"), "ftp://h/c");
-        row("blank in the path", "<contact_url>http://h/a b</contact_url>", "http://h/a%20b");
-        row("missing", "<name>n</name>", "");
-        row("nested too deep", "<x><contact_url>http://h/c</contact_url></x>", "");
-    }
     void contactUrl()
     {
-        QFETCH(QString, xml);
-        QFETCH(QString, url);
-
-        QuendraContact contact = withUrl(QString(), s("http://old/1"));
-        contact.setUser(s("kept"));
-        QVERIFY(readFax(contact, xml));
-        QCOMPARE(contact.url().toString(QUrl::FullyEncoded), url);
-        QCOMPARE(contact.user(), s("kept"));
+        const std::pair<QString, const char*> urls[] = {
+            {elements("contact_url=http://h/qdws/v1/7"), "http://h/qdws/v1/7"},
+            {elements("user_url=http://h/u"), "http://h/u"},
+            {elements("user_url=http://h/u contact_url=http://h/c"), "http://h/c"},
+            {elements("contact_url= user_url=http://h/u"), ""}, // empty, it still wins
+            {elements("contact_url=https://h:8443/c?a=1"), "http://h:8443/c?a=1"},
+            {elements("user_url=HTTPS://h/c"), "http://h/c"},
+            {elements("contact_url=ftp://h/c"), "ftp://h/c"},
+            {tag("contact_url", "http://h/a b"), "http://h/a%20b"},
+            {s("<name>n</name>"), ""},
+            {s("<x><contact_url>http://h/c</contact_url></x>"), ""}};
+        for (const auto& [xml, url] : urls) {
+            QuendraContact contact = withUrl(QString(), s("http://old/1"));
+            contact.setUser(s("kept"));
+            QVERIFY(readFax(contact, xml));
+            QCOMPARE(contact.url().toString(QUrl::FullyEncoded), s(url));
+            QCOMPARE(contact.user(), s("kept"));
+        }
     }
 
-    void contactXml_data()
-    {
-        const Rows<QString, QString, QString> row("fax", "storage", "texts");
-        row("empty", "", elements("name= fax_number="), "|||||");
-        const QString some = elements("name=A&lt;B email_address=a@b");
-        row("some", some, some + elements("fax_number="), "A<B|a@b||||");
-        const QString full = elements("name=n email_address=e phone_number=p fax_number=f organization=o");
-        row("full", elements("contact_url=http://h/1 username=u") + full, full, "n|e|p|f|o|u");
-    }
     void contactXml()
     {
-        QFETCH(QString, fax);
-        QuendraContact contact;
-        QVERIFY(readFax(contact, fax));
-        QTEST(spelled(contact) + QLatin1Char('|') + contact.user(), "texts");
-        QCOMPARE(writtenFax(contact), fax);
-        QTEST(writtenStorage(contact), "storage");
+        const QString some = elements("name=A&lt;B email_address=a@b");
+        const QString full = elements("name=n email_address=e phone_number=p fax_number=f organization=o");
+        const std::tuple<QString, QString, const char*> contacts[] = {
+            {QString(), elements("name= fax_number="), "|||||"},
+            {some, some + elements("fax_number="), "A<B|a@b||||"},
+            {elements("contact_url=http://h/1 username=u") + full, full, "n|e|p|f|o|u"}};
+        for (const auto& [fax, storage, texts] : contacts) {
+            QuendraContact contact;
+            QVERIFY(readFax(contact, fax));
+            QCOMPARE(spelled(contact) + QLatin1Char('|') + contact.user(), s(texts));
+            QCOMPARE(writtenFax(contact), fax);
+            QCOMPARE(writtenStorage(contact), storage);
+        }
     }
 
     void contactReadAgain()
@@ -154,54 +145,36 @@ private Q_SLOTS:
         QCOMPARE(writtenFax(group), elements("contact_group_url=http://h/3 name=g description=d"));
     }
 
-    void equality_data()
+    void equality()
     {
-        QTest::addColumn<ContactUnitPtr>("left");
-        QTest::addColumn<ContactUnitPtr>("right");
-        QTest::addColumn<bool>("equal");
-
-        const auto row = [](const char* name, const ContactUnit& left, const ContactUnit& right, bool equal) {
-            QTest::newRow(name) << ContactUnitPtr(left.copy()) << ContactUnitPtr(right.copy()) << equal;
-        };
         const QString n = s("n");
         const auto contact = named<Contact>(n);
-        row("same", contact, contact, true);
-        row("base on the left", contact, withUrl(n, n), true);
-        row("base on the right", withUrl(n, n), contact, false);
-        row("contact and group", Contact(), ContactGroup(), false);
-        row("siblings", QuendraContact(), OutlookContact(), false);
-        row("case counts", contact, named<Contact>(s("N")), false);
-
+        QVERIFY(contact == contact);
+        QVERIFY(contact == withUrl(n, n) && !(withUrl(n, n) == contact)); // the left one's fields count
+        QVERIFY(!(Contact() == ContactGroup()) && !(QuendraContact() == OutlookContact()));
+        QVERIFY(!(contact == named<Contact>(s("N"))));
         for (const char* field :
              {"email_address", "phone_number", "fax_number", "organization", "username", "contact_url"}) {
             QuendraContact changed;
             QVERIFY(readFax(changed, tag(field, "n")));
-            row(field, QuendraContact(), changed, false);
+            QVERIFY2(!(QuendraContact() == changed), field);
         }
 
         OutlookContact outlook = named<OutlookContact>(n);
         outlook.setUid(n);
-        row("uid", outlook, named<OutlookContact>(n), false);
+        QVERIFY(!(outlook == named<OutlookContact>(n)));
         OutlookContactGroup outlookGroup;
         outlookGroup.setUid(n);
-        row("group uid", outlookGroup, OutlookContactGroup(), false);
+        QVERIFY(!(outlookGroup == OutlookContactGroup()));
         QuendraContactGroup group;
         group.setUrl(QUrl(n));
-        row("group url", group, QuendraContactGroup(), false);
-        row("group as base", ContactGroup(), group, true);
+        QVERIFY(!(group == QuendraContactGroup()) && ContactGroup() == group);
         ContactGroup described;
         described.setDescription(n);
-        row("description", described, ContactGroup(), false);
+        QVERIFY(!(described == ContactGroup()));
         ContactGroup filled;
         filled.addContact(contact);
-        row("members", filled, ContactGroup(), false);
-        row("equal members", filled, filled, true);
-    }
-    void equality()
-    {
-        QFETCH(ContactUnitPtr, left);
-        QFETCH(ContactUnitPtr, right);
-        QTEST(*left == *right, "equal");
+        QVERIFY(!(filled == ContactGroup()) && filled == filled);
     }
 
     void listEquality()

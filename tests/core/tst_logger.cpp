@@ -6,7 +6,6 @@
 #include <QThread>
 #include <QtTest>
 
-#include <functional>
 #include <vector>
 
 namespace {
@@ -76,50 +75,35 @@ private Q_SLOTS:
         QCOMPARE(time.offsetFromUtc(), before.offsetFromUtc());
     }
 
-    void lineFormat_data()
-    {
-        const Rows<QTime, int, QByteArray, QString, QByteArray> row("time", "level", "file", "message",
-                                                                    "line");
-
-        row("morning", QTime(8, 1, 31, 123), 1, "/src/contactmanager.cpp", "Broken.",
-            QByteArray("[11-15-2026 08:01:31 AM:123000] [ERROR  ] [contactmanager.cpp:134   ] Broken.\r\n"));
-        row("after midnight, placeholders", QTime(0, 0, 0, 5), 2, "a.cpp", "%1 %2 %99",
-            QByteArray(
-                "[11-15-2026 12:00:00 AM:005000] [WARNING] [a.cpp:134                ] %1 %2 %99\r\n"));
-        row("afternoon, long name, not ASCII", QTime(13, 59, 59, 999), 4, "../q/outlookcontactprovider.cpp",
-            "Größe\n2",
-            "[11-15-2026 01:59:59 PM:999000] [DEBUG  ] [outlookcontactprovider.cpp:134] "
-            "Gr\xc3\xb6\xc3\x9f\x65\n2\r\n");
-        const QByteArray nearlyMillion(1024 * 1024 - 1, 'x');
-        const QString half = QString::fromLatin1(nearlyMillion);
-        row("longer than a piece, a character across its end", QTime(8, 1, 31, 123), 1, "a.cpp",
-            half + s("😀") + half + s("é"),
-            "[11-15-2026 08:01:31 AM:123000] [ERROR  ] [a.cpp:134                ] " + nearlyMillion +
-                "\xf0\x9f\x98\x80" + nearlyMillion + "\xc3\xa9\r\n");
-        row("level without a label, no file", QTime(12, 0), -3, QByteArray(), QString(),
-            "[11-15-2026 12:00:00 PM:000000] [       ] [:134                     ] \r\n");
-    }
     void lineFormat()
     {
-        QFETCH(QTime, time);
-        QFETCH(int, level);
-        QFETCH(QByteArray, file);
-        QFETCH(QString, message);
-        const QTemporaryDir dir;
-        const QDate day(2026, 11, 15);
-        TestLogger logger(dir.path(), QDateTime(day, time));
-        logger.setLevel(Logger::ERROR);
-        if (level > Logger::ERROR) {
+        const QByteArray nearlyMillion(1024 * 1024 - 1, 'x');
+        const QString half = QString::fromLatin1(nearlyMillion);
+        const std::tuple<QTime, int, const char*, QString, QByteArray> lines[] = {
+            {QTime(8, 1, 31, 123), 1, "/src/contactmanager.cpp", s("Broken."),
+             "[11-15-2026 08:01:31 AM:123000] [ERROR  ] [contactmanager.cpp:134   ] Broken.\r\n"},
+            {QTime(0, 0, 0, 5), 2, "a.cpp", s("%1 %2 %99"),
+             "[11-15-2026 12:00:00 AM:005000] [WARNING] [a.cpp:134                ] %1 %2 %99\r\n"},
+            {QTime(13, 59, 59, 999), 4, "../q/outlookcontactprovider.cpp", s("Größe\n2"),
+             "[11-15-2026 01:59:59 PM:999000] [DEBUG  ] [outlookcontactprovider.cpp:134] "
+             "Gr\xc3\xb6\xc3\x9f\x65\n2\r\n"},
+            // longer than a piece, a character across its end
+            {QTime(8, 1, 31, 123), 1, "a.cpp", half + s("😀") + half + s("é"),
+             "[11-15-2026 08:01:31 AM:123000] [ERROR  ] [a.cpp:134                ] " + nearlyMillion +
+                 "\xf0\x9f\x98\x80" + nearlyMillion + "\xc3\xa9\r\n"},
+            {QTime(12, 0), -3, nullptr, QString(),
+             "[11-15-2026 12:00:00 PM:000000] [       ] [:134                     ] \r\n"}};
+        for (const auto& [time, level, file, message, line] : lines) {
+            const QTemporaryDir dir;
+            const QDate day(2026, 11, 15);
+            TestLogger logger(dir.path(), QDateTime(day, time));
             logger.setLevel(Logger::DEBUG);
             QVERIFY(readFile(logger.currentFile()).endsWith("] Setting log level 4\r\n"));
+            const int before = readFile(dir.path() + fileName(day)).size();
+            logger.log(static_cast<Logger::LEVEL>(level), message, file, 134);
+            QCOMPARE(logger.currentFile(), dir.path() + fileName(day));
+            QCOMPARE(readFile(logger.currentFile()).mid(before), line);
         }
-        const int before = readFile(dir.path() + fileName(day)).size();
-
-        logger.log(static_cast<Logger::LEVEL>(level), message, file.isNull() ? nullptr : file.constData(),
-                   134);
-
-        QCOMPARE(logger.currentFile(), dir.path() + fileName(day));
-        QTEST(readFile(logger.currentFile()).mid(before), "line");
     }
 
     void levelFilters()

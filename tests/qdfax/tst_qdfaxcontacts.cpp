@@ -5,29 +5,26 @@
 
 namespace {
 
-SimEntry person(const char* name, const char* fax, const char* organization = "", const char* phone = "",
-                const char* email = "")
+/// A person with a fax number, perhaps with more, like "organization|phone|email".
+SimEntry person(const char* name, const char* fax, const char* more = "")
 {
-    SimEntry entry;
-    entry.person.name = s(name);
+    SimEntry entry = someEntry(name);
     entry.person.fax = s(fax);
-    entry.person.organization = s(organization);
-    entry.person.phone = s(phone);
-    entry.person.email = s(email);
+    entry.person.organization = s(more).section(QLatin1Char('|'), 0, 0);
+    entry.person.phone = s(more).section(QLatin1Char('|'), 1, 1);
+    entry.person.email = s(more).section(QLatin1Char('|'), 2);
     return entry;
-}
-
-QStringList fieldsOf(const SimPerson& person)
-{
-    return {person.name, person.organization, person.phone, person.fax, person.email};
 }
 
 /// The entries of a book as comparable texts, sorted.
 QStringList sorted(const QVector<SimEntry>& entries)
 {
     QStringList texts;
-    for (const SimEntry& entry : entries)
-        texts.append(fieldsOf(entry.person).join(QLatin1Char('|')));
+    for (const SimEntry& entry : entries) {
+        const SimPerson& person = entry.person;
+        texts.append(s("%1|%2|%3|").arg(person.name, person.organization, person.phone) + person.fax +
+                     QLatin1Char('|') + person.email);
+    }
     texts.sort();
     return texts;
 }
@@ -41,7 +38,6 @@ class TestQdfaxContacts : public QdfaxTest
     const SimBookId m_mine{s("mary"), false};
     const SimBookId m_myGroups{s("mary"), true};
     const SimBookId m_global{SimBooks::global(), false};
-    const SimBookId m_globalGroups{SimBooks::global(), true};
 
     void startSim(int contacts, int groups)
     {
@@ -61,7 +57,7 @@ class TestQdfaxContacts : public QdfaxTest
         for (const QJsonValue& value : objects) {
             QStringList fields;
             for (const char* name : names)
-                fields.append(value[QLatin1String(name)].toString());
+                fields.append(value[QLatin1String(name)].toVariant().toString());
             texts.append(fields.join(QLatin1Char('|')));
         }
         texts.sort();
@@ -71,8 +67,7 @@ class TestQdfaxContacts : public QdfaxTest
     /// A group on the server with the entries of these uids in a book.
     QString addGroup(const char* name, const SimBookId& book, const QStringList& uids)
     {
-        SimEntry group;
-        group.person.name = s(name);
+        SimEntry group = someEntry(name);
         group.description = s("made here");
         for (const QString& uid : uids)
             group.members.append(book.path(uid));
@@ -87,21 +82,20 @@ private Q_SLOTS:
     {
         // a book that was read and not stored is not synchronised, whatever the server said
         const QString file = path("appdata/Quendra Client Software/Contacts/contacts.sqlite");
+        const QString refuse = s("CREATE TRIGGER x BEFORE %1 ON contacts BEGIN SELECT RAISE(ABORT, ''); END");
         startSim(30, 1);
         CHECK_RUN(run("contacts sync"), 0);
         for (const QString& refused : {s("INSERT"), s("DELETE")}) { // what is new, what is gone
             QVERIFY(m_sim->deleteEntry(m_mine, mine().first().uid));
             m_sim->addEntry(m_mine, person("New", "1"));
-            const QString trigger =
-                s("CREATE TRIGGER refuse BEFORE %1 ON contacts BEGIN SELECT RAISE(ABORT, 'x'); END");
-            QVERIFY(OtherProgram(trigger.arg(refused), file).works());
+            QVERIFY(OtherProgram(refuse.arg(refused), file).works());
             const Result failed = run("contacts sync --json");
             CHECK_RUN(failed, 11, "The personal contacts could not be stored");
             QCOMPARE(failed.value(0, "synchronised").toBool(), false);
             // perhaps without what is gone
             QVERIFY(run("contacts list --json --book personal").array().size() >= 29);
 
-            QVERIFY(OtherProgram(s("DROP TRIGGER refuse"), file).works());
+            QVERIFY(OtherProgram(s("DROP TRIGGER x"), file).works());
             const Result repaired = run("contacts sync --json");
             CHECK_RUN(repaired, 0);
             QCOMPARE(repaired.value(0, "entries").toInt(), 30);
@@ -115,25 +109,16 @@ private Q_SLOTS:
         CHECK_RUN(run("contacts list"), 0); // nothing yet
         const Result synced = run("contacts sync --json");
         CHECK_RUN(synced, 0);
-        QCOMPARE(synced.array().size(), 4);
-        QCOMPARE(synced.value(0, "entries").toInt(), 30);
-        QCOMPARE(synced.value(3, "entries").toInt(), 3);
+        QCOMPARE(values(synced.array(), {"entries"}).join(s(" ")), s("3 3 30 30"));
         QStringList members = myGroups().at(0).members;
-        for (QString& member : members)
-            member = member.section(QLatin1Char('/'), -1);
-        members.sort();
+        members.replaceInStrings(QRegularExpression(s("^.*/")), QString()).sort();
         const QString name = mine().at(7).person.name;
         m_sim->stop();
 
         const Result all = run("contacts list --json");
         QCOMPARE(all.array().size(), 60);
-        QJsonArray pages;
-        for (const char* offset : {"0", "25", "50"}) {
-            for (const QJsonValue& value :
-                 run("contacts list --json --limit 25 --offset %1", s(offset)).array())
-                pages.append(value);
-        }
-        QCOMPARE(pages, all.array());
+        const QVariantList page = run("contacts list --json --limit 25 --offset 20").array().toVariantList();
+        QCOMPARE(page, all.array().toVariantList().mid(20, 25));
         QCOMPARE(run("contacts list --book global --json").array().size(), 30);
         const Result found = run({s("contacts"), s("search"), name.mid(1).toUpper(), s("--json")});
         QVERIFY2(values(found.array(), {"name"}).contains(name), found.out);
@@ -156,13 +141,13 @@ private Q_SLOTS:
     {
         startSim(10, 0);
         CHECK_RUN(run("contacts sync"), 0);
-        for (const char* again : {"contacts sync", "contacts sync --full"}) {
-            QVERIFY(m_sim->deleteEntry(m_mine, mine().at(0).uid));
-            SimEntry changed = mine().at(0);
-            changed.person.name = s(again);
-            QVERIFY(m_sim->modifyEntry(m_mine, changed));
+        QVERIFY(m_sim->deleteEntry(m_mine, mine().at(0).uid));
+        for (const bool isFull : {false, true}) {
             m_sim->addEntry(m_mine, person("New One", "5"));
-            CHECK_RUN(run(again), 0);
+            m_sim->clearRequests();
+            CHECK_RUN(run(isFull ? "contacts sync --full" : "contacts sync"), 0);
+            const QByteArray asked = m_sim->requests(s("GET"), m_mine.path()).value(0).target;
+            QCOMPARE(asked.contains("query_time"), !isFull);
             const QJsonArray cached = run("contacts list --book personal --json").array();
             QCOMPARE(values(cached, {"name", "organization", "phone", "fax", "email"}), sorted(mine()));
         }
@@ -172,9 +157,8 @@ private Q_SLOTS:
         m_sim->addFault(s("status=500,path=/qdws/v1/contacts/mary"));
         const Result result = run("contacts sync --json");
         CHECK_RUN(result, 2, "personal contacts");
-        QVERIFY(!result.value(0, "synchronised").toBool());
-        QVERIFY(result.value(1, "synchronised").toBool());
-        QCOMPARE(result.value(1, "entries").toInt(), 11);
+        const QStringList states = values(result.array(), {"synchronised", "entries"});
+        QVERIFY2(states.contains(s("true|11")) && states.contains(s("false|11")), result.out);
     }
 
     void progressOnATerminal()
@@ -194,24 +178,20 @@ private Q_SLOTS:
     {
         startSim(3, 0);
         CHECK_RUN(run("contacts sync"), 0);
-        const Result added = run("contacts add \"Zo\u00eb \\\"Z\\\" O'Neill & <Co>\" --fax \"+49 30 1\" "
-                                 "--email z@example.com --organization \"A, B\" --json");
+        const Result added = run("contacts add \"Zo\u00eb \"\"\"Z\"\"\" O'Neill & <Co>\" --fax \"+49 30 1\" "
+                                 "--email z@x.com --organization \"A, B\" --json");
         CHECK_RUN(added, 0);
         const QString id = added.value("id").toString();
-        QCOMPARE(mine().size(), 4);
-        QCOMPARE(mine().at(3).person.name, added.value("name").toString());
-        QCOMPARE(mine().at(3).person.organization, s("A, B"));
+        QCOMPARE(sorted(mine().mid(3)),
+                 QStringList{s("Zo\u00eb \"Z\" O'Neill & <Co>|A, B||+49 30 1|z@x.com")});
         CHECK_RUN(run("contacts modify %1 --fax 7 --email= --name Zo", id), 0);
         QCOMPARE(sorted(mine().mid(3)), QStringList{s("Zo|A, B||7|")});
-        const Result shown = run("contacts show zo --json");
-        QCOMPARE(shown.value("fax").toString(), s("7"));
-        QCOMPARE(shown.value("id").toString(), id);
+        QCOMPARE(values({run("contacts show zo --json").object()}, {"fax", "id"}), QStringList(s("7|") + id));
 
         CHECK_RUN(run("contacts add Desk --fax 8 --book global"), 0);
-        CHECK_RUN(run("contacts add Team --book personal-groups --description d --member zo --member Desk"),
-                  0);
+        CHECK_RUN(run("contacts add Us --book personal-groups --description d --member zo --member Desk"), 0);
         QCOMPARE(myGroups().at(0).members.size(), 2);
-        CHECK_RUN(run("contacts modify Team --remove-member zo --name Crew"), 0);
+        CHECK_RUN(run("contacts modify Us --remove-member zo --name Crew"), 0);
         const SimEntry crew = myGroups().at(0);
         QCOMPARE(crew.person.name + crew.description, s("Crewd"));
         QCOMPARE(crew.members, QStringList(m_global.path(m_sim->book(SimBooks::global()).at(3).uid)));
@@ -220,8 +200,7 @@ private Q_SLOTS:
         CHECK_RUN(run("contacts delete Crew %1 nobody", id), 14);
         QCOMPARE(mine().size(), 4); // nothing was deleted
         CHECK_RUN(run("contacts delete Crew %1", id), 0);
-        QCOMPARE(mine().size(), 3);
-        QCOMPARE(myGroups().size(), 0);
+        QCOMPARE(mine().size() + myGroups().size(), 3);
         CHECK_RUN(run("contacts show %1", id), 14);
         QCOMPARE(m_sim->refusals(), QStringList());
         // the server's copy went while nobody looked
@@ -231,57 +210,47 @@ private Q_SLOTS:
 
     void rights_data()
     {
-        const Rows<QString, QString, int, QString> row("login", "line", "status", "says");
-        row("add to the global book", "tom", "contacts add X --fax 1 --book global", 8, "may not");
-        row("modify in it", "tom", "contacts modify Shared --fax 1", 8, "may not");
-        row("delete from it", "tom", "contacts delete Shared", 8, "may not");
-        row("import to it", "tom", "contacts import two.csv --book global", 8,
-            "from line 3 on was not tried");
-        row("add to a closed book", "rose", "contacts add X --fax 1", 5, "does not permit");
-        row("import to it as JSON", "rose", "contacts import two.csv --json", 5, "does not permit");
+        const Rows<QByteArray, int, QByteArray> row; // who, the status, what is said
+        row("contacts add X --fax 1 --book global", "tom", 8, "may not");
+        row("contacts modify Shared --fax 1", "tom", 8, "may not");
+        row("contacts delete Shared", "tom", 8, "may not");
+        row("contacts import two.csv --book global", "tom", 8, "from line 3 on was not tried");
+        row("contacts add X --fax 1", "rose", 5, "does not permit");
+        row("contacts import two.csv --json", "rose", 5, "does not permit");
     }
     void rights()
     {
-        QFETCH(QString, login);
-        QFETCH(QString, line);
-        QFETCH(int, status);
-        QFETCH(QString, says);
+        const auto [login, status, says] = cells<QByteArray, int, QByteArray>();
         startSim(0, 0);
         m_sim->addEntry(m_global, person("Shared", "5"));
-        addServer(login.toLatin1().constData());
+        addServer(login);
         CHECK_RUN(run("contacts sync"), 0);
         writeFile(path("two.csv"), "name,fax\nA,1\nB,2\n");
         const Result before = run("contacts list --json");
-        const Result result = run(QProcess::splitCommand(line));
+        const Result result = run(QTest::currentDataTag());
         CHECK_RUN(result, status);
-        QVERIFY2((result.err + result.out).contains(says.toUtf8()), result.err + result.out);
+        QVERIFY2((result.err + result.out).contains(says), result.err + result.out);
         QCOMPARE(run("contacts list --json").out, before.out);
         QCOMPARE(m_sim->book(SimBooks::global()).size(), 1);
-        QCOMPARE(m_sim->book(login).size(), 0);
+        QCOMPARE(m_sim->book(s(login)).size(), 0);
     }
 
     void roundTrip()
     {
         startSim(0, 0);
-        m_sim->addEntry(m_mine,
-                        person("Mary Poe", "+49 30 1234567", "Poe, \"Sons\" & Co; Ltd", "5", "m@x.org"));
+        m_sim->addEntry(m_mine, person("Mary Poe", "+49 30 1234567", "Poe, \"Sons\" & Co; Ltd|5|m@x.org"));
         m_sim->addEntry(m_mine, person("J\u00fcrgen Gro\u00df \u2603 \U0001F4E0", "1"));
         m_sim->addEntry(m_mine, person("\"quoted\"", "", "back\\slash, semi;colon: colon=equals"));
-        m_sim->addEntry(m_mine, person("=1+1,'x'", "2", "", "", "a@b.c"));
+        m_sim->addEntry(m_mine, person("=1+1,'x'", "2", "||a@b.c"));
         m_sim->addEntry(m_mine, person(QByteArray(300, 'n').constData(), "3", "\u5b57\u5b57 \u05d0\u05d1"));
         const QStringList expected = sorted(mine());
         for (const QString& files : {s("--csv book.csv"), s("--vcard book.vcf")}) {
             const QString file = files.section(QLatin1Char(' '), 1);
             CHECK_RUN(run("contacts sync"), 0);
-            const auto exported = [&](const QString& to) {
-                return run(qPrintable(s("contacts export ") + to));
-            };
-            CHECK_RUN(exported(files), 0);
-            CHECK_RUN(exported(files), 11); // it is there
-            QCOMPARE(exported(files.section(QLatin1Char(' '), 0, 0)).out, readFile(path(file)));
-            const Result again = run("contacts import %1 --json", file);
-            CHECK_RUN(again, 0);
-            QCOMPARE(again.value("present").toInt(), 5);
+            CHECK_RUN(run("contacts export %1", files), 0);
+            CHECK_RUN(run("contacts export %1", files), 11); // it is there
+            QCOMPARE(run("contacts export %1", files.section(s(" "), 0, 0)).out, readFile(path(file)));
+            QCOMPARE(run("contacts import %1 --json", file).value("present").toInt(), 5);
             for (const SimEntry& entry : mine())
                 m_sim->deleteEntry(m_mine, entry.uid);
             CHECK_RUN(run("contacts sync"), 0);
@@ -293,54 +262,47 @@ private Q_SLOTS:
 
     void files_data()
     {
-        const Rows<QString, QByteArray, int, int, QString> row("name", "content", "status", "usable", "says");
-        row("empty table", "a.csv", "", 11, 0, "empty");
-        row("no titles", "a.csv", "Mary,5551\n", 11, 0, "does not name the columns");
-        row("open quote", "a.csv", "name,fax\nA,1\n\"B,2\nC,3\n", 11, 0, "line 3 is never closed");
-        row("stray quote", "a.csv", "name,fax\nA,1\nB\"x\",2\n", 11, 0, "line 3 has a quote");
-        row("Latin-1", "a.csv", "name,fax\nA,1\nJ\xfcrgen,2\n", 11, 0, "line 3 is not UTF-8");
-        row("wrong numbers of fields", "a.csv", "name,fax\nA,1\nB\n\n\nC,3,4\nD,4\n", 11, 2,
+        const Rows<QByteArray, int, int, QByteArray>
+            row; // content, status, how many are usable, what is said
+        row("csv: empty table", "", 11, 0, "empty");
+        row("csv: no titles", "Mary,5551\n", 11, 0, "does not name the columns");
+        row("csv: open quote", "name,fax\nA,1\n\"B,2\nC,3\n", 11, 0, "line 3 is never closed");
+        row("csv: stray quote", "name,fax\nA,1\nB\"x\",2\n", 11, 0, "line 3 has a quote");
+        row("csv: Latin-1", "name,fax\nA,1\nJ\xfcrgen,2\n", 11, 0, "line 3 is not UTF-8");
+        row("csv: wrong numbers of fields", "name,fax\nA,1\nB\n\n\nC,3,4\nD,4\n", 11, 2,
             "Line 6 is not imported: it has 3 fields");
-        row("line break", "a.csv", "name,fax\r\n\"A\r\nB\",1\r\nC,2\r\n\"D\nE\",3\r\n", 11, 1,
+        row("csv: line break", "name,fax\r\n\"A\r\nB\",1\r\nC,2\r\n\"D\nE\",3\r\n", 11, 1,
             "Line 5 is not imported: the field \"name\" contains a line break");
-        row("control character", "a.csv", QByteArray("name,fax\nA\0B,1\nC,2\n", 19), 11, 1,
-            "control character");
-        row("no name", "a.csv", "name,fax\n,1\n", 11, 0, "neither a name");
-        row("organization for a name", "a.csv", "Fax Number;Company;Notes\n5;Poe, Inc.;x\n", 0, 1, "Notes");
-        row("other titles", "a.csv",
+        row("csv: control character", QByteArray("name,fax\nA\0B,1\nC,2\n", 19), 11, 1, "control character");
+        row("csv: no name", "name,fax\n,1\n", 11, 0, "neither a name");
+        row("csv: organization for a name", "Fax Number;Company;Notes\n5;Poe, Inc.;x\n", 0, 1, "Notes");
+        row("csv: other titles",
             "\xef\xbb\xbf"
             "First Name\tLast Name\tBusiness Fax\nA\tB\t1\n",
             0, 1, "");
-        row("UTF-16", "a.csv", QByteArray("\xff\xfen\0a\0m\0e\0\n\0\xfc\0\n\0", 16), 0, 1, "");
-        row("old line ends", "a.csv", "name,fax\rA,1\rB\rC,3\r", 11, 2, "Line 3");
-        row("no card", "a.vcf", "name,fax\nA,1\n", 11, 0, "no vCard");
-        row("cut card", "a.vcf", "BEGIN:VCARD\nVERSION:3.0\nFN:A\nBEGIN:VCARD\nFN:B\nEND:VCARD\n", 11, 1,
+        row("csv: UTF-16", QByteArray("\xff\xfen\0a\0m\0e\0\n\0\xfc\0\n\0", 16), 0, 1, "");
+        row("csv: old line ends", "name,fax\rA,1\rB\rC,3\r", 11, 2, "Line 3");
+        row("vcf: no card", "name,fax\nA,1\n", 11, 0, "no vCard");
+        row("vcf: cut card", "BEGIN:VCARD\nVERSION:3.0\nFN:A\nBEGIN:VCARD\nFN:B\nEND:VCARD\n", 11, 1,
             "Line 1 is not imported: the card has no END:VCARD");
-        row("broken line", "a.vcf", "BEGIN:VCARD\nVERSION:3.0\nFN:A\nTEL;FAX 5\nEND:VCARD\n", 11, 0,
-            "TEL;FAX 5");
-        row("between cards", "a.vcf", "BEGIN:VCARD\nFN:B\nEND:VCARD\n\njunk\n", 11, 1, "Line 5");
-        row("group card", "a.vcf", "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:G\nEND:VCARD\n", 11, 0,
-            "is a group");
-        row("escaped line break", "a.vcf", "BEGIN:VCARD\nVERSION:3.0\nFN:A\\nB\nEND:VCARD\n", 11, 0,
-            "line break");
-        row("quoted-printable", "a.vcf",
+        row("vcf: broken line", "BEGIN:VCARD\nVERSION:3.0\nFN:A\nTEL;FAX 5\nEND:VCARD\n", 11, 0, "TEL;FAX 5");
+        row("vcf: between cards", "BEGIN:VCARD\nFN:B\nEND:VCARD\n\njunk\n", 11, 1, "Line 5");
+        row("vcf: group card", "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:G\nEND:VCARD\n", 11, 0, "a group");
+        row("vcf: escaped line break", "BEGIN:VCARD\nFN:A\\nB\nEND:VCARD\n", 11, 0, "line break");
+        row("vcf: quoted-printable",
             "BEGIN:VCARD\nVERSION:2.1\nFN;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:J=C3=BC=\nrg\nEND:VCARD\n",
             0, 1, "");
-        row("nameless card", "a.vcf", "BEGIN:VCARD\nVERSION:3.0\nTEL:5\nEND:VCARD\n", 11, 0,
-            "neither a name");
-        row("other ending", "a.txt", "name\nA\n", 1, 0, ".csv");
-        row("deep garbage", "a.vcf", QByteArray("BEGIN:VCARD\n").repeated(20000), 11, 0, "no END:VCARD");
+        row("vcf: nameless card", "BEGIN:VCARD\nVERSION:3.0\nTEL:5\nEND:VCARD\n", 11, 0, "neither a name");
+        row("txt: other ending", "name\nA\n", 1, 0, ".csv");
+        row("vcf: deep garbage", QByteArray("BEGIN:VCARD\n").repeated(20000), 11, 0, "no END:VCARD");
     }
     void files()
     {
-        QFETCH(QString, name);
-        QFETCH(QByteArray, content);
-        QFETCH(int, status);
-        QFETCH(int, usable);
-        QFETCH(QString, says);
-        writeFile(m_folder->filePath(name), content);
-        const Result result = run({s("contacts"), s("import"), name, s("--dry-run"), s("--json")});
-        CHECK_RUN(result, status, says.toUtf8());
+        const auto [content, status, usable, says] = cells<QByteArray, int, int, QByteArray>();
+        const QString name = s("a.") + s(QTest::currentDataTag()).section(QLatin1Char(':'), 0, 0);
+        writeFile(path(name), content);
+        const Result result = run("contacts import %1 --dry-run --json", name);
+        CHECK_RUN(result, status, says);
         QCOMPARE(result.value("imported").toInt(), usable);
     }
 
@@ -354,12 +316,7 @@ private Q_SLOTS:
                   "begin:vcard\nversion:4.0\nfn:J\xc3\xbc\n rgen\ntel;type=fax;value=uri:tel:+49-1\n"
                   "end:vcard\n");
         CHECK_RUN(run("contacts import a.vcf"), 0);
-        const QVector<SimEntry> book = mine();
-        QCOMPARE(book.size(), 2);
-        QVERIFY2(book.at(0).person.name.contains(s("Mary Poe")), qPrintable(book.at(0).person.name));
-        QCOMPARE(fieldsOf(book.at(0).person).mid(1), QStringList({s("Poe, Inc."), s("4"), s("2"), s("c@d")}));
-        QCOMPARE(book.at(1).person.name, s("J\u00fcrgen"));
-        QVERIFY2(book.at(1).person.fax.contains(s("+49-1")), qPrintable(book.at(1).person.fax));
+        QCOMPARE(sorted(mine()).join(s(" ")), s("Dr. Mary Poe|Poe, Inc.|4|2|c@d J\u00fcrgen|||tel:+49-1|"));
     }
 
     void importBreaksOffAndGoesOn()
@@ -370,16 +327,14 @@ private Q_SLOTS:
         m_sim->addFault(s("hangup,method=POST,skip=1,times=1"));
         const Result broken = run("contacts import a.csv --json");
         CHECK_RUN(broken, 2, "Whether the server took line 3");
-        QCOMPARE(broken.value("imported").toInt(), 1);
-        QCOMPARE(broken.value("stoppedAtLine").toInt(), 4);
-        QCOMPARE(broken.value("notTried").toInt(), 3);
+        QCOMPARE(values({broken.object()}, {"imported", "stoppedAtLine", "notTried"}).join(s(" ")),
+                 s("1|4|3"));
         m_sim->clearFaults();
         // the simulator carried out what it did not answer
         CHECK_RUN(run("contacts sync"), 0);
         const Result rest = run("contacts import a.csv --json");
         CHECK_RUN(rest, 11);
-        QCOMPARE(rest.value("present").toInt(), 2);
-        QCOMPARE(rest.value("imported").toInt(), 2);
+        QCOMPARE(values({rest.object()}, {"present", "imported"}).join(s(" ")), s("2|2"));
         QCOMPARE(rest.value("notImported").toList().size(), 1);
         QCOMPARE(mine().size(), 4);
         // one that the server does not take does not keep the others back
@@ -426,9 +381,17 @@ private Q_SLOTS:
         QCOMPARE(m_sim->faxes().size(), 4);
     }
 
-    void wrongCommandLines_data()
+    void wrongCommandLines()
     {
-        const Rows<int> row("status");
+        startSim(0, 0);
+        m_sim->addEntry(m_mine, person("Ann", "1"));
+        addGroup("G1", m_mine, {});
+        QVERIFY(QDir().mkpath(path("folder.csv")));
+        CHECK_RUN(run("contacts sync"), 0);
+        const auto check = [this](const char* line, int status) {
+            const Result result = run(line);
+            QVERIFY2(result.status == status && result.out.isEmpty() && !result.err.isEmpty(), line);
+        };
         for (const char* line :
              {"contacts", "contacts list --book nosuch", "contacts list --limit -1", "contacts search",
               "contacts add \"\"", "contacts add X --member 1", "contacts add X --fax \"1\x07\"",
@@ -436,25 +399,12 @@ private Q_SLOTS:
               "contacts modify Ann --name \"\"", "contacts export", "contacts export --csv --vcard",
               "contacts export --csv --book global-groups", "contacts import a.csv --book personal-groups",
               "contacts add G --book global-groups --member G1"})
-            row(line, 1);
-        row("contacts import missing.csv", 11);
-        row("contacts import folder.csv", 11);
-        row("contacts export --csv nosuch/x.csv", 11);
-        row("contacts list --server nobody@x", 12);
-        row("send x --to-contact nobody", 11); // the file comes first
-    }
-    void wrongCommandLines()
-    {
-        QFETCH(int, status);
-        startSim(0, 0);
-        m_sim->addEntry(m_mine, person("Ann", "1"));
-        addGroup("G1", m_mine, {});
-        QVERIFY(QDir().mkpath(path("folder.csv")));
-        CHECK_RUN(run("contacts sync"), 0);
-        const Result result = run(QTest::currentDataTag());
-        CHECK_RUN(result, status);
-        QCOMPARE(result.out, QByteArray());
-        QVERIFY(!result.err.isEmpty());
+            check(line, 1);
+        for (const char* line :
+             {"contacts import missing.csv", "contacts import folder.csv",
+              "contacts export --csv nosuch/x.csv", "send x --to-contact nobody"}) // the file comes first
+            check(line, 11);
+        check("contacts list --server nobody@x", 12);
         QCOMPARE(m_sim->requestCount() - m_sim->requestCount(s("GET")), 0);
     }
 

@@ -64,8 +64,7 @@ private Q_SLOTS:
     void refusesRequests_data()
     {
         // a "content type" is refused because there is none
-        const Rows<QByteArray, QByteArray, int, QString, QByteArray> row("method", "target", "status",
-                                                                         "reason", "body");
+        const Rows<QByteArray, QByteArray, int, QString, QByteArray> row; // request, status, reason, body
         const char* alice = "users/alice";
         row("no such path", "GET", "nosuch", 404, "no such path", {});
         row("wrong method", "POST", "about", 405, "POST", "");
@@ -87,8 +86,7 @@ private Q_SLOTS:
         row("profile of another address", "PUT", alice, 400, "address", profile("users/alice", "users/x"));
         row("profile without cover page", "PUT", alice, 400, "default_cover_page_name",
             profile("<default_cover_page_name>Urgent</default_cover_page_name>"));
-        row("submission without indentation", "POST", "ofax", 400, "indented",
-            fullFax().replace("\n ", "\n"));
+        row("without indentation", "POST", "ofax", 400, "indented", fullFax().replace("\n ", "\n"));
 
         const QByteArray url = "<contact_url>http://fax/qdws/v1/contacts/alice/1</contact_url>";
         const QByteArray member = "<contact>http://fax/qdws/v1/contacts/alice/1</contact>";
@@ -124,8 +122,7 @@ private Q_SLOTS:
         submission("empty field of a contact", "<name>Bob</name>", "<name></name>", "left out");
         submission("contact out of order", "<name>Bob", "<fax_number>1</fax_number>\n  <name>Bob", "order");
         submission("https address", "http://fax/qdws", "https://fax/qdws", "https");
-        submission("sender's defaults incomplete", "  <interval>300</interval>\n", "",
-                   "\"interval\" expected");
+        submission("incomplete defaults", "  <interval>300</interval>\n", "", "\"interval\" expected");
         submission("cover page without enabled", "  <enabled>true</enabled>\n", "", "\"enabled\" expected");
         submission("cover page behind recipients", "</recipient>\n <attachment>",
                    "</recipient>\n <cover_page></cover_page>\n <attachment>", "out of order");
@@ -138,26 +135,22 @@ private Q_SLOTS:
         submission("no date", "2031-02-03T04:05:06", "2031-02-03 04:05:06", "schedule_all_at");
         submission("priority too high", " <priority>5<", " <priority>6<", "0 to 5");
         submission("default priority", " <priority>5<", " <priority>3<", "default");
-        submission("options out of order", " <priority>5<", " <max_tries>1</max_tries>\n <priority>5<",
-                   "out of order");
-        submission("first page not true", "<print_receipt_first>true<", "<print_receipt_first>false<",
-                   "only ever");
+        submission("options unordered", " <priority>5<", " <max_tries>1</max_tries>\n <priority>5<", "order");
+        submission("first page not true", "receipt_first>true<", "receipt_first>false<", "only ever");
         submission("option twice", " <fax_page_size>a4</fax_page_size>\n",
                    " <fax_page_size>a4</fax_page_size>\n <fax_page_size>a4</fax_page_size>\n", "repeated");
     }
     void refusesRequests()
     {
-        QFETCH(QByteArray, method);
-        QFETCH(QByteArray, target);
-        QFETCH(QByteArray, body);
-        QFETCH(QString, reason);
+        const auto [method, target, status, reason, body] =
+            cells<QByteArray, QByteArray, int, QString, QByteArray>();
         Started server(steppedOptions());
         ask(server, "POST", "ofax", shortFax({"5"}));
         server.addEntry(alicesContacts, someEntry("one"));
         Wire wire{method, "/qdws/v1/" + target, body};
         if (reason == s("content type"))
-            wire.contentType = QByteArray();
-        QTEST(wire.send(server).status, "status");
+            wire.contentType.clear();
+        QCOMPARE(wire.send(server).status, status);
         QCOMPARE(server.refusals().size(), 1);
         QVERIFY2(server.refusals().first().contains(reason), qPrintable(server.refusals().first()));
         QCOMPARE(states(server), s("pending"));
@@ -167,7 +160,7 @@ private Q_SLOTS:
 
     void knowsWhatItsVersionCanDo_data()
     {
-        const Rows<bool, bool, bool> row("defaults", "receipts", "pageSize");
+        const Rows<bool, bool, bool> row;      // defaults, receipts, page size
         row("ABC40X 1.4", true, false, false); // the first with defaults
         row("ABC40X 1.3.9", false, false, false);
         row("ABC41X 3.6.1", false, true, true); // another model
@@ -177,9 +170,7 @@ private Q_SLOTS:
     }
     void knowsWhatItsVersionCanDo()
     {
-        QFETCH(bool, defaults);
-        QFETCH(bool, receipts);
-        QFETCH(bool, pageSize);
+        const auto [defaults, receipts, pageSize] = cells<bool, bool, bool>();
         SimOptions options;
         options.model = s(QTest::currentDataTag()).section(QLatin1Char(' '), 0, 0);
         options.version = s(QTest::currentDataTag()).section(QLatin1Char(' '), 1);
@@ -188,11 +179,10 @@ private Q_SLOTS:
         QCOMPARE(user.contains("<max_attempts>"), defaults);
         QCOMPARE(user.contains("<print_receipt>"), defaults && receipts);
         QCOMPARE(user.contains("<fax_page_size>"), defaults && pageSize);
-        const auto statusWith = [&server](const QByteArray& option) {
-            return ask(server, "POST", "ofax", shortFax({"5"}, {}, option)).status;
-        };
-        QCOMPARE(statusWith(" <print_receipt>always</print_receipt>\n"), receipts ? 200 : 400);
-        QCOMPARE(statusWith(" <fax_page_size>auto</fax_page_size>\n"), pageSize ? 200 : 400);
+        for (const auto& [option, isKnown] : {std::make_pair("print_receipt=always", receipts),
+                                              std::make_pair("fax_page_size=auto", pageSize)})
+            QCOMPARE(ask(server, "POST", "ofax", shortFax({"5"}, {}, fields(option, 1))).status,
+                     isKnown ? 200 : 400);
         QCOMPARE(get(server, "data/printer_names").status, receipts ? 200 : 404);
     }
 
@@ -205,7 +195,7 @@ private Q_SLOTS:
         const SimRequest request = server.requests(s("GET"), s("/qdws/v1/users/")).value(0);
         QCOMPARE(request.rawHead, wire.bytes(server));
         QCOMPARE(request.target, wire.target);
-        QCOMPARE(request.path, s("/qdws/v1/users/a b+c/d"));
+        QCOMPARE(request.path, s("/qdws/v1/users/") + request.user);
         QCOMPARE(request.user, s("a b+c/d"));
         QCOMPARE(request.header("X-THING"), QByteArrayLiteral("a%20b; c"));
         QVERIFY(!request.hasHeader("Cookie"));
@@ -218,20 +208,17 @@ private Q_SLOTS:
         QCOMPARE(server.requestCount(), 0);
     }
 
+    /// The usual ones are in the manual of the web service, which a script records anew.
     void recordsExchanges()
     {
         QTemporaryDir folder;
         SimOptions options;
         options.users = {someUser("alice:secret"), someUser("bob:word")};
         options.recordDir = folder.filePath(s("a/b"));
-        options.clockStart = qint64(1794753000000); // 2026-11-15T14:30:00
         options.inbound = 1;
         options.discoveryAddress = s("127.0.0.1");
         options.discoveryPort = 0;
         Started server(options);
-        get(server, "about");
-        ask(server, "POST", "ofax", shortFax({"1"}));
-        get(server, "about");
         ask(server, "GET", "users/../x", {}, "bob:wrong");
         Wire{"GET", "/other", {}, {}, "application/xml", "AUTHORIZATION: secret\r\n"}.send(server);
         get(server, "documents/inbound/1/" + server.inbound().value(0).filename.toLatin1());
@@ -244,21 +231,13 @@ private Q_SLOTS:
         server.stop();
 
         const QMap<QString, QString> expected = {
-            {s("0001-GET-about.txt"),
-             s("^GET /qdws/v1/about HTTP/1.1\nHost: %1\nAuthorization: Basic "
-               "\\(credentials\\)\nContent-Type: "
-               "application/xml\n\nHTTP/1.1 200\n.*\n\n<\\?xml.*<uptime>0 days 00:00:00</.*</reply>\n$")
-                 .arg(QRegularExpression::escape(server.address()))},
-            {s("0002-POST-ofax.txt"),
-             QRegularExpression::escape(s("\n" + shortFax({"1"}) + "\nHTTP/1.1 200\n"))},
-            {s("0003-GET-about.txt"), s("<uptime>0 days 00:00:01<")}, // a submission lies between
-            {s("0004-GET-users_.._x.txt"), s("\nHTTP/1\\.1 401\nWWW-Authenticate: Basic")},
-            {s("0005-GET-_other.txt"), s("\nAUTHORIZATION: \\(credentials\\)\n")},
-            {s("0006-GET-documents_inbound_1_fax00001.pdf.txt"),
+            {s("0001-GET-users_.._x.txt"), s("\nHTTP/1\\.1 401\nWWW-Authenticate: Basic")},
+            {s("0002-GET-_other.txt"), s("\nAUTHORIZATION: \\(credentials\\)\n")},
+            {s("0003-GET-documents_inbound_1_fax00001.pdf.txt"),
              s("\nContent-Type: application/pdf\n.*\n\n\\(\\d+ bytes\\)\n$")},
-            {s("0007-GET-verify.txt"), s("\n\n\\(connection closed\\)\n$")},
-            {s("0008-GET-verify.txt"), s("</reply>\n\\(connection closed after 10 bytes\\)\n$")},
-            {s("0009-UDP-discovery.txt"), s("^DISCOVER\n\n200 OK\ninet_addr: ")},
+            {s("0004-GET-verify.txt"), s("\n\n\\(connection closed\\)\n$")},
+            {s("0005-GET-verify.txt"), s("</reply>\n\\(connection closed after 10 bytes\\)\n$")},
+            {s("0006-UDP-discovery.txt"), s("^DISCOVER\n\n200 OK\ninet_addr: ")},
         };
         const QDir records(options.recordDir);
         QCOMPARE(records.entryList(QDir::Files, QDir::Name), expected.keys());
@@ -266,9 +245,9 @@ private Q_SLOTS:
             const QByteArray text = readFile(records.filePath(name));
             const QRegularExpression pattern(expected[name], QRegularExpression::DotMatchesEverythingOption);
             QVERIFY2(pattern.match(s(text)).hasMatch(), text);
-            for (const QByteArray& secret : {QByteArray("alice:secret").toBase64(),
-                                             QByteArray("bob:wrong").toBase64(), QByteArray("secret")})
-                QVERIFY2(!text.contains(secret), qPrintable(name));
+            for (const char* account : {"alice:secret", "bob:wrong"})
+                QVERIFY2(!text.contains(QByteArray(account).toBase64()), text);
+            QVERIFY2(!text.contains("secret"), text);
         }
     }
 
@@ -290,56 +269,35 @@ private Q_SLOTS:
     void movesFaxesThroughTheirStates()
     {
         Started server(steppedOptions());
+        const QByteArray twice = fields("max_tries=2 try_interval=10", 1);
+        ask(server, "POST", "ofax", shortFax({"0999"}, {}, twice));
         const Wire::Answer answer = ask(server, "POST", "ofax", shortFax({"1", "2", "3"}));
-        QCOMPARE(answer.count("fax_entry"), 3);
-        QCOMPARE(answer.text("fax_entry_url"), server.url(s("/qdws/v1/ofax/1")).toString());
-        QCOMPARE(states(server), s("pending pending pending"));
+        QCOMPARE(answer.text("fax_entry_url"), server.url(s("/qdws/v1/ofax/2")).toString());
         QCOMPARE(get(server, "outbound_status?pending_limit=2&sending_limit=2").count("fax_entry"), 2);
-        server.step(1000);
-        QCOMPARE(states(server), s("sending sending sending"));
-        QCOMPARE(get(server, "outbound_log").count("outbound_fax_entry"), 0);
-        server.step(1000);
-        QCOMPARE(states(server), s("sent sent sent"));
+        QCOMPARE(ask(server, "PUT", "outbound_log/4?at=2099-01-01T00%3A00%3A00", "").status, 200);
+        QCOMPARE(ask(server, "DELETE", "ofax/2").text("state"), s("aborted"));
+        for (const auto& [pause, expected] : {std::make_pair(0, "pending aborted pending pending"),
+                                              {1000, "sending aborted sending pending"},
+                                              {1000, "pending aborted sent pending"},
+                                              {9999, "pending aborted sent pending"},
+                                              {1, "sending aborted sent pending"},
+                                              {1000, "failed aborted sent pending"},
+                                              {60000, "failed aborted sent pending"}}) {
+            server.step(pause);
+            QCOMPARE(states(server), s(expected));
+        }
+        QCOMPARE(server.faxes().first().tryNumber, 2);
+        QCOMPARE(ask(server, "DELETE", "ofax/2").status, 409);
+        QCOMPARE(ask(server, "PUT", "outbound_log/2?at=now", "").status, 409);
+        QCOMPARE(ask(server, "PUT", "outbound_log/4?at=now", "").status, 200);
+        server.step(2000);
+        QCOMPARE(states(server), s("failed aborted sent sent"));
         QCOMPARE(get(server, "outbound_status").count("fax_entry"), 0);
         QCOMPARE(get(server, "ofax").count("fax_entry"), 0);
         QCOMPARE(get(server, "ofax?complete_limit=2").count("fax_entry"), 2);
         const Wire::Answer log = get(server, "outbound_log?limit=1");
         QCOMPARE(log.count("outbound_fax_entry"), 1);
-        QCOMPARE(log.text("recipient_fax"), s("3")); // the newest
-        QCOMPARE(log.text("status"), s("sent"));
-    }
-
-    void retriesBeforeItFails()
-    {
-        Started server(steppedOptions());
-        const QByteArray twice = " <max_tries>2</max_tries>\n <try_interval>10</try_interval>\n";
-        ask(server, "POST", "ofax", shortFax({"0999"}, {}, twice));
-        server.step(1000 + 1000);
-        QCOMPARE(states(server), s("pending"));
-        QCOMPARE(server.faxes().first().tryNumber, 1);
-        server.step(9999);
-        QCOMPARE(states(server), s("pending"));
-        server.step(1);
-        QCOMPARE(states(server), s("sending"));
-        server.step(1000);
-        QCOMPARE(states(server), s("failed"));
-        QCOMPARE(server.faxes().first().tryNumber, 2);
-        QCOMPARE(get(server, "outbound_log").text("status"), s("failed"));
-    }
-
-    void abortsAndReschedules()
-    {
-        Started server(steppedOptions());
-        ask(server, "POST", "ofax", shortFax({"1", "2"}));
-        QCOMPARE(ask(server, "PUT", "outbound_log/2?at=2099-01-01T00%3A00%3A00", "").status, 200);
-        QCOMPARE(ask(server, "DELETE", "ofax/1").text("state"), s("aborted"));
-        server.step(60000);
-        QCOMPARE(states(server), s("aborted pending"));
-        QCOMPARE(ask(server, "DELETE", "ofax/1").status, 409);
-        QCOMPARE(ask(server, "PUT", "outbound_log/1?at=now", "").status, 409);
-        QCOMPARE(ask(server, "PUT", "outbound_log/2?at=now", "").status, 200);
-        server.step(2000);
-        QCOMPARE(states(server), s("aborted sent"));
+        QCOMPARE(log.text("recipient_fax") + log.text("status"), s("3sent")); // the newest
     }
 
     void storesAttachmentsUnderSafeNames()
@@ -358,16 +316,12 @@ private Q_SLOTS:
         QCOMPARE(ask(server, "POST", "ofax", shortFax({"1", "2"}, attachments)).status, 200);
         const QVector<SimAttachment> stored = server.attachments(2);
         QCOMPARE(stored.size(), names.size());
-        QSet<QString> paths;
         for (int i = 0; i < stored.size(); ++i) {
             QCOMPARE(stored[i].name.toUtf8(), names[i]);
-            QVERIFY(readFile(stored[i].path) == content(i));
-            QCOMPARE(QFileInfo(stored[i].path).canonicalPath(),
-                     QFileInfo(folder.filePath(s("1"))).canonicalFilePath());
-            paths.insert(stored[i].path);
+            QVERIFY(readFile(stored[i].path) == content(i)); // so each has a file of its own
         }
-        QCOMPARE(paths.size(), names.size());
         QCOMPARE(QFileInfo(stored[0].path).fileName(), s("a.txt"));
+        QCOMPARE(QDir(folder.filePath(s("1"))).entryList(QDir::Files).size(), names.size());
         const SimRequest request = server.requests().value(0);
         QVERIFY(request.bodySize > large.size());
         QCOMPARE(request.body.size(), 1 << 20); // the rest is not kept
@@ -382,15 +336,6 @@ private Q_SLOTS:
         QCOMPARE(ask(server, "DELETE", "ofax/1", {}, "bob:word").status, 403);
         QCOMPARE(ask(server, "GET", "ofax", {}, "root:r").count("fax_entry"), 1);
         QCOMPARE(ask(server, "DELETE", "ofax/1", {}, "root:r").status, 200);
-    }
-
-    void showsItsCertificate()
-    {
-        const Started server(with([](SimOptions& options) { options.tls = true; }));
-        QSslSocket socket;
-        Wire::connectTo(server, &socket);
-        QCOMPARE(socket.peerCertificate().toPem(), QSslCertificate(server.certificate()).toPem());
-        QVERIFY(socket.peerCertificate().isSelfSigned());
     }
 
     void stopsAtOnce()
@@ -425,8 +370,7 @@ private Q_SLOTS:
         const auto written = [](const SimServer& server) {
             QStringList lines;
             for (const SimEntry& entry : server.book(s("alice"), true))
-                lines.append(entry.uid + entry.members.join(QLatin1Char(' ')) +
-                             QString::number(entry.changed));
+                lines += entry.members + QStringList{entry.uid, QString::number(entry.changed)};
             return lines;
         };
         {
@@ -443,8 +387,7 @@ private Q_SLOTS:
         QCOMPARE(server.user(s("alice")).coverPageName, s("Urgent"));
         QCOMPARE(server.attachments(2).value(0).size, qint64(5));
         QCOMPARE(written(server), book);
-        ask(server, "POST", "ofax", shortFax({"3"}));
-        QCOMPARE(server.faxes().last().id, quint64(3));
+        QVERIFY(ask(server, "POST", "ofax", shortFax({"3"})).text("fax_entry_url").endsWith(s("/3")));
         server.step(5000);
         QCOMPARE(states(server), s("aborted sent sent"));
     }
@@ -456,43 +399,38 @@ private Q_SLOTS:
         writeFile(users, "# nobody\n");
         const QString state = folder.filePath(s("qdsim.json"));
         writeFile(state, "{\"format\":1,\"users\":[{\"na");
-        for (const auto& [option, value, reason] : {std::make_tuple(s("--speed"), s("fast"), "--speed"),
-                                                    {s("--users"), users, "no users"},
-                                                    {s("--record"), folder.path(), "not empty"},
-                                                    {s("--state"), folder.path(), "qdsim.json"},
-                                                    {s("--clock"), s("2026-11-31T00:00:00"), "--clock"}}) {
-            QProcess wrong;
-            wrong.start(s(QDSIM_PROGRAM), {option, value});
-            QVERIFY(wrong.waitForFinished(20000));
-            QCOMPARE(wrong.exitCode(), 2);
-            QVERIFY(wrong.readAllStandardError().contains(reason));
+        QProcess process;
+        for (const auto& [option, value, reason] : {std::make_tuple("--speed", s("fast"), "--speed"),
+                                                    {"--users", users, "no users"},
+                                                    {"--record", folder.path(), "not empty"},
+                                                    {"--state", folder.path(), "qdsim.json"},
+                                                    {"--clock", s("2026-11-31T00:00:00"), "--clock"}}) {
+            process.start(s(QDSIM_PROGRAM), {s(option), value});
+            QVERIFY(process.waitForFinished(20000));
+            QCOMPARE(process.exitCode(), 2);
+            QVERIFY(process.readAllStandardError().contains(reason));
         }
         QCOMPARE(readFile(state).size(), 25); // a damaged state is not overwritten
 
-        QProcess process;
         process.start(s(QDSIM_PROGRAM), {s("--users"), s("/dev/stdin"), s("--inbound"), s("3"), s("--fault"),
-                                         s("status=418,path=/qdws/v1/about,times=1")});
+                                         s("status=418,times=1")});
         process.write("# people\nbob:word:admin\n"); // a pipe
         process.closeWriteChannel();
         QVERIFY(process.waitForReadyRead(20000));
-        const QString line = QString::fromUtf8(process.readLine());
-        const auto match =
-            QRegularExpression(s("^qdsim listening on http://127\\.0\\.0\\.1:(\\d+)\n$")).match(line);
-        QVERIFY2(match.hasMatch(), qPrintable(line));
+        QByteArray line = process.readLine();
+        const QByteArray said = "qdsim listening on http://127.0.0.1:";
+        QVERIFY2(line.startsWith(said), line);
         QSslSocket socket;
-        socket.connectToHost(s("127.0.0.1"), match.captured(1).toUShort());
+        socket.connectToHost(s("127.0.0.1"), line.remove(0, said.size()).trimmed().toUShort());
         QVERIFY(socket.waitForConnected(20000));
         const SimServer anyServer; // only names the host
-        Wire wire{"GET", "/qdws/v1/about", {}, "bob:word"};
+        Wire wire{"GET", "/qdws/v1/inbound_log", {}, "bob:word"};
         wire.keepAlive = true;
         QCOMPARE(wire.send(anyServer, &socket).status, 418);
-        QCOMPARE(wire.send(anyServer, &socket).status, 200);
-        wire.target = "/qdws/v1/inbound_log";
         QCOMPARE(wire.send(anyServer, &socket).count("inbound_fax_entry"), 3);
         ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
         QVERIFY(process.waitForFinished(20000));
-        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(process.exitCode(), 0);
+        QVERIFY(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0);
         QVERIFY(process.readAllStandardError().contains("GET /qdws/v1/inbound_log"));
     }
 };

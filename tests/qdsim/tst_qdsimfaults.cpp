@@ -11,8 +11,7 @@ class TestQdsimFaults : public QObject
 private Q_SLOTS:
     void causesTrouble_data()
     {
-        // of the answer; the faxes that exist afterwards
-        const Rows<int, bool, QString, int> row("status", "whole", "body", "faxes");
+        const Rows<int, bool, QString, int> row; // status, wholeness and body of the answer; faxes afterwards
         row("delay=10", 200, true, "<fax_entry>.*</reply>$", 1);
         row("hangup-early", 0, false, "^$", 0);
         row("hangup", 0, false, "^$", 1);
@@ -34,10 +33,7 @@ private Q_SLOTS:
     }
     void causesTrouble()
     {
-        QFETCH(int, status);
-        QFETCH(bool, whole);
-        QFETCH(QString, body);
-        QFETCH(int, faxes);
+        const auto [status, whole, body, faxes] = cells<int, bool, QString, int>();
         const QString fault = s(QTest::currentDataTag());
         Started server(steppedOptions());
         QVERIFY(server.addFault(fault));
@@ -45,10 +41,8 @@ private Q_SLOTS:
             ask(server, "POST", "ofax", shortFax({"1"}).replace("<fax_n", "<name>Bob</name>\n  <fax_n"));
         QCOMPARE(answer.status, status);
         QCOMPARE(answer.isWhole, whole);
-        if (fault.startsWith(s("huge")))
-            QCOMPARE(answer.body.size(), 2 << 20);
-        if (fault.startsWith(s("deep")))
-            QCOMPARE(answer.body.count("<a>"), 100000);
+        QVERIFY(!fault.startsWith(s("huge")) || answer.body.size() == 2 << 20);
+        QVERIFY(!fault.startsWith(s("deep")) || answer.body.count("<a>") == 100000);
         // a text too long for the matcher by its ends
         const QByteArray ends = answer.body.left(1000) + answer.body.mid(1000).right(1000);
         const QRegularExpression expected(body, QRegularExpression::DotMatchesEverythingOption);

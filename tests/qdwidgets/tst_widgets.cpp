@@ -6,14 +6,12 @@
 #include "sortfiltertimeproxymodel.h"
 
 #include <QHelpEvent>
-#include <QPointer>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QStringListModel>
 #include <QStyleFactory>
 #include <QTableView>
-#include <QTest>
 #include <QTextDocument>
 #include <QTextDocumentFragment>
 #include <QToolTip>
@@ -145,17 +143,17 @@ class TestWidgets : public QObject
 private Q_SLOTS:
     void clicks_data()
     {
-        const Rows<QString, Qt::LayoutDirection> row("style", "direction");
+        const Rows<Qt::LayoutDirection> row;
         for (const QString& style : QStyleFactory::keys()) {
-            row(qPrintable(style), style, Qt::LeftToRight);
-            row(qPrintable(style + s(", right to left")), style, Qt::RightToLeft);
+            row(qPrintable(style), Qt::LeftToRight);
+            row(qPrintable(style + s(", right to left")), Qt::RightToLeft);
         }
     }
     void clicks()
     {
-        QFETCH(QString, style);
-        QFETCH(Qt::LayoutDirection, direction);
-        const std::unique_ptr<QStyle> owned(QStyleFactory::create(style));
+        const auto [direction] = cells<Qt::LayoutDirection>();
+        const std::unique_ptr<QStyle> owned(
+            QStyleFactory::create(s(QTest::currentDataTag()).section(s(","), 0, 0)));
         Table table;
         table.setStyle(owned.get());
         table.setLayoutDirection(direction);
@@ -170,8 +168,8 @@ private Q_SLOTS:
         QCOMPARE(table.button(1, 2).x() < first.x(), direction == Qt::RightToLeft);
         QCOMPARE(qAbs(second.center().x() - first.center().x()), first.width() + 10);
         // centred in the cell
-        QVERIFY(qAbs(second.center().x() - table.visualRect(table.model.index(1, Actions)).center().x()) <=
-                1);
+        const QRect cell = table.visualRect(table.model.index(1, Actions));
+        QVERIFY(qAbs(second.center().x() - cell.center().x()) <= 1);
     }
 
     void clicksThatAreNone()
@@ -275,15 +273,15 @@ private Q_SLOTS:
 
     void painting_data()
     {
-        const Rows<qreal, bool> row("ratio", "enabled");
+        const Rows<qreal, bool> row; // images' pixels for one of the table, whether it is enabled
         row("plain", 1, true);
         row("twice the density", 2, true);
         row("disabled", 1, false);
     }
     void painting()
     {
-        QFETCH(qreal, ratio);
-        QFETCH(bool, enabled);
+        const qreal ratio = std::get<0>(cells<qreal, bool>());
+        const bool enabled = std::get<1>(cells<qreal, bool>());
         Table table;
         table.selectRow(1);
         table.setEnabled(enabled);
@@ -323,14 +321,12 @@ private Q_SLOTS:
         toolTipAt(table, table.visualRect(table.model.index(0, Time)).center());
         QTRY_COMPARE(QToolTip::text(), QString());
 
-        const QString longName =
-            s("<h1>") + QString(500, QLatin1Char('x')) + QString(QChar(0x202E)) + s("fdp.exe");
+        const QString longName = s("<h1>") + QString(500, QLatin1Char('x')) + s("\u202Efdp.exe");
         const QModelIndex index = table.model.index(0, Name);
         table.model.setData(index, longName, Qt::ToolTipRole);
         QCOMPARE(shownAt(table.visualRect(index).center()), longName);
         for (const QWidget* widget : QApplication::topLevelWidgets())
-            QVERIFY2(!widget->inherits("QTipLabel") || widget->width() < 800,
-                     "500 characters have to be broken");
+            QVERIFY(!widget->inherits("QTipLabel") || widget->width() < 800); // 500 characters are broken
     }
 
     void actionColumnIsNotSorted()

@@ -4,11 +4,11 @@
 #include "faxscheduleoptions.h"
 #include "faxuser.h"
 #include "faxuserpermissions.h"
+#include "quendrainfo.h"
 #include "shorthand.h"
 #include "testkit.h"
 #include "xmltext.h"
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
@@ -63,7 +63,7 @@ QString spelled(const FaxScheduleOptions& o)
 
 } // namespace
 
-/// The records of the user and of a fax to be sent.
+/// The records of the user, of a fax to be sent and of the server.
 class RecordsTest : public QObject
 {
     Q_OBJECT
@@ -171,46 +171,37 @@ private Q_SLOTS:
         }
     }
 
-    void readSchedule_data()
-    {
-        const Rows<QString, QString> row("xml", "options");
-        // Each starts from options that are nowhere at their default, so that what stays is told from what is
-        // reset.
-        row("numbers", elements("priority=5 try_number=2 max_tries=8 try_interval=30"),
-            "5 2 8 30 0 2 2 1 1 lp then");
-        row("empty numbers", "<priority/><try_interval/><schedule_all_at/>", "0 0 0 0 0 2 2 1 1 lp then");
-        row("absurd numbers", elements("priority=9999999999 try_interval=9999999999 max_tries=-7"),
-            "0 0 -7 0 0 2 2 1 1 lp then");
-        row("priority out of range", tag("priority", "6"), "0 0 0 0 0 2 2 1 1 lp then");
-        const char* const at = "schedule_all_at";
-        row("afternoon in summer", tag(at, "2026-07-15T21:05:06"),
-            "0 0 0 0 0 2 2 1 1 lp 2026-07-15 23:05:06");
-        // There is no such local time, but it is not local time.
-        row("within the gap of summer time", tag(at, "2026-03-29T02:30:00"),
-            "0 0 0 0 0 2 2 1 1 lp 2026-03-29 04:30:00");
-        row("date with a zone", tag(at, "2026-07-15T21:05:06Z"), "0 0 0 0 0 2 2 1 1 lp now");
-        row("no date", tag(at, "2026-02-30T21:05:06"), "0 0 0 0 0 2 2 1 1 lp now");
-        row("receipts", elements("receipt=never receipt_attachment=none"), "0 0 0 0 2 0 2 1 1 lp then");
-        row("unknown texts",
-            elements(
-                "receipt=Always receipt_attachment= print_receipt=x fax_page_size=A4 print_receipt_first=0"),
-            "0 0 0 0 0 2 2 1 1 lp then");
-        row("print options",
-            elements("print_receipt=never print_receipt_printer=None fax_page_size=a4") +
-                tag("print_receipt_first", " FALSE\n"),
-            "0 0 0 0 0 2 3 2 0 None then");
-        row("message", tag("schedule_message", ", later"), "0 0 0 0 0 2 2 1 1 lp then, later");
-    }
     void readSchedule()
     {
-        QFETCH(QString, xml);
-        if (xml.contains(s("schedule_all_at>20")) && !m_isBerlin)
-            QSKIP("Needs a time zone of its own.");
-        FaxScheduleOptions options = nothingAtDefault();
-        options.setTryNumber(5);
-        QVERIFY(readFax(options, xml));
-        QTEST(spelled(options), "options");
-
+        const char* const at = "schedule_all_at";
+        const std::pair<QString, const char*> schedules[] = {
+            {elements("priority=5 try_number=2 max_tries=8 try_interval=30"), "5 2 8 30 0 2 2 1 1 lp then"},
+            {s("<priority/><try_interval/><schedule_all_at/>"), "0 0 0 0 0 2 2 1 1 lp then"},
+            {elements("priority=9999999999 try_interval=9999999999 max_tries=-7"),
+             "0 0 -7 0 0 2 2 1 1 lp then"},
+            {tag("priority", "6"), "0 0 0 0 0 2 2 1 1 lp then"},
+            {tag(at, "2026-07-15T21:05:06"), "0 0 0 0 0 2 2 1 1 lp 2026-07-15 23:05:06"},
+            // There is no such local time, but it is not local time.
+            {tag(at, "2026-03-29T02:30:00"), "0 0 0 0 0 2 2 1 1 lp 2026-03-29 04:30:00"},
+            {tag(at, "2026-07-15T21:05:06Z"), "0 0 0 0 0 2 2 1 1 lp now"},
+            {tag(at, "2026-02-30T21:05:06"), "0 0 0 0 0 2 2 1 1 lp now"},
+            {elements("receipt=never receipt_attachment=none"), "0 0 0 0 2 0 2 1 1 lp then"},
+            {elements(
+                 "receipt=Always receipt_attachment= print_receipt=x fax_page_size=A4 print_receipt_first=0"),
+             "0 0 0 0 0 2 2 1 1 lp then"},
+            {elements("print_receipt=never print_receipt_printer=None fax_page_size=a4") +
+                 tag("print_receipt_first", " FALSE\n"),
+             "0 0 0 0 0 2 3 2 0 None then"},
+            {tag("schedule_message", ", later"), "0 0 0 0 0 2 2 1 1 lp then, later"}};
+        for (const auto& [xml, expected] : schedules) {
+            if (!m_isBerlin && xml.contains(s("schedule_all_at>20")))
+                continue; // needs a time zone of its own
+            // nowhere at their default, so that what stays is told from what is reset
+            FaxScheduleOptions options = nothingAtDefault();
+            options.setTryNumber(5);
+            QVERIFY(readFax(options, xml));
+            QCOMPARE(spelled(options), s(expected));
+        }
         FaxScheduleOptions first;
         QVERIFY(readFax(first, tag("print_receipt_first", " True")));
         QCOMPARE(spelled(first), s("3 0 0 300 1 1 0 2 1 None now"));
@@ -286,31 +277,23 @@ private Q_SLOTS:
         QVERIFY(writtenFax(user).endsWith(tag("fax_page_size", "auto")));
     }
 
-    void content_data()
-    {
-        const Rows<int, QByteArray, QString> row("type", "bytes", "mime");
-        const QByteArray bytes("\0\xff\n", 3);
-        row("none", 0, bytes, "");
-        row("pdf", 1, bytes, "application/pdf");
-        row("postscript", 2, bytes, "application/postscript");
-        row("text", 3, bytes, "text/plain");
-        row("tiff", 4, bytes, "image/tiff");
-        row("beyond the table", 5, bytes, "");
-        row("empty file", 1, QByteArray(), "");
-    }
     void content()
     {
-        QFETCH(int, type);
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, mime);
         const QString path = m_folder.filePath(s("content"));
-        writeFile(path, bytes);
-        Content content = contentOf(static_cast<Content::Type>(type), path);
-        const QString data = elements("content_transfer_encoding=base64 content=AP8K");
-        QCOMPARE(writtenFax(content), mime.isEmpty() ? s("refused") : tag("content_type", mime) + data);
-        QVERIFY(!readFax(content, tag("content_type", "text/plain")));
-        QVERIFY(QFile::remove(path));
-        QCOMPARE(writtenFax(content), s("refused"));
+        const char* const mimes[] = {"",           "application/pdf", "application/postscript",
+                                     "text/plain", "image/tiff",      ""};
+        for (int type = 0; type < 6; ++type) {
+            writeFile(path, QByteArray("\0\xff\n", 3));
+            Content content = contentOf(static_cast<Content::Type>(type), path);
+            const QString data = elements("content_transfer_encoding=base64 content=AP8K");
+            QCOMPARE(writtenFax(content),
+                     *mimes[type] ? tag("content_type", mimes[type]) + data : s("refused"));
+            QVERIFY(!readFax(content, tag("content_type", "text/plain")));
+            writeFile(path, "");
+            QCOMPARE(writtenFax(content), s("refused"));
+            QVERIFY(QFile::remove(path));
+            QCOMPARE(writtenFax(content), s("refused"));
+        }
     }
 
     void attachment()
@@ -383,28 +366,74 @@ private Q_SLOTS:
         QVERIFY(!readFax(document, s("<recipient/>")));
     }
 
-    void renameDuplicates_data()
-    {
-        const Rows<QString, QString> row("names", "renamed");
-
-        row("none", "", "");
-        row("all differ", "a,A,b", "a,A,b");
-        row("after the extension", "r.pdf,r.pdf,r.pdf", "r.pdf,r.pdf1,r.pdf2");
-        row("made names may repeat", "a,a,a,a1", "a,a1,a2,a1");
-        row("names on entry count", "a1,a1,a,a,a", "a1,a11,a,a1,a2");
-        row("empty names", "x,,,y", "x,,1,y");
-    }
     void renameDuplicates()
     {
-        QFETCH(QString, names);
-        FaxDocument document;
-        for (const QString& name : names.split(QLatin1Char(',')))
-            document.attachs().append(inlineAttach(name, Content()));
-        document.renameDuplicateAttachments();
-        QStringList renamed;
-        for (const Attach& attach : document.attachs())
-            renamed.append(attach.name());
-        QTEST(renamed.join(QLatin1Char(',')), "renamed");
+        const std::pair<const char*, const char*> lists[] = {
+            {"a,A,b", "a,A,b"},
+            {"r.pdf,r.pdf,r.pdf", "r.pdf,r.pdf1,r.pdf2"},
+            {"x,,,y", "x,,1,y"},
+            {"a,a,a,a1", "a,a1,a2,a1"}, // made names may repeat
+            {"a1,a1,a,a,a", "a1,a11,a,a1,a2"}};
+        for (const auto& [names, expected] : lists) {
+            FaxDocument document;
+            for (const QString& name : s(names).split(QLatin1Char(',')))
+                document.attachs().append(inlineAttach(name, Content()));
+            document.renameDuplicateAttachments();
+            QStringList renamed;
+            for (const Attach& attach : document.attachs())
+                renamed.append(attach.name());
+            QCOMPARE(renamed.join(QLatin1Char(',')), s(expected));
+        }
+    }
+
+    void protocolVersion()
+    {
+        const std::tuple<const char*, const char*, int> servers[] = {
+            {"ABC40X", "1.4", 2}, {"ABC40X", "1.3.9", 1}, {"ABC40", "1.10", 2}, {"xxx40", "1", 2},
+            {"xxx40", "2", 2},    {"xxx40", "1.x", 1},    {"xxx40", ".9", 1},   {"xxx40", "", 1},
+            {"AB40XX", "9", 1},   {"ABC4", "9", 1}};
+        for (const auto& [model, version, expected] : servers) {
+            QuendraInfo info;
+            info.setModel(s(model));
+            info.setVersion(s(version));
+            QCOMPARE(info.protocolVersion(), 1);
+            info.computeProtocolVersion();
+            QVERIFY2(info.protocolVersion() == expected, version);
+        }
+    }
+
+    void readsOnlyWhatIsThere()
+    {
+        QuendraInfo info;
+        QVERIFY(readFax(info, s("<model>ABC40</model><version>1.4</version><serial>S1</serial>"
+                                "<hostname>h</hostname><channels>4</channels><uptime>2 days</uptime>")));
+        QCOMPARE(info.protocolVersion(), 2);
+        QCOMPARE(info.uptime(), s("2 days"));
+        QCOMPARE(info.channels(), s("4"));
+
+        QVERIFY(!readFax(info, s("<model>other</model><serial>S2</serial>")));
+        QVERIFY(!info.readStorage(QDomElement(), 1));
+        QCOMPARE(info.model() + info.serial() + info.description(), s("ABC40S1"));
+
+        QVERIFY(
+            readStorage(info, s("<version/><model>ABC40</model><channels/><description>d</description>")));
+        QCOMPARE(info.protocolVersion(), 1);
+        QCOMPARE(info.hostname() + info.channels() + info.description(), s("hd"));
+    }
+
+    void storageLeavesOutTheUptime()
+    {
+        QuendraInfo info;
+        const QString fields =
+            s("<model>m &amp; m</model><version>1.4</version><serial>s</serial><hostname>h</hostname>");
+        QVERIFY(readFax(info, fields + s("<channels>c</channels><uptime>u</uptime>")));
+        QCOMPARE(writtenFax(info), s("refused"));
+        QCOMPARE(writtenStorage(info), fields + s("<channels>c</channels>"));
+
+        // one more field takes its place, and characters that would spoil the settings file are left out
+        info.setDescription(QStringLiteral("d\ufffe\u0001\u00e9\U0001f600\n") + QChar(0xd800));
+        QCOMPARE(writtenStorage(info),
+                 fields + s("<description>d\u00e9\U0001f600\n</description><channels>c</channels>"));
     }
 
 private:

@@ -2,22 +2,15 @@
 
 #include "contact.h"
 #include "contactmanager.h"
-#include "faxdocument.h"
-#include "faxmanager.h"
-#include "faxserver.h"
-#include "operations.h"
 #include "quendrastorage.h"
 #include "serveraddress_p.h"
 #include "serverversion_p.h"
 #include "shorthand.h"
 #include "taskkit.h"
 #include "tasks/operationtable_p.h"
+#include "xmltext.h"
 
-#include <QDomDocument>
-#include <QMetaMethod>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <algorithm>
 
@@ -58,20 +51,16 @@ QByteArray answerLogin(const WireRequest& request, const QByteArray& model, cons
     else if (request.target.endsWith("/about"))
         content = "<about><model>" + model + "</model><version>" + version + "</version></about>";
     else if (request.target.contains("/users/"))
-        content =
-            "<user><name>Anna</name><default_cover_page_enabled>false</default_cover_page_enabled>"
-            "<default_cover_page_name/><priority>5</priority><max_attempts>7</max_attempts>"
-            "<interval>60</interval><receipt>never</receipt><receipt_attachment>tiff</receipt_attachment>"
-            "</user>";
+        content = tag("user",
+                      elements("name=Anna default_cover_page_enabled=true default_cover_page_name=plain "
+                               "priority=5 max_attempts=7 interval=60 receipt=never receipt_attachment=tiff"))
+                      .toUtf8();
     else if (request.target.endsWith("/cover_pages"))
         content = "<file><enabled>true</enabled><name>plain</name></file><file/>";
     else if (request.target.endsWith("/printer_names"))
         content = "<printer> left </printer>";
     return okReply(content);
 }
-
-/// What a slot does to a server that is being added.
-enum End { ManagerDestroyed, ServerDestroyed, ServerDeleted };
 
 } // namespace
 
@@ -82,25 +71,11 @@ class TestServer : public QObject
 private Q_SLOTS:
     void signalsCanBeQueuedAndRecorded()
     {
-        FaxManager manager(noContacts);
-        OpenServer server(manager);
-        QuendraInfo received;
-        connect(
-            &server, &FaxServer::changedQuendraInfo, this,
-            [&received](const QuendraInfo& info) { received = info; }, Qt::QueuedConnection);
-        QSignalSpy statuses(&server, &FaxServer::changedLastStatus);
-        server.slotError(Task::AuthError);
-        QCOMPARE(statuses.takeFirst().first().value<Task::Status>(), Task::AuthError);
-        QuendraInfo info;
-        info.setModel(s("ABC40"));
-        Q_EMIT server.changedQuendraInfo(info);
-        QTRY_COMPARE(received.model(), s("ABC40"));
-
-        // by name, too; contacts are abstract
+        TaskWorld world; // whose server makes the types known
         const auto check = [](const QMetaMethod& signal) {
             for (int i = 0; i < signal.parameterCount(); ++i) {
                 QVERIFY2(signal.parameterType(i) != QMetaType::UnknownType ||
-                             signal.parameterTypes().at(i) == "ContactUnit",
+                             signal.parameterTypes().at(i) == "ContactUnit", // which is abstract
                          signal.methodSignature().constData());
             }
         };
@@ -149,99 +124,56 @@ private Q_SLOTS:
         TaskWorld world;
         OpenServer server(world.manager);
         QSignalSpy changes(&server, &FaxServer::changedLastStatus);
-        const auto resets = [&server](auto set) {
-            server.setLastStatus(Task::Ok);
-            set();
-            const bool reset = server.lastStatus() == Task::Unknown;
-            server.setLastStatus(Task::Ok);
-            set(); // to what it is
-            return reset && server.lastStatus() == Task::Ok;
-        };
-        QVERIFY(resets([&] { server.setAddress(s("h")); }));
-        QVERIFY(resets([&] { server.setLogin(s("l")); }));
-        QVERIFY(resets([&] { server.setPassword(s("p")); }));
-        QVERIFY(resets([&] { server.setUseSSL(true); }));
-        QCOMPARE(changes.count(), 5); // those of Ok; a reset is silent
-    }
-
-    void userIsTakenOver()
-    {
-        TaskWorld world;
-        FaxServer& server = world.server;
-        server.setInfo(infoOf("3.6.1"));
-        FaxUser user;
-        QuendraContact contact;
-        contact.setName(s("Anna"));
-        user.setContact(contact);
-        user.setDefaultCoverPage(s("plain"));
-        user.useCoverPage(true);
-        FaxUserScheduleOptions options;
-        options.setPriority(FaxUserScheduleOptions::Priority5);
-        user.setScheduleOptions(options);
-
-        FaxUser told;
-        connect(&server, &FaxServer::changedFaxUser, this, [&told](const FaxUser& user) { told = user; });
-        server.setUser(user);
-        for (const FaxUser& taken : {server.user(), told}) {
-            QCOMPARE(taken.contact().name(), s("Anna"));
-            QCOMPARE(taken.defaultCoverpage(), s("plain"));
-            QVERIFY(taken.isUsedCoverPage());
-            QCOMPARE(taken.faxScheduleOptions().priority(), FaxUserScheduleOptions::Priority5);
-            QVERIFY(taken.isSupportReceiptOptions());
+        const std::initializer_list<std::function<void()>> setters = {
+            [&] { server.setAddress(s("h")); }, [&] { server.setLogin(s("l")); },
+            [&] { server.setPassword(s("p")); }, [&] { server.setUseSSL(true); }};
+        for (const auto& set : setters) {
+            for (const Task::Status after : {Task::Unknown, Task::Ok}) { // then to what it is
+                server.setLastStatus(Task::Ok);
+                set();
+                QCOMPARE(server.lastStatus(), after);
+            }
         }
+        QCOMPARE(changes.count(), 5); // those of Ok; a reset is silent
+
+        FaxUser user;
+        user.setDefaultCoverPage(s("plain"));
+        QSignalSpy told(&server, &FaxServer::changedFaxUser);
+        server.setUser(user);
+        for (const FaxUser& taken : {server.user(), told.first().first().value<FaxUser>()})
+            QCOMPARE(taken.defaultCoverpage(), s("plain"));
     }
 
-    void version_data()
-    {
-        const Rows<int> row("number");
-        row("3.2.7", 302070);
-        row("3.2.7-beta", 302070);
-        row("3.2.8", 302080);
-        row("3.2.10", 302010);
-        row("3.2.1", 302010);
-        row("3.6", 306000);
-        row("3.6.1", 306010);
-        row("3.71.123", 307112);
-        row("", 0);
-        row("x.y.z", 0);
-        row("1..2.9", 100020);
-        row("99999999999.1", 1000);
-        row("2147483647.0.0", 210000);
-    }
     void version()
     {
-        QFETCH(int, number);
-        QCOMPARE(versionNumber(s(QTest::currentDataTag())), number);
+        const std::pair<const char*, int> numbers[] = {
+            {"3.2.7", 302070}, {"3.2.7-beta", 302070}, {"3.2.8", 302080},       {"3.2.10", 302010},
+            {"3.6", 306000},   {"3.6.1", 306010},      {"3.71.123", 307112},    {"", 0},
+            {"x.y.z", 0},      {"1..2.9", 100020},     {"99999999999.1", 1000}, {"2147483647.0.0", 210000}};
+        for (const auto& [text, number] : numbers)
+            QVERIFY2(versionNumber(s(text)) == number, text);
     }
 
-    void addresses_data()
-    {
-        const Rows<QString> row("url"); // of an address; empty: refused
-        row("fax.example.org", "http://fax.example.org/x");
-        row("fax.example.org:8080", "http://fax.example.org:8080/x");
-        row("::1", "http://[::1]/x");
-        row("[::1]", "http://[::1]/x");
-        row("[::1]:8080", "http://[::1]:8080/x");
-        row("2001:db8::7", "http://[2001:db8::7]/x");
-        row("2001:db8::7:8080", "http://[2001:db8::7:8080]/x"); // all host
-        row("[::1]8080", "");
-        row("[127.0.0.1]:80", "");
-        row("::g", "");
-        row(":80", "");
-        row("a b", "");
-        row("host:65536", "");
-        row("host:+80", "");
-    }
     void addresses()
     {
-        QFETCH(QString, url);
-        QUrl built;
-        built.setScheme(s("http"));
-        built.setPath(s("/x"));
-        const bool accepted = setServerAddress(built, s(QTest::currentDataTag())) && built.isValid();
-        QCOMPARE(accepted, !url.isEmpty());
-        if (accepted)
-            QCOMPARE(built.toString(), url);
+        const std::pair<const char*, const char*> addresses[] = {
+            {"fax.example.org", "fax.example.org"},
+            {"fax.example.org:8080", "fax.example.org:8080"},
+            {"::1", "[::1]"},
+            {" [::1]\t", "[::1]"},
+            {"[::1]:8080", "[::1]:8080"},
+            {"2001:db8::7:8080", "[2001:db8::7:8080]"}}; // all host
+        for (const auto& [address, expected] : addresses) {
+            QUrl url(s("http:/x"));
+            QVERIFY2(setServerAddress(url, s(address)), address);
+            QCOMPARE(url.toString(), s("http://%1/x").arg(s(expected)));
+        }
+        for (const char* address : {"[::1]8080", "[127.0.0.1]:80", "::g", "[::g]:80", "[::1:80", ":80", "a b",
+                                    "my fax server", "", "host:65536", "host:+80", "host:-80", "host:80x",
+                                    "host:0", "host:", "host:80/x", "http://host:80", "me@host:80"}) {
+            QUrl url(s("http:/x"));
+            QVERIFY2(!setServerAddress(url, s(address)), address);
+        }
     }
 
     void preambule()
@@ -279,12 +211,11 @@ private Q_SLOTS:
         QCOMPARE(wire.requests().last().target, QByteArray("/qdws/v1/users/anna"));
         QCOMPARE(server->info().protocolVersion(), 2);
         QCOMPARE(server->user().contact().name(), s("Anna"));
+        QCOMPARE(server->user().defaultCoverpage(), s("plain"));
+        QVERIFY(server->user().isUsedCoverPage());
         QCOMPARE(int(server->user().faxScheduleOptions().priority()), 5);
         QVERIFY(server->user().isSupportReceiptOptions());
         QVERIFY(server->isConnected());
-        FaxDocument fax; // a new one begins with the user's options
-        fax.setFaxSchedule(server->user().faxScheduleOptions());
-        QCOMPARE(fax.faxSchedule().maxTries(), 7);
 
         // a refusal ends the chain at its first step
         wire.setAnswer(ScriptedServer::reply("<r><message>no</message></r>"));
@@ -299,8 +230,8 @@ private Q_SLOTS:
     void protocolOneKeepsSchedule()
     {
         TaskWorld world;
-        ScriptedServer& wire = world.wire;
-        wire.setAnswer([](const WireRequest& request) { return answerLogin(request, "ABC41", "3.2.7"); });
+        world.wire.setAnswer(
+            [](const WireRequest& request) { return answerLogin(request, "ABC41", "3.2.7"); });
         FaxServer* const server = &world.server;
         server->verifyUser(false);
         QSignalSpy userChanged(server, &FaxServer::changedFaxUser);
@@ -309,14 +240,12 @@ private Q_SLOTS:
         QVERIFY(!server->user().isSupportReceiptOptions());
 
         // too old for printers: nobody is asked
-        const int before = wire.requests().size();
-        QSignalSpy failed(server, &FaxServer::errorRetrievePrintersList);
+        const int before = world.wire.requests().size();
         server->updatePrinternamesList();
         server->updateCoverpagesList();
         QSignalSpy pages(server, &FaxServer::changedCoverPagesList);
         QVERIFY(pages.wait());
-        QCOMPARE(wire.requests().size(), before + 1);
-        QCOMPARE(failed.count(), 0);
+        QCOMPARE(world.wire.requests().size(), before + 1);
     }
 
     void lists()
@@ -395,38 +324,33 @@ private Q_SLOTS:
         QTRY_VERIFY(manager.findChildren<FaxServer*>().isEmpty());
     }
 
-    void slotsMayEndAServerThatIsBeingAdded_data()
-    {
-        const Rows<int> row("end");
-        row("manager destroyed", ManagerDestroyed);
-        row("server destroyed", ServerDestroyed);
-        row("server deleted", ServerDeleted);
-    }
     void slotsMayEndAServerThatIsBeingAdded()
     {
-        QFETCH(int, end);
-        ContactManager contacts;
-        QPointer<FaxManager> manager = new FaxManager(&contacts);
-        QMetaObject::Connection ending;
-        ending = connect(&contacts, &ContactManager::changedContactProviderList, this, [&] {
-            disconnect(ending);
-            auto* server = manager->findChild<FaxServer*>();
-            if (end == ManagerDestroyed)
-                delete manager;
-            else if (end == ServerDestroyed)
-                delete server;
-            else
-                manager->deleteServer(server);
-        });
-        const QPointer<FaxServer> ended = add(*manager, "anna");
-        QTRY_VERIFY(!ended);
-        QCOMPARE(!manager, end == ManagerDestroyed);
-        if (!manager)
-            return;
-        QVERIFY(manager->servers().isEmpty());
-        QCOMPARE(contacts.providers().size(), end == ServerDeleted ? 0 : 1);
-        QVERIFY(manager->isDefaultServer(add(*manager, "bob")));
-        delete manager;
+        enum { ManagerDestroyed, ServerDestroyed, ServerDeleted };
+        for (const int end : {ManagerDestroyed, ServerDestroyed, ServerDeleted}) {
+            ContactManager contacts;
+            QPointer<FaxManager> manager = new FaxManager(&contacts);
+            QMetaObject::Connection ending;
+            ending = connect(&contacts, &ContactManager::changedContactProviderList, this, [&] {
+                disconnect(ending);
+                auto* server = manager->findChild<FaxServer*>();
+                if (end == ManagerDestroyed)
+                    delete manager;
+                else if (end == ServerDestroyed)
+                    delete server;
+                else
+                    manager->deleteServer(server);
+            });
+            const QPointer<FaxServer> ended = add(*manager, "anna");
+            QTRY_VERIFY(!ended);
+            QCOMPARE(!manager, end == ManagerDestroyed);
+            if (!manager)
+                continue;
+            QVERIFY(manager->servers().isEmpty());
+            QCOMPARE(contacts.providers().size(), end == ServerDeleted ? 0 : 1);
+            QVERIFY(manager->isDefaultServer(add(*manager, "bob")));
+            delete manager;
+        }
     }
 
     void onlyWhatIsAddedSynchronises()
@@ -522,8 +446,7 @@ private Q_SLOTS:
         for (int i = 0; i < 2; ++i) {
             const FaxServer& before = *manager.servers().at(i);
             const FaxServer& after = *other.servers().at(i);
-            QCOMPARE(after.genUID(), before.genUID());
-            QCOMPARE(after.useSSL(), before.useSSL());
+            QVERIFY(after.genUID() == before.genUID() && after.useSSL() == before.useSSL());
             QCOMPARE(after.info().model(), before.info().model());
             QCOMPARE(after.info().protocolVersion(), before.info().protocolVersion());
             QVERIFY(after.info().uptime().isEmpty());
@@ -536,34 +459,29 @@ private Q_SLOTS:
         QCOMPARE(other.servers().size(), 2);
     }
 
-    void damagedFragments_data()
+    void damagedFragments()
     {
-        const Rows<QByteArray, int> row("fragment", "servers");
         const QByteArray rest = "<about><model>m</model><version>1</version></about><user/>";
         const QByteArray good =
             "<connection><address>127.0.0.1:1</address><login>l</login><password>plain</password>"
             "</connection>";
-        row("whole", QByteArray(good + rest), 1);
-        row("no connection", rest, 0);
-        row("no password", QByteArray("<connection><address>a</address><login>l</login></connection>" + rest),
-            0);
-        row("no about", QByteArray(good + "<user/>"), 0);
-        row("no user", QByteArray(good + "<about/>"), 0);
-        row("about unreadable", QByteArray(good + "<about/><user/>"), 1);
-    }
-    void damagedFragments()
-    {
-        QFETCH(QByteArray, fragment);
-        QFETCH(int, servers);
-
-        QDomDocument document;
-        QVERIFY(document.setContent("<settings><server>" + fragment + "</server></settings>"));
-        FaxManager manager(noContacts);
-        QVERIFY(manager.readStorage(document.documentElement(), 1));
-        QCOMPARE(manager.servers().size(), servers);
-        if (servers)
-            QCOMPARE(manager.servers().first()->password(), s("plain")); // did not decipher
-        QTRY_COMPARE(manager.findChildren<FaxServer*>().size(), servers);
+        const std::pair<QByteArray, int> fragments[] = {
+            {good + rest, 1},
+            {rest, 0},
+            {"<connection><address>a</address><login>l</login></connection>" + rest, 0},
+            {good + "<user/>", 0},
+            {good + "<about/>", 0},
+            {good + "<about/><user/>", 1}};
+        for (const auto& [fragment, servers] : fragments) {
+            QDomDocument document;
+            QVERIFY(document.setContent("<settings><server>" + fragment + "</server></settings>"));
+            FaxManager manager(noContacts);
+            QVERIFY(manager.readStorage(document.documentElement(), 1));
+            QCOMPARE(manager.servers().size(), servers);
+            if (servers)
+                QCOMPARE(manager.servers().first()->password(), s("plain")); // did not decipher
+            QTRY_COMPARE(manager.findChildren<FaxServer*>().size(), servers);
+        }
     }
 };
 
