@@ -34,9 +34,7 @@ public:
     {}
     void execute() override {}
     Task::Type type() override { return Task::GetQuendraInfo; }
-    using Task::entryReader;
     using Task::fixAmp;
-    using Task::parse;
 
 protected:
     void onFinished() override {}

@@ -611,6 +611,14 @@ bool ContactLocalStorage::scopeEnd()
     return holds;
 }
 
+bool ContactLocalStorage::writeIfIdle(const std::function<void()>& write)
+{
+    const std::unique_lock<std::recursive_mutex> lock(m_transactionMutex, std::try_to_lock);
+    if (lock)
+        write();
+    return lock.owns_lock();
+}
+
 void ContactLocalStorage::freeStorageForThread()
 {
     const Lock lock(m_threadsMutex);

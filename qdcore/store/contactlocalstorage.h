@@ -169,6 +169,10 @@ public:
     void deleteContactsNotListed(quint32 source, ContactType type, ContactLocation location,
                                  const QList<QString>& listed, const QList<QString>& replied, quint32 lastId);
 
+    /// Calls @p write while no other thread writes, unless one does at the moment: then returns false at
+    /// once.
+    bool writeIfIdle(const std::function<void()>& write);
+
 private:
     struct Thread;
 

@@ -57,7 +57,7 @@ ContactList BookKnowledge::storable(ContactLocalStorage& storage, const ContactL
     }
     const bool isOutdated = hasNewerThan(storage, timestamp);
     if (!isOutdated && deleted.isEmpty())
-        return units;
+        return withSameUnits(units);
 
     QVector<QSet<QString>> listed;
     for (const auto& list : qAsConst(lists))

@@ -22,6 +22,10 @@ struct ContactPlace
 /// whose URL has no path.
 bool placeOf(const ContactUnit& unit, ContactPlace& place);
 
+/// A list that shares its units with another one, where both only read them: copying a list clones 100,000
+/// units in 100 ms.
+ContactList withSameUnits(const ContactList& list);
+
 /// Stores a unit, and with a group its members, on the calling thread's connection. @p timestamp is that of
 /// the server, 0 to keep what is stored; @p group is the group that the unit is a member of, 0 for none.
 void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit,

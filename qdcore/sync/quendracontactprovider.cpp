@@ -11,6 +11,7 @@
 #include "quendracontactgroup.h"
 #include "quendracontactproviderdisassemblethread.h"
 #include "serveraddress_p.h"
+#include "storewrites_p.h"
 #include "tasks/taskaddcontact.h"
 #include "tasks/taskdeletecontact.h"
 #include "tasks/taskgetcontacts.h"
@@ -74,6 +75,14 @@ bool placeOf(const ContactUnit& unit, ContactPlace& place)
     return true;
 }
 
+ContactList withSameUnits(const ContactList& list)
+{
+    ContactList same;
+    same.setContactsType(list.contactsType());
+    same.contacts() = list.contacts();
+    return same;
+}
+
 void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit,
                  unsigned int timestamp, unsigned int group)
 {
@@ -102,25 +111,31 @@ void disassemble(ContactLocalStorage& storage, unsigned int source, const Contac
         storage.linkContactAndGroup(id, group);
 }
 
+/// As disassemble(), a group and its members in one transaction.
+static void disassembleWhole(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit,
+                             unsigned int timestamp, unsigned int group)
+{
+    const bool isGroup = dynamic_cast<const QuendraContactGroup*>(&unit) != nullptr;
+    if (isGroup)
+        storage.scopeBegin();
+    disassemble(storage, source, unit, timestamp, group);
+    if (isGroup)
+        storage.scopeEnd();
+}
+
 void QuendraContactProvider::disassembleContact(const ContactUnit& contact, unsigned int timestamp,
                                                 unsigned int group)
 {
     // without a server its source is deleted, and a late reply must not store units of it again
-    if (!m_storage || !m_server)
-        return;
-    // a group and its members in one transaction
-    const bool isGroup = dynamic_cast<const QuendraContactGroup*>(&contact) != nullptr;
-    if (isGroup)
-        m_storage->scopeBegin();
-    disassemble(*m_storage, m_sourceId, contact, timestamp, group);
-    if (isGroup)
-        m_storage->scopeEnd();
+    if (m_storage && m_server)
+        disassembleWhole(*m_storage, m_sourceId, contact, timestamp, group);
 }
 
 // --- The link
 
 QuendraContactProvider::QuendraContactProvider(ContactManager& manager)
     : ContactProvider(manager)
+    , m_writes(new StoreWrites(m_storage, this))
 {}
 
 QuendraContactProvider::~QuendraContactProvider()
@@ -235,34 +250,53 @@ void QuendraContactProvider::deleteContact(const ContactUnit& contact, ContactLi
 
 void QuendraContactProvider::slotAddedContact(const ContactUnit& contact, ContactList::Type type)
 {
-    disassembleContact(contact, 0, 0);
     ContactPlace place;
     if (m_syncCount != 0 && placeOf(contact, place) && !place.uid.isEmpty())
         m_syncOids[type].append(place.uid);
-    Q_EMIT addedContact(contact, type);
+    const ContactUnitPtr unit(contact.copy());
+    storeUnit(unit, [this, unit, type] { Q_EMIT addedContact(*unit, type); });
 }
 
 void QuendraContactProvider::slotModifiedContact(const ContactUnit& contact, ContactList::Type type)
 {
-    disassembleContact(contact, 0, 0);
-    Q_EMIT modifiedContact(contact, type);
+    const ContactUnitPtr unit(contact.copy());
+    storeUnit(unit, [this, unit, type] { Q_EMIT modifiedContact(*unit, type); });
+}
+
+void QuendraContactProvider::storeUnit(const ContactUnitPtr& unit, const std::function<void()>& done)
+{
+    // without a server its source is deleted, and a late reply must not store units of it again
+    if (!m_server)
+        return done();
+    const auto write = [unit, source = m_sourceId](ContactLocalStorage& storage) {
+        QString name;
+        ContactLocalStorage::SourceType kind;
+        if (!storage.getSourceInfo(source, name, kind))
+            return; // it was deleted while this was queued
+        disassembleWhole(storage, source, *unit, 0, 0);
+    };
+    m_writes->add(write, done);
 }
 
 void QuendraContactProvider::slotDeletedContact(const ContactUnit& contact, ContactList::Type type)
 {
     ContactPlace place;
-    if (placeOf(contact, place)) {
-        // Noted before the row is deleted, which waits for a running bracket: a conversion that does not see
-        // the note has stored the unit by then.
+    const bool hasPlace = placeOf(contact, place);
+    if (hasPlace) {
+        // Noted before the row is deleted, which happens after a running bracket: a conversion that does not
+        // see the note has stored the unit by then.
         for (const auto& weak : qAsConst(m_known)) {
             const Known known = weak.toStrongRef();
             if (known && known->book().type == place.type && known->book().location == place.location)
                 known->noteDeleted(place.uid);
         }
-        if (m_storage)
-            m_storage->deleteContact(m_sourceId, place.type, place.location, place.uid);
     }
-    Q_EMIT deletedContact(contact, type);
+    const ContactUnitPtr unit(contact.copy());
+    const auto write = [place, hasPlace, source = m_sourceId](ContactLocalStorage& storage) {
+        if (hasPlace)
+            storage.deleteContact(source, place.type, place.location, place.uid);
+    };
+    m_writes->add(write, [this, unit, type] { Q_EMIT deletedContact(*unit, type); });
 }
 
 void QuendraContactProvider::slotErrorAddedContacts(Task::Status status)
@@ -364,15 +398,9 @@ void QuendraContactProvider::useOids(const QList<QString>& oids, ContactList::Ty
         }
         startDeleter(type, oids, {}, known);
     }
-    requestChanges(type);
-}
-
-/// Asks for what changed since the last time, the second half of an incremental run.
-void QuendraContactProvider::requestChanges(ContactList::Type type)
-{
+    // the second half: what changed since the last time
     if (!m_server || !m_storage || !ContactBook(type).isValid)
         return slotErrorSyncedContacts(Task::Error);
-    const Known known = knownNow(type);
     requestContacts(type, known->newest(), known);
 }
 
@@ -410,7 +438,7 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
     m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());
     auto* thread = new QuendraContactProviderDisassembleThread(m_storage, m_sourceId, this);
     m_threads.append(thread);
-    thread->setContacts(contacts, timestamp);
+    thread->setContacts(withSameUnits(contacts), timestamp);
     thread->setKnown(known);
     connect(thread, &QuendraContactProviderDisassembleThread::written, this,
             [this, type](bool isStored) { bookWritten(type, isStored); });

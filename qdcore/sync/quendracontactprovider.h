@@ -7,9 +7,12 @@
 #include <QMap>
 #include <QSet>
 
+#include <functional>
+
 class BookKnowledge;
 class FaxServer;
 class QuendraContactProviderDisassembleThread;
+class StoreWrites;
 struct LogText;
 
 /**
@@ -108,7 +111,7 @@ private:
     using Known = QSharedPointer<BookKnowledge>;
     Known knownNow(ContactList::Type type);
     void requestContacts(ContactList::Type type, unsigned int lastTimeSync, const Known& known);
-    void requestChanges(ContactList::Type type);
+    void storeUnit(const ContactUnitPtr& unit, const std::function<void()>& done);
     void useOids(const QList<QString>& oids, ContactList::Type type, const Known& known);
     void useContacts(const ContactList& contacts, unsigned int timestamp, bool full, const Known& known);
     void bookWritten(ContactList::Type type, bool isStored);
@@ -119,6 +122,7 @@ private:
     QUrl unitUrl(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,
                  const QString& uid) const;
 
+    StoreWrites* const m_writes;
     QPointer<FaxServer> m_server;
     QList<QPointer<QuendraContactProviderDisassembleThread>> m_threads;
     QMap<ContactList::Type, QList<QString>> m_syncOids; ///< What the server said it has, while synchronising.

@@ -4,6 +4,8 @@
 #include "contactdisassembly_p.h"
 #include "tsan_p.h"
 
+#include <utility>
+
 QuendraContactProviderDisassembleThread::QuendraContactProviderDisassembleThread(
     const QPointer<ContactLocalStorage>& storage, unsigned int source, QObject* parent)
     : QThread(parent)
@@ -23,6 +25,12 @@ void QuendraContactProviderDisassembleThread::setContacts(const ContactList& con
     m_timestamp = timestamp;
 }
 
+void QuendraContactProviderDisassembleThread::setContacts(ContactList&& contacts, unsigned int timestamp)
+{
+    m_contacts = std::move(contacts);
+    m_timestamp = timestamp;
+}
+
 void QuendraContactProviderDisassembleThread::setKnown(ContactLocalStorage::ContactType type,
                                                        ContactLocalStorage::ContactLocation location,
                                                        unsigned int timestamp)
@@ -33,6 +41,7 @@ void QuendraContactProviderDisassembleThread::setKnown(ContactLocalStorage::Cont
 void QuendraContactProviderDisassembleThread::run()
 {
     bool isStored = false;
+    const ContactList::Type book = m_contacts.contactsType();
     if (m_storage) {
         const bool begun = m_storage->scopeBegin();
         // the server may have been removed while the reply was on its way; its units must not come back
@@ -40,7 +49,7 @@ void QuendraContactProviderDisassembleThread::run()
         ContactLocalStorage::SourceType kind;
         if (begun && m_storage->getSourceInfo(m_source, name, kind)) {
             const ContactList units =
-                m_known ? m_known->storable(*m_storage, m_contacts, m_timestamp) : m_contacts;
+                m_known ? m_known->storable(*m_storage, m_contacts, m_timestamp) : withSameUnits(m_contacts);
             for (const auto& unit : units.contacts()) {
                 if (unit)
                     disassemble(*m_storage, m_source, *unit, m_timestamp, 0);
@@ -50,9 +59,10 @@ void QuendraContactProviderDisassembleThread::run()
         isStored = begun && holds;
         m_storage->freeStorageForThread();
     }
+    m_contacts = ContactList(); // destroying 100,000 units takes too long for the event loop
     tsanHandOver(this);
     Q_EMIT written(isStored);
-    Q_EMIT doneDisassembleContactFromThread(m_contacts.contactsType());
+    Q_EMIT doneDisassembleContactFromThread(book);
     deleteLater();
     tsanHandOver(this);
 }
