@@ -29,9 +29,6 @@ const QList<Operation>& operations();
 const Operation& operation(Task::Type type);
 const Operation& operation(const QByteArray& name);
 
-/// A fresh table row for each operation.
-void addOperationRows();
-
 /// The good answer to any request of the operations, of the login and of a synchronisation; 404 to others.
 QByteArray serve(const WireRequest& request);
 
