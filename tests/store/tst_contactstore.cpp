@@ -142,8 +142,7 @@ private Q_SLOTS:
 
     void lists_data()
     {
-        const Rows<int, int, quint32, uint, uint, QString> row("type", "location", "group", "offset", "limit",
-                                                               "ids");
+        const Rows<int, int, quint32, uint, uint, QString> row;
         // 1 to 4 are contacts, 5 and 6 groups; the even ones are global; 2, 3 and 6 are members of 5.
         row("all", 0, 0, 0, 0, 0, "1 2 3 4 5 6");
         row("an offset without limit does nothing", 0, 0, 0, 3, 0, "1 2 3 4 5 6");
@@ -164,12 +163,8 @@ private Q_SLOTS:
     }
     void lists()
     {
-        QFETCH(int, type);
-        QFETCH(int, location);
-        QFETCH(quint32, group);
-        QFETCH(uint, offset);
-        QFETCH(uint, limit);
-        QFETCH(QString, ids);
+        const auto [type, location, group, offset, limit, ids] =
+            cells<int, int, quint32, uint, uint, QString>();
         for (int i = 1; i <= 6; ++i) {
             const QString text = QString::number(i);
             add(text, text, i < 5 ? people : groups, i % 2 ? personal : global);
@@ -249,7 +244,7 @@ private Q_SLOTS:
 
     void deleteMany_data()
     {
-        const Rows<int, bool> row("count", "bracket");
+        const Rows<int, bool> row;
         row("few", 32, false);
         row("many", 33, false);
         row("few in a bracket", 10, true);
@@ -257,8 +252,7 @@ private Q_SLOTS:
     }
     void deleteMany()
     {
-        QFETCH(int, count);
-        QFETCH(bool, bracket);
+        const auto [count, bracket] = cells<int, bool>();
         const char* const triggers = "SELECT sql FROM sqlite_master WHERE type='trigger' ORDER BY name";
         const QString triggersBefore = raw(triggers);
         const quint32 kept = m_store->addSource(s("kept"), Store::SourceQuendra);
@@ -301,8 +295,7 @@ private Q_SLOTS:
 
     void search_data()
     {
-        const Rows<QString, uint, quint32, quint32, QString> row("text", "limit", "source1", "source2",
-                                                                 "names");
+        const Rows<QString, uint, quint32, quint32, QString> row;
         row("everywhere", "ann", 0, 0, 0, "Anna Hanna Joanna");
         row("everything", "", 0, 0, 0, "Anna Hanna Joanna a% \u00E4");
         row("case of ASCII", "HANNA", 0, 0, 0, "Hanna");
@@ -320,17 +313,14 @@ private Q_SLOTS:
     }
     void search()
     {
-        QFETCH(QString, text);
-        QFETCH(uint, limit);
-        QFETCH(quint32, source1);
-        QFETCH(quint32, source2);
+        const auto [text, limit, source1, source2, names] = cells<QString, uint, quint32, quint32, QString>();
         const quint32 second = m_store->addSource(s("second"), Store::SourceQuendra);
         add(s("1"), s("Anna"));
         add(s("2"), s("Hanna"), groups);
         for (const char* name : {"Joanna", "a%", "\u00E4"})
             add(s(name), s(name), people, personal, second);
         const QMap<quint32, QString> found = m_store->quickSearch(text, limit, source1, source2);
-        QTEST(QStringList(found.values()).join(QLatin1Char(' ')), "names");
+        QCOMPARE(QStringList(found.values()).join(QLatin1Char(' ')), names);
     }
 };
 QTEST_GUILESS_MAIN(ContactStoreTest)
