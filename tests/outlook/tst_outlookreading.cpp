@@ -93,21 +93,18 @@ private Q_SLOTS:
 
     void destroyedWhileReading_data()
     {
-        const Rows<int, bool> row("item", "byManager");
-        row("at the first item", 1, true);
-        row("in the middle", 150, true);
-        row("at the last item", 300, true);
-        row("taken off the list", 150, false);
+        const Rows<bool> row("byManager");
+        row("by its manager", true);
+        row("taken off the list", false);
     }
     void destroyedWhileReading()
     {
-        QFETCH(int, item);
         QFETCH(bool, byManager);
         m_contacts->items = contacts(300);
         QSemaphore reading;
         QSemaphore goOn; // the threads stand still until their end is settled
         m_outlook->beforeItem = [&](int number) {
-            if (number == item) {
+            if (number == 150) {
                 reading.release();
                 goOn.acquire();
             }
