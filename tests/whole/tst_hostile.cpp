@@ -117,11 +117,12 @@ QByteArray deflated(const QByteArray& body)
     return ScriptedServer::reply(qCompress(body, 9).mid(4), "200 OK", "Content-Encoding: deflate\r\n");
 }
 
-/// What answers for a book with one group, and each of its members alike.
-auto groupOf(const QByteArray& members, const QByteArray& member)
+/// What answers for a book with one group of so many, and each of its members alike.
+auto groupOf(int count, const QByteArray& member)
 {
+    const QByteArray url = "<contact>http://h/qdws/v1/contacts/anna/1</contact>";
     const QByteArray group =
-        okReply("<contact_group><name>A</name><description/>" + members + "</contact_group>");
+        okReply("<contact_group><name>A</name><description/>" + url.repeated(count) + "</contact_group>");
     return [=](const WireRequest& request) { return request.target.contains("groups") ? group : member; };
 }
 
@@ -296,7 +297,7 @@ private Q_SLOTS:
 
         TaskWorld world;
         qint64 sent = 0;
-        world.wire.setAnswer(groupOf("<contact>http://h/qdws/v1/contacts/anna/1</contact>", beginning));
+        world.wire.setAnswer(groupOf(1, beginning));
         world.wire.setMore([&](const WireRequest& request) {
             if (request.target.contains("groups"))
                 return QByteArray();
@@ -318,9 +319,7 @@ private Q_SLOTS:
     {
         // no reply is too large, all together are
         TaskWorld world;
-        const QByteArray member = "<contact>http://h/qdws/v1/contacts/anna/1</contact>";
-        world.wire.setAnswer(
-            groupOf(member.repeated(1000), deflated(QByteArray(20 * megabyte, ' ') + memberXml(1))));
+        world.wire.setAnswer(groupOf(1000, deflated(QByteArray(20 * megabyte, ' ') + memberXml(1))));
         Watch watch;
         QCOMPARE(world.run(operation("GetContacts of groups"), 120), Task::Error);
         const int asked = world.wire.requests().size();
@@ -350,22 +349,20 @@ private Q_SLOTS:
 
     void drips_data()
     {
-        const Rows<QByteArray, QByteArray> row("beginning", "drop");
-        row("in the head", "HTTP/1.1 200 OK\r\nX-Long: ", "x");
-        row("in the body", "HTTP/1.1 200 OK\r\n\r\n<r><message>", "x");
+        const Rows<QByteArray> row("beginning");
+        row("in the head", "HTTP/1.1 200 OK\r\nX-Long: ");
+        row("in the body", "HTTP/1.1 200 OK\r\n\r\n<r><message>");
         // of which the access manager says nothing before its end, so that no limit applies
-        row("in the body of a refusal", "HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=\"x\"\r\n\r\n<r>",
-            "x");
-        row("in the size of a chunk", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n", "0");
+        row("in the body of a refusal", "HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=\"x\"\r\n\r\n<r>");
+        row("in the size of a chunk", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
     }
     void drips()
     {
         QFETCH(QByteArray, beginning);
-        QFETCH(QByteArray, drop);
         // a byte every few ms stands for one a second: what counts is that it never ends
         TaskWorld world(beginning);
         int dropped = 0;
-        world.wire.setMore([&](const WireRequest&) { return ++dropped, drop; }, 3);
+        world.wire.setMore([&](const WireRequest&) { return ++dropped, QByteArray("0"); }, 3);
         auto* server = new BareServer(world.manager, world.wire.address());
         Watch watch;
         Outcome outcome(server->addTask(Task::VerifyLogin));
@@ -384,8 +381,7 @@ private Q_SLOTS:
     void manyMembers()
     {
         TaskWorld world;
-        const QByteArray member = "<contact>http://h/qdws/v1/contacts/anna/1</contact>";
-        world.wire.setAnswer(groupOf(member.repeated(300000), okReply(memberXml(1))));
+        world.wire.setAnswer(groupOf(300000, okReply(memberXml(1))));
         auto* server = new BareServer(world.manager, world.wire.address());
         Watch watch;
         Outcome outcome(operation("GetContacts of groups").make(*server));
