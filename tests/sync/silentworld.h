@@ -60,8 +60,7 @@ public:
             return end<TaskGetContacts>([](auto* task) { task->errorExecute(Task::Error); });
         } else {
             const unsigned int time = words.takeFirst().toUInt();
-            const ContactList units =
-                verb == s("groups") ? group(words.first(), words.mid(1)) : contacts(words);
+            const ContactList units = verb == s("groups") ? group(words.takeFirst(), words) : contacts(words);
             return end<TaskGetContacts>(
                 [&](auto* task) {
                     verb == s("changes") ? task->doneGetContactsAfterLastTimeSync(units, time)
