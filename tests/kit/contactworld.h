@@ -11,9 +11,6 @@
 #include "simserver.h"
 #include "testkit.h"
 
-#include <QEventLoop>
-#include <QTimer>
-
 /// One entry of a book, as text that can be compared: fields, and of a group the uids of its members in
 /// order.
 using BookContent = QMap<QString, QString>;
@@ -74,24 +71,16 @@ public:
     /// Waits for all synchronisations to end. False after a minute.
     bool settle()
     {
-        QEventLoop loop;
-        QTimer::singleShot(60000, &loop, [&loop] { loop.exit(1); });
-        QTimer poll;
-        QObject::connect(&poll, &QTimer::timeout, &loop, [this, &loop] {
-            if (!contacts->isSync())
-                loop.exit(0);
-        });
-        poll.start(1);
-        return loop.exec() == 0;
+        return spinUntil([this] { return !contacts->isSync(); }, 60);
     }
 
     /// Logs in, and waits for the synchronisation that follows it.
     bool settleLogin(FaxServer* server)
     {
-        QEventLoop loop;
-        QTimer::singleShot(60000, &loop, [&loop] { loop.exit(1); });
-        QObject::connect(server, &FaxServer::changedFaxUser, &loop, [&loop] { loop.exit(0); });
-        return loop.exec() == 0 && settle();
+        bool isIn = false;
+        const QObject context;
+        QObject::connect(server, &FaxServer::changedFaxUser, &context, [&isIn] { isIn = true; });
+        return spinUntil([&isIn] { return isIn; }, 60) && settle();
     }
 
     bool sync(ContactProvider* provider, bool full)
@@ -133,11 +122,10 @@ public:
         BookContent content;
         const auto entries = sim.book(global ? SimBooks::global() : login, groups);
         for (const SimEntry& entry : entries) {
-            QStringList fields{entry.person.name, entry.description,  entry.person.phone,
-                               entry.person.fax,  entry.person.email, entry.person.organization};
+            const SimPerson person = groups ? SimPerson() : entry.person;
+            QStringList fields{entry.person.name, entry.description, person.phone,
+                               person.fax,        person.email,      person.organization};
             if (groups) {
-                fields = QStringList{entry.person.name, entry.description, QString(),
-                                     QString(),         QString(),         QString()};
                 QStringList members;
                 for (const QString& member : entry.members)
                     members << member.section(QLatin1Char('/'), -1);

@@ -9,7 +9,6 @@
 #include <QDomDocument>
 #include <QMetaEnum>
 #include <QMetaMethod>
-#include <QTest>
 
 namespace {
 
@@ -149,15 +148,6 @@ const Operation& operation(const QByteArray& name)
     if (found == operations().end())
         qFatal("The table lacks %s.", name.constData());
     return *found;
-}
-
-void addOperationRows(const std::function<bool(const Operation&)>& wanted)
-{
-    QTest::addColumn<int>("index");
-    for (int i = 0; i < operations().size(); ++i) {
-        if (!wanted || wanted(operations().at(i)))
-            QTest::newRow(operations().at(i).name.constData()) << i;
-    }
 }
 
 QByteArray serve(const WireRequest& request)

@@ -5,8 +5,6 @@
 #include "scriptedserver.h"
 #include "tasks/operations_p.h"
 
-#include <functional>
-
 class QuendraContact;
 
 /// An operation with parameters that let it be sent.
@@ -30,9 +28,6 @@ struct Operation
 const QList<Operation>& operations();
 const Operation& operation(Task::Type type);
 const Operation& operation(const QByteArray& name);
-
-/// A fresh table row for each operation that @p wanted takes, all of them by default.
-void addOperationRows(const std::function<bool(const Operation&)>& wanted = {});
 
 /// The good answer to any request of the operations, of the login and of a synchronisation; 404 to others.
 QByteArray serve(const WireRequest& request);

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSslSocket>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -9,14 +10,10 @@
 
 QByteArray WireRequest::header(const QByteArray& name) const
 {
-    const int end = raw.indexOf("\r\n\r\n");
-    const QList<QByteArray> lines = raw.left(end).split('\n');
-    for (const QByteArray& line : lines) {
-        const int colon = line.indexOf(':');
-        if (colon > 0 && line.left(colon).toLower() == name.toLower())
-            return line.mid(colon + 1).trimmed();
-    }
-    return QByteArray();
+    const QRegularExpression line(QStringLiteral("\n%1: *([^\r\n]*)").arg(QString::fromLatin1(name)),
+                                  QRegularExpression::CaseInsensitiveOption);
+    const QByteArray head = raw.left(raw.indexOf("\r\n\r\n"));
+    return line.match(QString::fromLatin1(head)).captured(1).toLatin1();
 }
 
 ScriptedServer::ScriptedServer(bool tls, const QHostAddress& where)

@@ -99,18 +99,14 @@ protected:
                raw("SELECT * FROM properties") + s("\n") + raw("SELECT * FROM groups");
     }
     int logged(const char* text) const { return m_log->text().count(s(text)); }
-    void openStore()
-    {
-        m_store = std::make_unique<Store>();
-        m_store->addSource(s("user@fax"), Store::SourceQuendra);
-    }
     void newStore()
     {
         m_store.reset();
         m_dir = std::make_unique<QTemporaryDir>();
         qputenv("APPDATA", m_dir->path().toLocal8Bit());
         m_log.emplace();
-        openStore();
+        m_store = std::make_unique<Store>();
+        m_store->addSource(s("user@fax"), Store::SourceQuendra);
     }
     void closeStore()
     {

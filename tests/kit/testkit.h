@@ -52,14 +52,14 @@ public:
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
 
-    /// The messages of one level since the log began or clear() was called, as "file.cpp message".
+    /// The messages of one level, as "file.cpp message".
     QStringList messages(const QString& level) const
     {
         static const QRegularExpression line(
             QStringLiteral("^\\[[^\\]]*\\] \\[(\\w+) *\\] \\[([^:]*):\\d+ *\\] (.*?)\\r\\n(?=\\[\\d|\\z)"),
             QRegularExpression::MultilineOption | QRegularExpression::DotMatchesEverythingOption);
         QStringList found;
-        auto matches = line.globalMatch(text().mid(m_start));
+        auto matches = line.globalMatch(text());
         while (matches.hasNext()) {
             const auto match = matches.next();
             if (match.captured(1) == level)
@@ -68,9 +68,6 @@ public:
         return found;
     }
 
-    void clear() { m_start = text().size(); }
-
 private:
     QTemporaryDir m_folder;
-    int m_start{0};
 };

@@ -60,8 +60,7 @@ public:
             return end<TaskGetContacts>([](auto* task) { task->errorExecute(Task::Error); });
         } else {
             const unsigned int time = words.takeFirst().toUInt();
-            const ContactList units =
-                verb == s("groups") ? group(words.first(), words.mid(1)) : contacts(words);
+            const ContactList units = verb == s("groups") ? group(words) : contacts(words);
             return end<TaskGetContacts>(
                 [&](auto* task) {
                     verb == s("changes") ? task->doneGetContactsAfterLastTimeSync(units, time)
@@ -108,11 +107,11 @@ private:
         return list;
     }
 
-    static ContactList group(const QString& uid, const QStringList& members)
+    static ContactList group(const QStringList& uids)
     {
         QuendraContactGroup group;
-        group.setUrl(QUrl(s("http://fax/qdws/v1/contact_groups/alice/") + uid));
-        group.contacts() = contacts(members);
+        group.setUrl(QUrl(s("http://fax/qdws/v1/contact_groups/alice/") + uids.first()));
+        group.contacts() = contacts(uids.mid(1));
         ContactList list;
         list.setContactsType(ContactList::PersonalGroups);
         list.addContact(group);

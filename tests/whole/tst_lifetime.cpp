@@ -257,7 +257,7 @@ class TestLifetime : public QObject
 
     static void rows()
     {
-        const Rows<int, int, int> row("index", "victim", "answer");
+        const Rows<int, int, int> row;
         const QList<Deed> all = deeds();
         for (int i = 0; i < all.size(); ++i) {
             const QByteArray& name = all.at(i).name;
@@ -279,9 +279,7 @@ class TestLifetime : public QObject
     /// to. Afterwards everything that was the victim's must be gone, and say nothing.
     static void untilOver(const std::function<bool(World&, const Deed&, Victim, int)>& once)
     {
-        QFETCH(int, index);
-        QFETCH(int, victim);
-        QFETCH(int, answer);
+        const auto [index, victim, answer] = cells<int, int, int>();
         const Deed deed = deeds().at(index);
         const auto dying = Victim(victim);
 
@@ -345,36 +343,29 @@ private Q_SLOTS:
         });
     }
 
-    void overTheLimit_data()
-    {
-        addOperationRows([](const Operation& operation) {
-            return operation.type == Task::VerifyLogin || operation.name == "GetContacts of groups";
-        });
-    }
     void overTheLimit()
     {
-        QFETCH(int, index);
-
         ScriptedServer wire;
         wire.setAnswer([](const WireRequest& request) {
             return request.target.contains("groups") ? serve(request)
                                                      : ScriptedServer::bomb(int(Task::maxReplySize / 1000));
         });
-        auto* manager = new FaxManager(noContacts);
-        const QPointer<QNetworkAccessManager> nam = &manager->nam();
-        auto* server = new BareServer(*manager, wire.address());
-        Outcome outcome(operations().at(index).make(*server));
-        // no sanitizer sees what Qt does with a reply that is gone
-        bool isInside = false;
-        watchInside(&outcome, nam.data(), &QNetworkAccessManager::finished, &isInside);
-        bool wasInside = true;
-        outcome.onOver = [&] {
-            wasInside = isInside;
-            delete manager;
-        };
-        QCOMPARE(outcome.run(), Task::Error);
-        QVERIFY(!nam);
-        QVERIFY(!wasInside);
+        for (const char* name : {"VerifyLogin", "GetContacts of groups"}) {
+            auto* manager = new FaxManager(noContacts);
+            const QPointer<QNetworkAccessManager> nam = &manager->nam();
+            Outcome outcome(operation(name).make(*new BareServer(*manager, wire.address())));
+            // no sanitizer sees what Qt does with a reply that is gone
+            bool isInside = false;
+            watchInside(&outcome, nam.data(), &QNetworkAccessManager::finished, &isInside);
+            bool wasInside = true;
+            outcome.onOver = [&] {
+                wasInside = isInside;
+                delete manager;
+            };
+            QCOMPARE(outcome.run(), Task::Error);
+            QVERIFY(!nam);
+            QVERIFY(!wasInside);
+        }
     }
 
     void downloads_data()
@@ -382,12 +373,11 @@ private Q_SLOTS:
         const Rows<bool, bool, int> row("insideSlots", "ofManager", "answer");
         const char* const names[] = {"good",   "refused", "cut", "never there", "compressed and cut",
                                      "no file"};
-        for (int answer = 0; answer < int(std::size(names)); ++answer) {
-            const QByteArray name = names[answer];
-            row((name + ", after turns, downloader").constData(), false, false, answer);
-            row((name + ", after turns, manager").constData(), false, true, answer);
-            row((name + ", in slots, downloader").constData(), true, false, answer);
-            row((name + ", in slots, manager").constData(), true, true, answer);
+        for (int i = 0; i < 4 * int(std::size(names)); ++i) {
+            row((names[i / 4] + QByteArray(i & 2 ? ", in slots" : ", after turns") +
+                 (i & 1 ? ", manager" : ", downloader"))
+                    .constData(),
+                (i & 2) != 0, (i & 1) != 0, i / 4);
         }
     }
     void downloads()
@@ -395,7 +385,6 @@ private Q_SLOTS:
         QFETCH(bool, insideSlots);
         QFETCH(bool, ofManager);
         QFETCH(int, answer);
-
         ScriptedServer wire;
         const QByteArray body(300000, 'x');
         wire.setAnswer(answer == 1   ? ScriptedServer::reply(body, "404 No")
@@ -406,8 +395,8 @@ private Q_SLOTS:
                                                   : ScriptedServer::HangUp::Never);
         const QUrl url(
             QStringLiteral("http://%1/%2").arg(wire.address(), QLatin1String(answer == 5 ? ".." : "a.tif")));
-        int reached = 0;
-        for (int number = 0; number <= reached; ++number) {
+        int number = 0;
+        for (bool goesOn = true; goesOn; ++number) {
             QVERIFY(number < 300);
             const QPointer<WatchedNetwork> manager = new WatchedNetwork;
             const QPointer<Downloader> downloader = new Downloader(nullptr, *manager);
@@ -425,20 +414,18 @@ private Q_SLOTS:
             int signal = 0;
             if (insideSlots) {
                 listener.onSignal = [&] {
-                    if (signal++ != number)
-                        return;
-                    reached = number + 1;
-                    kill();
+                    if (signal++ == number)
+                        kill();
                 };
             }
             downloader->download(url, false);
             if (insideSlots) {
                 QVERIFY(spinUntil([&] { return killed || isOver(); }));
+                goesOn = killed;
             } else {
                 for (int i = 0; i < number && !isOver(); ++i)
                     turn();
-                if (!isOver())
-                    reached = number + 1;
+                goesOn = !isOver();
                 kill();
             }
             QVERIFY2(!wasInside, listener.last); // no sanitizer sees what Qt does with a reply that is gone
@@ -450,7 +437,7 @@ private Q_SLOTS:
             delete downloader;
             delete manager;
         }
-        QVERIFY(reached > 0 || (answer == 5 && !insideSlots)); // without a file nothing is sent
+        QVERIFY(number > 1 || (answer == 5 && !insideSlots)); // without a file nothing is sent
     }
 };
 
