@@ -9,6 +9,9 @@ namespace {
 /// The largest child, and the largest frame, in bytes.
 constexpr int maxPieceSize = 256 * 1024 * 1024;
 
+/// From here on memory matters more than time, in bytes.
+constexpr int largePieceSize = 1024 * 1024;
+
 /// What a record takes beside its texts, in bytes.
 constexpr int recordSize = 512;
 
@@ -35,12 +38,18 @@ void ReplyReader::add(const QByteArray& block)
     m_isEnded = end >= 0;
     m_buffer.append(block.constData(), m_isEnded ? end : block.size());
     scan();
-    m_scanner.drop(m_begin);
-    m_buffer.remove(0, std::exchange(m_begin, 0));
+    dropRead();
     m_isOverLimit = m_buffer.size() > maxPieceSize;
     m_isUsable = m_isUsable && !m_isOverLimit;
     if (!m_isUsable)
         m_buffer.clear();
+}
+
+/// Removes what has been parsed from the buffer.
+void ReplyReader::dropRead()
+{
+    m_scanner.drop(m_begin);
+    m_buffer = m_buffer.mid(std::exchange(m_begin, 0));
 }
 
 void ReplyReader::scan()
@@ -83,6 +92,8 @@ void ReplyReader::readPiece(int end, bool isDivided)
     piece += "</r>";
     m_begin = end + int(isDivided);
     m_scanner.resetNodes();
+    if (piece.size() > largePieceSize)
+        dropRead(); // make room for the text
 
     m_isUsable =
         withText(std::move(piece), [this](const QString& xml) { return parseChildren(xml, m_builder); });

@@ -47,6 +47,7 @@ public:
 
 private:
     void scan();
+    void dropRead();
     void readPiece(int end, bool isDivided);
     void take(const QDomElement& child);
 
