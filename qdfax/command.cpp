@@ -305,3 +305,16 @@ void Invocation::json(const QJsonValue& value) const
 {
     Terminal::write(jsonText(value));
 }
+
+void Invocation::jsonArray(int size, const std::function<QJsonValue(int index)>& element) const
+{
+    const QByteArray begin = "[\n";
+    const QByteArray end = "\n]\n";
+    Terminal::write(begin);
+    for (int i = 0; i < size; ++i) {
+        const QByteArray whole = jsonText(QJsonArray{element(i)});
+        Terminal::write(whole.mid(begin.size(), whole.size() - begin.size() - end.size()));
+        Terminal::write(i + 1 < size ? ",\n" : "\n");
+    }
+    Terminal::write(end.mid(1));
+}

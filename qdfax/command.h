@@ -4,6 +4,7 @@
 #include "table.h"
 
 #include <QCommandLineOption>
+#include <QJsonArray>
 #include <QJsonValue>
 #include <QList>
 #include <QPair>
@@ -105,6 +106,8 @@ public:
     void fields(const QVector<QPair<QString, QString>>& fields) const;
     void table(const Table& table) const;
     void json(const QJsonValue& value) const;
+    /// An array whose elements are made and written one after the other, since a log may have 100,000.
+    void jsonArray(int size, const std::function<QJsonValue(int index)>& element) const;
 
 private:
     const Command& m_command;

@@ -59,13 +59,6 @@ void sortNewestFirst(QVector<QSharedPointer<T>>& entries, int limit)
     }
 }
 
-template <typename T>
-void addObjects(QJsonArray& array, const QVector<QSharedPointer<T>>& entries)
-{
-    for (const QSharedPointer<T>& entry : entries)
-        array.append(toJson(*entry));
-}
-
 } // namespace
 
 QStringList FaxLog::names()
@@ -176,11 +169,14 @@ Table FaxLog::table() const
     return table;
 }
 
-QJsonArray FaxLog::json() const
+QJsonObject FaxLog::json(int index) const
 {
-    QJsonArray array;
-    addObjects(array, m_faxes);
-    addObjects(array, m_sent);
-    addObjects(array, m_received);
-    return array;
+    switch (m_kind) {
+    case Sent:
+        return toJson(*m_sent.at(index));
+    case Inbox:
+        return toJson(*m_received.at(index));
+    default:
+        return toJson(*m_faxes.at(index));
+    }
 }

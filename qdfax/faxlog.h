@@ -5,7 +5,7 @@
 #include "outboundfaxentry.h"
 #include "table.h"
 
-#include <QJsonArray>
+#include <QJsonObject>
 #include <QString>
 
 #include <optional>
@@ -33,7 +33,7 @@ public:
 
     int size() const;
     Table table() const;
-    QJsonArray json() const;
+    QJsonObject json(int index) const;
 
     /// What was fetched, of the kind that the log has.
     const QVector<QSharedPointer<FaxEntry>>& faxes() const { return m_faxes; }

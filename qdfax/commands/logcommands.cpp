@@ -43,7 +43,7 @@ int showLog(const Invocation& call, FaxLog::Kind kind)
     if (!log.fetch(session, *limit, *finished))
         return session.status();
     if (call.isJson())
-        call.json(log.json());
+        call.jsonArray(log.size(), [&log](int index) { return log.json(index); });
     else if (log.size() == 0)
         call.note(Text::tr("There are no faxes."));
     else
@@ -82,7 +82,7 @@ int watch(Invocation& call)
             status = session.status();
         if (call.isJson()) {
             if (status == ExitStatus::Ok)
-                call.json(log.json());
+                call.jsonArray(log.size(), [&log](int index) { return log.json(index); });
             else
                 call.note(session.error());
             Terminal::outputFailed(); // flushes
