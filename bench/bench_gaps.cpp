@@ -1,63 +1,28 @@
-// How long the event loop stands still while something large goes on: the longest gap between two of its turns,
-// beside that of an idle loop in the same run.
+// How long the event loop is blocked while something large is going on, compared with an idle loop in the
+// same run; and what a large log or book costs in memory and time.
 
 #include "bench.h"
 #include "benchserver.h"
 #include "contactlocalstorage.h"
 #include "contactprovider.h"
+#include "gaploop.h"
+#include "memory.h"
 #include "quendracontact.h"
 #include "simserver.h"
 #include "tasks/taskgetinboundfaxentry.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
 
+#include <cstring>
+#include <malloc.h>
+#include <utility>
+
 namespace {
-
-/// Runs an event loop and measures the longest time between two turns of it, in milliseconds. A millisecond of it
-/// is the timer's.
-class GapLoop
-{
-public:
-    GapLoop()
-    {
-        QObject::connect(&m_timer, &QTimer::timeout, [this] { look(); });
-        m_timer.setTimerType(Qt::PreciseTimer);
-        m_timer.start(1);
-        m_clock.start();
-    }
-
-    /// Calls @p start, and runs until quit().
-    template <typename Start>
-    double run(Start start)
-    {
-        m_clock.restart();
-        start();
-        look();
-        if (!m_isOver)
-            m_loop.exec();
-        look();
-        return m_longest;
-    }
-    void quit()
-    {
-        m_isOver = true;
-        m_loop.quit();
-    }
-
-private:
-    void look() { m_longest = qMax(m_longest, double(m_clock.nsecsElapsed()) / 1e6), m_clock.restart(); }
-
-    QEventLoop m_loop;
-    QTimer m_timer;
-    QElapsedTimer m_clock;
-    double m_longest{0};
-    bool m_isOver{false};
-};
 
 double idle()
 {
@@ -102,8 +67,7 @@ public:
     {
         GapLoop loop;
         QObject::connect(provider, &ContactProvider::errorSyncedContacts, [] { fail("synchronisation"); });
-        const auto end =
-            QObject::connect(provider, &ContactProvider::syncedContacts, [&] { loop.quit(); });
+        const auto end = QObject::connect(provider, &ContactProvider::syncedContacts, [&] { loop.quit(); });
         const double gap = loop.run([&] { provider->syncContacts(ContactList::PersonalContacts, full); });
         QObject::disconnect(end);
         return gap;
@@ -191,6 +155,62 @@ double gapAdd(int round, int contacts)
     return loop.run([&] { world.provider->syncContacts(ContactList::PersonalContacts, false); });
 }
 
+const char* const childArgument = "--log";
+
+/// In a fresh process: fetches a log, and prints by how many MB the memory has grown at most, and how much of
+/// it the entries take.
+int child(char** argv)
+{
+    FaxManager faxes{QPointer<ContactManager>()};
+    BareServer server(faxes, QString::fromLocal8Bit(argv[2]));
+    auto* task = static_cast<TaskGetInboundFaxEntry*>(server.addTask(Task::GetInboundFaxEntry));
+    InboundFaxEntriesPtrListPtr entries;
+    QEventLoop loop;
+    QObject::connect(task, &Task::errorExecute, [] { fail("log-memory"); });
+    QObject::connect(task, &TaskGetInboundFaxEntry::doneGetInboundFaxEntry,
+                     [&](const InboundFaxEntriesPtrListPtr& read) {
+                         entries = read;
+                         loop.quit();
+                     });
+    resetPeakMemory();
+    const double before = memory("VmRSS");
+    task->execute();
+    loop.exec();
+    const double peak = memory("VmHWM") - before;
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const double all = memory("VmRSS");
+    entries.clear();
+    malloc_trim(0);
+    std::printf("%.3f %.3f\n", peak / 1024, (all - memory("VmRSS")) / 1024);
+    return 0;
+}
+
+/// The two figures of child().
+std::pair<double, double> logMemory(int round, int entries)
+{
+    World world(round, 0, entries);
+    QProcess process;
+    process.start(QCoreApplication::applicationFilePath(),
+                  {QLatin1String(childArgument), world.sim.address()});
+    if (!process.waitForFinished(120000) || process.exitCode() != 0)
+        fail("log-memory");
+    std::pair<double, double> figures;
+    if (std::sscanf(process.readAllStandardOutput().constData(), "%lf %lf", &figures.first,
+                    &figures.second) != 2)
+        fail("log-memory, what the process printed");
+    return figures;
+}
+
+/// The time of a first synchronisation, in milliseconds per 100,000 contacts.
+double syncTime(int round, int contacts)
+{
+    World world(round, contacts, 0);
+    const double time = milliseconds([&] { world.sync(); });
+    if (world.stored() != contacts)
+        fail("sync-large");
+    return time * 100000 / contacts;
+}
+
 double gapRemove(int round, int contacts)
 {
     World world(round, contacts, 0);
@@ -208,13 +228,32 @@ double gapRemove(int round, int contacts)
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
+    if (argc == 3 && std::strcmp(argv[1], childArgument) == 0)
+        return child(argv);
     Bench bench(argc, argv);
     const int size = bench.size(100000);
     bench.reported("gap-idle", 33, [](int) { return idle(); });
-    bench.worst("gap-log", 33, [=](int round) { return gapLog(round, size); }, 3);
-    bench.worst("gap-book", 33, [=](int round) { return gapBook(round, size); }, 3);
-    bench.worst("gap-again", 33, [=](int round) { return gapAgain(round, size); }, 3);
-    bench.worst("gap-add", 100, [=](int round) { return gapAdd(round, size); }, 3);
-    bench.worst("gap-remove", 500, [=](int round) { return gapRemove(round, size); }, 3);
+    bench.worst(
+        "gap-log", 33, [=](int round) { return gapLog(round, size); }, 3);
+    bench.worst(
+        "gap-book", 33, [=](int round) { return gapBook(round, size); }, 3);
+    bench.worst(
+        "gap-again", 33, [=](int round) { return gapAgain(round, size); }, 3);
+    bench.worst(
+        "gap-add", 100, [=](int round) { return gapAdd(round, size); }, 3);
+    bench.worst(
+        "gap-remove", 500, [=](int round) { return gapRemove(round, size); }, 3);
+    std::pair<double, double> memories; // of one process, measured by whoever comes first
+    const auto measure = [&](int round, bool isFirst) {
+        if (isFirst)
+            memories = logMemory(round, size);
+        return memories;
+    };
+    bench.ratio(
+        "log-memory", 1.5, [&](int round) { return measure(round, round % 2 == 0).first; },
+        [&](int round) { return measure(round, round % 2 == 1).second; }, 3);
+    bench.ratio(
+        "sync-large", 1.3, [=](int round) { return syncTime(round, 5 * size); },
+        [=](int round) { return syncTime(round, size); }, 3);
     return bench.exitCode();
 }

@@ -565,8 +565,8 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     qRegisterMetaType<ContactList::Type>("ContactList::Type");
     Bench bench(argc, argv);
-    row(bench, "store-first", 2.5, bench.size(50000), storeFirst, plainStoreFirst);
-    row(bench, "store-again", 3.0, bench.size(50000), storeAgain, plainStoreAgain);
+    row(bench, "store-first", 2.2, bench.size(50000), storeFirst, plainStoreFirst);
+    row(bench, "store-again", 2.6, bench.size(50000), storeAgain, plainStoreAgain);
     for (const bool whole : {false, true}) {
         const int size = bench.size(20000);
         bench.ratio(

@@ -142,7 +142,7 @@ int main(int argc, char** argv)
     Bench bench(argc, argv);
     const int contacts = bench.size(20000);
     bench.ratio(
-        "sync-http", 1.5, [=](int round) { return sync(round, contacts); },
+        "sync-http", 1.05, [=](int round) { return sync(round, contacts); },
         [=](int round) { return plainSync(round, contacts); }, 9);
     return bench.exitCode();
 }

@@ -130,7 +130,7 @@ int main(int argc, char** argv)
     QCoreApplication application(argc, argv);
     Bench bench(argc, argv);
     amp(bench, "amp-clean", 1.1, 0);
-    amp(bench, "amp-full", 3.0, 50);
+    amp(bench, "amp-full", 2.5, 50);
     taskOverhead(bench);
     return bench.exitCode();
 }

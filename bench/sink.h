@@ -105,7 +105,9 @@ private:
         }
         m_lastByte = clockMilliseconds();
         m_bodySize = size;
-        return write(connection, m_reply.data(), m_reply.size()) == static_cast<ssize_t>(m_reply.size());
+        const bool isKept = !strcasestr(head.c_str(), "\nconnection: close");
+        return write(connection, m_reply.data(), m_reply.size()) == static_cast<ssize_t>(m_reply.size()) &&
+               isKept;
     }
 
     const std::string m_reply;

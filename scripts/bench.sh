@@ -20,7 +20,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export APPDATA=$work XDG_RUNTIME_DIR=$work
 
-programs=(records tasks store sync submit logger captures load)
+programs=(records tasks store sync gaps submit logger captures load)
 
 # pin: keeps this script and what it starts to two of the processors that it may use.
 pin() {
