@@ -29,24 +29,6 @@ int plainNumber(const QString& text)
     return value;
 }
 
-/// Prefetches the memory a little behind a text. A large document does not fit into the caches, and its nodes
-/// are roughly in document order in memory, so this avoids a cache miss for each of the next nodes.
-#ifdef __GNUC__
-__attribute__((always_inline)) // or the compiler drops the call as one without side effects
-inline void
-prefetchAfter(const QString& text)
-{
-    constexpr int ahead = 2048; // bytes; about five fields
-    constexpr int field = 512;
-    constexpr int line = 64;
-    const char* const from = reinterpret_cast<const char*>(text.constData()) + ahead;
-    for (int i = 0; i < field; i += line)
-        __builtin_prefetch(from + i);
-}
-#else
-void prefetchAfter(const QString&) {}
-#endif
-
 } // namespace
 
 DomChildren::DomChildren(const QDomElement& parent)
@@ -62,7 +44,6 @@ DomChildren::DomChildren(const QDomElement& parent)
             continue;
         if (content.isText() && content.nextSibling().isNull()) {
             child.text = content.nodeValue();
-            prefetchAfter(child.text);
         } else {
             child.node = m_nodes.size();
             m_nodes.append(node);
