@@ -46,6 +46,14 @@ QList<QString> readOids(TaskWorld& world, ContactList::Type book)
     return resultOf(task, &TaskGetContactsOids::doneGetContactsOids);
 }
 
+/// The usual idiom of applications.
+void releaseReplies(TaskWorld& world)
+{
+    auto* const nam = &world.manager.nam();
+    QObject::connect(nam, &QNetworkAccessManager::finished, nam,
+                     [](QNetworkReply* reply) { reply->deleteLater(); });
+}
+
 } // namespace
 
 class TestContactTasks : public QObject
@@ -232,8 +240,7 @@ private Q_SLOTS:
     void members()
     {
         TaskWorld world;
-        connect(&world.manager.nam(), &QNetworkAccessManager::finished, this,
-                [](QNetworkReply* reply) { reply->deleteLater(); }); // the usual idiom of applications
+        releaseReplies(world);
         world.wire.setAnswer([](const WireRequest& request) {
             if (request.target.contains("groups"))
                 return okReply(groupOf("A", "12") + groupOf("B", "3"));
@@ -258,6 +265,7 @@ private Q_SLOTS:
         for (const QByteArray& bad : {ScriptedServer::reply("", "404 Gone"), ScriptedServer::reply("<a")}) {
             // one of three fails; the book fails once, after the last
             TaskWorld world;
+            releaseReplies(world);
             world.wire.setAnswer([&bad](const WireRequest& request) {
                 if (request.target.contains("groups"))
                     return okReply(groupOf("A", "123"));
