@@ -47,7 +47,7 @@ void ActionBarHeaderView::setModel(QAbstractItemModel* newModel)
 bool ActionBarHeaderView::isOnTitleOfActions(const QPoint& position) const
 {
     const int along = orientation() == Qt::Horizontal ? position.x() : position.y();
-    if (m_actionColumn < 0 || logicalIndexAt(along) != m_actionColumn)
+    if (m_actionColumn < 0)
         return false;
     // the edges of a title are the resize handles of it and of its neighbour
     const int grip = style()->pixelMetric(QStyle::PM_HeaderGripMargin, nullptr, this);

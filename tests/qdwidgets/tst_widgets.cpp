@@ -110,6 +110,15 @@ public:
     QStandardItemModel model;
     ActionBarItemDelegate delegate;
     ActionBarHeaderView* header;
+
+    int paintings{0};
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        ++paintings;
+        QTableView::paintEvent(event);
+    }
 };
 
 QString toolTipAt(Table& table, const QPoint& position)
@@ -243,6 +252,11 @@ private Q_SLOTS:
         QVERIFY(hovered != still);
         // images are drawn for the background of cells, and not for that of buttons
         QVERIFY(hovered.pixelColor(rect.left() + 1, rect.center().y()).lightness() > 128);
+        QCoreApplication::processEvents();
+        table.paintings = 0;
+        QTest::mouseMove(area, (button + table.button(0, 1)) / 2); // no button, in the same cell
+        QTRY_VERIFY(table.paintings > 0);
+        QTest::mouseMove(area, button);
         QTest::mousePress(area, Qt::LeftButton, {}, button);
         QVERIFY(table.picture().copy(rect) != hovered.copy(rect));
         QTest::mouseRelease(area, Qt::LeftButton, {}, button);
