@@ -4,6 +4,21 @@
 
 #include <algorithm>
 
+namespace {
+
+template <typename Condition>
+void removeIf(ContactList& units, Condition condition)
+{
+    QVector<ContactUnitPtr>& all = units.contacts();
+    const auto isRemoved = [&condition](const ContactUnitPtr& unit) {
+        ContactPlace place;
+        return unit && placeOf(*unit, place) && condition(place);
+    };
+    all.erase(std::remove_if(all.begin(), all.end(), isRemoved), all.end());
+}
+
+} // namespace
+
 BookKnowledge::BookKnowledge(const StoredBook& book)
     : m_book(book)
 {}
@@ -16,6 +31,10 @@ BookKnowledge::BookKnowledge(const StoredBook& book, unsigned int newest)
 BookKnowledge::BookKnowledge(const StoredBook& book, ContactLocalStorage& storage)
     : m_book(book)
     , m_newest(storage.getContactLastTimeStamp(book.source, book.type, book.location))
+    , m_newestOfAll(book.type == ContactLocalStorage::TypeGroup
+                        ? storage.getContactLastTimeStamp(book.source, ContactLocalStorage::AnyType,
+                                                          ContactLocalStorage::AnyLocation)
+                        : any)
     , m_lastId(storage.getLastContactId())
 {}
 
@@ -45,8 +64,7 @@ void BookKnowledge::deleteRest(ContactLocalStorage& storage, const QList<QString
                                         m_lastId);
 }
 
-ContactList BookKnowledge::storable(ContactLocalStorage& storage, const ContactList& units,
-                                    unsigned int timestamp) const
+void BookKnowledge::store(ContactLocalStorage& storage, ContactList& units, unsigned int timestamp) const
 {
     QSet<QString> deleted;
     QVector<QList<QString>> lists;
@@ -55,10 +73,6 @@ ContactList BookKnowledge::storable(ContactLocalStorage& storage, const ContactL
         deleted = m_deleted;
         lists = m_lists;
     }
-    const bool isOutdated = hasNewerThan(storage, timestamp);
-    if (!isOutdated && deleted.isEmpty())
-        return units;
-
     QVector<QSet<QString>> listed;
     for (const auto& list : qAsConst(lists))
         listed.append(QSet<QString>(list.begin(), list.end()));
@@ -68,13 +82,19 @@ ContactList BookKnowledge::storable(ContactLocalStorage& storage, const ContactL
                            [&place](const QSet<QString>& list) { return list.contains(place.uid); }) &&
                !storage.getContact(m_book.source, place.type, place.location, place.uid);
     };
-    ContactList result;
-    result.setContactsType(units.contactsType());
-    for (const auto& unit : units.contacts()) {
-        ContactPlace place;
-        if (unit && placeOf(*unit, place) && !deleted.contains(place.uid) &&
-            (!isOutdated || isMissing(place)))
-            result.contacts().append(unit);
+    const bool isOutdated = hasNewerThan(storage, timestamp);
+    if (isOutdated || !deleted.isEmpty())
+        removeIf(units, [&](const ContactPlace& place) {
+            return deleted.contains(place.uid) || (isOutdated && !isMissing(place));
+        });
+
+    // members are looked at one by one only where one of them can be newer
+    unsigned int latest = std::max(m_newestOfAll, timestamp);
+    if (latest != any && storage.getContactLastTimeStamp(m_book.source, ContactLocalStorage::AnyType,
+                                                         ContactLocalStorage::AnyLocation) <= latest)
+        latest = any;
+    for (const auto& unit : qAsConst(units).contacts()) {
+        if (unit)
+            disassemble(storage, m_book.source, *unit, timestamp, 0, latest);
     }
-    return result;
 }

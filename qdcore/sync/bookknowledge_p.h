@@ -57,10 +57,10 @@ public:
     void deleteRest(ContactLocalStorage& storage, const QList<QString>& listed,
                     const QList<QString>& replied) const;
 
-    /// Those of a reply's units that may be stored: what was not deleted since, and where the book has newer
-    /// units by now, only what it lacks and every later list has. @p timestamp is the reply's.
-    ContactList storable(ContactLocalStorage& storage, const ContactList& units,
-                         unsigned int timestamp) const;
+    /// Stores those of a reply's units that may be stored, and takes the others out of @p units: what was
+    /// deleted since, and where the book has newer units by now, all but what it lacks and every later list
+    /// has. Members of groups that are newer by now are only linked. @p timestamp is the reply's.
+    void store(ContactLocalStorage& storage, ContactList& units, unsigned int timestamp) const;
 
 private:
     static constexpr unsigned int any = std::numeric_limits<unsigned int>::max();
@@ -69,8 +69,10 @@ private:
 
     const StoredBook m_book;
     const unsigned int m_newest{any};
-    const unsigned int m_lastId{any}; ///< Rows with a higher id were added since.
-    mutable std::mutex m_mutex;       ///< Guards what was noted.
+    const unsigned int m_newestOfAll{any}; ///< Of all books of the source; only for groups, whose members
+                                           ///< belong to other books.
+    const unsigned int m_lastId{any};      ///< Rows with a higher id were added since.
+    mutable std::mutex m_mutex;            ///< Guards what was noted.
     QSet<QString> m_deleted;
     QVector<QList<QString>> m_lists;
 };

@@ -75,13 +75,19 @@ bool placeOf(const ContactUnit& unit, ContactPlace& place)
 }
 
 void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit,
-                 unsigned int timestamp, unsigned int group)
+                 unsigned int timestamp, unsigned int group, unsigned int latest)
 {
     ContactPlace place;
     if (!placeOf(unit, place))
         return;
 
     unsigned int id = 0;
+    if (group != 0 && latest != std::numeric_limits<unsigned int>::max()) {
+        id = storage.getContact(source, place.type, place.location, place.uid);
+        const auto row = ContactRow::read(&storage, id);
+        if (row && row->timestamp > latest)
+            return storage.linkContactAndGroup(id, group);
+    }
     if (place.type == ContactLocalStorage::TypeContact) {
         const auto& contact = static_cast<const QuendraContact&>(unit);
         id = storage.addContact(source, place.type, place.location, place.uid, timestamp, contact.name(),
@@ -95,7 +101,7 @@ void disassemble(ContactLocalStorage& storage, unsigned int source, const Contac
         storage.unlinkContactAndGroup(0, id);
         for (const auto& member : stored.contacts().contacts()) {
             if (member)
-                disassemble(storage, source, *member, 0, id);
+                disassemble(storage, source, *member, 0, id, latest);
         }
     }
     if (group != 0)
