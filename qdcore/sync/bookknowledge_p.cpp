@@ -1,11 +1,13 @@
 #include "bookknowledge_p.h"
 
 #include "contactdisassembly_p.h"
+#include "quendracontactgroup.h"
 
 #include <algorithm>
 
 namespace {
 
+/// Takes units out of a list and of the groups in it.
 template <typename Condition>
 void removeIf(ContactList& units, Condition condition)
 {
@@ -15,6 +17,10 @@ void removeIf(ContactList& units, Condition condition)
         return unit && placeOf(*unit, place) && condition(place);
     };
     all.erase(std::remove_if(all.begin(), all.end(), isRemoved), all.end());
+    for (const ContactUnitPtr& unit : qAsConst(all)) {
+        if (auto* group = dynamic_cast<QuendraContactGroup*>(unit.data()))
+            removeIf(group->contacts(), condition);
+    }
 }
 
 } // namespace
@@ -38,10 +44,12 @@ BookKnowledge::BookKnowledge(const StoredBook& book, ContactLocalStorage& storag
     , m_lastId(storage.getLastContactId())
 {}
 
-void BookKnowledge::noteDeleted(const QString& uid)
+void BookKnowledge::noteDeleted(const StoredBook& book, const QList<QString>& uids)
 {
+    if (book.source != m_book.source)
+        return;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_deleted.insert(uid);
+    m_deleted[{book.type, book.location}].unite(QSet<QString>(uids.begin(), uids.end()));
 }
 
 void BookKnowledge::noteListed(const QList<QString>& uids)
@@ -66,7 +74,7 @@ void BookKnowledge::deleteRest(ContactLocalStorage& storage, const QList<QString
 
 void BookKnowledge::store(ContactLocalStorage& storage, ContactList& units, unsigned int timestamp) const
 {
-    QSet<QString> deleted;
+    Deleted deleted;
     QVector<QList<QString>> lists;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -76,17 +84,22 @@ void BookKnowledge::store(ContactLocalStorage& storage, ContactList& units, unsi
     QVector<QSet<QString>> listed;
     for (const auto& list : qAsConst(lists))
         listed.append(QSet<QString>(list.begin(), list.end()));
-    const auto isMissing = [&](const ContactPlace& place) {
-        return !listed.isEmpty() &&
-               std::all_of(listed.cbegin(), listed.cend(),
-                           [&place](const QSet<QString>& list) { return list.contains(place.uid); }) &&
-               !storage.getContact(m_book.source, place.type, place.location, place.uid);
+    const auto isStoredOrUnknown = [&](const ContactUnitPtr& unit) {
+        ContactPlace place;
+        return !unit || !placeOf(*unit, place) || listed.isEmpty() ||
+               !std::all_of(listed.cbegin(), listed.cend(),
+                            [&place](const QSet<QString>& list) { return list.contains(place.uid); }) ||
+               storage.getContact(m_book.source, place.type, place.location, place.uid) != 0;
     };
-    const bool isOutdated = hasNewerThan(storage, timestamp);
-    if (isOutdated || !deleted.isEmpty())
-        removeIf(units, [&](const ContactPlace& place) {
-            return deleted.contains(place.uid) || (isOutdated && !isMissing(place));
+    if (!deleted.isEmpty()) {
+        removeIf(units, [&deleted](const ContactPlace& place) {
+            return deleted.value({place.type, place.location}).contains(place.uid);
         });
+    }
+    if (hasNewerThan(storage, timestamp)) {
+        QVector<ContactUnitPtr>& all = units.contacts();
+        all.erase(std::remove_if(all.begin(), all.end(), isStoredOrUnknown), all.end());
+    }
 
     // members are looked at one by one only where one of them can be newer
     unsigned int latest = std::max(m_newestOfAll, timestamp);

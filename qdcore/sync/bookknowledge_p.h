@@ -5,6 +5,8 @@
 #include "contactlist.h"
 #include "contactlocalstorage.h"
 
+#include <QMap>
+#include <QPair>
 #include <QSet>
 #include <QVector>
 
@@ -47,8 +49,8 @@ public:
     unsigned int newest() const { return m_newest; }
     const StoredBook& book() const { return m_book; }
 
-    /// A unit of the book was deleted on the server.
-    void noteDeleted(const QString& uid);
+    /// Units of a book, this or another, were deleted on the server.
+    void noteDeleted(const StoredBook& book, const QList<QString>& uids);
     /// The server has listed the book in answer to a later request.
     void noteListed(const QList<QString>& uids);
 
@@ -58,11 +60,16 @@ public:
                     const QList<QString>& replied) const;
 
     /// Stores those of a reply's units that may be stored, and takes the others out of @p units: what was
-    /// deleted since, and where the book has newer units by now, all but what it lacks and every later list
-    /// has. Members of groups that are newer by now are only linked. @p timestamp is the reply's.
+    /// deleted since, also as a member of a group, and where the book has newer units by now, all but what it
+    /// lacks and every later list has. Members that are newer by now are only linked. @p timestamp is the
+    /// reply's.
     void store(ContactLocalStorage& storage, ContactList& units, unsigned int timestamp) const;
 
 private:
+    /// Uids by type and location.
+    using Deleted =
+        QMap<QPair<ContactLocalStorage::ContactType, ContactLocalStorage::ContactLocation>, QSet<QString>>;
+
     static constexpr unsigned int any = std::numeric_limits<unsigned int>::max();
 
     bool hasNewerThan(ContactLocalStorage& storage, unsigned int timestamp) const;
@@ -73,6 +80,6 @@ private:
                                            ///< belong to other books.
     const unsigned int m_lastId{any};      ///< Rows with a higher id were added since.
     mutable std::mutex m_mutex;            ///< Guards what was noted.
-    QSet<QString> m_deleted;
+    Deleted m_deleted;
     QVector<QList<QString>> m_lists;
 };

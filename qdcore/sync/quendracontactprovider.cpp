@@ -261,9 +261,8 @@ void QuendraContactProvider::slotDeletedContact(const ContactUnit& contact, Cont
         // Noted before the row is deleted, which waits for a running bracket: a conversion that does not see
         // the note has stored the unit by then.
         for (const auto& weak : qAsConst(m_known)) {
-            const Known known = weak.toStrongRef();
-            if (known && known->book().type == place.type && known->book().location == place.location)
-                known->noteDeleted(place.uid);
+            if (const Known known = weak.toStrongRef())
+                known->noteDeleted({m_sourceId, place.type, place.location}, {place.uid});
         }
         if (m_storage)
             m_storage->deleteContact(m_sourceId, place.type, place.location, place.uid);
