@@ -7,20 +7,23 @@
 
 namespace {
 
-/// Takes units out of a list and of the groups in it.
+/// Takes units out of a list and of the groups in it. Whether there were any.
 template <typename Condition>
-void removeIf(ContactList& units, Condition condition)
+bool removeIf(ContactList& units, Condition condition)
 {
     QVector<ContactUnitPtr>& all = units.contacts();
     const auto isRemoved = [&condition](const ContactUnitPtr& unit) {
         ContactPlace place;
         return unit && placeOf(*unit, place) && condition(place);
     };
-    all.erase(std::remove_if(all.begin(), all.end(), isRemoved), all.end());
+    const auto kept = std::remove_if(all.begin(), all.end(), isRemoved);
+    bool isAny = kept != all.end();
+    all.erase(kept, all.end());
     for (const ContactUnitPtr& unit : qAsConst(all)) {
         if (auto* group = dynamic_cast<QuendraContactGroup*>(unit.data()))
-            removeIf(group->contacts(), condition);
+            isAny |= removeIf(group->contacts(), condition);
     }
+    return isAny;
 }
 
 } // namespace
@@ -91,8 +94,9 @@ void BookKnowledge::store(ContactLocalStorage& storage, ContactList& units, unsi
                             [&place](const QSet<QString>& list) { return list.contains(place.uid); }) ||
                storage.getContact(m_book.source, place.type, place.location, place.uid) != 0;
     };
+    bool isWhole = true;
     if (!deleted.isEmpty()) {
-        removeIf(units, [&deleted](const ContactPlace& place) {
+        isWhole = !removeIf(units, [&deleted](const ContactPlace& place) {
             return deleted.value({place.type, place.location}).contains(place.uid);
         });
     }
@@ -106,8 +110,9 @@ void BookKnowledge::store(ContactLocalStorage& storage, ContactList& units, unsi
     if (latest != any && storage.getContactLastTimeStamp(m_book.source, ContactLocalStorage::AnyType,
                                                          ContactLocalStorage::AnyLocation) <= latest)
         latest = any;
+    const unsigned int stamp = isWhole ? timestamp : std::min(timestamp, m_newest);
     for (const auto& unit : qAsConst(units).contacts()) {
         if (unit)
-            disassemble(storage, m_book.source, *unit, timestamp, 0, latest);
+            disassemble(storage, m_book.source, *unit, stamp, 0, latest);
     }
 }

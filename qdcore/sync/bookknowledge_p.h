@@ -62,7 +62,9 @@ public:
     /// Stores those of a reply's units that may be stored, and takes the others out of @p units: what was
     /// deleted since, also as a member of a group, and where the book has newer units by now, all but what it
     /// lacks and every later list has. Members that are newer by now are only linked. @p timestamp is the
-    /// reply's.
+    /// reply's; the rest of a reply that something was taken out of is stamped like what was known before,
+    /// so that the next run asks for all of it again: the server may have given an identifier to another
+    /// unit.
     void store(ContactLocalStorage& storage, ContactList& units, unsigned int timestamp) const;
 
 private:

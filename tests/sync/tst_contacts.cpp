@@ -147,8 +147,10 @@ private Q_SLOTS:
         row("added since, and the second half fails", "has 11@11; ask; add 20; list 11; fail", "11@11 20@0");
         row("older than another run", //
             "has 11@11 12@11; ask-all; ask; list 11 14 15; changes 13 11; remove 15; all 12 11 12 14 15",
-            "11@13 14@12");
-        row("removed since", "has 11@11; ask-all; remove 11; all 12 11 12", "12@12");
+            "11@13 14@11");
+        row("removed since", "has 11@11; ask-all; remove 11; all 12 11 12", "12@11");
+        row("removed since the first run began", "ask-all; remove 11; all 12 11 12; ask; all 13 11=new 12",
+            "12@13 11@13=new");
         row("a member removed since", "has 20@11; ask-groups; remove 20; groups 12 50 20 21", "21@0 50>21");
         row("removed since from another book", "ask-groups; remove 11; groups 12 11 20", "20@0 11>20");
         row("newer than another run", "has 11@11; ask-all; ask; list 11; changes 12 11; all 13 11 20",
