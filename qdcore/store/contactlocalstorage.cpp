@@ -311,7 +311,7 @@ void ContactLocalStorage::deleteContactsNotListed(quint32 source, ContactType ty
                                                   const QList<QString>& listed, const QList<QString>& replied,
                                                   quint32 lastId)
 {
-    if (listed.isEmpty())
+    if (listed.isEmpty() && replied.isEmpty())
         return;
     const bool isEmptyBook = listed.size() == 1 && listed.first().isEmpty() && replied.isEmpty();
     if (!isEmptyBook && !std::all_of(listed.cbegin(), listed.cend(), isObjectId))

@@ -407,9 +407,10 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
         return slotDisassembleContactFromThread(type);
     if (full) {
         // What was added meanwhile stays. So does what has just come: it would be stored again under new ids,
-        // but the groups would have lost it as a member.
+        // but the groups would have lost it as a member. An identifier that is no number protects only its
+        // own row, also one that was listed or added.
         const QList<QString> listed = m_syncOids.value(type); // none: nothing will be deleted
-        startDeleter(type, listed, listed.isEmpty() ? listed : uidsOf(contacts), known);
+        startDeleter(type, {}, listed.isEmpty() ? listed : listed + uidsOf(contacts), known);
     }
 
     m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());

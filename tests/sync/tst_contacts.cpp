@@ -142,6 +142,10 @@ private Q_SLOTS:
             "has 11@11 14@14; ask; list 11; changes 5 20", "11@11 20@5");
         row("an identifier that is no number", "has x12@10 10@10; ask-all; add 77; all 12 11 x12",
             "x12@12 77@0 11@12");
+        row("a list with one deletes nothing, a reply does", //
+            "has x12@10 10@10; ask; list 10 x9; ask-all; changes 11; all 12 11", "10@10 11@12");
+        row("one that is added and no number", "has x12@10 10@10; ask-all; add x77; all 12 11 x12",
+            "x12@12 x77@0 11@12");
         row("a list with one deletes nothing", "has x12@10 10@10; ask; list 11 x12; changes 12 11",
             "x12@10 10@10 11@12");
         row("added since, and the second half fails", "has 11@11; ask; add 20; list 11; fail", "11@11 20@0");
