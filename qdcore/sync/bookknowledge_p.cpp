@@ -37,7 +37,7 @@ BookKnowledge::BookKnowledge(const StoredBook& book, unsigned int newest)
     , m_newest(newest)
 {}
 
-BookKnowledge::BookKnowledge(const StoredBook& book, ContactLocalStorage& storage)
+BookKnowledge::BookKnowledge(const StoredBook& book, ContactLocalStorage& storage, const Requests& earlier)
     : m_book(book)
     , m_newest(storage.getContactLastTimeStamp(book.source, book.type, book.location))
     , m_newestOfAll(book.type == ContactLocalStorage::TypeGroup
@@ -45,11 +45,12 @@ BookKnowledge::BookKnowledge(const StoredBook& book, ContactLocalStorage& storag
                                                           ContactLocalStorage::AnyLocation)
                         : any)
     , m_lastId(storage.getLastContactId())
+    , m_earlier(earlier)
 {}
 
 void BookKnowledge::noteDeleted(const StoredBook& book, const QList<QString>& uids)
 {
-    if (book.source != m_book.source)
+    if (book.source != m_book.source || uids.isEmpty())
         return;
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_deleted[{book.type, book.location}].unite(QSet<QString>(uids.begin(), uids.end()));
@@ -57,8 +58,9 @@ void BookKnowledge::noteDeleted(const StoredBook& book, const QList<QString>& ui
 
 void BookKnowledge::noteListed(const QList<QString>& uids)
 {
+    const QSet<QString> listed(uids.begin(), uids.end());
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_lists.append(uids);
+    m_listed = m_listed ? m_listed->intersect(listed) : listed;
 }
 
 bool BookKnowledge::hasNewerThan(ContactLocalStorage& storage, unsigned int timestamp) const
@@ -70,28 +72,33 @@ bool BookKnowledge::hasNewerThan(ContactLocalStorage& storage, unsigned int time
 void BookKnowledge::deleteRest(ContactLocalStorage& storage, const QList<QString>& listed,
                                const QList<QString>& replied) const
 {
-    if (m_lastId != any || !hasNewerThan(storage, 0))
-        storage.deleteContactsNotListed(m_book.source, m_book.type, m_book.location, listed, replied,
-                                        m_lastId);
+    if (m_lastId == any && hasNewerThan(storage, 0))
+        return;
+    QList<QString> deleted;
+    storage.deleteContactsNotListed(m_book.source, m_book.type, m_book.location, listed, replied, m_lastId,
+                                    m_earlier.isEmpty() ? nullptr : &deleted);
+    for (const auto& weak : m_earlier) {
+        const auto earlier = weak.toStrongRef();
+        if (!earlier)
+            continue;
+        earlier->noteDeleted(m_book, deleted);
+        if (!listed.isEmpty() && earlier->m_book == m_book)
+            earlier->noteListed(listed);
+    }
 }
 
 void BookKnowledge::store(ContactLocalStorage& storage, ContactList& units, unsigned int timestamp) const
 {
     Deleted deleted;
-    QVector<QList<QString>> lists;
+    std::optional<QSet<QString>> listed;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         deleted = m_deleted;
-        lists = m_lists;
+        listed = m_listed;
     }
-    QVector<QSet<QString>> listed;
-    for (const auto& list : qAsConst(lists))
-        listed.append(QSet<QString>(list.begin(), list.end()));
     const auto isStoredOrUnknown = [&](const ContactUnitPtr& unit) {
         ContactPlace place;
-        return !unit || !placeOf(*unit, place) || listed.isEmpty() ||
-               !std::all_of(listed.cbegin(), listed.cend(),
-                            [&place](const QSet<QString>& list) { return list.contains(place.uid); }) ||
+        return !unit || !placeOf(*unit, place) || !listed || !listed->contains(place.uid) ||
                storage.getContact(m_book.source, place.type, place.location, place.uid) != 0;
     };
     bool isWhole = true;

@@ -321,10 +321,10 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
 QuendraContactProvider::Known QuendraContactProvider::knownNow(ContactList::Type type)
 {
     const StoredBook book{m_sourceId, kindOf(type), locationOf(type)};
-    const Known known = m_storage ? Known::create(book, *m_storage) : Known::create(book);
     m_known.erase(std::remove_if(m_known.begin(), m_known.end(),
                                  [](const QWeakPointer<BookKnowledge>& weak) { return weak.isNull(); }),
                   m_known.end());
+    const Known known = m_storage ? Known::create(book, *m_storage, m_known) : Known::create(book);
     m_known.append(known);
     return known;
 }
@@ -359,14 +359,6 @@ void QuendraContactProvider::useOids(const QList<QString>& oids, ContactList::Ty
 {
     if (m_server && m_storage && ContactBook(type).isValid) {
         m_syncOids[type] = oids;
-        for (const auto& weak : qAsConst(m_known)) {
-            const Known earlier = weak.toStrongRef();
-            if (earlier == known)
-                break;
-            if (earlier && earlier->book().type == kindOf(type) &&
-                earlier->book().location == locationOf(type))
-                earlier->noteListed(oids);
-        }
         startDeleter(type, oids, {}, known);
     }
     requestChanges(type);

@@ -161,6 +161,12 @@ private Q_SLOTS:
             "11@13 20@13");
         row("older, and no list that is newer", //
             "has 11@11; ask; ask-all; list 11 20; changes 13 11; all 12 11 20", "11@13");
+        row("taken by a later list", "has 11@11 12@11; ask-all; ask; list 11; all 12 11 12; changes 13",
+            "11@11");
+        row("a member taken by a later list",
+            "has 20@11; ask-groups; ask; list ; changes 13; groups 12 50 20; ask; all 14", "");
+        row("a member that no list takes", "has 11@11; ask-groups; ask; list 11; changes 12; groups 13 50 20",
+            "11@11 20@0 50>20");
         row("a member is newer than its group", //
             "has 20@11; ask-groups; ask; list 20; changes 13 20=new; groups 12 50 20=old", "20@13=new 50>20");
         row("a member, and the clock was set back", "has 20@14; ask-groups; groups 5 50 20=new",
