@@ -291,6 +291,8 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
 {
     const QPointer<QuendraContactProvider> self(this);
     ++m_syncCount;
+    if (m_syncCount == 1)
+        m_undeleted.clear(); // not at the end, after which a deleter may still fail
     Q_EMIT onSyncStart();
     if (!self)
         return;
@@ -357,6 +359,8 @@ void QuendraContactProvider::slotSyncedContactOids(const QList<QString>& oids, C
 
 void QuendraContactProvider::useOids(const QList<QString>& oids, ContactList::Type type, const Known& known)
 {
+    if (known->book().source != m_sourceId) // another server was linked meanwhile
+        return slotErrorSyncedContacts(Task::Error);
     if (m_server && m_storage && ContactBook(type).isValid) {
         m_syncOids[type] = oids;
         startDeleter(type, oids, {}, known);
@@ -397,6 +401,8 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
         return; // the synchronisation stays open; only the destructor closes it
     if (!m_storage)
         return slotDisassembleContactFromThread(type);
+    if (known->book().source != m_sourceId) // another server was linked meanwhile
+        return slotErrorSyncedContacts(Task::Error);
     if (full) {
         // What was added meanwhile stays. So does what has just come: it would be stored again under new ids,
         // but the groups would have lost it as a member. An identifier that is no number protects only its
@@ -463,10 +469,8 @@ bool QuendraContactProvider::endSync()
 {
     const QPointer<QuendraContactProvider> self(this);
     --m_syncCount;
-    if (m_syncCount == 0) {
+    if (m_syncCount == 0)
         m_syncOids.clear();
-        m_undeleted.clear();
-    }
     Q_EMIT onSyncStop();
     if (self)
         QD_LOG(DEBUG, tr("sync count (%1)", "Logger").arg(m_syncCount));

@@ -186,6 +186,45 @@ private Q_SLOTS:
         QVERIFY(silent.world.counts->isPaired());
     }
 
+    void anotherServerLinkedMeanwhile()
+    {
+        SilentWorld silent;
+        for (const char* step : {"has 11@11", "ask", "ask-all"})
+            QVERIFY(silent.play(s(step)));
+        ScriptedServer wire;
+        const auto other = silent.world.faxes->addServer(wire.address(), false, s("bob"), QString());
+        auto* const provider = qobject_cast<QuendraContactProvider*>(silent.provider);
+        provider->linkFaxServer(other);
+        for (const char* step : {"list ", "all 12 12"})
+            QVERIFY(silent.play(s(step)));
+        QVERIFY(spinUntil([&] { return provider->findChildren<QThread*>().isEmpty(); }));
+        QCOMPARE(silent.content(), s("11@11"));
+        QVERIFY(!provider->isSync());
+    }
+
+    void deleterFailsAfterItsRun()
+    {
+        SilentWorld silent;
+        const auto hasEnded = [&] { return silent.provider->findChildren<QThread*>().isEmpty(); };
+        for (const char* step : {"has 11@11 12@11", "ask"})
+            QVERIFY(silent.play(s(step)));
+        {
+            const OtherProgram lock(s("BEGIN IMMEDIATE"));
+            QVERIFY(lock.works());
+            silent.play(s("list 11")); // false: its own bracket cannot begin either
+            QVERIFY(silent.play(s("fail")));
+            QVERIFY(!silent.provider->isSync());
+            QVERIFY(spinUntil(hasEnded));
+        }
+        for (const char* step : {"ask", "list 11", "changes 13 20"}) {
+            QVERIFY(silent.play(s(step)));
+            QVERIFY(spinUntil(hasEnded));
+        }
+        QCOMPARE(silent.content(), s("11@11 20@13"));
+        QVERIFY(
+            qobject_cast<QuendraContactProvider*>(silent.provider)->isStored(ContactList::PersonalContacts));
+    }
+
     void askedWhileItEnds()
     {
         SilentWorld silent;
