@@ -385,8 +385,11 @@ void FaxServer::initProvider()
         return;
     const QPointer<FaxServer> self(this);
     const QPointer<ContactProvider> provider = contacts->addProvider(ContactProvider::QuendraProvider);
-    if (!self)
+    if (!self) {
+        if (contacts && provider)
+            contacts->deleteProvider(provider);
         return;
+    }
     m_provider = provider;
     if (auto* quendra = qobject_cast<QuendraContactProvider*>(m_provider))
         quendra->linkFaxServer(self);

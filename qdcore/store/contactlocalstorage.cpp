@@ -309,9 +309,9 @@ void ContactLocalStorage::deleteContactsIfNotInUIDS(quint32 source, ContactType 
 
 void ContactLocalStorage::deleteContactsNotListed(quint32 source, ContactType type, ContactLocation location,
                                                   const QList<QString>& listed, const QList<QString>& replied,
-                                                  quint32 lastId)
+                                                  quint32 lastId, QList<QString>* deleted)
 {
-    if (listed.isEmpty())
+    if (listed.isEmpty() && replied.isEmpty())
         return;
     const bool isEmptyBook = listed.size() == 1 && listed.first().isEmpty() && replied.isEmpty();
     if (!isEmptyBook && !std::all_of(listed.cbegin(), listed.cend(), isObjectId))
@@ -336,7 +336,14 @@ void ContactLocalStorage::deleteContactsNotListed(quint32 source, ContactType ty
     if (lastId != anyId)
         statement += QStringLiteral(" AND id<=") + QString::number(lastId);
     statement += QLatin1Char(';');
-    deleteMany(conditionOf(statement), statement, values);
+    const QString condition = conditionOf(statement);
+    if (deleted) {
+        const auto found =
+            settled().column(storeStatement(StoreStatement::UidsOfContacts).arg(condition), values);
+        for (const QVariant& uid : found)
+            deleted->append(uid.toString());
+    }
+    deleteMany(condition, statement, values);
 }
 
 void ContactLocalStorage::deleteMany(const QString& condition, const QString& statement,

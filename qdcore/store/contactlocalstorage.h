@@ -165,9 +165,11 @@ public:
     quint32 getLastContactId();
     /// Like deleteContactsIfNotInUIDS() with the ids that a server @p listed, but keeps contacts added since
     /// the request was sent, when getLastContactId() was @p lastId, and the contacts @p replied, which were
-    /// in the reply. An id in @p replied that is not a number only keeps its own contact.
+    /// in a full reply. An id in @p replied that is not a number only keeps its own contact. Without
+    /// @p listed those alone are kept. @p deleted receives the ids of those that were deleted.
     void deleteContactsNotListed(quint32 source, ContactType type, ContactLocation location,
-                                 const QList<QString>& listed, const QList<QString>& replied, quint32 lastId);
+                                 const QList<QString>& listed, const QList<QString>& replied, quint32 lastId,
+                                 QList<QString>* deleted = nullptr);
 
     /// Calls @p write while no other thread writes, unless one does at the moment: then returns false at
     /// once.

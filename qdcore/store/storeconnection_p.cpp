@@ -48,14 +48,17 @@ bool StoreConnection::execute(const QString& text, const QVector<QVariant>& valu
     return isOpen() && query.prepare(text) && StoreRows(withValues(&query, values)).ok();
 }
 
-QVariant StoreConnection::first(const QString& text, const QVector<QVariant>& values)
+QVector<QVariant> StoreConnection::column(const QString& text, const QVector<QVariant>& values)
 {
     QSqlQuery query(m_database);
     query.setForwardOnly(true);
     if (!isOpen() || !query.prepare(text))
-        return QVariant();
+        return {};
     StoreRows rows(withValues(&query, values));
-    return rows.next() ? query.value(0) : QVariant();
+    QVector<QVariant> found;
+    while (rows.next())
+        found.append(query.value(0));
+    return found;
 }
 
 QSqlQuery* StoreConnection::prepared(int statement, bool whole, bool paged)

@@ -89,8 +89,13 @@ public:
 
     /// Runs an SQL text once, without caching the prepared statement. Returns whether it succeeded.
     bool execute(const QString& text, const QVector<QVariant>& values = {});
-    /// Likewise; returns the first column of the first row, null if there is none.
-    QVariant first(const QString& text, const QVector<QVariant>& values = {});
+    /// Likewise; returns the first column of all rows.
+    QVector<QVariant> column(const QString& text, const QVector<QVariant>& values = {});
+    /// Likewise, of the first row, null if there is none.
+    QVariant first(const QString& text, const QVector<QVariant>& values = {})
+    {
+        return column(text, values).value(0);
+    }
 
     /// A value for binding. A null QString is bound as an empty text, since NULL matches neither = nor LIKE.
     static QVariant bound(quint32 number) { return number; }

@@ -111,6 +111,7 @@ const char* const statements[] = {
 
     // Deleting many
     "SELECT count(*) FROM (SELECT id FROM contacts %1 LIMIT ?);",
+    "SELECT uid FROM contacts %1;",
     "DELETE FROM properties WHERE contact IN (SELECT id FROM contacts %1);",
     "WITH gone AS (SELECT id FROM contacts %1) "
     "DELETE FROM groups WHERE contact IN gone OR contactgroup IN gone;",

@@ -73,8 +73,9 @@ enum class StoreStatement {
     ListUids,
     ListLinks,
 
-    // Deleting many contacts; "%1" in the first three stands for the condition.
+    // Deleting many contacts; "%1" in the first four stands for the condition.
     CountContacts,
+    UidsOfContacts,
     DeletePropertiesOfContacts,
     DeleteLinksOfContacts,
     DeleteTriggerText,

@@ -7,6 +7,8 @@
 
 #include <QString>
 
+#include <limits>
+
 class ContactUnit;
 class QUrl;
 
@@ -28,5 +30,7 @@ ContactList withSameUnits(const ContactList& list);
 
 /// Stores a unit, and with a group its members, on the calling thread's connection. @p timestamp is that of
 /// the server, 0 to keep what is stored; @p group is the group that the unit is a member of, 0 for none.
+/// Members whose rows have a timestamp later than @p latest are linked and otherwise left as they are.
 void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit,
-                 unsigned int timestamp, unsigned int group);
+                 unsigned int timestamp, unsigned int group,
+                 unsigned int latest = std::numeric_limits<unsigned int>::max());

@@ -84,13 +84,19 @@ ContactList withSameUnits(const ContactList& list)
 }
 
 void disassemble(ContactLocalStorage& storage, unsigned int source, const ContactUnit& unit,
-                 unsigned int timestamp, unsigned int group)
+                 unsigned int timestamp, unsigned int group, unsigned int latest)
 {
     ContactPlace place;
     if (!placeOf(unit, place))
         return;
 
     unsigned int id = 0;
+    if (group != 0 && latest != std::numeric_limits<unsigned int>::max()) {
+        id = storage.getContact(source, place.type, place.location, place.uid);
+        const auto row = ContactRow::read(&storage, id);
+        if (row && row->timestamp > latest)
+            return storage.linkContactAndGroup(id, group);
+    }
     if (place.type == ContactLocalStorage::TypeContact) {
         const auto& contact = static_cast<const QuendraContact&>(unit);
         id = storage.addContact(source, place.type, place.location, place.uid, timestamp, contact.name(),
@@ -104,7 +110,7 @@ void disassemble(ContactLocalStorage& storage, unsigned int source, const Contac
         storage.unlinkContactAndGroup(0, id);
         for (const auto& member : stored.contacts().contacts()) {
             if (member)
-                disassemble(storage, source, *member, 0, id);
+                disassemble(storage, source, *member, 0, id, latest);
         }
     }
     if (group != 0)
@@ -286,9 +292,8 @@ void QuendraContactProvider::slotDeletedContact(const ContactUnit& contact, Cont
         // Noted before the row is deleted, which happens after a running bracket: a conversion that does not
         // see the note has stored the unit by then.
         for (const auto& weak : qAsConst(m_known)) {
-            const Known known = weak.toStrongRef();
-            if (known && known->book().type == place.type && known->book().location == place.location)
-                known->noteDeleted(place.uid);
+            if (const Known known = weak.toStrongRef())
+                known->noteDeleted({m_sourceId, place.type, place.location}, {place.uid});
         }
     }
     const ContactUnitPtr unit(contact.copy());
@@ -320,6 +325,8 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
 {
     const QPointer<QuendraContactProvider> self(this);
     ++m_syncCount;
+    if (m_syncCount == 1)
+        m_undeleted.clear(); // not at the end, after which a deleter may still fail
     Q_EMIT onSyncStart();
     if (!self)
         return;
@@ -350,10 +357,10 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
 QuendraContactProvider::Known QuendraContactProvider::knownNow(ContactList::Type type)
 {
     const StoredBook book{m_sourceId, kindOf(type), locationOf(type)};
-    const Known known = m_storage ? Known::create(book, *m_storage) : Known::create(book);
     m_known.erase(std::remove_if(m_known.begin(), m_known.end(),
                                  [](const QWeakPointer<BookKnowledge>& weak) { return weak.isNull(); }),
                   m_known.end());
+    const Known known = m_storage ? Known::create(book, *m_storage, m_known) : Known::create(book);
     m_known.append(known);
     return known;
 }
@@ -386,16 +393,10 @@ void QuendraContactProvider::slotSyncedContactOids(const QList<QString>& oids, C
 
 void QuendraContactProvider::useOids(const QList<QString>& oids, ContactList::Type type, const Known& known)
 {
+    if (known->book().source != m_sourceId) // another server was linked meanwhile
+        return slotErrorSyncedContacts(Task::Error);
     if (m_server && m_storage && ContactBook(type).isValid) {
         m_syncOids[type] = oids;
-        for (const auto& weak : qAsConst(m_known)) {
-            const Known earlier = weak.toStrongRef();
-            if (earlier == known)
-                break;
-            if (earlier && earlier->book().type == kindOf(type) &&
-                earlier->book().location == locationOf(type))
-                earlier->noteListed(oids);
-        }
         startDeleter(type, oids, {}, known);
     }
     // the second half: what changed since the last time
@@ -428,11 +429,14 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
         return; // the synchronisation stays open; only the destructor closes it
     if (!m_storage)
         return slotDisassembleContactFromThread(type);
+    if (known->book().source != m_sourceId) // another server was linked meanwhile
+        return slotErrorSyncedContacts(Task::Error);
     if (full) {
         // What was added meanwhile stays. So does what has just come: it would be stored again under new ids,
-        // but the groups would have lost it as a member.
+        // but the groups would have lost it as a member. An identifier that is no number protects only its
+        // own row, also one that was listed or added.
         const QList<QString> listed = m_syncOids.value(type); // none: nothing will be deleted
-        startDeleter(type, listed, listed.isEmpty() ? listed : uidsOf(contacts), known);
+        startDeleter(type, {}, listed.isEmpty() ? listed : listed + uidsOf(contacts), known);
     }
 
     m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());
@@ -493,10 +497,8 @@ bool QuendraContactProvider::endSync()
 {
     const QPointer<QuendraContactProvider> self(this);
     --m_syncCount;
-    if (m_syncCount == 0) {
+    if (m_syncCount == 0)
         m_syncOids.clear();
-        m_undeleted.clear();
-    }
     Q_EMIT onSyncStop();
     if (self)
         QD_LOG(DEBUG, tr("sync count (%1)", "Logger").arg(m_syncCount));

@@ -72,8 +72,8 @@ protected Q_SLOTS:
     void slotDeletedContact(const ContactUnit& contact, ContactList::Type type);
     void slotErrorDeletedContacts(Task::Status status);
     //@}
-    /// The whole book: a thread stores it, and what is not in it is deleted before. @p timestamp is the
-    /// server's.
+    /// The whole book: a thread stores it. Where the server has listed the book meanwhile, what neither has
+    /// is deleted before; otherwise nothing is. @p timestamp is the server's.
     void slotSyncedContact(const ContactList& contacts, unsigned int timestamp);
     /// What changed of a book since the last time: a thread stores it. @p timestamp is the server's.
     void slotSyncedContactAfterLastTimeSync(const ContactList& contacts, unsigned int timestamp);
@@ -128,6 +128,6 @@ private:
     QMap<ContactList::Type, QList<QString>> m_syncOids; ///< What the server said it has, while synchronising.
     QMap<ContactList::Type, BookWork> m_work;
     QList<QWeakPointer<BookKnowledge>> m_known; ///< Of what is under way, in the order of the requests.
-    QSet<ContactList::Type> m_undeleted;        ///< Books that a deleter failed on, while synchronising.
+    QSet<ContactList::Type> m_undeleted;        ///< Books that a deleter failed on since the first run began.
     QSet<ContactList::Type> m_stored;           ///< Books of which the last synchronisation is in the store.
 };

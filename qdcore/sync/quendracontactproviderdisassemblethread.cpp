@@ -1,7 +1,6 @@
 #include "quendracontactproviderdisassemblethread.h"
 
 #include "bookknowledge_p.h"
-#include "contactdisassembly_p.h"
 #include "tsan_p.h"
 
 #include <utility>
@@ -11,6 +10,8 @@ QuendraContactProviderDisassembleThread::QuendraContactProviderDisassembleThread
     : QThread(parent)
     , m_storage(storage)
     , m_source(source)
+    , m_known(QSharedPointer<BookKnowledge>::create(
+          StoredBook{source, ContactLocalStorage::AnyType, ContactLocalStorage::AnyLocation}))
 {}
 
 QuendraContactProviderDisassembleThread::~QuendraContactProviderDisassembleThread()
@@ -47,14 +48,8 @@ void QuendraContactProviderDisassembleThread::run()
         // the server may have been removed while the reply was on its way; its units must not come back
         QString name;
         ContactLocalStorage::SourceType kind;
-        if (begun && m_storage->getSourceInfo(m_source, name, kind)) {
-            const ContactList units =
-                m_known ? m_known->storable(*m_storage, m_contacts, m_timestamp) : withSameUnits(m_contacts);
-            for (const auto& unit : units.contacts()) {
-                if (unit)
-                    disassemble(*m_storage, m_source, *unit, m_timestamp, 0);
-            }
-        }
+        if (begun && m_storage->getSourceInfo(m_source, name, kind))
+            m_known->store(*m_storage, m_contacts, m_timestamp);
         const bool holds = m_storage->scopeEnd();
         isStored = begun && holds;
         m_storage->freeStorageForThread();

@@ -344,10 +344,10 @@ private Q_SLOTS:
             const QPointer<FaxServer> ended = add(*manager, "anna");
             QTRY_VERIFY(!ended);
             QCOMPARE(!manager, end == ManagerDestroyed);
+            QVERIFY(contacts.providers().isEmpty());
             if (!manager)
                 continue;
             QVERIFY(manager->servers().isEmpty());
-            QCOMPARE(contacts.providers().size(), end == ServerDeleted ? 0 : 1);
             QVERIFY(manager->isDefaultServer(add(*manager, "bob")));
             delete manager;
         }

@@ -27,6 +27,8 @@ public:
 
     /// One step: a word and what it is about. False when no request of its kind is under way.
     ///
+    /// A contact that is answered is UID or UID=NAME.
+    ///
     /// "has UID@TIME ...": contacts of the store. "ask", "ask-all", "ask-groups": a synchronisation begins.
     /// "add UID", "remove UID": the user's. "list UID ...", "changes TIME UID ...", "all TIME UID ...",
     /// "groups TIME GROUP MEMBER ...", "fail": a reply, to the newest request, "all" to the oldest.
@@ -71,12 +73,14 @@ public:
         return true;
     }
 
-    /// The contacts in the order of their ids, each with its timestamp, and the memberships.
+    /// The contacts in the order of their ids, each with its timestamp and the name that an answer gave it,
+    /// and the memberships.
     static QString content()
     {
         return OtherProgram(
-                   s("SELECT uid || '@' || timestamp FROM contacts WHERE type=1 UNION ALL SELECT g.uid || "
-                     "'>' || c.uid FROM groups JOIN contacts g ON g.id=contactgroup "
+                   s("SELECT uid || '@' || timestamp || CASE WHEN name LIKE '=%' THEN name ELSE '' END "
+                     "FROM contacts WHERE type=1 UNION ALL SELECT g.uid || '>' || c.uid FROM groups JOIN "
+                     "contacts g ON g.id=contactgroup "
                      "JOIN contacts c ON c.id=contact"))
             .rows()
             .join(QLatin1Char(' '));
@@ -91,10 +95,12 @@ public:
 private:
     static constexpr auto book = ContactList::PersonalContacts;
 
-    static QuendraContact contact(const QString& uid)
+    static QuendraContact contact(const QString& text)
     {
         QuendraContact contact;
+        const QString uid = text.section(QLatin1Char('='), 0, 0);
         contact.setUrl(QUrl(s("http://fax/qdws/v1/contacts/alice/") + uid));
+        contact.setName(text.mid(uid.size()));
         return contact;
     }
 

@@ -142,18 +142,35 @@ private Q_SLOTS:
             "has 11@11 14@14; ask; list 11; changes 5 20", "11@11 20@5");
         row("an identifier that is no number", "has x12@10 10@10; ask-all; add 77; all 12 11 x12",
             "x12@12 77@0 11@12");
+        row("a list with one deletes nothing, a reply does", //
+            "has x12@10 10@10; ask; list 10 x9; ask-all; changes 11; all 12 11", "10@10 11@12");
+        row("one that is added and no number", "has x12@10 10@10; ask-all; add x77; all 12 11 x12",
+            "x12@12 x77@0 11@12");
         row("a list with one deletes nothing", "has x12@10 10@10; ask; list 11 x12; changes 12 11",
             "x12@10 10@10 11@12");
         row("added since, and the second half fails", "has 11@11; ask; add 20; list 11; fail", "11@11 20@0");
         row("older than another run", //
             "has 11@11 12@11; ask-all; ask; list 11 14 15; changes 13 11; remove 15; all 12 11 12 14 15",
-            "11@13 14@12");
-        row("removed since", "has 11@11; ask-all; remove 11; all 12 11 12", "12@12");
+            "11@13 14@11");
+        row("removed since", "has 11@11; ask-all; remove 11; all 12 11 12", "12@11");
+        row("removed since the first run began", "ask-all; remove 11; all 12 11 12; ask; all 13 11=new 12",
+            "12@13 11@13=new");
+        row("a member removed since", "has 20@11; ask-groups; remove 20; groups 12 50 20 21", "21@0 50>21");
         row("removed since from another book", "ask-groups; remove 11; groups 12 11 20", "20@0 11>20");
         row("newer than another run", "has 11@11; ask-all; ask; list 11; changes 12 11; all 13 11 20",
             "11@13 20@13");
         row("older, and no list that is newer", //
             "has 11@11; ask; ask-all; list 11 20; changes 13 11; all 12 11 20", "11@13");
+        row("taken by a later list", "has 11@11 12@11; ask-all; ask; list 11; all 12 11 12; changes 13",
+            "11@11");
+        row("a member taken by a later list",
+            "has 20@11; ask-groups; ask; list ; changes 13; groups 12 50 20; ask; all 14", "");
+        row("a member that no list takes", "has 11@11; ask-groups; ask; list 11; changes 12; groups 13 50 20",
+            "11@11 20@0 50>20");
+        row("a member is newer than its group", //
+            "has 20@11; ask-groups; ask; list 20; changes 13 20=new; groups 12 50 20=old", "20@13=new 50>20");
+        row("a member, and the clock was set back", "has 20@14; ask-groups; groups 5 50 20=new",
+            "20@14=new 50>20");
     }
     void knownWhenAsked()
     {
@@ -167,6 +184,45 @@ private Q_SLOTS:
         QCOMPARE(silent.content(), content);
         QVERIFY(!silent.provider->isSync());
         QVERIFY(silent.world.counts->isPaired());
+    }
+
+    void anotherServerLinkedMeanwhile()
+    {
+        SilentWorld silent;
+        for (const char* step : {"has 11@11", "ask", "ask-all"})
+            QVERIFY(silent.play(s(step)));
+        ScriptedServer wire;
+        const auto other = silent.world.faxes->addServer(wire.address(), false, s("bob"), QString());
+        auto* const provider = qobject_cast<QuendraContactProvider*>(silent.provider);
+        provider->linkFaxServer(other);
+        for (const char* step : {"list ", "all 12 12"})
+            QVERIFY(silent.play(s(step)));
+        QVERIFY(spinUntil([&] { return provider->findChildren<QThread*>().isEmpty(); }));
+        QCOMPARE(silent.content(), s("11@11"));
+        QVERIFY(!provider->isSync());
+    }
+
+    void deleterFailsAfterItsRun()
+    {
+        SilentWorld silent;
+        const auto hasEnded = [&] { return silent.provider->findChildren<QThread*>().isEmpty(); };
+        for (const char* step : {"has 11@11 12@11", "ask"})
+            QVERIFY(silent.play(s(step)));
+        {
+            const OtherProgram lock(s("BEGIN IMMEDIATE"));
+            QVERIFY(lock.works());
+            silent.play(s("list 11")); // false: its own bracket cannot begin either
+            QVERIFY(silent.play(s("fail")));
+            QVERIFY(!silent.provider->isSync());
+            QVERIFY(spinUntil(hasEnded));
+        }
+        for (const char* step : {"ask", "list 11", "changes 13 20"}) {
+            QVERIFY(silent.play(s(step)));
+            QVERIFY(spinUntil(hasEnded));
+        }
+        QCOMPARE(silent.content(), s("11@11 20@13"));
+        QVERIFY(
+            qobject_cast<QuendraContactProvider*>(silent.provider)->isStored(ContactList::PersonalContacts));
     }
 
     void askedWhileItEnds()
