@@ -13,7 +13,6 @@
 #include <mutex>
 
 class QThread;
-class StoreBracket;
 class StoreConnection;
 
 /**

@@ -42,12 +42,13 @@ Q_SIGNALS:
 protected:
     void run() override;
 
-public:
+private:
+    friend class QuendraContactProvider;
+
     /// What the book was when the source was asked: what was added since stays. @p replied are units that
     /// came with the source's reply, which stay besides. Set before start().
     void setKnown(const QSharedPointer<const BookKnowledge>& known, const QList<QString>& replied);
 
-private:
     QPointer<ContactLocalStorage> m_storage;
     QList<QString> m_uids;
     QList<QString> m_replied;

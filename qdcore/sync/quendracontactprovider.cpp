@@ -42,6 +42,16 @@ QList<QString> uidsOf(const ContactList& contacts)
     return uids;
 }
 
+/// A task of a server; null, logged as @p failure, when it is not of the expected class.
+template <typename T>
+T* createTask(FaxServer& server, Task::Type type, const LogText& failure)
+{
+    auto* task = qobject_cast<T*>(server.addTask(type));
+    if (!task)
+        Logger::inst().log(Logger::ERROR, failure.text, failure.file, failure.line);
+    return task;
+}
+
 QString unsupportedType()
 {
     return QuendraContactProvider::tr("Unsuported contact type", "Logger");
@@ -196,23 +206,13 @@ bool QuendraContactProvider::isDeleteContactSupport(ContactList::Type type) cons
     return ContactBook(type).isValid;
 }
 
-/// A task of the linked server; null, logged as @p failure, when it is not of the expected class.
-template <typename T>
-T* QuendraContactProvider::createTask(Task::Type type, const LogText& failure)
-{
-    auto* task = qobject_cast<T*>(m_server->addTask(type));
-    if (!task)
-        Logger::inst().log(Logger::ERROR, failure.text, failure.file, failure.line);
-    return task;
-}
-
 void QuendraContactProvider::addContact(const ContactUnit& contact, ContactList::Type type)
 {
     if (!m_server || !ContactBook(type).isValid) {
         Q_EMIT errorAddedContact(Task::Error);
         return;
     }
-    auto* task = createTask<TaskAddContact>(Task::AddContact,
+    auto* task = createTask<TaskAddContact>(*m_server, Task::AddContact,
                                             LOG_TEXT(tr("Error to add contact (create task)", "Logger")));
     if (!task)
         return slotErrorAddedContacts(Task::Error);
@@ -229,7 +229,7 @@ void QuendraContactProvider::modifyContact(const ContactUnit& contact, ContactLi
         return;
     }
     auto* task = createTask<TaskModifyContact>(
-        Task::ModifyContact, LOG_TEXT(tr("Error to modify contact (modify task)", "Logger")));
+        *m_server, Task::ModifyContact, LOG_TEXT(tr("Error to modify contact (modify task)", "Logger")));
     if (!task)
         return slotErrorModifiedContacts(Task::Error);
     task->setContact(contact, type);
@@ -245,7 +245,7 @@ void QuendraContactProvider::deleteContact(const ContactUnit& contact, ContactLi
         return;
     }
     auto* task = createTask<TaskDeleteContact>(
-        Task::DeleteContact, LOG_TEXT(tr("Error to delete contact (delete task)", "Logger")));
+        *m_server, Task::DeleteContact, LOG_TEXT(tr("Error to delete contact (delete task)", "Logger")));
     if (!task)
         return slotErrorDeletedContacts(Task::Error);
     task->setContact(contact, type);
@@ -342,7 +342,8 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
         return requestContacts(type, 0, known);
 
     auto* task = createTask<TaskGetContactsOids>(
-        Task::GetContactsOids, LOG_TEXT(tr("Error to sync contact (get contacts oids task)", "Logger")));
+        *m_server, Task::GetContactsOids,
+        LOG_TEXT(tr("Error to sync contact (get contacts oids task)", "Logger")));
     if (!task)
         return slotErrorSyncedContacts(Task::Error);
     task->setContactsType(type);
@@ -369,7 +370,7 @@ void QuendraContactProvider::requestContacts(ContactList::Type type, unsigned in
                                              const Known& known)
 {
     auto* task = createTask<TaskGetContacts>(
-        Task::GetContacts, LOG_TEXT(tr("Error to sync contact (get contacts task)", "Logger")));
+        *m_server, Task::GetContacts, LOG_TEXT(tr("Error to sync contact (get contacts task)", "Logger")));
     if (!task)
         return slotErrorSyncedContacts(Task::Error);
     task->setContactsType(type);

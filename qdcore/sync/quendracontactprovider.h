@@ -13,7 +13,6 @@ class BookKnowledge;
 class FaxServer;
 class QuendraContactProviderDisassembleThread;
 class StoreWrites;
-struct LogText;
 
 /**
  * The contact books of one fax server: the user's personal contacts and groups, and the server's global ones.
@@ -106,8 +105,6 @@ private:
              const QString& fax, const QString& email, const QString& organization, ContactList members,
              void* userData);
 
-    template <typename T>
-    T* createTask(Task::Type type, const LogText& failure);
     using Known = QSharedPointer<BookKnowledge>;
     Known knownNow(ContactList::Type type);
     void requestContacts(ContactList::Type type, unsigned int lastTimeSync, const Known& known);

@@ -45,14 +45,15 @@ Q_SIGNALS:
 protected:
     void run() override;
 
-public:
+private:
+    friend class QuendraContactProvider;
+
     /// What the book was when the server was asked: what was deleted since does not come back, and of units
     /// older than what is stored by now only the missing ones are stored. Set before start().
     void setKnown(const QSharedPointer<const BookKnowledge>& known) { m_known = known; }
     /// As setContacts(), without copying the units.
     void setContacts(ContactList&& contacts, unsigned int timestamp);
 
-private:
     QPointer<ContactLocalStorage> m_storage;
     unsigned int m_source;
     ContactList m_contacts;

@@ -2,7 +2,6 @@
 
 #include "qdcore_global.h"
 
-#include <QByteArray>
 #include <QNetworkReply>
 #include <QObject>
 #include <QUrl>
@@ -66,8 +65,8 @@ public:
     };
     Q_ENUM(Status)
 
-    /// Limit of a task's replies together, in bytes after decompression, and of the records made of them, in
-    /// bytes of memory; a quarter of it where the reply is no list. Beyond it the task ends with Error.
+    /// Limit of a task's replies after decompression, and of the records made of them, in bytes; a quarter of
+    /// it for a reply that is not a list. Beyond it the task ends with Error.
     static constexpr qint64 maxReplySize = qint64(1024) * 1024 * 1024;
 
     /// Dynamic property of a reply: the first bytes of its body, which is read before its finished().
@@ -117,10 +116,10 @@ protected:
 
     /// Whether the reply is complete, without a network error.
     bool succeeded() const;
-    /// A QNetworkReply::NetworkError: the reply's, OperationCanceledError until its end.
-    int networkError() const;
     /// The whole body, from its end until parseBody().
     QByteArray body();
+    /// A QNetworkReply::NetworkError: the reply's, OperationCanceledError until its end.
+    int networkError() const;
 
     /// Decodes UTF-8 and writes "&amp;" for every ampersand that does not begin one of the five predefined
     /// entities. Servers forget to escape; numeric references become literal text by this.
