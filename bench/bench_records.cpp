@@ -89,7 +89,7 @@ void row(Bench& bench, const char* name, const char* tag, QByteArray (*entry)(in
                     } else if (child.tagName() == QLatin1String("message")) {
                         isValid = child.text() == QLatin1String("Success");
                     }
-                    return true;
+                    return 1;
                 });
                 for (int at = 0; at < bytes.size(); at += block)
                     reader.add(

@@ -58,14 +58,14 @@ FUZZ_TARGET(pieces)
     ReplyReader reader(
         [&](const QDomElement& child, bool) {
             children.append(contentOf(child));
-            return true;
+            return 1;
         },
         pieceSize);
     ReplyReader divider(
         [&](const QDomElement& child, bool) {
             if (child.tagName() == divided)
                 parts += partsOf(child);
-            return true;
+            return 1;
         },
         pieceSize);
     divider.setDivided(divided.toLatin1(), ',');

@@ -6,7 +6,8 @@
 bool readBlocks(const QString& fileName, qint64 limit, const std::function<void(const QByteArray&)>& take)
 {
     QFile file(fileName);
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
+        file.size() > limit)
         return false;
     constexpr int blockSize = 3 * 64 * 1024;
     qint64 total = 0;

@@ -8,11 +8,11 @@ namespace {
 /// How much text is looked through for dividers at a time, in bytes.
 constexpr int textPortion = 16 * 1024;
 
-/// The index of @p c at or behind @p from, the size when there is none.
-int find(const QByteArray& xml, char c, int from)
+/// The index of @p c from @p from on, @p end when there is none before.
+int find(const QByteArray& xml, char c, int from, int end)
 {
-    const void* found = std::memchr(xml.constData() + from, c, size_t(xml.size() - from));
-    return found ? int(static_cast<const char*>(found) - xml.constData()) : xml.size();
+    const void* found = std::memchr(xml.constData() + from, c, size_t(end - from));
+    return found ? int(static_cast<const char*>(found) - xml.constData()) : end;
 }
 
 /// Whether @p text begins at @p at, as far as it goes.
@@ -68,7 +68,8 @@ XmlScanner::Stop XmlScanner::next(const QByteArray& xml)
         }
         case EndTag: {
             // one that is cut off by another tag ends there
-            m_at = std::min(find(xml, '>', m_at), find(xml, '<', m_at));
+            while (m_at < xml.size() && xml.at(m_at) != '>' && xml.at(m_at) != '<')
+                ++m_at;
             if (m_at == xml.size())
                 return NeedsMore;
             const Stop stop = endEndTag(xml);
@@ -104,9 +105,8 @@ XmlScanner::Stop XmlScanner::next(const QByteArray& xml)
 bool XmlScanner::scanText(const QByteArray& xml)
 {
     const bool isDivided = m_isDivided && m_depth == 2;
-    int end = find(xml, '<', m_at);
-    if (isDivided)
-        end = std::min(end, m_at + textPortion);
+    const int portion = isDivided ? std::min(textPortion, xml.size() - m_at) : xml.size() - m_at;
+    const int end = find(xml, '<', m_at, m_at + portion);
     const char* const data = xml.constData();
     if (!m_isCounted && std::any_of(data + m_at, data + end, [](char c) { return uchar(c) > uchar(' '); })) {
         m_isCounted = true;
@@ -175,7 +175,7 @@ bool XmlScanner::goToUnquoted(const QByteArray& xml, char one, char other)
 {
     for (; m_at < xml.size(); ++m_at) {
         if (m_quote != 0) {
-            m_at = find(xml, m_quote, m_at);
+            m_at = find(xml, m_quote, m_at, xml.size());
             if (m_at == xml.size())
                 return false;
             m_quote = 0;
@@ -199,8 +199,10 @@ XmlScanner::Stop XmlScanner::endStartTag(const QByteArray& xml)
     m_position = ++m_at;
     if (m_nodes > maxXmlNodes)
         return Unfit;
-    if (isEmpty)
+    if (isEmpty) {
+        m_hadRoot = true; // at the latest
         return m_depth == 1 ? ChildEnds : NeedsMore;
+    }
     if (++m_depth > maxXmlDepth)
         return Unfit;
     if (m_depth == 1 && !m_hadRoot) {

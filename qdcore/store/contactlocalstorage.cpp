@@ -626,6 +626,12 @@ bool ContactLocalStorage::writeIfIdle(const std::function<void()>& write)
     return lock.owns_lock();
 }
 
+void ContactLocalStorage::writeWhenIdle(const std::function<void()>& write)
+{
+    const Lock lock(m_transactionMutex);
+    write();
+}
+
 void ContactLocalStorage::freeStorageForThread()
 {
     const Lock lock(m_threadsMutex);

@@ -173,6 +173,8 @@ public:
     /// Calls @p write while no other thread writes, unless one does at the moment: then returns false at
     /// once.
     bool writeIfIdle(const std::function<void()>& write);
+    /// The same, but waits until no other thread writes.
+    void writeWhenIdle(const std::function<void()>& write);
 
 private:
     struct Thread;

@@ -1,7 +1,23 @@
 #include "contactsdeleterthread.h"
 
 #include "bookknowledge_p.h"
+#include "contactdisassembly_p.h"
 #include "tsan_p.h"
+
+namespace {
+
+QList<QString> uidsOf(const ContactList& contacts)
+{
+    QList<QString> uids;
+    ContactPlace place;
+    for (const auto& unit : contacts.contacts()) {
+        if (unit && placeOf(*unit, place))
+            uids.append(place.uid);
+    }
+    return uids;
+}
+
+} // namespace
 
 ContactsDeleterThread::ContactsDeleterThread(const QPointer<ContactLocalStorage>& storage,
                                              unsigned int source, ContactLocalStorage::ContactType type,
@@ -25,15 +41,18 @@ void ContactsDeleterThread::setKnown(unsigned int timestamp)
 }
 
 void ContactsDeleterThread::setKnown(const QSharedPointer<const BookKnowledge>& known,
-                                     const QList<QString>& replied)
+                                     const QList<QString>& replied, ContactList&& units)
 {
     m_known = known;
     m_replied = replied;
+    m_units = std::move(units);
 }
 
 void ContactsDeleterThread::run()
 {
     bool isStored = false;
+    m_replied += uidsOf(m_units);
+    m_units = ContactList(); // destroying 100,000 units takes too long for the event loop
     if (m_storage) {
         // whoever began a bracket ends it, also when beginning failed: the mutex is held either way
         const bool begun = m_storage->scopeBegin();

@@ -46,11 +46,13 @@ private:
     friend class QuendraContactProvider;
 
     /// What the book was when the source was asked: what was added since stays. @p replied are units that
-    /// came with the source's reply, which stay besides. Set before start().
-    void setKnown(const QSharedPointer<const BookKnowledge>& known, const QList<QString>& replied);
+    /// came with the source's reply, which stay besides, and so do @p units. Set before start().
+    void setKnown(const QSharedPointer<const BookKnowledge>& known, const QList<QString>& replied,
+                  ContactList&& units);
 
     QPointer<ContactLocalStorage> m_storage;
     QList<QString> m_uids;
     QList<QString> m_replied;
+    ContactList m_units; ///< More that were replied.
     QSharedPointer<const BookKnowledge> m_known;
 };

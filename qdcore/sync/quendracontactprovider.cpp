@@ -31,17 +31,6 @@ ContactLocalStorage::ContactLocation locationOf(ContactList::Type type)
                                       : ContactLocalStorage::LocationPersonal;
 }
 
-QList<QString> uidsOf(const ContactList& contacts)
-{
-    QList<QString> uids;
-    ContactPlace place;
-    for (const auto& unit : contacts.contacts()) {
-        if (unit && placeOf(*unit, place))
-            uids.append(place.uid);
-    }
-    return uids;
-}
-
 /// A task of a server; null, logged as @p failure, when it is not of the expected class.
 template <typename T>
 T* createTask(FaxServer& server, Task::Type type, const LogText& failure)
@@ -398,7 +387,7 @@ void QuendraContactProvider::useOids(const QList<QString>& oids, ContactList::Ty
         return slotErrorSyncedContacts(Task::Error);
     if (m_server && m_storage && ContactBook(type).isValid) {
         m_syncOids[type] = oids;
-        startDeleter(type, oids, {}, known);
+        startDeleter(type, oids, {}, known, ContactList());
     }
     // the second half: what changed since the last time
     if (!m_server || !m_storage || !ContactBook(type).isValid)
@@ -437,7 +426,7 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
         // but the groups would have lost it as a member. An identifier that is no number protects only its
         // own row, also one that was listed or added.
         const QList<QString> listed = m_syncOids.value(type); // none: nothing will be deleted
-        startDeleter(type, {}, listed.isEmpty() ? listed : listed + uidsOf(contacts), known);
+        startDeleter(type, {}, listed, known, listed.isEmpty() ? ContactList() : withSameUnits(contacts));
     }
 
     m_threads.removeAll(QPointer<QuendraContactProviderDisassembleThread>());
@@ -452,25 +441,35 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
     if (m_work.value(type).deleters > 0)
         m_work[type].waiting.append(thread);
     else
-        thread->start();
+        startThread(thread);
+}
+
+/// Starts a thread behind the writes that are queued: what it stores or deletes comes from a later reply.
+void QuendraContactProvider::startThread(const QPointer<QThread>& thread)
+{
+    m_writes->whenWritten([thread] {
+        if (thread)
+            thread->start();
+    });
 }
 
 /// Starts a thread that deletes what the server no longer has. The thread that stores the book's units waits
 /// for it: in a race, the deleter could remove a row that was just updated, where the server has taken an
 /// identifier into use again between its two replies.
 void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QString>& listed,
-                                          const QList<QString>& replied, const Known& known)
+                                          const QList<QString>& replied, const Known& known,
+                                          ContactList&& units)
 {
     auto* deleter =
         new ContactsDeleterThread(m_storage, m_sourceId, kindOf(type), locationOf(type), listed, this);
-    deleter->setKnown(known, replied);
+    deleter->setKnown(known, replied, std::move(units));
     ++m_work[type].deleters;
     connect(deleter, &ContactsDeleterThread::deleted, this, [this, type](bool isStored) {
         if (!isStored)
             m_undeleted.insert(type);
         deleterEnded(type);
     });
-    deleter->start();
+    startThread(deleter);
 }
 
 void QuendraContactProvider::bookWritten(ContactList::Type type, bool isStored)
@@ -487,10 +486,8 @@ void QuendraContactProvider::deleterEnded(ContactList::Type type)
     if (--work.deleters > 0)
         return;
     const BookWork ended = m_work.take(type);
-    for (const auto& thread : ended.waiting) {
-        if (thread)
-            thread->start();
-    }
+    for (const auto& thread : ended.waiting)
+        startThread(thread.data());
 }
 
 /// Counts one synchronisation down. False when a slot has destroyed this provider.

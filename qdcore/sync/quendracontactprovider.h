@@ -113,7 +113,8 @@ private:
     void useContacts(const ContactList& contacts, unsigned int timestamp, bool full, const Known& known);
     void bookWritten(ContactList::Type type, bool isStored);
     void startDeleter(ContactList::Type type, const QList<QString>& listed, const QList<QString>& replied,
-                      const Known& known);
+                      const Known& known, ContactList&& units);
+    void startThread(const QPointer<QThread>& thread);
     void deleterEnded(ContactList::Type type);
     bool endSync();
     QUrl unitUrl(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation location,

@@ -24,6 +24,14 @@ void StoreWrites::add(const Write& write, const Done& done)
         start();
 }
 
+void StoreWrites::whenWritten(const Done& done)
+{
+    if (m_thread.joinable())
+        m_waiting.append({Write(), done});
+    else
+        done();
+}
+
 void StoreWrites::start()
 {
     m_thread = std::thread([this, jobs = std::exchange(m_waiting, Jobs())] {
@@ -40,9 +48,8 @@ void StoreWrites::run(const Jobs& jobs)
     for (const Job& job : jobs) {
         if (!m_storage)
             return;
-        m_storage->scopeBegin();
-        job.write(*m_storage);
-        m_storage->scopeEnd();
+        if (job.write)
+            m_storage->writeWhenIdle([&] { job.write(*m_storage); });
     }
 }
 

@@ -27,9 +27,11 @@ public:
     StoreWrites(const QPointer<ContactLocalStorage>& storage, QObject* parent);
     ~StoreWrites() override;
 
-    /// Calls @p write: at once, or in a bracket on another thread. @p done is called afterwards, on this
+    /// Calls @p write: at once, or on another thread. @p done is called afterwards, on this
     /// thread, in the first case from within this function; it may destroy this object.
     void add(const Write& write, const Done& done);
+    /// Calls @p done when all that was added before is written; at once if it is.
+    void whenWritten(const Done& done);
 
 private:
     struct Job

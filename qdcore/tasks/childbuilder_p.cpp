@@ -11,7 +11,7 @@ ChildBuilder::ChildBuilder(Take take)
 
 void ChildBuilder::startElement(const QString& name, const QXmlAttributes& attributes)
 {
-    if (++m_depth == 1)
+    if (++m_depth == 1 || m_isSkipping)
         return;
     if (m_depth == 2)
         m_textSize = 0;
@@ -50,6 +50,10 @@ void ChildBuilder::text(const QString& text)
 
 void ChildBuilder::endElement()
 {
+    if (m_depth == 2 && std::exchange(m_isSkipping, false)) {
+        --m_depth;
+        return;
+    }
     if (m_depth > 1)
         dropOld();
     if (m_depth == 2)

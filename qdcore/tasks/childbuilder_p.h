@@ -26,6 +26,9 @@ public:
     void text(const QString& text);
     void endElement();
 
+    /// The next child, which is empty, is not handed out.
+    void skipChild() { m_isSkipping = true; }
+
     /// What the texts of the child take in memory, in bytes.
     qint64 textSize() const { return m_textSize; }
 
@@ -39,6 +42,7 @@ private:
     QDomNode m_old;    ///< What stands in its place, from the child before.
     int m_depth{0};
     qint64 m_textSize{0};
+    bool m_isSkipping{false};
 };
 
 /// Parses a document and has its children built. False when it is not well-formed.

@@ -30,11 +30,11 @@ void TaskPrivate::readItems(const QString& item, void (T::*done)(ListPtr), Read 
         const QString name = child.tagName();
         if (name == item) {
             read(child, *items);
-            return true;
+            return ReplyReader::recordSize;
         }
         if (name == QLatin1String("message") && !std::exchange(hadMessage, true))
             m_saysSuccess = child.text() == QLatin1String("Success");
-        return false;
+        return qint64(0);
     });
 }
 

@@ -3,7 +3,7 @@
 // Collecting the bodies of replies. Internal: not installed.
 
 #include <QByteArray>
-#include <QHash>
+#include <QPointer>
 
 #include <functional>
 #include <memory>
@@ -34,11 +34,15 @@ public:
     /// took it and no log line will carry it.
     using Ended = std::function<void(QNetworkReply* reply, int error, const QByteArray& body)>;
 
+    /// Whether a reader gets what has arrived within the reply's signals, or in several turns of the event
+    /// loop where that is much. The end may then be told when the reply is gone already.
+    enum Reading { AtOnce, InPortions };
+
     /// Collects the body of this reply. @p context, the task, ends it. A reply that is deleted before its end
     /// ends as one that was cancelled; the pointer is then only good for telling which it was. @p reader may
     /// be null.
     void collect(QNetworkReply* reply, QObject* context, const Ended& ended,
-                 const std::shared_ptr<ReplyReader>& reader = nullptr);
+                 const std::shared_ptr<ReplyReader>& reader = nullptr, Reading reading = AtOnce);
 
     /// Whether a limit is exceeded: any further reply will be aborted.
     bool isOverLimit() const;
@@ -46,17 +50,24 @@ public:
 private:
     struct Body
     {
-        QByteArray bytes;
-        Ended ended;
+        QPointer<QNetworkReply> reply;
+        QObject* context{nullptr};
         std::shared_ptr<ReplyReader> reader;
+        int portion{0};
+        QByteArray arrived; ///< And not taken yet,
+        int taken{0};       ///< but for so many bytes.
+        QByteArray bytes;
+        std::function<void()> ended; ///< Set when the reply has ended.
         bool isBegun{false};
+        bool isKept{true}; ///< In bytes.
         bool isCut{false};
+        bool isQueued{false}; ///< A call of takeArrived() is.
     };
 
-    bool take(Body& body, const QByteArray& block);
-    void end(QNetworkReply* reply, int error, const QByteArray& rest);
+    void arrive(const std::shared_ptr<Body>& body, const QByteArray& block);
+    void takeArrived(const std::shared_ptr<Body>& body);
+    void take(Body& body, const QByteArray& block);
 
-    QHash<QNetworkReply*, Body> m_bodies;
     qint64 m_received{0}; ///< The bytes of all replies together.
     qint64 m_kept{0};     ///< What readers have made of them, as ReplyReader::kept().
 };

@@ -12,9 +12,6 @@ constexpr int maxPieceSize = 256 * 1024 * 1024;
 /// From here on memory matters more than time, in bytes.
 constexpr int largePieceSize = 1024 * 1024;
 
-/// What a record takes beside its texts, in bytes.
-constexpr int recordSize = 512;
-
 } // namespace
 
 ReplyReader::ReplyReader(Take take, int pieceSize)
@@ -39,7 +36,7 @@ void ReplyReader::add(const QByteArray& block)
     m_buffer.append(block.constData(), m_isEnded ? end : block.size());
     scan();
     dropRead();
-    m_isOverLimit = m_buffer.size() > maxPieceSize;
+    m_isOverLimit = m_frame.size() + m_buffer.size() > maxPieceSize;
     m_isUsable = m_isUsable && !m_isOverLimit;
     if (!m_isUsable)
         m_buffer.clear();
@@ -83,7 +80,10 @@ void ReplyReader::scan()
 
 void ReplyReader::readPiece(int end, bool isDivided)
 {
-    QByteArray piece = "<r>";
+    // what follows a child is parsed differently from what follows a start tag: "]]>" is taken there
+    QByteArray piece = std::exchange(m_isFirst, false) || m_continues ? "<r>" : "<r><r/>";
+    if (piece.size() > 3)
+        m_builder.skipChild();
     if (m_continues)
         piece += '<' + m_dividedName + '>';
     piece.append(m_buffer.constData() + m_begin, end - m_begin);
@@ -102,12 +102,13 @@ void ReplyReader::readPiece(int end, bool isDivided)
 
 void ReplyReader::take(const QDomElement& child)
 {
-    if (m_take(child, std::exchange(m_continues, false)))
-        m_kept += recordSize + m_builder.textSize();
+    const qint64 size = m_take(child, std::exchange(m_continues, false));
+    m_kept += size > 0 ? size + m_builder.textSize() : 0;
 }
 
 bool ReplyReader::finish()
 {
+    m_isUsable = m_isUsable && !m_isContent; // or the document element has no end
     if (m_isUsable) {
         QDomDocument document;
         m_isUsable =

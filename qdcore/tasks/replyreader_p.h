@@ -23,9 +23,11 @@
 class ReplyReader
 {
 public:
-    /// Takes a child of the document element, and returns whether anything of it is kept. @p continues: it is
-    /// a further part of a divided child.
-    using Take = std::function<bool(const QDomElement& child, bool continues)>;
+    /// Takes a child of the document element. Returns what is kept of it beside its texts, in bytes of
+    /// memory, 0 for nothing at all. @p continues: it is a further part of a divided child.
+    using Take = std::function<qint64(const QDomElement& child, bool continues)>;
+    /// For an entry or a contact.
+    static constexpr qint64 recordSize = 512;
 
     /// How much becomes a DOM at a time, in bytes: parsing it takes well below a millisecond.
     static constexpr int usualPieceSize = 16 * 1024;
@@ -61,6 +63,7 @@ private:
     int m_begin{0}; ///< Where in the buffer the next piece begins.
     qint64 m_kept{0};
     bool m_isContent{false}; ///< Between the tags of the document element.
+    bool m_isFirst{true};    ///< The next piece is.
     bool m_isUsable{true};
     bool m_isOverLimit{false};
     bool m_isEnded{false};   ///< At a null byte.

@@ -130,7 +130,7 @@ void Task::setReply(QNetworkReply* reply)
             d->m_body = body;
             QMetaObject::invokeMethod(this, &Task::slotFinished, Qt::QueuedConnection);
         },
-        d->m_reader);
+        d->m_reader, ReplyBodies::InPortions);
 }
 
 void Task::slotFinished()

@@ -18,6 +18,9 @@ namespace {
 /// some kilobytes.
 constexpr int maxPendingMembers = 100;
 
+/// What a member takes beside its address until it is requested, in bytes.
+constexpr qint64 memberSize = 96;
+
 } // namespace
 
 /// The contact of a member's reply.
@@ -60,7 +63,7 @@ void TaskGetContacts::execute()
             m_serverTime = child.text().toUInt();
         if (book.isValid && !book.isGroup && name == QLatin1String("contact"))
             return readContact(child);
-        return book.isGroup && name == QLatin1String("contact_group") && readGroup(child);
+        return book.isGroup && name == QLatin1String("contact_group") ? readGroup(child) : 0;
     });
     d->send(url, LOG_TEXT(tr("TaskGetContacts request:\r\n%1", "Logger")));
 }
@@ -86,27 +89,29 @@ void TaskGetContacts::onFinished()
         succeed();
 }
 
-bool TaskGetContacts::readContact(const QDomElement& element)
+qint64 TaskGetContacts::readContact(const QDomElement& element)
 {
     QuendraContact contact;
     const bool isRead = contact.readFax(element, protocolVersion());
     if (isRead)
         m_contacts.addContact(contact);
-    return isRead;
+    return isRead ? ReplyReader::recordSize : 0;
 }
 
-bool TaskGetContacts::readGroup(const QDomElement& element)
+qint64 TaskGetContacts::readGroup(const QDomElement& element)
 {
     QuendraContactGroup read;
     if (!read.readFax(element, protocolVersion()))
-        return false;
+        return 0;
     auto& group = static_cast<QuendraContactGroup&>(m_contacts.addContact(read));
+    qint64 members = 0;
     const QString memberName = QStringLiteral("contact");
     for (QDomElement member = element.firstChildElement(memberName); !member.isNull();
          member = member.nextSiblingElement(memberName)) {
         m_waitingMembers.enqueue({member.text(), &group});
+        ++members;
     }
-    return true;
+    return ReplyReader::recordSize + members * memberSize;
 }
 
 void TaskGetContacts::requestMembers()
@@ -120,7 +125,7 @@ void TaskGetContacts::requestMembers()
         const auto reader = std::make_shared<ReplyReader>([this, contact](const QDomElement& child, bool) {
             if (child.tagName() == QLatin1String("contact") && !std::exchange(contact->isThere, true))
                 contact->isRead = contact->unit.readFax(child, protocolVersion());
-            return contact->isRead;
+            return contact->isRead ? ReplyReader::recordSize : 0;
         });
         const auto ended = [this, contact, reader](QNetworkReply* which, int error, const QByteArray& body) {
             m_endedMembers.enqueue({m_pendingGroups.take(which), error, body, reader, contact});

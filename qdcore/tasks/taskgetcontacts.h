@@ -61,8 +61,8 @@ private:
         std::shared_ptr<MemberContact> contact;
     };
 
-    bool readContact(const QDomElement& element);
-    bool readGroup(const QDomElement& element);
+    qint64 readContact(const QDomElement& element);
+    qint64 readGroup(const QDomElement& element);
     void requestMembers();
     bool areMembersComplete() const { return m_pendingGroups.isEmpty() && m_endedMembers.isEmpty(); }
     void succeed();

@@ -6,6 +6,13 @@
 
 #include <QDomDocument>
 
+namespace {
+
+/// What an identifier takes beside its text, in bytes.
+constexpr qint64 listedSize = 64;
+
+} // namespace
+
 TaskGetContactsOids::TaskGetContactsOids(FaxServer& server)
     : Task(server)
 {}
@@ -25,16 +32,16 @@ void TaskGetContactsOids::execute()
     d->readChildren(
         [this, name, had = false, isFirst = false](const QDomElement& child, bool continues) mutable {
             if (child.tagName() != QLatin1String(name))
-                return false;
+                return qint64(0);
             if (!continues)
                 isFirst = !std::exchange(had, true);
             if (!isFirst)
-                return false;
+                return qint64(0);
             const QString text = child.text();
             const QVector<QStringRef> parts = text.splitRef(QLatin1Char(','));
             for (const QStringRef& part : parts)
                 m_oids.append(part.trimmed().toString());
-            return true;
+            return parts.size() * listedSize;
         });
     d->reader().setDivided(name, ',');
     d->send(serviceUrl(path), LOG_TEXT(tr("TaskGetContactsOids request:\r\n%1", "Logger")));
