@@ -39,6 +39,7 @@ SimOptions simOptions(int round, int contacts, int entries)
     options.inbound = entries;
     options.seed = quint32(round + 1);
     options.keepRequests = false;
+    options.compress = true; // so that large blocks arrive at once
     return options;
 }
 
