@@ -152,7 +152,17 @@ under_wine() {
 
 run_tests() {
   [ -e "$root/build/mingw/bin/tst_tasks.exe" ] || { echo "Nothing is built for Windows yet: scripts/windows.sh build" >&2; exit 1; }
+  install_packages
+  build release simhost
   local folder=$root/build/mingw
+  # tests find there the servers that they use, which need Unix
+  : >"$folder/simhost" # which may be read before the background job has begun
+  "$root/build/release/bin/simhost" >"$folder/simhost" &
+  local simhost=$!
+  trap 'kill '$simhost EXIT
+  until [ -s "$folder/simhost" ]; do sleep 0.1; done
+  SIMHOST=$(cat "$folder/simhost")
+  export SIMHOST
   say "Testing under Wine"
   (cd "$root" && without_noise "$folder/test.log" under_wine "$folder/wine" ctest --preset mingw "$@")
 }
