@@ -7,6 +7,7 @@ set(CPACK_PACKAGE_CONTACT "The qdcore developers <developers@qdcore.invalid>")
 set(CPACK_COMPONENTS_ALL runtime development tools)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/QdcoreDebianFiles.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/QdcoreDebianScripts.cmake)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -27,7 +28,7 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "client library for network fax servers
  Finds fax servers, submits and follows faxes, reads logs, and keeps the user's
  contacts in a local database that background threads synchronise.")
 
-# the modern way of having ldconfig run; CPack would call it from maintainer scripts
+# has ldconfig run, without maintainer scripts
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/shlibs
   "libqdcore ${PROJECT_VERSION_MAJOR} ${library} (>= ${PROJECT_VERSION})\n")

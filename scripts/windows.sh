@@ -25,11 +25,15 @@ once() {
   mkdir -p "$cache/stamps" && touch "$stamp"
 }
 
-# in_folder FOLDER COMMAND...: the output goes to a file and is shown only if the command fails.
-in_folder() {
-  local log=$cache/last.log
-  mkdir -p "$1"
-  (cd "$1" && "${@:2}") >"$log" 2>&1 || { tail -40 "$log" >&2; echo "failed: ${*:2} (in $1)" >&2; exit 1; }
+# logged NAME FOLDER COMMAND...: runs the command in the folder. Its output goes to a log of its own, of which the first
+# error is shown if the command fails: what follows it in the log of a parallel make comes from other jobs.
+logged() {
+  local log=$cache/logs/$1.log
+  mkdir -p "$cache/logs" "$2"
+  (cd "$2" && "${@:3}") >"$log" 2>&1 && return 0
+  { grep -n -m1 -B2 -A12 -E '(^|[^[:alnum:]_])([Ee]rror:|ERROR:|undefined reference|\*\*\* )|^E: |No space left' "$log" || tail -20 "$log"
+    echo "failed: ${*:3} (in $2); all of its output: $log"; } >&2
+  exit 1
 }
 
 # The sources come from Debian, through package lists of our own: the machine's lists stay as they are.
@@ -39,15 +43,15 @@ fetch_sources() {
     >"$cache/apt/sources.list"
   local own=(-o Dir::Etc::sourcelist="$cache/apt/sources.list" -o Dir::Etc::sourceparts=/dev/null
              -o Dir::State::lists="$cache/apt/lists" -o Dir::Cache="$cache/apt" -o APT::Sandbox::User=)
-  in_folder "$cache" apt-get "${own[@]}" update
+  logged apt-update "$cache" apt-get "${own[@]}" update
   rm -rf "$cache"/{qtbase,qtsvg}-opensource-src-* "$cache"/sqlite3-* "$cache"/libcsv-*
-  in_folder "$cache" apt-get "${own[@]}" source --only-source \
+  logged apt-source "$cache" apt-get "${own[@]}" source --only-source \
     qtbase-opensource-src qtsvg-opensource-src sqlite3 libcsv
 }
 
 # Debian leaves the copy of SQLite out of Qt's source; it goes back in from the package of SQLite itself.
 put_sqlite_into_qt() {
-  in_folder "$cache/sqlite-build" bash -c '"$0"/sqlite3-*/configure --disable-tcl && make sqlite3.c sqlite3.h' "$cache"
+  logged sqlite "$cache/sqlite-build" bash -c '"$0"/sqlite3-*/configure --disable-tcl && make sqlite3.c sqlite3.h' "$cache"
   local into
   into=$(echo "$cache"/qtbase-opensource-src-*/src/3rdparty)/sqlite
   mkdir -p "$into"
@@ -62,9 +66,9 @@ link_capital_libraries() {
   ln -sf "$libraries/libcrypt32.a" "$cache/capitals/libCrypt32.a"
 }
 
-build_qt() {
+configure_qt() {
   rm -rf "$cache/qt-build"
-  in_folder "$cache/qt-build" "$cache"/qtbase-opensource-src-*/configure \
+  logged qt-configure "$cache/qt-build" "$cache"/qtbase-opensource-src-*/configure \
     -xplatform win32-g++ -device-option CROSS_COMPILE=$triple- \
     -prefix "$prefix" -hostprefix "$host" -extprefix "$prefix" \
     -opensource -confirm-license -release -shared \
@@ -72,21 +76,28 @@ build_qt() {
     -qt-zlib -qt-pcre -qt-freetype -qt-harfbuzz -qt-libpng -no-libjpeg -no-dbus -no-pch \
     -nomake examples -nomake tests -qt-sqlite \
     -L "$cache/capitals"
-  in_folder "$cache/qt-build" make -j"$(nproc)"
-  in_folder "$cache/qt-build" make install
+}
+
+# Interrupted, make goes on where it was: an object that was being written is removed by make itself.
+make_qt() {
+  logged qt-make "$cache/qt-build" make -j"$(nproc)"
+}
+
+install_qt() {
+  logged qt-install "$cache/qt-build" make install
   rm -rf "$cache/qt-build"
 }
 
 # The icons are SVG, which a plugin of a module of its own reads.
 build_svg() {
-  in_folder "$cache/svg-build" bash -c 'set -e
+  logged svg "$cache/svg-build" bash -c 'set -e
     "$0" "$1"/qtsvg-opensource-src-*/
     make -j"$(nproc)"
     make install' "$host/bin/qmake" "$cache"
 }
 
 build_libcsv() {
-  in_folder "$cache" bash -c 'set -e
+  logged libcsv "$cache" bash -c 'set -e
     '$triple'-gcc -O2 -c libcsv-*/libcsv.c -o libcsv.o
     '$triple'-ar rcs "$0/lib/libcsv.a" libcsv.o
     cp libcsv-*/csv.h "$0/include/"' "$prefix"
@@ -97,7 +108,9 @@ qt() {
   once "Fetching Debian's sources of Qt, SQLite and libcsv" fetch_sources
   once "Preparing Qt's source" put_sqlite_into_qt
   link_capital_libraries
-  once "Building Qt for Windows (about 45 minutes on 2 cores)" build_qt
+  once "Configuring Qt for Windows" configure_qt
+  once "Building Qt for Windows (about 45 minutes on 2 cores)" make_qt
+  once "Installing Qt for Windows" install_qt
   once "Building Qt SVG" build_svg
   once "Building libcsv" build_libcsv
 }
@@ -123,6 +136,13 @@ build_for_windows() {
   gather "$root/build/mingw/bin"
 }
 
+# without_noise LOG COMMAND...: all output of the command goes to the log; what Wine says of itself is not shown.
+without_noise() {
+  local log=$1; shift
+  "$@" 2>&1 | tee "$log" |
+    sed -u -E '/^[0-9a-f]{4}:(err|fixme|warn):|^wine: |^(it looks like|apt-get install) wine32|^multiarch needs|^execute "dpkg/d'
+}
+
 # under_wine PREFIX COMMAND...: for Wine there has to be a display also where no window is shown, and what Wine leaves
 # running has to end before the display does.
 under_wine() {
@@ -132,14 +152,26 @@ under_wine() {
 
 run_tests() {
   [ -e "$root/build/mingw/bin/tst_tasks.exe" ] || { echo "Nothing is built for Windows yet: scripts/windows.sh build" >&2; exit 1; }
+  install_packages
+  build release simhost
+  local folder=$root/build/mingw
+  # tests find there the servers that they use, which need Unix
+  : >"$folder/simhost" # which may be read before the background job has begun
+  "$root/build/release/bin/simhost" >"$folder/simhost" &
+  local simhost=$!
+  trap 'kill '$simhost EXIT
+  until [ -s "$folder/simhost" ]; do sleep 0.1; done
+  SIMHOST=$(cat "$folder/simhost")
+  export SIMHOST
   say "Testing under Wine"
-  (cd "$root" && under_wine "$root/build/mingw/wine" ctest --preset mingw "$@")
+  (cd "$root" && without_noise "$folder/test.log" under_wine "$folder/wine" ctest --preset mingw "$@")
 }
 
 # The demonstration, with a qdfax for Windows and qdsim on this system: they meet over loopback.
 run_demo() {
   install_packages
   build release qdsim
+  say "Demonstrating under Wine"
   local folder=$root/build/mingw/demo
   rm -rf "$folder" && mkdir -p "$folder"/{programs,wrote}
   ln -s "$root/build/release/bin/qdsim" "$folder/programs"
@@ -147,11 +179,16 @@ run_demo() {
     >"$folder/programs/qdfax"
   chmod +x "$folder/programs/qdfax"
   # a user of its own, whose APPDATA is empty
-  under_wine "$folder/wine" "$root/scripts/demo.sh" "$folder/programs" "$folder/wrote"
+  without_noise "$root/build/mingw/demo.log" under_wine "$folder/wine" "$root/scripts/demo.sh" "$folder/programs" "$folder/wrote"
 }
 
 case ${1:-all} in
-  all) qt; build_for_windows; run_tests; run_demo ;;
+  all) # the demonstration shows what works also where a test fails
+    qt
+    build_for_windows
+    status=0
+    for step in test demo; do "$root/scripts/windows.sh" $step || status=1; done
+    exit $status ;;
   qt) qt ;;
   build) qt; build_for_windows ;;
   demo) run_demo ;;

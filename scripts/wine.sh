@@ -7,7 +7,7 @@ set -euo pipefail
 
 program=$1; shift
 folder=$(dirname "$(realpath "$program")")
-export WINEPREFIX=${WINEPREFIX:-$folder/../wine} WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml="
+export WINEPREFIX=${WINEPREFIX:-$folder/../wine} WINEDLLOVERRIDES="mscoree,mshtml="
 
 case $(basename "$program") in
   tst_*)

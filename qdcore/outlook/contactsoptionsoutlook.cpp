@@ -4,6 +4,8 @@
 
 #include <QPointer>
 
+#include <algorithm>
+
 namespace {
 
 int countOf(const QSharedPointer<OutlookFolders>& folders)
@@ -11,19 +13,23 @@ int countOf(const QSharedPointer<OutlookFolders>& folders)
     return folders ? qMax(folders->count(), 0) : 0;
 }
 
-/// Whether a folder is a contact folder, or contains one at any depth.
-bool leadsToContacts(const OutlookFolder& folder)
+/// Whether a folder contains a contact folder at any depth. A folder's own subfolders come first: every
+/// question is a call to Outlook, and contact folders rarely lie below folders of mail, which may have
+/// hundreds.
+bool containsContacts(const OutlookFolder& folder)
 {
-    if (isContactFolder(folder))
-        return true;
     const QSharedPointer<OutlookFolders> folders = folder.folders();
     const int count = countOf(folders);
+    QVector<QSharedPointer<OutlookFolder>> others;
     for (int i = 1; i <= count; ++i) {
         const QSharedPointer<OutlookFolder> child = folders->item(i);
-        if (child && leadsToContacts(*child))
+        if (child && isContactFolder(*child))
             return true;
+        if (child)
+            others.append(child);
     }
-    return false;
+    return std::any_of(others.cbegin(), others.cend(),
+                       [](const QSharedPointer<OutlookFolder>& child) { return containsContacts(*child); });
 }
 
 } // namespace
@@ -68,6 +74,11 @@ int ContactsOptionsOutlook::columnCount(const QModelIndex& parent) const
     return rowCount(parent) > 0 ? 1 : 0;
 }
 
+bool ContactsOptionsOutlook::hasChildren(const QModelIndex& parent) const
+{
+    return rowCount(parent) > 0; // the base class would ask for the columns as well
+}
+
 QModelIndex ContactsOptionsOutlook::index(int row, int column, const QModelIndex& parent) const
 {
     if (row < 0 || column < 0)
@@ -75,7 +86,7 @@ QModelIndex ContactsOptionsOutlook::index(int row, int column, const QModelIndex
     const QSharedPointer<OutlookFolders> folders = foldersOf(parent);
     const QSharedPointer<OutlookFolder> child =
         row < countOf(folders) ? folders->item(row + 1) : QSharedPointer<OutlookFolder>();
-    if (!child || !leadsToContacts(*child))
+    if (!child || !(isContactFolder(*child) || containsContacts(*child)))
         return QModelIndex();
 
     const QString key = outlookFolderKey(*child);
@@ -95,8 +106,8 @@ QModelIndex ContactsOptionsOutlook::parent(const QModelIndex& index) const
     // the first index created is always that of a top-level folder
     if (!m_nameSpace || !index.isValid() || index.internalId() == 0)
         return QModelIndex();
-    const QSharedPointer<OutlookFolder> parentFolder = folder(m_parentKeys.value(entryIDByIndex(index)));
-    return parentFolder ? indexByEntryID(outlookFolderKey(*parentFolder)) : QModelIndex();
+    const QString key = m_parentKeys.value(entryIDByIndex(index));
+    return folder(key) ? indexByEntryID(key) : QModelIndex();
 }
 
 // --- What is shown
@@ -108,6 +119,9 @@ QVariant ContactsOptionsOutlook::data(const QModelIndex& index, int role) const
         return QVariant();
     if (!isOutlookFolderKey(key))
         return 0;
+    // a view asks for many roles for each row that it draws
+    if (role != Qt::DisplayRole && role != Qt::DecorationRole && role != Qt::CheckStateRole)
+        return QVariant();
     const QSharedPointer<OutlookFolder> shown = folder(key);
     if (!shown)
         return QVariant();

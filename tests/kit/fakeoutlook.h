@@ -60,6 +60,8 @@ public:
     std::atomic<int> starts{0};       ///< How often Outlook started: it ends when nobody has an application.
     std::atomic<int> openSessions{0}; ///< Logged on and not off.
     std::atomic<int> itemsRead{0};
+    std::atomic<int> questions{
+        0}; ///< Calls that read something of an object: each is one to another program.
 
     FakeFolderPtr add(const FakeFolderPtr& parent, const QString& name, int itemType)
     {
@@ -128,7 +130,8 @@ public:
 
 protected:
     FakeOutlook& outlook() const { return m_outlook.use(m_thread, 0), m_outlook; }
-    const Thing& thing() const { return outlook(), m_thing; }
+    /// Once in each function that reads.
+    const Thing& thing() const { return ++outlook().questions, m_thing; }
     void setThing(const Thing& thing) { m_thing = thing; }
 
     /// An object for something, unless Outlook does not give it.
@@ -162,7 +165,11 @@ class FakeOutlookItems : public FakeObject<OutlookItems, FakeFolderPtr>
 {
 public:
     using FakeObject::FakeObject;
-    int count() const override { return thing()->isGone ? -1 : thing()->items.size(); }
+    int count() const override
+    {
+        const FakeFolderPtr& folder = thing();
+        return folder->isGone ? -1 : folder->items.size();
+    }
     QSharedPointer<OutlookItem> item(int number) const override
     {
         ++outlook().itemsRead;

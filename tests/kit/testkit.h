@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
+#include <QLibrary>
 #include <QRegularExpression>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -28,6 +29,16 @@ bool spinUntil(Condition condition, int seconds = 20)
         QCoreApplication::processEvents(); // what a thread has posted just before it was deleted
     }
     return condition();
+}
+
+/// Whether this is a Windows program that runs under Wine.
+inline bool isWine()
+{
+#ifdef Q_OS_WIN
+    return QLibrary::resolve(QStringLiteral("ntdll"), "wine_get_version") != nullptr;
+#else
+    return false;
+#endif
 }
 
 /// A log of the test's own: everything is written into a fresh folder for as long as this lives.

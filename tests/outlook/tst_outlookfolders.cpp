@@ -166,6 +166,35 @@ private Q_SLOTS:
         QVERIFY(!(model.flags(contactsIndex) & Qt::ItemIsUserCheckable));
         QCOMPARE(model.data(team).toString(), s("Team"));
     }
+
+    void questionsToOutlook()
+    {
+        // 330 folders of mail, before those of the contacts
+        m_fake->mailbox->folders.removeAll(m_fake->contacts);
+        for (int i = 0; i < 30; ++i) {
+            const auto folder = m_fake->outlook->add(m_fake->mailbox, s("Project %1").arg(i), 0);
+            for (int k = 0; k < 10; ++k)
+                m_fake->outlook->add(folder, s("%1, %2").arg(folder->name).arg(k), 0);
+        }
+        m_fake->mailbox->folders.append(m_fake->contacts);
+        ContactsOptionsOutlook model;
+        const auto questions = [this](const auto& query) {
+            m_fake->outlook->questions = 0;
+            query();
+            return m_fake->outlook->questions.load();
+        };
+        QModelIndex mailbox;
+        QCOMPARE(questions([&] { mailbox = model.index(0, 0); }), 2 * 32 + 8); // not one below a project
+        QCOMPARE(questions([&] { model.index(1, 0, mailbox); }), 4 * 11 + 3);  // nothing found, nothing twice
+        QCOMPARE(questions([&] { model.hasChildren(mailbox); }), 3);
+        QCOMPARE(questions([&] { model.flags(mailbox); }), 2);
+        QCOMPARE(questions([&] { model.itemData(mailbox); }), 2 + 1 + 2);
+        const QModelIndex contactsIndex = model.index(31, 0, mailbox);
+        QCOMPARE(questions([&] { QCOMPARE(model.parent(contactsIndex), mailbox); }), 1);
+
+        m_fake->contacts->isGone = true; // no answer is from before
+        QVERIFY(!model.index(0, 0).isValid());
+    }
 };
 
 QTEST_MAIN(TestOutlookFolders)

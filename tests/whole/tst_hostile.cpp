@@ -35,8 +35,8 @@ namespace {
 constexpr int megabyte = 1024 * 1024;
 
 /// How long in ms the event loop may be held up on a machine that is busy with other things: several times
-/// the worst that was seen.
-#ifdef QDCORE_SANITIZED
+/// the worst that was seen. Sanitizers and Wine take two or three times as long.
+#if defined(QDCORE_SANITIZED) || defined(Q_OS_WIN)
 constexpr int longestPause = 20000;
 #else
 constexpr int longestPause = 5000;
@@ -61,10 +61,10 @@ public:
     }
 
     /// Whether memory can be measured: a sanitizer needs some of its own for everything, and other systems
-    /// have no /proc.
+    /// have no /proc. (Under Wine it is there, and tells of another process.)
     static bool knowsMemory()
     {
-#ifdef QDCORE_SANITIZED
+#if defined(QDCORE_SANITIZED) || defined(Q_OS_WIN)
         return false;
 #else
         return status("VmRSS:") > 0;
@@ -364,9 +364,11 @@ private Q_SLOTS:
 
             delete server;
             QVERIFY(!outcome.task);
-            QVERIFY(spinUntil([&] { return world.wire.openCount() == 0; })); // nor is the connection kept
+            QVERIFY(isWine() || spinUntil([&] { return world.wire.openCount() == 0; })); // nor is it kept
             QVERIFY(!outcome.isOver());
         }
+        if (isWine())
+            QSKIP("Wine does not always tell that a connection was closed: that is not checked.");
     }
 
     void manyMembers()

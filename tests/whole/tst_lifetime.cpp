@@ -203,36 +203,52 @@ public:
     bool isReady{false};
 };
 
-/// Tells whether a signal is being sent: set before any receiver, and reset after all of them.
-template <typename T, typename Signal>
-void watchInside(QObject* context, T* sender, Signal signal, bool* isInside)
+/// Tells whether a signal is being sent: the next event comes after all of its receivers. (Resetting it
+/// through a queued connection would let another thread's event in between, which happens under Wine.)
+class SignalWatch : public QObject
 {
-    QObject::connect(sender, signal, context, [isInside] { *isInside = true; });
-    QObject::connect(
-        sender, signal, context, [isInside] { *isInside = false; }, Qt::QueuedConnection);
-}
+public:
+    SignalWatch() { QCoreApplication::instance()->installEventFilter(this); }
+
+    template <typename T, typename Signal>
+    void watch(T* sender, Signal signal)
+    {
+        connect(sender, signal, this, [this] { isInside = true; });
+    }
+
+    bool isInside{false};
+
+protected:
+    bool eventFilter(QObject*, QEvent*) override
+    {
+        isInside = false;
+        return false;
+    }
+};
 
 /// An access manager that knows whether one of its replies is in the middle of a signal.
 class WatchedNetwork : public QNetworkAccessManager
 {
 public:
-    bool isInside{false};
+    bool isInside() const { return m_signals.isInside; }
 
 protected:
     QNetworkReply* createRequest(Operation operation, const QNetworkRequest& request,
                                  QIODevice* body) override
     {
         QNetworkReply* reply = QNetworkAccessManager::createRequest(operation, request, body);
-        watchInside(this, reply, &QNetworkReply::finished, &isInside);
-        watchInside(this, reply, &QNetworkReply::readyRead, &isInside);
-        watchInside(this, reply, &QNetworkReply::errorOccurred, &isInside);
+        m_signals.watch(reply, &QNetworkReply::finished);
+        m_signals.watch(reply, &QNetworkReply::readyRead);
+        m_signals.watch(reply, &QNetworkReply::errorOccurred);
         QT_WARNING_PUSH
         QT_WARNING_DISABLE_DEPRECATED
-        watchInside(this, reply, QOverload<QNetworkReply::NetworkError>::of(&QNetworkReply::error),
-                    &isInside);
+        m_signals.watch(reply, QOverload<QNetworkReply::NetworkError>::of(&QNetworkReply::error));
         QT_WARNING_POP
         return reply;
     }
+
+private:
+    SignalWatch m_signals;
 };
 
 /// One turn of the event loop with something in it.
@@ -355,11 +371,11 @@ private Q_SLOTS:
             const QPointer<QNetworkAccessManager> nam = &manager->nam();
             Outcome outcome(operation(name).make(*new BareServer(*manager, wire.address())));
             // no sanitizer sees what Qt does with a reply that is gone
-            bool isInside = false;
-            watchInside(&outcome, nam.data(), &QNetworkAccessManager::finished, &isInside);
+            SignalWatch signal;
+            signal.watch(nam.data(), &QNetworkAccessManager::finished);
             bool wasInside = true;
             outcome.onOver = [&] {
-                wasInside = isInside;
+                wasInside = signal.isInside;
                 delete manager;
             };
             QCOMPARE(outcome.run(), Task::Error);
@@ -407,7 +423,7 @@ private Q_SLOTS:
             bool wasInside = false;
             const auto kill = [&] {
                 killed = true;
-                wasInside = insideSlots && manager->isInside;
+                wasInside = insideSlots && manager->isInside();
                 ofManager ? delete manager : delete downloader;
             };
             const auto isOver = [&] { return !manager || manager->findChildren<QNetworkReply*>().isEmpty(); };
