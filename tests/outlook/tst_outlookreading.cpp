@@ -68,6 +68,8 @@ private Q_SLOTS:
             m_outlook->itemsRead = 0;
             thread->start();
             QTRY_VERIFY(!thread); // it deletes itself
+            // what it posted before that comes later: waiting deletes first
+            QCoreApplication::sendPostedEvents();
         };
         // of any other type it drops groups, and reads nothing
         storage.addContact(source, ContactLocalStorage::TypeGroup, ContactLocalStorage::LocationPersonal,
