@@ -25,6 +25,14 @@
     </message>
 </context>
 <context>
+    <name>ComOutlook</name>
+    <message>
+        <source>Outlook refused %1: %2</source>
+        <comment>Logger</comment>
+        <translation>Outlook lehnte %1 ab: %2</translation>
+    </message>
+</context>
+<context>
     <name>ContactLocalStorage</name>
     <message>
         <source>Error creating path %1</source>

@@ -78,23 +78,30 @@ bool OutlookContactProviderDisassembleThread::copyFolder(const OutlookAccess& ac
     QSharedPointer<OutlookItems> items;
     if (folder && isContactFolder(*folder))
         items = folder->items();
-    if (items && m_type == ContactList::OutlookContacts) {
+    int count = items ? items->count() : -1;
+    if (m_type == ContactList::OutlookContacts) {
         // the folder may change while it is read
-        for (int i = 1; i <= items->count() && !isInterruptionRequested(); ++i) {
+        for (int i = 1; i <= count && !isInterruptionRequested(); ++i, count = items->count()) {
             const QSharedPointer<OutlookItem> item = items->item(i);
             if (item && item->itemClass() == OutlookItem::contactClass)
                 store(*item);
         }
     }
-    const bool isWhole = items && items->count() >= 0 && !isInterruptionRequested();
+    const bool isWhole = count >= 0 && !isInterruptionRequested();
     session->logoff();
     return isWhole;
 }
 
 void OutlookContactProviderDisassembleThread::store(const OutlookItem& item)
 {
-    m_storage->addContact(m_source, ContactLocalStorage::TypeContact, ContactLocalStorage::LocationPersonal,
-                          item.entryID(), timestampOf(item.lastModificationTime()), item.fullName(),
-                          QString(), item.businessTelephoneNumber(), item.businessFaxNumber(), QString(),
-                          item.companyName());
+    const QString entryID = item.entryID();
+    const unsigned int modified = timestampOf(item.lastModificationTime());
+    const QString name = item.fullName();
+    const QString phone = item.businessTelephoneNumber();
+    const QString fax = item.businessFaxNumber();
+    const QString company = item.companyName();
+    if (item.isIntact())
+        m_storage->addContact(m_source, ContactLocalStorage::TypeContact,
+                              ContactLocalStorage::LocationPersonal, entryID, modified, name, QString(),
+                              phone, fax, QString(), company);
 }

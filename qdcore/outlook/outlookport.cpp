@@ -1,7 +1,7 @@
 #include "outlookport.h"
 
-#ifdef QDCORE_ACTIVEQT
-#include "activeqtoutlook_p.h"
+#ifdef Q_OS_WIN
+#include "comoutlook_p.h"
 #endif
 
 #include <mutex>
@@ -31,8 +31,8 @@ public:
 
 QSharedPointer<OutlookPort> systemPort()
 {
-#ifdef QDCORE_ACTIVEQT
-    return QSharedPointer<ActiveQtOutlook>::create();
+#ifdef Q_OS_WIN
+    return QSharedPointer<ComOutlook>::create();
 #else
     return QSharedPointer<UnavailableOutlook>::create();
 #endif

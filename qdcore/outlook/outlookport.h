@@ -29,6 +29,9 @@ public:
     //@}
     /// Local time; invalid when it cannot be read.
     virtual QDateTime lastModificationTime() const = 0;
+    /// Whether each of these values is Outlook's word. False once a call has not reached Outlook, since it is
+    /// busy or has ended: then a value that could not be read may exist all the same.
+    virtual bool isIntact() const { return true; }
 };
 
 /// The items of a folder. For its lifetime see OutlookPort.
@@ -36,7 +39,8 @@ class QDCORE_EXPORT OutlookItems
 {
 public:
     virtual ~OutlookItems();
-    /// -1 if Outlook does not return it.
+    /// -1 if Outlook does not return it, and for good once an item or a value of one has been missed since a
+    /// call has not reached Outlook.
     virtual int count() const = 0;
     /// @p number counts from 1.
     virtual QSharedPointer<OutlookItem> item(int number) const = 0;

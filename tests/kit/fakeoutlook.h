@@ -3,6 +3,9 @@
 // A whole Outlook in memory: stores, nested folders and items, faults on request, and an eye on every thread
 // that uses it.
 
+#ifdef Q_OS_WIN
+#include "comoutlookdouble.h"
+#endif
 #include "outlookport.h"
 #include "storefile.h"
 
@@ -266,19 +269,31 @@ inline QSharedPointer<OutlookApplication> FakeOutlook::createApplication()
 }
 
 /// An Outlook that stands for the system's own while this lives: a mailbox with mail and with contacts, among
-/// them those of the team.
+/// them those of the team. On Windows, with OUTLOOK_OVER_COM in the environment, it is reached over COM.
 struct FakeMailbox
 {
     FakeMailbox()
     {
+#ifdef Q_OS_WIN
+        if (qEnvironmentVariableIsSet("OUTLOOK_OVER_COM"))
+            overCom.reset(new OutlookOverCom(outlook));
+        OutlookPort::setCurrent(overCom ? QSharedPointer<OutlookPort>(overCom) : outlook);
+#else
         OutlookPort::setCurrent(outlook);
+#endif
         team->items.resize(1);
         outlook->defaultContacts = contacts;
     }
-    ~FakeMailbox() { OutlookPort::setCurrent(QSharedPointer<OutlookPort>()); }
+    ~FakeMailbox()
+    {
+        OutlookPort::setCurrent(QSharedPointer<OutlookPort>());
+    }
     Q_DISABLE_COPY(FakeMailbox)
 
     const QSharedPointer<FakeOutlook> outlook{new FakeOutlook};
+#ifdef Q_OS_WIN
+    QSharedPointer<OutlookOverCom> overCom;
+#endif
     const FakeFolderPtr mailbox{outlook->add(FakeFolderPtr(), QStringLiteral("Mailbox"), 0)};
     const FakeFolderPtr mail{outlook->add(mailbox, QStringLiteral("Inbox"), 0)};
     const FakeFolderPtr contacts{

@@ -33,6 +33,19 @@ inline QVector<FakeItem> contacts(int count)
     return items;
 }
 
+/// Contacts, another item and texts that need care, in folders one of which has an identifier as long as
+/// Outlook's.
+inline void fill(FakeMailbox& mailbox, int count)
+{
+    mailbox.contacts->items = contacts(count);
+    mailbox.team->items = {contact(7)};
+    const auto deep = mailbox.outlook->add(mailbox.mail, QString(138, QLatin1Char('F')), 2);
+    deep->items = {contact(1), contact(9, distributionList), contact(3)};
+    deep->items[0].fullName = s("\"Mary\" O'Poe & \xc3\xbc \xf0\x9f\x93\xa0 (a, b); %1\n\t\\");
+    deep->items[0].company = QString();
+    deep->items[2].modified = QDateTime();
+}
+
 /// How an item's row in the store is to look.
 inline QString row(const FakeItem& item)
 {
