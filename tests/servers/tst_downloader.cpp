@@ -35,6 +35,7 @@ class TestDownloader : public QObject
     QScopedPointer<Downloader> m_downloader;
     QScopedPointer<QSignalSpy> m_finished;
     QScopedPointer<QSignalSpy> m_failed;
+    QSslSocket::PeerVerifyMode m_verifyMode{}; ///< Of the last reply released.
 
     QString folder() const { return m_outside->filePath(s("downloads")); }
     QString target(const QByteArray& name) const { return folder() + QDir::separator() + s(name); }
@@ -66,7 +67,10 @@ class TestDownloader : public QObject
     void releaseReplies()
     {
         connect(&m_manager, &QNetworkAccessManager::finished, m_downloader.get(),
-                [](QNetworkReply* reply) { reply->deleteLater(); });
+                [this](QNetworkReply* reply) {
+                    m_verifyMode = reply->request().sslConfiguration().peerVerifyMode();
+                    reply->deleteLater();
+                });
     }
 
 private Q_SLOTS:
@@ -111,6 +115,8 @@ private Q_SLOTS:
             const WireRequest& request = m_server->requests().first();
             QCOMPARE(request.method + ' ' + request.target, QByteArray("GET /some/where/fax123.tif?page=1"));
             QVERIFY(request.header("Authorization").isNull());
+            if (secure)
+                QCOMPARE(m_verifyMode, QSslSocket::QueryPeer); // requested, not verified
         }
     }
 
