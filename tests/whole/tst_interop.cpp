@@ -3,6 +3,7 @@
 // with the program qdfax.
 
 #include "faxkit.h"
+#include "operations.h"
 #include "shorthand.h"
 #include "simserver.h"
 #include "taskkit.h"
@@ -108,6 +109,15 @@ private Q_SLOTS:
         QCOMPARE(faxes[1].schedule.printer, server.isPrintReceiptSupported() ? s("Archive") : QString());
         QCOMPARE(sim.attachments(2).value(1).name, s("a.txt1"));
         QCOMPARE(sim.attachments(2).value(1).content, QByteArrayLiteral("hello\n"));
+
+        // Whatever reads without a parameter
+        for (const Operation& operation : operations()) {
+            if (operation.request != QByteArray("GET ") + operation.row.path ||
+                (operation.type == Task::GetPrinterNames && !server.isPrintReceiptSupported()))
+                continue;
+            const Task::Status status = Outcome(operation.make(server)).run();
+            QVERIFY2(status == Task::Ok, operation.name.constData());
+        }
         QCOMPARE(sim.refusals(), QStringList());
     }
 };
