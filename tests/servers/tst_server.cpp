@@ -459,6 +459,16 @@ private Q_SLOTS:
         // nothing configured is a configuration
         QVERIFY(other.readStorage(QDomElement(), 1));
         QCOMPARE(other.servers().size(), 2);
+
+        for (int left : {2, 3}) { // a slot destroys the manager while it reads
+            QPointer<FaxManager> reading = new FaxManager(noContacts);
+            connect(reading, &FaxManager::changedFaxServerList, this, [&] {
+                if (--left == 0)
+                    delete reading;
+            });
+            QVERIFY(reading->readStorage(root, 1));
+            QVERIFY(!reading);
+        }
     }
 
     void damagedFragments()

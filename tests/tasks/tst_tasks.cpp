@@ -357,6 +357,7 @@ private Q_SLOTS:
 
     void rescheduleInUtc()
     {
+        useBerlinTime();
         TaskWorld world(okReply(""));
         auto* later = static_cast<TaskReschedule*>(world.server.addTask(Task::Reschedule));
         later->setFaxEntryUrl(QUrl(s("http://h/qdws/v1/ofax/1")));
