@@ -30,7 +30,7 @@ void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& e
             reply->abort();
     });
     QObject::connect(reply, &QNetworkReply::finished, context, [this, reply] {
-        // one that was aborted is closed
+        // an aborted reply is closed
         end(reply, reply->error(), reply->isOpen() ? reply->readAll() : QByteArray());
     });
     QObject::connect(reply, &QObject::destroyed, context,
@@ -40,14 +40,14 @@ void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& e
 void ReplyBodies::end(QNetworkReply* reply, int error, const QByteArray& rest)
 {
     if (!m_bodies.contains(reply))
-        return; // it was told before
+        return; // already reported
     Body body = m_bodies.take(reply);
     if (!body.isCut && !take(body, rest))
         error = QNetworkReply::OperationCanceledError;
     body.ended(reply, error, body.bytes);
 }
 
-/// Takes bytes that have come. False, and the body is gone, when that exceeds a limit.
+/// Adds received bytes. False, with the body discarded, if a limit is exceeded.
 bool ReplyBodies::take(Body& body, const QByteArray& block)
 {
     m_received += block.size();
@@ -57,7 +57,8 @@ bool ReplyBodies::take(Body& body, const QByteArray& block)
         m_kept += body.reader->kept();
     }
     const bool hasRoom = maxBodySize - body.bytes.size() >= block.size();
-    // the level may change until the reply ends; what is not kept by then is not logged
+    // The log level may be raised before the reply ends; bytes that arrived earlier are then missing from the
+    // log.
     if (hasRoom && (!body.reader || Logger::inst().level() >= Logger::DEBUG))
         body.bytes.append(block);
     body.isCut = isOverLimit() || (body.reader ? body.reader->isOverLimit() : !hasRoom);
