@@ -31,7 +31,7 @@ struct StoredServer
  * needs, and preserves unknown entries and elements, so that a later version's additions survive.
  *
  * Saving never loses data: a change is applied to the file's current content, written to a temporary file,
- * read back and verified, and then replaces the file atomically; an unreadable file is moved aside. When
+ * read back and verified, and then replaces the file atomically; a damaged file is moved aside. When
  * first read, the file is made readable by its owner only.
  */
 class SettingsFile : private IQuendraStorage
