@@ -1,6 +1,6 @@
 #pragma once
 
-// The provider of Outlook's contacts in a manager, over an Outlook in memory.
+// A manager with the provider of Outlook's contacts, using the fake Outlook.
 
 #include "contactlocalstorage.h"
 #include "contactmanager.h"
@@ -33,7 +33,7 @@ inline QVector<FakeItem> contacts(int count)
     return items;
 }
 
-/// How an item's row in the store is to look.
+/// The expected row of an item in the store.
 inline QString row(const FakeItem& item)
 {
     const qint64 seconds = item.modified.isValid() ? item.modified.toSecsSinceEpoch() : 0;
@@ -41,7 +41,7 @@ inline QString row(const FakeItem& item)
         .arg(item.entryID, QString::number(seconds), item.fullName, item.phone, item.fax, item.company);
 }
 
-/// A manager with its Outlook provider, and what the provider said.
+/// A manager with its Outlook provider, and the provider's recorded signals.
 struct World
 {
     explicit World(const FakeFolderPtr& folder = FakeFolderPtr())
@@ -94,7 +94,7 @@ struct World
     QPointer<OutlookContactProvider> provider;
 };
 
-/// What tests of the provider have in common: an Outlook and a store for each.
+/// Base class of tests of the provider: an Outlook and a store for each test.
 class OutlookTest : public QObject
 {
 protected:
@@ -111,7 +111,7 @@ protected:
     void leaveOutlook()
     {
         m_fake.reset();
-        QVERIFY(m_outlook->isBalanced()); // the worlds of the test are gone
+        QVERIFY(m_outlook->isBalanced()); // the test's worlds are destroyed
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
