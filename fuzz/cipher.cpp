@@ -13,8 +13,8 @@ const quint64 key = Q_UINT64_C(0x0123456789ABCDEF);
 /// Largest result that deciphering may give, in bytes.
 const int largestPlain = 16 * 1024 * 1024;
 
-/// A text with these flags and this payload that looks as if it had been enciphered, its integrity field
-/// right. Made apart from the class, so that deciphering gets behind that field.
+/// A text with these flags and this payload in the form of an enciphered one, with a valid integrity field.
+/// Created independently of the class, so that deciphering proceeds past the check of that field.
 QByteArray dressed(int flags, const QByteArray& payload)
 {
     QByteArray block(1, 'r');
@@ -55,7 +55,7 @@ FUZZ_TARGET(cipher)
     case 1: // any text
         cipher.decipherText(QString::fromUtf8(data));
         break;
-    case 2: { // any payload behind an integrity field that is right
+    case 2: { // any payload after a valid integrity field
         FuzzChoices more(data);
         const int flags = more.choose(256);
         const QByteArray plain = cipher.decipher(dressed(flags, more.rest()));
@@ -65,7 +65,7 @@ FUZZ_TARGET(cipher)
             PROMISE(plain == more.rest() && cipher.lastError() == PasswordCipher::ErrorNoError);
         break;
     }
-    default: { // there and back, and one byte changed
+    default: { // a round trip, and one byte changed
         const QByteArray enciphered = cipher.encipher(data);
         PROMISE(cipher.decipher(enciphered) == data && cipher.lastError() == PasswordCipher::ErrorNoError);
         PROMISE(PasswordCipher(key).decipher(enciphered) == data);

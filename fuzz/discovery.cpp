@@ -1,4 +1,4 @@
-// What comes back from a broadcast: anybody on the network may answer.
+// Answers to a broadcast, which anybody on the network may send.
 
 #include "fuzz.h"
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// A property, found in another way: from the last line on.
+/// A property, found by another algorithm: from the last line on.
 QString lastOf(const QStringList& lines, const QString& key)
 {
     for (int i = lines.size() - 1; i > 0; --i) {

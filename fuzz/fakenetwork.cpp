@@ -1,7 +1,7 @@
 #include "fakenetwork.h"
 
-/// FaxManager makes its own access manager and keeps it to itself, which is right. Naming a private member is
-/// allowed in an explicit instantiation, so this puts the fake in its place without a door in the library.
+/// FaxManager's access manager is private, as it should be. An explicit template instantiation may name a
+/// private member, so this replaces it by the fake without a test hook in the library.
 QSharedPointer<QNetworkAccessManager> FaxManager::*networkOfManager();
 
 template <QSharedPointer<QNetworkAccessManager> FaxManager::*Member>

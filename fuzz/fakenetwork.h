@@ -1,6 +1,6 @@
 #pragma once
 
-// A network without a network: replies say what a fuzz target makes them say.
+// A fake network: a fuzz target determines the replies.
 
 #include "faxmanager.h"
 
@@ -10,7 +10,7 @@
 
 #include <cstring>
 
-/// A reply that has not come yet.
+/// A pending reply.
 class FakeReply : public QNetworkReply
 {
     Q_OBJECT
@@ -24,9 +24,8 @@ public:
         open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     }
 
-    /// Lets the body come in so many pieces, and then the end. A network error other than NoError comes in
-    /// front of the end, as it does with a status that is one. Nothing more comes once somebody has aborted
-    /// or deleted it.
+    /// Delivers the body in so many pieces, then finishes. A network error other than NoError is emitted
+    /// before finished(), as for an HTTP error status. Delivery stops if the reply is aborted or deleted.
     void deliver(const QByteArray& body, int pieces, NetworkError code)
     {
         const QPointer<FakeReply> self(this);
@@ -78,14 +77,14 @@ private:
     QByteArray m_data;
 };
 
-/// Sends nothing and keeps the replies that are waited for, in the order of the requests.
+/// Sends nothing; keeps the pending replies in the order of the requests.
 class FakeNetwork : public QNetworkAccessManager
 {
     Q_OBJECT
 public:
     using QNetworkAccessManager::QNetworkAccessManager;
 
-    /// The next reply to be delivered; null when nothing is waited for.
+    /// The next reply to be delivered; null if none is pending.
     FakeReply* next()
     {
         while (!m_pending.isEmpty()) {
@@ -96,7 +95,7 @@ public:
         return nullptr;
     }
 
-    /// Replies that nobody has deleted.
+    /// The number of replies not yet deleted.
     int left() const { return findChildren<FakeReply*>().size(); }
 
 protected:
@@ -114,7 +113,7 @@ private:
     QList<QPointer<FakeReply>> m_pending;
 };
 
-/// A manager of servers on a fake network, without a manager of contacts.
+/// A FaxManager on a fake network, without a ContactManager.
 class FakeManager : public FaxManager
 {
     Q_OBJECT

@@ -50,14 +50,14 @@ void addOptions(Fields& fields, const BaseScheduleOptions& options)
     add(fields, "supportFaxPageSizeOptions", number(options.isSupporFaxPageSizeOptions()));
 }
 
-/// Whether XML can hold the character, alone or (surrogates) as one of a pair.
+/// Whether XML can contain the character, alone or (surrogates) as one of a pair.
 bool isAllowed(QChar c)
 {
     return c.unicode() >= 0x20 ? c.unicode() < 0xfffe
                                : c == QLatin1Char('\t') || c == QLatin1Char('\n') || c == QLatin1Char('\r');
 }
 
-/// What XML keeps of a text.
+/// A text after a round trip through XML.
 QString throughXml(const QString& text)
 {
     QString kept;
@@ -71,17 +71,18 @@ QString throughXml(const QString& text)
     return kept.trimmed().isEmpty() ? QString() : kept;
 }
 
-// --- What is not read back as it was
+// --- Exceptions: fields that are not read back unchanged
 
-/// Everything there is to know about a field when it is asked what becomes of it.
+/// The input of an exception's rule: a field's value before writing, in a fresh record, and after reading it
+/// again.
 struct Case
 {
     Form form;
     int version;
     QString value;
     const Fields& fields;
-    QString fresh; ///< The field of a record that nothing was read into.
-    QString again; ///< The field as it was read again.
+    QString fresh; ///< The field's value in a fresh record.
+    QString again; ///< The field's value after reading it again.
 
     bool isCut(const char* field) const
     {
@@ -97,13 +98,12 @@ struct Case
 struct Exception
 {
     const char* records; ///< Their names, between blanks.
-    const char*
-        fields; ///< Likewise; "*" is every field. A field within a field is contact.name or options.priority.
+    const char* fields; ///< Likewise; "*" is every field. A nested field is contact.name or options.priority.
     // cppcheck-suppress unusedStructMember ; for people
     const char* why;
     std::function<bool(const Case&)> applies;
-    std::function<QString(const Case&)> becomes; ///< Null: the whole record is refused when it is read.
-    bool isLast{false};                          ///< Whether the text does not go through XML as it is.
+    std::function<QString(const Case&)> becomes; ///< Null: reading refuses the whole record.
+    bool isLast{false}; ///< Whether the result is final, without the XML round trip of texts.
 };
 
 QString fresh(const Case& c)
@@ -126,8 +126,8 @@ bool always(const Case&)
     return true;
 }
 
-/// The one table. The first row that applies to a field counts, and after it the first row of all, which
-/// holds for every text.
+/// The table of exceptions. The first matching row applies to a field, and then the table's first row, which
+/// applies to every text.
 const Exception exceptions[] = {
     {" * ", " * ",
      "control characters and halves of surrogate pairs are left out; the parser drops a text of blanks",
@@ -193,7 +193,7 @@ bool names(const char* list, const QString& name)
            QString::fromLatin1(list).contains(QLatin1Char(' ') + name + QLatin1Char(' '));
 }
 
-/// The first row that applies to a field but for the one that holds for every text; null when there is none.
+/// The first matching row for a field, not counting the one for every text; null if there is none.
 const Exception* exceptionOf(const QString& record, const QString& field, const Case& c)
 {
     const auto* row = std::find_if(std::begin(exceptions) + 1, std::end(exceptions), [&](const Exception& e) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The fields of the records as texts, and what becomes of them when a record is written and read again.
+// The fields of the records as texts, and their expected values after writing and reading a record again.
 
 #include "contactgroup.h"
 #include "coverpage.h"
@@ -28,19 +28,19 @@ Fields fieldsOf(const FaxUserScheduleOptions& record);
 Fields fieldsOf(const FaxUser& record);
 Fields fieldsOf(const FaxServer& record);
 
-/// The fields of a server that nothing was read into but what decides about the support flags of its user.
+/// The fields of a new server, in which only the data is set that determines its user's support flags.
 Fields freshServer(const FaxServer& like);
 
 QString toText(const Fields& fields);
 
-/// Which of a record's two forms.
+/// The two forms in which a record is written.
 enum class Form { Fax, Storage };
 
-/// What the fields of a record must be after it was written and read into a fresh record: themselves, but for
-/// what one table in fields.cpp says. @p fresh are the fields of a record that nothing was read into, @p
-/// again those that were read, for a row that cannot know.
+/// The expected fields of a record after it was written and read into a fresh record: unchanged, except by
+/// the rules of the table in fields.cpp. @p fresh: the fields of a fresh record; @p again: the fields
+/// actually read, for a rule that cannot predict the value.
 Fields readAgain(const QString& record, Form form, int version, const Fields& fields, const Fields& fresh,
                  const Fields& again);
 
-/// Whether what such a record writes is refused when it is read, by the same table.
+/// Whether reading refuses what such a record writes, by the same table.
 bool isRefused(const QString& record, Form form, int version, const Fields& fields);

@@ -27,7 +27,7 @@ void write(const QString& path, const QByteArray& content)
 
 const auto everything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
 
-/// A folder for downloads with a precious file beside it, and in it a folder whose name is taken.
+/// A folder for downloads, containing a folder whose name is taken, and a sibling file that must not change.
 struct Place
 {
     Place()
@@ -36,7 +36,7 @@ struct Place
         write(precious, "precious");
     }
 
-    /// What stands in the folder, but for the folder in it.
+    /// The content of the folder, except the folder in it.
     QStringList files() const
     {
         QStringList names = QDir(folder).entryList(everything, QDir::Name);

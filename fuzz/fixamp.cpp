@@ -39,7 +39,7 @@ FUZZ_TARGET(fixamp)
     static Repair task(server);
 
     const QString repaired = task.fixAmp(input);
-    // slow and plainly right
+    // slow and obviously correct
     static const QRegularExpression bare(QStringLiteral("&(?!(amp;|lt;|gt;|apos;|quot;))"));
     const QString expected = QString::fromUtf8(input).replace(bare, QStringLiteral("&amp;"));
     PROMISE_THAT(repaired == expected, repaired + QLatin1Char('\n') + expected);

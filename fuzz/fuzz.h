@@ -6,8 +6,7 @@
 #include <QMap>
 #include <QString>
 
-/// A target: one function that takes any bytes, runs them through a piece of the library and checks what it
-/// promises.
+/// A target: a function that feeds arbitrary bytes to a part of the library and checks its guarantees.
 using FuzzTarget = void (*)(const QByteArray& input);
 
 /// The targets linked into this program, by name. The corpus of a target lies in corpus/NAME.
@@ -15,18 +14,17 @@ QMap<QByteArray, FuzzTarget>& fuzzTargets();
 /// Adds one; true.
 bool addFuzzTarget(const char* name, FuzzTarget target);
 
-/// Makes the application and a place for files; sees to it that neither the user's settings, nor the locale,
-/// nor the time zone plays a part. @p log: whether the library's log lines are made, to a file, which is
-/// slow.
+/// Creates the application object and a folder for files; isolates the run from the user's settings, locale
+/// and time zone. @p log: whether the library writes its log to a file, which is slow.
 void startFuzzing(bool log);
 
-/// A folder for what a target writes, in memory where the system has such a place.
+/// A folder for files of a target, in memory if possible.
 QString fuzzFolder();
 
 /// Ends the program with a message, so that the fuzzer keeps the input.
 [[noreturn]] void brokenPromise(const char* promise, const QString& detail, const char* file, int line);
 
-/// Checks what must hold whatever the input. @p detail is evaluated only when it does not.
+/// Checks a condition that must hold for any input. @p detail is evaluated only if it fails.
 #define PROMISE_THAT(condition, detail)                                                                      \
     (static_cast<bool>(condition) ? void() : brokenPromise(#condition, detail, __FILE__, __LINE__))
 #define PROMISE(condition)                                                                                   \
@@ -38,7 +36,7 @@ QString fuzzFolder();
     static const bool added_##name = addFuzzTarget(#name, &fuzz_##name);                                     \
     static void fuzz_##name(const QByteArray& input)
 
-/// Takes an input apart from the front: choices first, as characters, so that inputs can be written by hand.
+/// Consumes an input from the front: choices first, as characters, so that inputs can be written by hand.
 class FuzzChoices
 {
 public:

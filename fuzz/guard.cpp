@@ -39,7 +39,7 @@ int depthOf(const QDomDocument& document)
 FUZZ_TARGET(guard)
 {
     const QString text = QString::fromUtf8(input);
-    // the parser recurses; whatever is short enough for this cannot overflow the stack
+    // the parser recurses; a text below this length cannot overflow the stack
     if (text.count(QLatin1Char('<')) > 4000)
         return;
     const bool isFit = isFitForDom(text);

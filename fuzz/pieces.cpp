@@ -1,5 +1,5 @@
-// Documents that are parsed piece by piece as they arrive: the same ones are taken as by parsing them whole,
-// and the same is read from them, however the bytes come.
+// Documents that are parsed piece by piece as they arrive: acceptance and content are the same as by parsing
+// them whole, however the bytes are split.
 
 #include "fuzz.h"
 

@@ -17,11 +17,11 @@
 
 namespace {
 
-/// What an input says apart from the XML.
+/// The parameters in an input, besides the XML.
 struct Setting
 {
     int version;   ///< Of the protocol, 1 or 2.
-    bool receipts; ///< What the server is told to support.
+    bool receipts; ///< Whether the server supports them; likewise the next.
     bool pageSize;
     int indent; ///< Of the text that is written.
 };
@@ -63,7 +63,7 @@ bool write(const Record& record, Form form, Written& to, int version)
     return record.writeFax(to.document, to.root, version);
 }
 
-/// Reads a record, and twice writes it and reads what was written into a fresh one.
+/// Reads a record, and makes two round trips through fresh records.
 template <typename Record>
 void thereAndBack(const char* name, Form form, const QDomElement& element, const Setting& setting)
 {
@@ -72,7 +72,7 @@ void thereAndBack(const char* name, Form form, const QDomElement& element, const
     prepare(record, setting);
     const Fields fresh = fieldsOf(record);
     if (!read(record, form, element, setting.version)) {
-        // a record that refuses takes nothing; a user's contact may have taken values
+        // a refusing record is unchanged; only a user's contact may have been changed
         PROMISE((std::is_same_v<Record, FaxUser>) || fieldsOf(record) == fresh);
         return;
     }
@@ -136,8 +136,7 @@ QVector<QDomElement> childrenOf(const QDomElement& parent, const char* name)
     return children;
 }
 
-/// A fax made of what the input says, written: every contact and every attachment with something to say is
-/// there.
+/// A fax built from the input, written: every contact and every attachment that is not empty is there.
 void faxDocument(const QDomElement& element, const Setting& setting)
 {
     FaxDocument fax;

@@ -1,5 +1,5 @@
-// The replies to every operation: whatever a server sends, a task ends once, with an outcome that fits, and
-// leaves nothing behind.
+// The replies to every operation: whatever a server sends, a task ends exactly once, with a matching outcome,
+// and leaks nothing.
 
 #include "fuzz.h"
 
@@ -19,7 +19,7 @@ namespace {
 
 using Code = QNetworkReply::NetworkError;
 
-/// A server without the login that a manager would start.
+/// A server that does not log in, as one added to a manager would.
 class Server : public FaxServer
 {
 public:
@@ -36,16 +36,16 @@ public:
     }
 };
 
-/// What came of a task.
+/// The outcome of a task.
 struct Outcome
 {
     int done{0};
     QList<Task::Status> errors;
-    ContactList book; ///< That the last done signal gave.
+    ContactList book; ///< The argument of the last done signal.
     bool isOver() const { return done + errors.size() > 0; }
 };
 
-// A receiver looks at what it is given.
+// A receiver reads all data of a signal's arguments.
 
 void use(const BaseFaxEntry& entry)
 {
@@ -81,7 +81,7 @@ void use(const ContactList& contacts)
 
 void use(const ContactUnit& unit)
 {
-    // cppcheck-suppress duplicateExpression ; comparing is what is tried
+    // cppcheck-suppress duplicateExpression ; operator== is under test
     PROMISE(unit == unit);
 }
 
@@ -103,7 +103,7 @@ const QVector<WebOperation>& operations()
     return all;
 }
 
-/// What the mappings promise, said a second time.
+/// The documented mappings, implemented a second time.
 Task::Status expectedStatus(ErrorMapping mapping, Code code)
 {
     if (mapping == ErrorMapping::AuthApart && code == QNetworkReply::AuthenticationRequiredError)
@@ -132,7 +132,7 @@ const Code codes[] = {QNetworkReply::NoError,
                       QNetworkReply::RemoteHostClosedError,
                       QNetworkReply::InternalServerError};
 
-/// The root of a reply; null when it is no XML.
+/// The root of a reply; null if it is not well-formed.
 QDomElement rootOf(const QByteArray& body)
 {
     static const QRegularExpression bare(QStringLiteral("&(?!(amp;|lt;|gt;|apos;|quot;))"));
@@ -211,7 +211,7 @@ private:
         return task;
     }
 
-    // parameters that let a task be sent; most need none
+    // sets the parameters without which a task is not sent; most need none
 
     static void prepare(Task*) {}
     void prepare(TaskModifyFaxUser* task) { task->setUser(FaxUser()); }
@@ -257,8 +257,8 @@ private:
 
 } // namespace
 
-/// The type, a variant of its parameters, the network error and the number of pieces; then the reply, and
-/// after lines of "--" those to the requests for the members of groups.
+/// The type, a variant of its parameters, the network errors and the number of pieces; then the reply, and
+/// after lines of "--" the replies to the requests for members of groups.
 FUZZ_TARGET(replies)
 {
     static FakeManager manager;
@@ -298,7 +298,7 @@ FUZZ_TARGET(replies)
         QVector<QUrl> members;
         if (type == Task::GetContacts && variant % 2 && code == QNetworkReply::NoError)
             members = membersOf(root, version);
-        // after one failure the others are errors, whatever they bring
+        // after one failure the outcome is Error, whatever the other replies contain
         Task::Status ofMembers = Task::Ok;
         int read = 0;
         for (const QUrl& expected : qAsConst(members)) {
@@ -306,7 +306,7 @@ FUZZ_TARGET(replies)
             PROMISE(member && !outcome.isOver());
             PROMISE(member->operation() == QNetworkAccessManager::GetOperation);
             PROMISE(member->request().rawHeader("Authorization") == credentials);
-            // an address of no use ends with an error of the access manager's
+            // an invalid URL ends with an error of the access manager
             const QUrl url = member->url();
             PROMISE_THAT(url.isEmpty() || (url.adjusted(ofServer | QUrl::RemoveFragment) == address &&
                                            url.path() == expected.path() && url.query() == expected.query()),

@@ -96,7 +96,7 @@ FUZZ_TARGET(settings)
     PROMISE((state == SettingsFile::Good) == file.problem().isEmpty());
     if (state == SettingsFile::Good) {
         PROMISE(file.strangeEntryCount() >= 0);
-        // both say the same of a file that both can read
+        // both read the same from a file that both accept
         PROMISE_THAT(entries.size() == servers.size(), QString::number(entries.size()));
         for (int i = 0; i < entries.size(); ++i) {
             const Fields& server = servers.at(i);
@@ -106,7 +106,8 @@ FUZZ_TARGET(settings)
         }
     }
 
-    // a change keeps everything else, a damaged file is moved aside whole, and a failure changes nothing
+    // a change preserves all other content, a damaged file is moved aside unchanged, a failure changes
+    // nothing
     QString movedTo;
     const QString error = SettingsFile(path).edit(
         [](SettingsFile& edited) {

@@ -149,7 +149,7 @@ void CaptureModel::takeDone()
 void CaptureModel::takeCount(const QString& path, const Count& count)
 {
     m_counts.insert(path, count);
-    // the table may have been refreshed meanwhile, and the file be another
+    // the table may have been refreshed meanwhile, and the file replaced
     const int row = m_rows.value(path, -1);
     if (row < 0 || m_documents.at(row).file.size() != count.size ||
         m_documents.at(row).file.lastModified() != count.modified)

@@ -11,18 +11,18 @@
 #include <mutex>
 
 /**
- * The captured print jobs with their pages counted, and with the TIFF files that lie beside them: the image
- * of a name tells whether there is one, the tool tip of the pages in which state it is.
+ * The captured print jobs with their numbers of pages, and the TIFF files in the same folder: the icon of a
+ * name shows whether there is one, the tool tip of the pages its state.
  *
- * Pages are counted by a thread of its own, so that a folder of large documents is shown at once; until then,
- * and for what is no PDF, a row shows 0. What was counted is not counted again until the file changes.
+ * Pages are counted by a separate thread, so that a folder of large documents is shown at once; until then,
+ * and for a file that is not a PDF, a row shows 0. Counts are cached until the file changes.
  */
 class CaptureModel : public PrintCaptureModelBase
 {
     Q_OBJECT
 
 public:
-    /// What lies beside a document under its name with the ending ".TIF".
+    /// The TIFF file in a document's folder: its name with the extension ".TIF".
     enum Companion { NoTiff, Tiff, OlderTiff, UnreadableTiff };
 
     struct Document
@@ -42,20 +42,19 @@ public:
 
     /// The rows. Waits until the pages are counted.
     QVector<Document> countedDocuments();
-    /// The rows as they stand.
+    /// The rows, with the pages counted so far.
     QVector<Document> documents() const;
     /// "TIFF, 48 KB"; empty without one.
     static QString companionText(const Document& document);
 
-    /// Documents and companions, those first that are most likely to change where they are: documents on
-    /// which no page was found, which may still be written, then the newest. As they were when the folder was
-    /// read.
+    /// Documents and companions, those first whose content is most likely to change: documents without a
+    /// page, which may still be being written, then the newest. As they were when the folder was read.
     QFileInfoList filesToWatch() const;
 
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
 Q_SIGNALS:
-    /// Every row's pages are known.
+    /// The pages of every row have been counted.
     void counted();
 
 protected:
@@ -73,17 +72,17 @@ private:
     class Counter;
 
     void count(const QFileInfo& file);
-    /// The first of m_done; posted once for each.
+    /// Handles the first of m_done; posted once for each.
     Q_INVOKABLE void takeDone();
     void takeCount(const QString& path, const Count& count);
 
     QVector<Document> m_documents;  ///< The rows; the pages are those of the base class.
     QHash<QString, int> m_rows;     ///< By path.
-    QHash<QString, Count> m_counts; ///< By path; what is known of the rows.
+    QHash<QString, Count> m_counts; ///< By path; the cached counts.
     QSet<QString> m_waiting;        ///< Paths of the rows that are not counted yet.
     QIcon m_image;
     QIcon m_imageWithTiff;
     std::mutex m_doneMutex;
-    QVector<QPair<QString, Count>> m_done; ///< What was counted and not taken, with paths. Guarded.
+    QVector<QPair<QString, Count>> m_done; ///< Counts not yet handled, with paths. Guarded by the mutex.
     QThreadPool m_pool;
 };

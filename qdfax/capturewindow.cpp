@@ -25,10 +25,10 @@ CaptureWindow::CaptureWindow(CaptureModel& model, const DateTimeConverter& conve
 {
     setWindowIcon(QIcon(QStringLiteral(":/icons/new-fax-action-icon")));
     hidePrinterStatus();
-    // room for names rather than around the actions, and no header for rows that have no titles
+    // space for names rather than around the actions; no header, since rows have no titles
     m_table->horizontalHeader()->setStretchLastSection(false);
     m_table->verticalHeader()->hide();
-    // a row is one line high; of a long name beginning and ending tell more than the beginning alone
+    // a row is one line high; the start and end of a long name are more informative than the start alone
     m_table->setWordWrap(false);
     m_table->setTextElideMode(Qt::ElideMiddle);
     findChild<QBoxLayout*>(QStringLiteral("horizontalLayout"))->addWidget(m_summary);
@@ -55,13 +55,13 @@ void CaptureWindow::follow()
         return m_watch.note();
     const QPointer<CaptureWindow> self(this);
     QCoreApplication::sendPostedEvents(m_table->itemDelegate(), QEvent::MetaCall);
-    if (self) // a click may end in a dialogue, and the application with it
+    if (self) // a click may run a dialog, during which the application may end
         refresh();
 }
 
 void CaptureWindow::refresh()
 {
-    // the tool tip is the name as it is, and no two rows have the same
+    // the tool tip is the unchanged name, which is unique
     const auto nameOf = [](const QModelIndex& index) {
         return index.sibling(index.row(), 0).data(Qt::ToolTipRole).toString();
     };

@@ -10,8 +10,8 @@ class QLabel;
 class QTableView;
 
 /**
- * The window of captured print jobs as qdfax opens it: follows the folder, though not while a mouse button is
- * down, and says below the table how much there is, in place of the state of a printer, which qdfax does not
+ * The window of captured print jobs as qdfax opens it: refreshes when the folder changes, though not while a
+ * mouse button is down, and shows totals below the table in place of a printer's state, which qdfax does not
  * know.
  */
 class CaptureWindow : public PrintCaptureBase
@@ -24,7 +24,7 @@ public:
 private:
     void summarise();
     void follow();
-    /// Reads the folder; selection, current row and what is scrolled into view stay with their documents.
+    /// Reads the folder; selection, current row and scroll position stay with their documents.
     void refresh();
 
     CaptureModel& m_model;

@@ -50,8 +50,8 @@ int complain(int status, const QString& sentence)
     return status;
 }
 
-/// Words are told from options by the parser, which therefore has to know the options of the command, which
-/// is named by the words. So the global options are read first, up to the first word.
+/// The parser needs the command's options to tell words from values of options, but the words name the
+/// command. So the global options are read first, up to the first word.
 int leadingOptions(const QStringList& arguments, QStringList* rest)
 {
     QCommandLineParser parser;
@@ -83,7 +83,7 @@ struct GlobalValues
 {
     int timeout{defaultTimeout}; ///< In s.
     std::optional<int> logLevel;
-    const char* wrongOption{nullptr}; ///< The one that is not understood, if any.
+    const char* wrongOption{nullptr}; ///< The invalid one, if any.
     QString error;
 };
 
@@ -125,7 +125,7 @@ int runCommand(const QStringList& arguments)
                                                .arg(printable(words.first()), commandNames()));
     }
 
-    // now everything behind the program's name but the command's own words
+    // now all arguments but the program's name and the command's words
     QStringList line = arguments;
     for (int i = 0; i < wordCount; ++i)
         line.removeAt(arguments.size() - words.size());
@@ -210,12 +210,12 @@ bool needsDisplay(const QStringList& arguments)
     if (!words.parse(arguments))
         return false;
     int wordCount = 0;
-    // not commands(), whose texts would be those of before there were translations
+    // not commands(): it would cache its texts before the translations are loaded
     const QVector<Command> untranslated = makeCommands();
     const Command* command = findCommand(untranslated, words.positionalArguments(), &wordCount);
     if (!command || !command->needsDisplay)
         return false;
-    // what is not understood, or asks for help, is answered without
+    // errors and help need no windows
     QCommandLineParser parser;
     parser.addOptions(globalOptions(*command));
     parser.addOptions(command->options);

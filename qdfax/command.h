@@ -18,7 +18,7 @@
 class QCommandLineParser;
 class Invocation;
 
-/// One command of qdfax: what help says of it, what it takes, and what it does.
+/// One command of qdfax: its help, its options and arguments, and its function.
 struct Command
 {
     QString name;        ///< One word or two: "send", "server add".
@@ -29,7 +29,7 @@ struct Command
     QList<QCommandLineOption> options; ///< Beside the global ones.
     int leastArguments{0};
     int mostArguments{0};                  ///< -1: any number.
-    std::function<int(Invocation&)> run{}; ///< Returns an exit status; has said why when it is not Ok.
+    std::function<int(Invocation&)> run{}; ///< Returns an exit status, having reported any error.
     bool needsDisplay{false};              ///< It opens windows, so the program has to be a QApplication.
 
     bool hasOption(const QString& option) const;
@@ -38,7 +38,7 @@ struct Command
 /// Every command, in the order of the help.
 const QVector<Command>& commands();
 
-// The groups, each in its file.
+// The groups of commands, each defined in a file of its own.
 QVector<Command> serverCommands();
 QVector<Command> profileCommands();
 QVector<Command> sendCommands();
@@ -53,15 +53,15 @@ QVector<Command> helpCommands();
 
 /// The options that every command takes.
 QList<QCommandLineOption> globalOptions();
-/// Those that mean the same for this command: one of its own may have the name of a global one.
+/// The global options that the command does not override by one of its own with the same name.
 QList<QCommandLineOption> globalOptions(const Command& command);
 
 /// Help for all, or for one command.
 QString generalHelp();
 QString commandHelp(const Command& command);
 
-/// Whether a command line is that of a command which opens windows. To be asked before there is an
-/// application.
+/// Whether the command on this command line opens windows. To be called before the application object is
+/// created.
 bool needsDisplay(const QStringList& arguments);
 
 /// Runs a whole command line, the program's name first; returns the exit status.
@@ -89,24 +89,24 @@ public:
     /// Global options.
     bool isJson() const { return isSet("json"); }
     QString serverName() const { return value("server"); }
-    /// In ms; 0: wait for ever.
+    /// In ms; 0: no time-out.
     int timeout() const { return m_timeout; }
     void setTimeout(int ms) { m_timeout = ms; }
 
-    /// Says what is wrong and returns @p status.
+    /// Prints an error and returns @p status.
     int fail(int status, const QString& sentence) const;
-    /// The same for a command line that is not understood: points to the help.
+    /// The same for an invalid command line: also points to the help.
     int failUsage(const QString& sentence) const;
     int failOption(const char* option, const QString& what) const;
-    /// A remark to standard error that is no failure. Of an empty one nothing is seen.
+    /// Prints a remark that is not an error to standard error; nothing if it is empty.
     void note(const QString& sentence) const;
 
     void line(const QString& text) const;
-    /// Names and values below each other. Empty values are left out.
+    /// Prints names and values, one pair per line. Empty values are left out.
     void fields(const QVector<QPair<QString, QString>>& fields) const;
     void table(const Table& table) const;
     void json(const QJsonValue& value) const;
-    /// An array whose elements are made and written one after the other, since a log may have 100,000.
+    /// Prints an array, creating and writing one element at a time, since a log may have 100,000.
     void jsonArray(int size, const std::function<QJsonValue(int index)>& element) const;
 
 private:

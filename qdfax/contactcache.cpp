@@ -93,7 +93,7 @@ std::unique_ptr<ContactCache> ContactCache::open(const Invocation& call, int* st
         return nullptr;
     }
     auto store = std::make_unique<ContactLocalStorage>();
-    // adding fails only where the store cannot be used; looking up cannot tell that from a new source
+    // Adding fails only if the store cannot be used; a look-up could not distinguish that from a new source.
     const quint32 source = store->addSource(server.uid, ContactLocalStorage::SourceQuendra);
     if (source == 0) {
         *status = call.fail(ExitStatus::File, unusableStore());

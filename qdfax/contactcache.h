@@ -39,25 +39,25 @@ struct StoredContact
 };
 
 /**
- * The contacts of one server as they are kept on this machine, readable without asking the server.
+ * The contacts of one server as stored on this machine, readable without contacting the server.
  *
- * A provider of the library would log in to its server as soon as it exists, so what is only read is read
- * from the store itself.
+ * A provider of the library would log in to its server when created, so read-only commands use the store
+ * directly.
  */
 class ContactCache
 {
 public:
-    /// The cache of the server that --server names. Null, with the sentence said, when there is no such
-    /// server or the cache is of no use.
+    /// The cache of the server that --server names. Null, with the error printed, if there is no such server
+    /// or the cache cannot be used.
     static std::unique_ptr<ContactCache> open(const Invocation& call, int* status);
-    /// A store that is open already. The store outlives this.
+    /// Uses a store that is already open and outlives this.
     ContactCache(ContactLocalStorage& store, quint32 source);
     ~ContactCache();
 
-    /// What to say of a store in which nothing can be kept. @p refill: the command that fills a new one.
+    /// The error text for a store that cannot be written. @p refill: the command that fills a new one.
     static QString unusableStore(const char* refill = "contacts sync");
 
-    /// A page of a book, or of what both books have of a type. @p limit 0: all.
+    /// A page of a book, or of both books' entries of a type. @p limit 0: all.
     QVector<StoredContact> list(ContactList::Type book, uint offset = 0, uint limit = 0) const;
     QVector<StoredContact> list(ContactLocalStorage::ContactType type, uint offset = 0, uint limit = 0) const;
     int count(ContactList::Type book) const;
@@ -70,16 +70,16 @@ public:
     QVector<StoredContact> members(quint32 group) const;
     int memberCount(quint32 group) const;
 
-    /// The one unit that an id or a whole name means, without regard to the name's case. Nothing, with the
-    /// sentence and its exit status, when there is none or there are several.
+    /// The only unit with an id or a full name, ignoring the name's case. Nothing, with the error text and
+    /// its exit status, if there is none or there are several.
     std::optional<StoredContact> resolve(const QString& text, int* status, QString* error) const;
 
     /// The contacts that faxes go to, each once, in order.
     struct Recipients
     {
         QVector<StoredContact> contacts;
-        QStringList withoutFax; ///< Names of those whom no fax can reach.
-        QSet<quint32> seen;     ///< Contacts and groups that were met already.
+        QStringList withoutFax; ///< Names of those without a fax number.
+        QSet<quint32> seen;     ///< Ids already visited, against duplicates and cycles.
     };
     /// Adds a contact, or everybody in a group and in the groups within it.
     void expand(const StoredContact& unit, Recipients& recipients) const;
@@ -98,7 +98,7 @@ QStringList bookWords();
 QString bookText(ContactList::Type book);
 /// Its help names @p words, those of the books that the command takes.
 QCommandLineOption bookOption(const QString& description, const QStringList& words = bookWords());
-/// What --book says, @p missing when it is not given. Nothing, with the sentence said, for no book.
+/// The value of --book, or @p missing without it. Nothing, with the error printed, if it is not a book.
 std::optional<ContactList::Type> readBook(const Invocation& call, ContactList::Type missing);
 
 QJsonObject toJson(const StoredContact& unit);

@@ -22,7 +22,7 @@ struct Column
     void (Contact::*set)(const QString&);
     const QString& (Contact::*get)() const;
     // cppcheck-suppress unusedStructMember ; rows are written by position
-    QStringList others; ///< What other programs call it. In small letters, without blanks and punctuation.
+    QStringList others; ///< Other programs' names for it. In lower case, without blanks and punctuation.
 };
 
 const QVector<Column>& columns()
@@ -39,7 +39,7 @@ const QVector<Column>& columns()
     return all;
 }
 
-/// A column's title without what differs between programs.
+/// A column's title, normalised: differences between programs removed.
 QString plain(const QString& title)
 {
     QString letters;
@@ -51,7 +51,7 @@ QString plain(const QString& title)
     return letters;
 }
 
-/// Completes an entry whose fields are set: a name for who has none, and the problem for what cannot be sent.
+/// Completes an entry: adds a missing name, and sets the problem if a field cannot be sent.
 void check(ContactFile::Entry& entry)
 {
     Contact& contact = entry.contact;
@@ -92,7 +92,7 @@ QVector<QByteArray> linesOf(const QByteArray& bytes)
     return lines;
 }
 
-/// The bytes as UTF-8 without a byte order mark. False, with the problem, when they are something else.
+/// Converts the bytes to UTF-8 without a byte order mark. False, with the problem, for another encoding.
 bool toUtf8(QByteArray& bytes, QString* problem)
 {
     const QTextCodec* utf8 = QTextCodec::codecForName("UTF-8");
@@ -110,7 +110,7 @@ bool toUtf8(QByteArray& bytes, QString* problem)
     return false;
 }
 
-/// The separator of a table, which its titles tell.
+/// The separator of a table, detected from its titles.
 unsigned char separatorOf(const QByteArray& titles)
 {
     const char candidates[] = {',', ';', '\t'};
@@ -182,7 +182,7 @@ private:
     bool m_isBetween{true};
 };
 
-/// Which field of a record is what.
+/// Maps the fields of a record to columns.
 struct Layout
 {
     QVector<int> fields; ///< The index in columns(), -1 for none of them.
@@ -306,7 +306,7 @@ bool isLine(const QByteArray& line, const char* wanted)
     return line.trimmed().toUpper() == wanted;
 }
 
-/// What is wrong with a card as text. The parser passes over what it does not understand without a word.
+/// Syntax errors of a card. The parser silently skips anything that it does not understand.
 QString cardProblem(const QVector<QByteArray>& lines)
 {
     bool isContinued = false;
@@ -333,7 +333,7 @@ Contact contactOf(const KContacts::Addressee& card)
     contact.setName(card.formattedName().isEmpty() ? card.assembledName() : card.formattedName());
     contact.setOrganization(card.organization());
     contact.setEmail(card.preferredEmail());
-    // of several the one at work, and of those the preferred one
+    // of several prefer work, and among those the one marked as preferred
     int bestFax = -1;
     int bestPhone = -1;
     const auto phones = card.phoneNumbers();
@@ -427,7 +427,7 @@ QByteArray ContactFile::writeVcards(const QVector<Contact>& contacts, const QStr
         KContacts::Addressee card;
         card.setUid(uids.value(i));
         card.setFormattedName(contact.name());
-        // a card has to have the parts too; the last word is taken for the family's name
+        // a card also requires the name's parts; the last word is taken as the family name
         const int blank = contact.name().lastIndexOf(QLatin1Char(' '));
         card.setGivenName(contact.name().left(std::max(blank, 0)));
         card.setFamilyName(contact.name().mid(blank + 1));

@@ -10,7 +10,7 @@ class ContactUnit;
 
 /**
  * A session with a server whose contacts are to be changed or synchronised: every change goes to the server
- * first and, once the server has taken it, to the cache.
+ * first and, once confirmed, to the cache.
  */
 class ContactSession
 {
@@ -18,7 +18,7 @@ public:
     explicit ContactSession(const Invocation& call);
     ~ContactSession();
 
-    /// Logs in. False, with the sentence said, when that fails or the cache is of no use.
+    /// Logs in. False, with the error printed, if that fails or the cache cannot be used.
     bool open();
     int status() const { return m_status != 0 ? m_status : m_session.status(); }
 
@@ -29,8 +29,8 @@ public:
     /// The unit as the server knows it, with its members.
     QSharedPointer<ContactUnit> unit(quint32 id);
 
-    // Each returns false, with the sentence said or, if the session is quiet, kept, when the server did not
-    // do it.
+    // Each returns false if the server did not do it, with the error printed or, if the session is quiet,
+    // kept.
     /// @p id is that of the new unit in the cache.
     bool add(const ContactUnit& unit, ContactList::Type book, quint32* id);
     bool modify(const ContactUnit& unit, ContactList::Type book);

@@ -71,13 +71,13 @@ bool reversesDirection(char32_t c)
            (c >= 0x2066 && c <= 0x2069);
 }
 
-/// What a terminal may obey, or would break the line.
+/// Whether a terminal may interpret the character, or break the line at it.
 bool isUnsafe(char32_t c)
 {
     return c < 0x20 || (c >= 0x7F && c <= 0x9F) || c == 0x2028 || c == 0x2029 || reversesDirection(c);
 }
 
-/// The code point at @p i, which moves behind it. A surrogate on its own is returned as it is.
+/// The code point at @p i; advances @p i past it. An unpaired surrogate is returned unchanged.
 char32_t next(const QString& text, int& i)
 {
     const QChar c = text.at(i++);

@@ -4,11 +4,11 @@
 #include <QJsonValue>
 #include <QString>
 
-// Text as a terminal shows it. What comes from a server is foreign text: it passes through printable() before
-// it reaches a terminal.
+// Text for a terminal. Text from a server is untrusted: it must pass through printable() before it is
+// written to a terminal.
 
-/// One line without anything that a terminal obeys: control characters become their pictures or a replacement
-/// character, line breaks and marks that reverse the writing direction included.
+/// One line without control or escape sequences: control characters, line breaks and bidirectional controls
+/// become control pictures or the replacement character.
 QString printable(const QString& text);
 
 /// The number of terminal columns that printable text takes: two for wide characters, none for marks.
@@ -24,11 +24,11 @@ QString sizeText(qint64 bytes);
 /// "42 s", "3 min 05 s", "2 h 07 min".
 QString durationText(qint64 seconds);
 
-/// How a transfer goes in at most @p width columns: the name, a bar, the size, the rate (bytes a second) and
-/// the time left. Where it is narrow the name goes first, then the bar, then what else can be done without.
-/// @p total -1: not known.
+/// The progress of a transfer in at most @p width columns: the name, a bar, the size, the rate (bytes a
+/// second) and the time left. If the width is too small, the name is dropped first, then the bar, then other
+/// parts. @p total -1: not known.
 QString transferText(const QString& name, qint64 received, qint64 total, qint64 rate, int width);
 
-/// An array or object as indented UTF-8. Characters that a terminal obeys are written as escapes, so that the
-/// text is the same for a JSON reader and harmless on a screen.
+/// An array or object as indented UTF-8. Control characters are written as JSON escapes, so that the text is
+/// harmless on a terminal and equivalent for a JSON parser.
 QByteArray jsonText(const QJsonValue& value);

@@ -5,8 +5,8 @@
 #include <QString>
 #include <QVector>
 
-/// How qdfax ends. The outcomes of requests keep the numbers of Task::Status; the program's own lie above
-/// them.
+/// The exit statuses of qdfax. Outcomes of requests have the numbers of Task::Status; the program's own are
+/// above them.
 namespace ExitStatus {
 
 enum : int {
@@ -19,9 +19,9 @@ enum : int {
     InvalidReply = Task::InvalidReply,
     AccessDenied = Task::AccessDenied,
     NotFound = Task::NotFound,
-    TimeOut = 10,      ///< No answer for as long as --timeout says.
+    TimeOut = 10,      ///< No answer within --timeout.
     File = 11,         ///< A file of the user cannot be read, is refused, or cannot be written.
-    Settings = 12,     ///< The settings file is of no use, or holds no such server.
+    Settings = 12,     ///< The settings file is unusable, or lacks the server.
     NotSent = 13,      ///< Waited for the end of a fax, and not every recipient got it.
     NothingFound = 14, ///< A search found nothing.
     Interrupted = 130  ///< Ctrl-C.

@@ -41,7 +41,7 @@ FaxDialog::FaxDialog(const Invocation& call, const QString& file, const QString&
     m_name->setObjectName(QStringLiteral("name"));
     m_name->setPlaceholderText(Text::tr("may be left out"));
     m_text->setObjectName(QStringLiteral("text"));
-    m_text->setTextFormat(Qt::PlainText); // servers' words
+    m_text->setTextFormat(Qt::PlainText); // contains untrusted text from servers
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_text->setWordWrap(true);
     m_text->hide();

@@ -11,30 +11,30 @@ class QProgressBar;
 class QPushButton;
 
 /**
- * Asks for the recipient of a fax, and sends it: a number and a name, then how far it is, then what the
- * server made of it. Stays open when that fails, so that one can try again. Not to be closed while it sends.
+ * A dialog that asks for a fax's recipient (number and name), sends the fax, and shows the progress and the
+ * result. Stays open after a failure, for another try. Cannot be closed while sending.
  */
 class FaxDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// @p call says which server, and how long to wait for it.
+    /// @p call has the options for the server and the time-out.
     FaxDialog(const Invocation& call, const QString& file, const QString& documentName,
               QWidget* parent = nullptr);
 
-    /// The exit status of the last try; Ok when there was none.
+    /// The exit status of the last try; Ok before the first.
     int status() const { return m_status; }
 
 public Q_SLOTS:
     void reject() override;
 
 private:
-    /// What was typed, in the form of the command line.
+    /// The recipient as typed, in the syntax of the command line.
     QString recipient() const;
     void checkInput();
     void send();
-    /// Sends, and returns the exit status and, in @p text, what to tell.
+    /// Sends; returns the exit status and, in @p text, the message for the user.
     int submit(QString& text);
     void showProgress(qint64 sent, qint64 total);
     void showText(const QString& text);

@@ -18,7 +18,7 @@ Content::Type contentType(const QString& path, QString* typeName)
         return Content::PostScript;
     if (type.name() == QLatin1String("image/tiff"))
         return Content::Tiff;
-    // Formats that are text underneath, but of which nobody wants to fax the source.
+    // text-based formats, whose source nobody wants to fax
     for (const char* markup : {"text/html", "application/xml", "application/rtf", "text/rtf"}) {
         if (is(markup))
             return Content::None;

@@ -13,11 +13,11 @@
 
 namespace {
 
-/// Finished faxes to ask the queue for, beside those that are not.
+/// Finished faxes to request with the queue, besides the unfinished ones.
 const int recentlyFinished = 100;
-/// The newest entries of the log in which a fax is looked for that has left the queue.
+/// The number of newest log entries searched for a fax that has left the queue.
 const int recentlySent = 500;
-/// A fax that was in neither so often will not come back.
+/// Polls without finding a fax after which it is given up.
 const int mostMissed = 5;
 
 /// The same fax under whatever host name the server calls itself.

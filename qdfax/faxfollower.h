@@ -10,11 +10,10 @@ class Invocation;
 class Session;
 
 /**
- * Follows submitted faxes until each has come to its end.
+ * Polls submitted faxes until each has reached its final state.
  *
- * A server moves a fax from the queue to the log of sent faxes when it is done with it, at a moment of its
- * own choosing; so both are read until each fax has a final state, or has been in neither several times in a
- * row.
+ * A server moves a finished fax from the queue to the log of sent faxes, at a time of its own choice; so both
+ * are read until each fax has a final state, or was in neither several times in a row.
  */
 class FaxFollower
 {
@@ -22,12 +21,12 @@ public:
     /// One recipient's fax.
     struct Fax
     {
-        QString url; ///< As the server gave it; the path tells faxes apart.
+        QString url; ///< As in the server's reply; the path identifies the fax.
         QString recipient;
         int pages{0};
         BaseFaxEntry::FaxEntryState state{BaseFaxEntry::StateUnknown};
         QString attempt; ///< "2/3" while it is in the queue.
-        int missed{0};   ///< How often in a row it was nowhere.
+        int missed{0};   ///< Consecutive polls that found it in neither list.
         bool isFinal() const;
         bool isSent() const;
     };

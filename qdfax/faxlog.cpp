@@ -43,7 +43,7 @@ QVector<QSharedPointer<T>> ofClass(const EntriesPtr& entries)
 template <typename T>
 void sortNewestFirst(QVector<QSharedPointer<T>>& entries, int limit)
 {
-    // comparing numbers: a date-time looks its time zone up at each comparison
+    // compare numbers: QDateTime looks up its time zone in each comparison
     QVector<QPair<qint64, QSharedPointer<T>>> keyed;
     keyed.reserve(entries.size());
     for (const QSharedPointer<T>& entry : qAsConst(entries)) {

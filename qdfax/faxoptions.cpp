@@ -11,7 +11,7 @@ namespace {
 const int mostTries = 999;
 const int longestInterval = 7 * 24 * 3600; // s
 
-/// One of the options, read by @p parse if it was given; false, with the reason said, when it is wrong.
+/// Reads one of the options by @p parse, if given; false, with the error printed, if it is invalid.
 template <typename Parse>
 bool readOption(const Invocation& call, const char* name, std::optional<int>& choice, Parse parse)
 {
@@ -93,7 +93,7 @@ bool ScheduleChoices::isEmpty() const
 
 QString ScheduleChoices::problem(const FaxServer& server) const
 {
-    // the library would leave out silently what the server cannot do
+    // the library would silently leave out options that the server does not support
     if (m_pageSize && !server.isFaxPageSizeSupported()) {
         return Text::tr(
                    "Version %1 of this server does not let the page size be chosen. Leave out --page-size.")

@@ -11,20 +11,20 @@
 class FaxServer;
 class Invocation;
 
-/// The scheduling options that a fax and the user's defaults have in common, as given on the command line.
-/// What was not given changes nothing.
+/// The scheduling options common to a fax and the user's defaults, as given on the command line. An option
+/// that was not given changes nothing.
 class ScheduleChoices
 {
 public:
     /// The options themselves.
     static QList<QCommandLineOption> options();
 
-    /// Reads them. Nothing, with the reason said, when one is wrong.
+    /// Reads them. Nothing, with the error printed, if one is invalid.
     static std::optional<ScheduleChoices> read(const Invocation& call);
 
     bool isEmpty() const;
 
-    /// Empty when the server can do what was chosen, else a sentence.
+    /// Empty if the server supports the chosen options, else an error text.
     QString problem(const FaxServer& server) const;
 
     void applyTo(BaseScheduleOptions& options) const;

@@ -14,7 +14,7 @@
 
 namespace {
 
-/// The cover page that was asked for, or else the user's usual one.
+/// The chosen cover page, or else the user's default.
 bool chooseCoverPage(Session& session, const FaxOrder& order, CoverPage& cover)
 {
     const FaxUser user = session.server().user();

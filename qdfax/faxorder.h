@@ -17,14 +17,13 @@ struct FaxOrder
 {
     ContactList recipients;
     QStringList files;
-    std::optional<QString> cover; ///< The cover page's name, empty: none; nothing: the user's usual one.
+    std::optional<QString> cover; ///< The cover page's name; empty: none; no value: the user's default.
     QString subject;
     QString comments;
     ScheduleChoices schedule;
     QDateTime at; ///< Null: now.
 };
 
-/// Submits a fax in a session that is open. Returns what the server made of it, an entry for each recipient;
-/// null, with the reason in the session, when that failed. @p doubt is then set if the server may have taken
-/// the fax all the same.
+/// Submits a fax in an open session. Returns the server's entries, one per recipient; null, with the reason
+/// in the session, on failure. @p doubt is then set if the server may have accepted the fax nevertheless.
 BaseFaxEntry::FaxEntriesPtrListPtr submitFax(Session& session, const FaxOrder& order, QString* doubt);

@@ -6,8 +6,8 @@
 
 namespace {
 
-const int pause = 200; ///< ms from a change until it is told, with those that follow it.
-const int quiet = 500; ///< ms that nothing is written to a file before that is told.
+const int pause = 200; ///< ms from the first change until the signal.
+const int quiet = 500; ///< ms without writing to a file until the signal.
 const int mostLooks = 10;
 
 } // namespace

@@ -8,12 +8,12 @@
 #include <QTimer>
 
 /**
- * Tells when a folder changes: files that come, go or are replaced, and the folder itself.
+ * Reports changes of a folder: files that are added, removed or replaced, and the folder itself.
  *
- * The folder need not exist: then the nearest one above it is watched until it does. Changes are told a
- * moment after the first of them, all that came until then as one: during a long series again and again, and
- * once after its last. A file that is being written is told of when no more is written to it. What changes
- * beside the folder may be told as well.
+ * The folder need not exist: then its nearest existing ancestor is watched until it does. Changes are
+ * debounced: the signal is emitted shortly after the first, repeatedly during a long series, and once after
+ * the last. A file being written is reported when writing has stopped. Changes of sibling files and folders
+ * may be reported too.
  */
 class FolderWatch : public QObject
 {
@@ -22,15 +22,15 @@ class FolderWatch : public QObject
 public:
     explicit FolderWatch(const QString& folder, QObject* parent = nullptr);
 
-    /// The most files that are watched: each takes one of the few watches that the system has for a user.
+    /// Limit of watched files: each uses one of a user's limited number of watches.
     static constexpr int mostFiles = 200;
 
-    /// Also tells of changes inside these files, which a folder knows nothing of: of the first mostFiles that
-    /// can be read and are no folders. Replaces those before. What is known of a file tells a change that
-    /// came before this call.
+    /// Also reports changes of these files' content, which a watch on the folder does not: of the first
+    /// mostFiles that are readable and not folders. Replaces the previous list. Size and time in the list
+    /// reveal a change made before this call.
     void setFiles(const QFileInfoList& files);
 
-    /// Tells a change in a moment, as if there had been one.
+    /// Emits changed() shortly, as after a change.
     void note();
 
 Q_SIGNALS:

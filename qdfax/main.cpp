@@ -15,7 +15,7 @@ namespace {
 /// Messages of Qt and the library go to the log; standard error is for errors that the user can act upon.
 void logMessage(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
-    // the logger itself may cause a message: no recursion
+    // the logger itself may cause a message: avoid recursion
     static thread_local bool busy = false;
     if (busy)
         return;
@@ -27,7 +27,7 @@ void logMessage(QtMsgType type, const QMessageLogContext& context, const QString
     busy = false;
 }
 
-/// Qt ends the program when it can open no display.
+/// Qt aborts the program if it cannot open a display.
 void sayNoDisplay(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
     logMessage(type, context, text);
@@ -48,7 +48,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv)
         return std::make_unique<QCoreApplication>(argc, argv);
     qInstallMessageHandler(sayNoDisplay);
     auto application = std::make_unique<QApplication>(argc, argv);
-    // a command ends by itself; a window that closes may be followed by another one
+    // commands end themselves; closing a window may open another one
     QApplication::setQuitOnLastWindowClosed(false);
     return application;
 }
@@ -63,7 +63,7 @@ int main(int argc, char** argv)
     // outside ASCII would turn into question marks.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 
-    // the library keeps everything below this folder and looks for no other
+    // the library keeps all its files below this folder
     if (qEnvironmentVariableIsEmpty("APPDATA")) {
         const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
         qputenv("APPDATA", folder.toLocal8Bit());

@@ -34,7 +34,7 @@ QStringList splitAtCommas(const QString& text, int count)
     return parts;
 }
 
-/// Several colons: an address without a port.
+/// Several colons: an IPv6 address without a port.
 bool isBareIPv6(const QString& address)
 {
     return address.count(QLatin1Char(':')) > 1 && !address.startsWith(QLatin1Char('['));
@@ -89,7 +89,7 @@ std::optional<QDateTime> parseFutureTime(const QString& text, const QDateTime& n
         return refuse<QDateTime>(
             error, Text::tr("\"%1\" is not a time; write it like 2026-11-15T14:30, in local time").arg(text));
     }
-    // an hour that the clock jumps over is moved by Qt, and should not be sent at another time silently
+    // Qt silently moves a time in the hour skipped by daylight saving; reject it instead
     if (!time.isValid() ||
         (match.captured(4).isEmpty() && time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")) != local)) {
         return refuse<QDateTime>(

@@ -17,7 +17,7 @@ int pdfPages(const QString& path)
     }();
     Q_UNUSED(silent)
     const std::unique_ptr<Poppler::Document> document(Poppler::Document::load(path));
-    // nothing may be asked of a document whose password is not known
+    // a locked document must not be queried
     return document && !document->isLocked() ? qMax(0, document->numPages()) : 0;
 }
 

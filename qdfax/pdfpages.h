@@ -2,7 +2,7 @@
 
 #include <QString>
 
-/// The number of pages of a PDF; 0 when the file is none, cannot be read, is incomplete or asks for a
-/// password, and always 0 where this program was built without a reader of PDFs. May be called from any
-/// thread, but by one at a time.
+/// The number of pages of a PDF; 0 if the file is not a PDF, is unreadable, truncated or password-protected,
+/// and always 0 if this program was built without PDF support. May be called from any thread, but not
+/// concurrently.
 int pdfPages(const QString& path);

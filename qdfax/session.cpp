@@ -19,7 +19,7 @@ bool looksLikeWebPage(QNetworkReply& reply)
     if (reply.header(QNetworkRequest::ContentTypeHeader).toString().contains(QLatin1String("html")))
         return true;
     QByteArray head = reply.property(Task::bodyHeadProperty).toByteArray();
-    if (head.isEmpty() && reply.isOpen()) // an aborted one is closed
+    if (head.isEmpty() && reply.isOpen()) // an aborted reply is closed
         head = reply.peek(ReplyWatch::bodyHead);
     return ReplyWatch::beginsWebPage(head);
 }
@@ -217,7 +217,7 @@ bool Session::wait(const QString& doing)
     m_silence.stop();
     if (!m_timedOut)
         return true;
-    // a server that waits for plain text says nothing to a TLS greeting
+    // a server that expects plain text does not answer a TLS handshake
     const QString hint = m_server->useSSL() && !m_watch->isAnswered()
                              ? Text::tr(" If the server does not speak HTTPS there, add it without "
                                         "--ssl.")

@@ -18,8 +18,8 @@ class Invocation;
 class QNetworkAccessManager;
 
 /**
- * Watches the replies of an access manager from outside: the library tells a status, people want to know the
- * reason, and see that a long upload moves.
+ * Observes the replies of an access manager: the library reports only a status, while users need the reason
+ * of a failure and the progress of a long upload.
  */
 class ReplyWatch : public QObject
 {
@@ -27,23 +27,23 @@ class ReplyWatch : public QObject
 public:
     explicit ReplyWatch(QNetworkAccessManager& nam, QObject* parent = nullptr);
 
-    /// How the last reply that ended did so.
+    /// The result of the last finished reply.
     struct Outcome
     {
         QNetworkReply::NetworkError error{QNetworkReply::NoError};
         int httpStatus{0}; ///< 0: there was no HTTP answer.
-        QString reason;    ///< The server's words behind the HTTP status.
+        QString reason;    ///< The HTTP reason phrase.
         QString socketError;
         bool isWebPage{false};
     };
-    /// Whether a body that begins like this is a web page; bodyHead bytes are enough to see it.
+    /// Whether a body that begins like this is a web page; bodyHead bytes are enough to decide.
     static bool beginsWebPage(const QByteArray& head);
     static constexpr qint64 bodyHead = Task::bodyHeadSize;
 
     const Outcome& last() const { return m_last; }
     /// Requests that are not answered yet.
     int pending() const { return m_pending; }
-    /// Replies that have ended since the last forget().
+    /// Replies that have finished since the last forget().
     int finished() const { return m_finished; }
     void forget()
     {
@@ -56,7 +56,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
-    /// Something was heard, or sent.
+    /// Data was received or sent.
     void activity();
     void uploading(qint64 sent, qint64 total);
     void downloading(qint64 received, qint64 total);
@@ -75,8 +75,8 @@ private:
  * A command's connection to one server: the library's objects, and waiting for them in straight-line code.
  *
  * Only the server that the command needs is loaded, so no other one is contacted. Each function that waits
- * ends when the answer is there, when it failed, or when nothing was heard for as long as --timeout says;
- * failures are said on standard error, and status() is the exit status.
+ * returns on an answer, on a failure, or when nothing was received for --timeout; failures are printed to
+ * standard error, and status() is the exit status.
  */
 class Session : public QObject
 {
@@ -85,12 +85,13 @@ public:
     explicit Session(const Invocation& invocation);
     ~Session() override;
 
-    /// Before one of the next three: the server gets a provider of its contact books.
+    /// To be called before one of the next three: gives the server a provider of its contact books.
     void useContacts();
 
     /// Opens the server that --server names, else the default one, and waits for the end of its login.
     bool open();
-    /// The same without waiting: the login goes its way. For who needs the server's address and credentials.
+    /// The same without waiting for the login. For callers that need only the server's address and
+    /// credentials.
     bool attach();
     /// Opens a server that is not in the settings yet.
     bool openNew(const QString& address, bool useSSL, const QString& login, const QString& password);
@@ -104,25 +105,25 @@ public:
     /// The exit status of the last failure.
     int status() const { return m_status; }
 
-    /// Keeps the sentences of failures in error() instead of saying them: for who tries again.
+    /// Keeps error texts in error() instead of printing them, for a caller that tries again.
     void setQuiet(bool quiet) { m_quiet = quiet; }
     const QString& error() const { return m_error; }
 
-    /// Lets the session fail for a reason of the caller's.
+    /// Makes the session fail for a reason of the caller's.
     void fail(int status, const QString& sentence);
 
-    /// Lets time pass without leaving the event loop.
+    /// Waits, running the event loop.
     void pause(int ms);
 
-    /// Creates a task of the server. The type has to be the one of its class.
+    /// Creates a task of the server. The type must match the class.
     template <typename T>
     T* task(Task::Type type)
     {
         return qobject_cast<T*>(addTask(type));
     }
 
-    /// Executes a task and waits for its outcome. @p take gets what the done signal carries; @p doing names
-    /// the request in error texts ("Reading the queue"). The task deletes itself.
+    /// Executes a task and waits for its outcome. @p take gets the arguments of the done signal; @p doing
+    /// names the request in error texts ("Reading the queue"). The task deletes itself.
     template <typename T, typename... Args, typename Take>
     bool run(T* task, void (T::*done)(Args...), Take take, const QString& doing)
     {
@@ -153,13 +154,13 @@ public:
         return ok;
     }
 
-    /// The time-out does not run while the library processes a reply. For requests that may spend most of
-    /// their time on writing to the database.
+    /// Suspends the time-out while the library processes a reply, for requests that may spend most of their
+    /// time writing to the database.
     void setPatientWhileIdle(bool patient) { m_isPatient = patient; }
 
     /// Says why a request failed, in a sentence that names the server and what to do.
     int explain(Task::Status status, const QString& doing);
-    /// The reason alone, from what the watch saw.
+    /// The reason alone, from the observed reply.
     static QString networkReason(const ReplyWatch::Outcome& last, bool useSSL);
 
 private:
@@ -173,7 +174,7 @@ private:
     bool finish(const Outcome& outcome, const QString& doing);
     void begin();
     bool waitForLogin();
-    /// Runs the event loop until somebody quits it. False, with the sentence said, when the time is up.
+    /// Runs the event loop until it is quit. False, with the error printed, after the time-out.
     bool wait(const QString& doing);
     bool isWebPage() const;
     QString reason(Task::Status status) const;

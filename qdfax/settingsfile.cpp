@@ -74,8 +74,8 @@ QDomElement alone(QDomDocument& document, const QDomElement& entry)
     return root;
 }
 
-/// Reads what is to be shown of an entry; false when FaxServer::readStorage() would not take it. It is not
-/// asked itself: only a manager makes servers, and one that has read a server logs in to it.
+/// Reads the visible part of an entry; false if FaxServer::readStorage() would refuse it, which is not called
+/// itself: only a manager creates servers, and it logs in to each.
 bool readEntry(const QDomElement& entry, StoredServer& stored)
 {
     const QDomElement connection = entry.firstChildElement(QStringLiteral("connection"));
@@ -103,8 +103,8 @@ QVector<QDomElement> entries(const QDomElement& root)
     return list;
 }
 
-/// Whether two elements say the same: name, attributes, elements below, and the text of those without any.
-/// How they are written (order of attributes, indentation, empty texts) does not count.
+/// Whether two elements are equivalent: name, attributes, child elements, and the text of elements without
+/// any. Order of attributes, indentation and empty texts are ignored.
 bool sameContent(const QDomElement& a, const QDomElement& b)
 {
     const QDomNamedNodeMap attributes = a.attributes();
@@ -162,7 +162,7 @@ QString SettingsFile::defaultPath()
 SettingsFile::SettingsFile(const QString& path)
     : m_path(path)
 {
-    // a link to a file elsewhere stays a link: it is the file that is replaced
+    // a symbolic link is preserved: its target is replaced
     const QFileInfo info(path);
     if (info.isSymLink())
         m_path = info.symLinkTarget();
@@ -195,7 +195,7 @@ SettingsFile::State SettingsFile::read()
                                                                          : file.errorString();
         return m_state = Unreadable;
     }
-    keepToOwner(m_path); // it holds passwords, whoever put it there; also where it will be moved aside
+    keepToOwner(m_path); // it contains passwords, whoever created it; also if it is about to be moved aside
     m_detail = file.size() > largestFile ? Text::tr("it is too large") : xmlProblem(file.readAll());
     file.close();
     if (!m_detail.isEmpty())
@@ -214,7 +214,7 @@ bool SettingsFile::readStorage(const QDomElement& element, int)
         m_state = Damaged;
         return false;
     }
-    // The format has no version of its own; one that has is from later.
+    // This format has no version attribute; one with it is from a later program.
     if (element.hasAttribute(versionAttribute)) {
         m_detail = element.attribute(versionAttribute);
         m_state = Newer;

@@ -12,7 +12,7 @@
 class FaxManager;
 class FaxServer;
 
-/// An entry of the settings file as it can be shown without asking the server.
+/// An entry of the settings file, readable without contacting the server.
 struct StoredServer
 {
     QString uid; ///< FaxServer::genUID(): "login@address" in lower case.
@@ -20,20 +20,19 @@ struct StoredServer
     QString login;
     bool useSSL{false};
     bool isDefault{false};
-    QuendraInfo info; ///< As of the last time the entry was saved.
+    QuendraInfo info; ///< As last saved.
 };
 
 /**
  * The settings file of qdfax, kept entry by entry.
  *
  * A FaxManager that reads a file starts the login of every server in it. So this class stands between the
- * file and the manager: it holds the entries as they are, hands a manager the one server that a command
- * needs, and leaves entries and elements alone that it does not know, so that a later program's additions
- * survive.
+ * file and the manager: it holds the unparsed entries, passes to a manager only the server that a command
+ * needs, and preserves unknown entries and elements, so that a later version's additions survive.
  *
- * A file is never replaced by less than it held: changes are made to what the file holds at that moment,
- * written to a side file, read back, and only then put in its place; a file that cannot be understood is
- * moved aside. From its first reading on, the file is readable by its owner only.
+ * Saving never loses data: a change is applied to the file's current content, written to a temporary file,
+ * read back and verified, and then replaces the file atomically; a damaged file is moved aside. When
+ * first read, the file is made readable by its owner only.
  */
 class SettingsFile : private IQuendraStorage
 {
@@ -41,9 +40,9 @@ public:
     enum State {
         Missing, ///< There is no file; an empty configuration.
         Good,
-        Damaged,    ///< Empty, cut off, not XML, or not a settings file.
-        Newer,      ///< Written by a later version in a format that this one does not know.
-        Unreadable, ///< It is there, but cannot be opened.
+        Damaged,    ///< Empty, truncated, not XML, or not a settings file.
+        Newer,      ///< Written by a later version in an unknown format.
+        Unreadable, ///< It exists, but cannot be opened.
     };
 
     /// The user's file.
@@ -54,28 +53,28 @@ public:
 
     const QString& path() const { return m_path; }
 
-    /// Reads the file, and restricts its permissions to its owner. Clears up after a program that died while
-    /// it saved, for which takeRemark() has a sentence then. Contacts no server.
+    /// Reads the file, and restricts its permissions to its owner. Removes temporary files of a program that
+    /// died while saving; takeRemark() then has a message. Contacts no server.
     State load();
     State state() const { return m_state; }
-    /// A sentence for a file that is neither Good nor Missing: what is wrong, and what to do.
+    /// The error text, with advice, for a file that is neither Good nor Missing.
     QString problem() const;
 
-    /// The entries that can be understood, in the order of the file.
+    /// The valid entries, in the order of the file.
     QVector<StoredServer> servers() const;
     /// Entries that cannot be understood, and are kept as they are.
     int strangeEntryCount() const;
-    /// The entry that @p name means: a uid, or an address that only one entry has; without regard to case.
+    /// The entry named by @p name: a uid, or an address that only one entry has; ignores case.
     /// Empty: the default. -1: none.
     int find(const QString& name) const;
 
     /// The key of the Outlook folder whose contacts are copied; empty when none was chosen.
     QString outlookFolder() const;
 
-    /// Loads the file and picks the entry that @p name means. Empty when that went well, else what is wrong.
+    /// Loads the file and selects the entry named by @p name. Empty on success, else an error text.
     QString choose(const QString& name, StoredServer* chosen);
 
-    /// Hands one entry to the manager, which starts its login. The new server, null when the entry is
+    /// Adds one entry to the manager, which starts its login. The new server, null if the entry is
     /// unusable.
     FaxServer* open(const StoredServer& server, FaxManager& manager) const;
 
@@ -87,12 +86,12 @@ public:
     void setDefault(const QString& uid);
     void setOutlookFolder(const QString& key);
 
-    /// Loads what the file holds now, lets @p change change it, and saves it; other programs doing the same
-    /// wait. Empty when all went well, else what is wrong. @p movedTo is set when a damaged file was moved
-    /// aside. A change that returns false is not saved, without an error.
+    /// Loads the file's current content, applies @p change, and saves it; other programs doing the same wait.
+    /// Empty on success, else an error text. @p movedTo is set if a damaged file was moved aside. If @p
+    /// change returns false, nothing is saved, without an error.
     QString edit(const std::function<bool(SettingsFile&)>& change, QString* movedTo);
-    /// What load() or edit() found that the user should know, once: a program before this one died while it
-    /// saved. Mostly empty.
+    /// A message for the user from load() or edit(), returned once: an earlier program died while saving.
+    /// Usually empty.
     QString takeRemark();
 
 private:

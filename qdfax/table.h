@@ -5,10 +5,10 @@
 #include <QVector>
 
 /**
- * A table for people: a line of titles, a line a row, columns aligned, fitted to the width of a terminal.
+ * A table as text: a line of titles, a line per row, columns aligned, fitted to the width of a terminal.
  *
- * When it is too wide, the widest of the columns that may shrink give way first, then whole columns go, in
- * the order of their rank. A column that may neither shrink nor go is always shown whole.
+ * If it is too wide, the widest of the shrinkable columns are cut first, then whole columns are dropped, in
+ * the order of their rank. A column that may be neither cut nor dropped is always shown completely.
  */
 class Table
 {
@@ -25,7 +25,7 @@ public:
 
     explicit Table(const QVector<Column>& columns);
 
-    /// One text a column. Texts are made printable here.
+    /// One text per column. Texts are made printable here.
     void addRow(const QStringList& cells);
     int rowCount() const { return m_rows.size(); }
 

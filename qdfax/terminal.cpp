@@ -127,7 +127,7 @@ std::optional<QString> Terminal::askHidden(const QString& prompt)
 void Terminal::installInterrupt()
 {
     SetConsoleCtrlHandler(onInterrupt, TRUE);
-    // what is written is UTF-8, and a table that goes into a file has its own ends of lines
+    // binary mode: output is UTF-8, and a redirected table must keep its line ends
     SetConsoleOutputCP(CP_UTF8);
     _setmode(_fileno(stdout), _O_BINARY);
     // escape sequences, which showScreen() and LiveBlock write
@@ -174,7 +174,7 @@ Size errorSize()
 const int handledSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 termios savedTerminal;
-volatile sig_atomic_t hiddenTerminal = -1; ///< The terminal whose echo is off.
+volatile sig_atomic_t hiddenTerminal = -1; ///< File descriptor of the terminal with echo off.
 
 sigset_t signalSet()
 {
@@ -191,8 +191,8 @@ void say(const char* text)
     (void)ignored; // dying anyway
 }
 
-// Only what POSIX allows in a handler. The program ends here and not in its event loop, which may be busy
-// with encoding a large file or not be running at all.
+// Only async-signal-safe calls. The program ends here and not in its event loop, which may be busy encoding a
+// large file or not be running at all.
 void onSignal(int signal)
 {
     if (hiddenTerminal >= 0) {
@@ -281,7 +281,7 @@ Terminal::InterruptBlocker::~InterruptBlocker()
 
 #endif
 
-// --- What does not
+// --- Common to all platforms
 
 namespace {
 
@@ -293,7 +293,7 @@ void endWithReader()
         std::_Exit(128 + 13);
 }
 
-/// Writes to stderr at once. Where that fails, there is nobody left to tell.
+/// Writes to stderr unbuffered. A failure could not be reported anywhere.
 void writeToErrors(const QByteArray& text)
 {
     static_cast<void>(std::fputs(text.constData(), stderr));
@@ -355,7 +355,7 @@ void Terminal::setLastWords(const QString& text)
 int Terminal::ProgressLine::width()
 {
     const int columns = errorSize().columns;
-    return columns > 1 ? columns - 1 : 79; // in the last one some terminals wrap
+    return columns > 1 ? columns - 1 : 79; // some terminals wrap after the last column
 }
 
 void Terminal::ProgressLine::show(const QString& text)
@@ -364,7 +364,7 @@ void Terminal::ProgressLine::show(const QString& text)
         return;
     const QString line = cutToWidth(printable(text), width());
     const int used = displayWidth(line);
-    // blanks instead of an escape sequence: they wipe on any terminal
+    // blanks instead of an escape sequence: they erase on any terminal
     const QString filler(qMax(0, progressWidth - used), QLatin1Char(' '));
     writeToErrors((QLatin1Char('\r') + line + filler).toUtf8());
     progressWidth = used;
@@ -385,7 +385,7 @@ void Terminal::LiveBlock::show(const QStringList& lines)
         return;
     const Size size = errorSize();
     const int columns = size.columns > 1 ? size.columns - 1 : 79;
-    // one that scrolled out of sight could not be written over
+    // lines that have scrolled off the screen could not be overwritten
     const QStringList fitting = lines.mid(0, size.lines > 1 ? size.lines - 1 : -1);
     if (m_shown == 0 && fitting.isEmpty())
         return;

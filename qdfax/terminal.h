@@ -6,39 +6,38 @@
 
 #include <optional>
 
-/// The terminal that qdfax runs in, if any: its size, typing without echo, a line that is written over, and
-/// Ctrl-C.
+/// The terminal that qdfax runs in, if any: its size, input without echo, progress lines, and Ctrl-C.
 namespace Terminal {
 
 /// Whether standard output, or standard error, is a terminal.
 bool isOutput();
 bool isError();
 
-/// The columns of the terminal, or what the variable COLUMNS says; 0 when nobody knows, as for a pipe.
+/// The columns of the terminal, or of the variable COLUMNS; 0 if unknown, as for a pipe.
 int width();
-/// The lines of the terminal; 0 when nobody knows.
+/// The lines of the terminal; 0 if unknown.
 int height();
 
-/// UTF-8 to standard output. After a failure, such as a full disk, outputFailed() says so; when the reader
-/// has gone, the program ends.
+/// Writes UTF-8 to standard output. After a failure, such as a full disk, outputFailed() is true; on a broken
+/// pipe the program ends.
 void write(const QByteArray& text);
-/// A line to standard error. A progress line that stands there is wiped first.
+/// Writes a line to standard error, erasing a progress line first.
 void writeError(const QString& line);
-/// Writes out what is buffered. True when some output was lost.
+/// Flushes standard output. True if some output was lost.
 bool outputFailed();
 
-/// Asks on the terminal itself, whatever standard input is, and reads a line without showing it. Nothing when
-/// there is no terminal, or at its end of input.
+/// Prompts on the controlling terminal, even if standard input is redirected, and reads a line without echo.
+/// Nothing without a terminal, or at end of input.
 std::optional<QString> askHidden(const QString& prompt);
 
-/// Makes Ctrl-C, a hang-up and a termination end the program at once, with the exit status that shells expect
-/// (130 for Ctrl-C), the terminal as it was, and the last words on standard error. On Windows it also has the
-/// console take what write() writes: UTF-8, with escape sequences.
+/// Makes Ctrl-C, SIGHUP and SIGTERM end the program at once, with the exit status that shells expect (130 for
+/// Ctrl-C), the terminal's settings restored, and the text of setLastWords() on standard error. On Windows it
+/// also switches the console to UTF-8 and escape sequences, as write() needs.
 void installInterrupt();
-/// What to say when the program is interrupted from now on; empty: nothing.
+/// The text to print if the program is interrupted from now on; empty: none.
 void setLastWords(const QString& text);
 
-/// While one exists an interruption waits: for the few moments in which files are exchanged.
+/// Defers interruption while it exists: for the short time in which files are replaced.
 class InterruptBlocker
 {
 public:
@@ -47,8 +46,8 @@ public:
     Q_DISABLE_COPY(InterruptBlocker)
 };
 
-/// One line on standard error that is written over and over, and wiped at the end. Shows nothing where
-/// standard error is no terminal.
+/// One line on standard error that is repeatedly overwritten, and erased at the end. Shows nothing if
+/// standard error is not a terminal.
 class ProgressLine
 {
 public:
@@ -63,8 +62,8 @@ public:
     static void clear();
 };
 
-/// A few lines on standard error that are written over and over, and wiped at the end. Shows nothing where
-/// standard error is no terminal.
+/// A few lines on standard error that are repeatedly overwritten, and erased at the end. Shows nothing if
+/// standard error is not a terminal.
 class LiveBlock
 {
 public:
@@ -78,7 +77,7 @@ private:
     int m_shown{0};
 };
 
-/// Replaces what standard output shows, where it is a terminal; else appends the lines and a blank one.
+/// Replaces the screen's content if standard output is a terminal; else appends the lines and a blank one.
 void showScreen(const QStringList& lines);
 
 } // namespace Terminal

@@ -13,7 +13,7 @@ bool isUntranslated(const QByteArray& locale)
     return name == "C" || name == "POSIX";
 }
 
-/// What the environment names for messages, "" where that is left to the system.
+/// The locale of messages in the environment, "" if it is not set.
 QByteArray localeOfMessages()
 {
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
@@ -24,7 +24,7 @@ QByteArray localeOfMessages()
     return {};
 }
 
-/// Whether there was a file @p name for @p locale in @p folder. It is in use from then on.
+/// Installs the translation @p name for @p locale in @p folder; false if there is none.
 bool use(const QLocale& locale, const QString& name, const QString& folder)
 {
     auto* translator = new QTranslator(QCoreApplication::instance());
@@ -39,9 +39,9 @@ bool use(const QLocale& locale, const QString& name, const QString& folder)
 void Text::useLanguageOfUser()
 {
     const auto resources = QStringLiteral(":/translations");
-    // "1 contact", not "1 contacts"; where a translation is installed after it, that is asked first
+    // "1 contact", not "1 contacts"; a translation installed later takes precedence
     use(QLocale(QLocale::English), QStringLiteral("qdfax"), resources);
-    // Qt takes LANGUAGE from whoever asks for the "C" locale, too: that would translate what scripts read
+    // Qt uses LANGUAGE in the "C" locale too: that would translate output that scripts parse
     if (isUntranslated(localeOfMessages()))
         return;
     const QStringList languages = QLocale::system().uiLanguages();

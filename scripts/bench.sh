@@ -62,7 +62,7 @@ growth() {
 # How cost grows with size
 
 Made by \`scripts/bench.sh --growth\` on $(nproc) processors. Each cell: ours beside the baseline, in milliseconds
-(\`submit-memory\`: MB), and the ratio. What the size counts, and what each row and its baseline do, is told in
+(\`submit-memory\`: MB), and the ratio. What the size counts, and what each row and its baseline do, is described in
 [bench/README.md](../bench/README.md). \`reader-wait\` has no baseline.
 
 | row | 1,000 | 10,000 | 100,000 |

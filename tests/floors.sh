@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Fails on an include that runs up, naming file, line and both rooms. A room is a folder of qdcore/, or qdwidgets/, qdfax/
-# or qdsim/; it includes itself and what is on the floors below it, never what is on its own floor or above.
+# or qdsim/; it may include itself and rooms on the floors below it, not others on its own floor or above.
 #
 # Usage: tests/floors.sh [FOLDER]     FOLDER holds the four, by default the folder above this script's.
 set -euo pipefail
@@ -15,10 +15,10 @@ floors='
 2 contacts captures
 1 core
 0 qdwidgets'
-# The other side of the wire: includes nobody, and nobody includes it.
+# The simulator shares no code with the rest: it includes no room, and no room includes it.
 apart='qdsim'
 
-# Who runs up all the same, and to which header. One that is not needed any more is an error too.
+# The exceptions: a file, and the header above it that it includes. One that is no longer needed is an error too.
 server_of_a_task='a request asks its server for address, login and access manager'
 exceptions="
 qdcore/tasks/servicerequest_p.cpp faxserver.h $server_of_a_task

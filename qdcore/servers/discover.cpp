@@ -14,13 +14,13 @@ const quint16 discoveryPort = 7070;
 /// Datagrams get lost, so each query goes out more than once.
 const int repetitions = 3;
 
-/// Datagrams read before the event loop has its turn again; a flood would keep it for ever.
+/// Datagrams read before returning to the event loop, which a flood would block for ever.
 const int datagramsAtOnce = 64;
 
-/// Datagrams read when the time is up: more than a socket holds, but a flood shall not go on for ever.
+/// Datagrams read when the time is up: more than a socket buffers, but bounded in case of a flood.
 const int datagramsAtEnd = 4096;
 
-/// No timer has this id.
+/// An id that no timer has.
 const int timeIsUp = -1;
 
 } // namespace
@@ -36,10 +36,10 @@ void Discover::startDiscover(int timeout)
 {
     stopDiscover();
 
-    // Not bound: it sends from a port of the system's choice, and the answers come back there.
+    // Not bound: the system chooses the port, to which the answers are sent.
     auto* socket = new QUdpSocket(this);
     m_socket = socket;
-    // Queued: a receiver of an entry may destroy the socket, which looks at itself again after its signal.
+    // Queued: a slot may destroy the socket, which accesses its members after emitting (use after free).
     connect(socket, &QUdpSocket::readyRead, this, &Discover::processDiscover, Qt::QueuedConnection);
 
     const QByteArray query = QByteArrayLiteral("DISCOVER\n");
@@ -66,7 +66,7 @@ void Discover::stopDiscover()
     m_socket.clear();
     const QList<QUdpSocket*> sockets = findChildren<QUdpSocket*>(QString(), Qt::FindDirectChildrenOnly);
     for (QUdpSocket* socket : sockets) {
-        socket->disconnect(this); // nothing that has come is reported any more
+        socket->disconnect(this); // pending datagrams are not reported any more
         socket->deleteLater();
     }
 }
@@ -78,8 +78,8 @@ void Discover::timerEvent(QTimerEvent* event)
     killTimer(m_timerId);
     m_timerId = timeIsUp;
 
-    // When the thread was busy, what came in time still waits in the socket. A receiver may stop, restart or
-    // destroy the search.
+    // If the thread was busy, datagrams that arrived in time are still in the socket's buffer. A slot may
+    // stop, restart or destroy the search.
     const QPointer<Discover> self(this);
     QUdpSocket* const socket = m_socket;
     for (int i = 0; i < datagramsAtEnd && socket->hasPendingDatagrams(); ++i) {
@@ -88,7 +88,7 @@ void Discover::timerEvent(QTimerEvent* event)
             return;
     }
     m_timerId = 0;
-    // Not disconnected: as long as it exists it is listened to.
+    // Not disconnected: answers are reported for as long as the socket exists.
     socket->deleteLater();
     Q_EMIT timeOutDiscover();
 }
@@ -96,7 +96,7 @@ void Discover::timerEvent(QTimerEvent* event)
 void Discover::processDiscover()
 {
     const QPointer<QUdpSocket> socket = qobject_cast<QUdpSocket*>(sender());
-    // A receiver may destroy this object, and the socket with it, or stop or restart the search.
+    // A slot may destroy this object, and the socket with it, or stop or restart the search.
     const QPointer<Discover> self(this);
     for (int i = 0; self && socket && socket == m_socket && i < datagramsAtOnce; ++i) {
         if (!socket->hasPendingDatagrams())
@@ -108,7 +108,7 @@ void Discover::processDiscover()
 /// Reads the next datagram and reports it if it is an answer; then this object may be gone.
 void Discover::readDatagram(QUdpSocket& socket)
 {
-    // An empty datagram has size 0 and is read like any other, else it would stay in front of the rest.
+    // An empty datagram has size 0 and must be read too, or it would stay at the head of the queue.
     const qint64 size = qMax<qint64>(socket.pendingDatagramSize(), 0);
     QByteArray datagram(static_cast<int>(size), Qt::Uninitialized);
     if (socket.readDatagram(datagram.data(), size) != size)

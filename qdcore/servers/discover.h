@@ -13,8 +13,8 @@ class QUdpSocket;
  *
  * A search broadcasts a query on every interface that has a broadcast address and reports each answer, until
  * it is stopped, its time is up or another search begins. Owned by its creator, lives on a thread with an
- * event loop. What fails (an interface that cannot send, an answer that makes no sense) is skipped without a
- * word: a search that can reach nothing just finds nothing.
+ * event loop. Failures (an interface that cannot send, an invalid answer) are ignored silently: a search that
+ * can reach nothing just finds nothing.
  */
 class QDCORE_EXPORT Discover : public QObject
 {
@@ -28,7 +28,7 @@ public:
     /// until stopDiscover().
     void startDiscover(int timeout);
 
-    /// Ends the search without a signal; nothing that has come is reported any more.
+    /// Ends the search without a signal; pending answers are not reported any more.
     void stopDiscover();
 
 Q_SIGNALS:
@@ -36,8 +36,8 @@ Q_SIGNALS:
     /// answer is reported: merge by DiscoverEntry::inetAddr.
     void discoveredEntry(const DiscoverEntry& entry);
 
-    /// The time is up and the search has ended. Answers that came in time have been reported before; one that
-    /// comes while a slot of this signal runs an event loop still is.
+    /// The time is up and the search has ended. Answers that arrived in time have been reported before; one
+    /// that arrives while a slot of this signal runs an event loop is still reported.
     void timeOutDiscover();
 
 protected:

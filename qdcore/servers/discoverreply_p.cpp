@@ -5,7 +5,7 @@
 
 bool readDiscoverReply(const QByteArray& datagram, DiscoverEntry& entry)
 {
-    // decoded at once: a stream over the bytes guesses at encodings, and drops what is cut off at the end
+    // decoded in one call: a QTextStream would guess encodings, and drop a truncated character at the end
     QString text = QString::fromUtf8(datagram.constData(), datagram.size());
     QTextStream lines(&text, QIODevice::ReadOnly);
     if (lines.readLine().compare(QLatin1String("200 OK"), Qt::CaseInsensitive) != 0)

@@ -6,6 +6,6 @@
 
 #include <QByteArray>
 
-/// Reads the datagram of an answer: "200 OK" in whatever case, then lines of "key:value". False, and @p entry
-/// as it was, when it is something else; a value that is missing is empty.
+/// Reads the datagram of an answer: "200 OK" in any case, then lines of "key:value". False, and @p entry
+/// unchanged, if it is anything else; a missing value is empty.
 bool readDiscoverReply(const QByteArray& datagram, DiscoverEntry& entry);

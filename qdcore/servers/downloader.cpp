@@ -16,15 +16,14 @@ namespace {
 /// "(n)" goes in front of the dot and the three letters of an extension.
 const int extensionLength = 4;
 
-/// Stands in front of a name without a folder: Qt would look the part before a colon up among its search
-/// paths.
+/// Put in front of a name without a folder: Qt would take the part before a colon for the name of a search
+/// path.
 const QLatin1String currentFolder("./");
 
-/// How much waits in the access manager to be written, in bytes. Without a limit its thread goes on reading,
-/// and decompressing, whatever a server sends, faster than it can be written. When the connection is cut,
-/// what is beyond the limit is lost: for plain content there is room for what piles up in a busy moment.
-/// Compressed content can be any multiple of what is sent, and the manager keeps within the smaller limit
-/// only.
+/// Limits of the access manager's read buffer, in bytes. Without a limit its thread would read and decompress
+/// whatever a server sends, faster than it can be written to the file. If the connection is cut, data beyond
+/// the limit is lost, so the one for plain content is large enough for a busy event loop. Compressed content
+/// may expand to any multiple of its size; only with the smaller limit does the manager bound its memory.
 constexpr qint64 waitingPlain = qint64(16) * 1024 * 1024;
 constexpr qint64 waitingCompressed = qint64(16) * 1024;
 
@@ -45,8 +44,8 @@ bool isSpecialName(const QString& name)
 }
 #endif
 
-/// Whether a name chosen by a server names a file of the folder it is put after, and can be shown in one
-/// line.
+/// Whether a name chosen by a server is a plain file name, which stays inside the folder it is appended to
+/// and can be shown in one line.
 bool isFileName(const QString& name)
 {
     if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
@@ -61,7 +60,7 @@ bool isFileName(const QString& name)
                         [](QChar c) { return c.category() == QChar::Other_Control; });
 }
 
-/// Whether something has that path, a link that leads nowhere included: opening would follow it.
+/// Whether the path exists, also as a dangling link, which opening would follow.
 bool isTaken(const QFileInfo& info)
 {
     return info.exists() || info.isSymLink();
@@ -103,8 +102,8 @@ QString Downloader::targetPath(const QString& fileName) const
         const bool isFile = info.isSymLink() || !info.isDir();
         if (isFile && QFile::remove(path))
             return path;
-        // In a shorter name the number would land in the folder's part of the path. Names grow with each
-        // number, so the file system's limit ends the search.
+        // In a shorter name the number would be inserted into the folder's part of the path. Names grow with
+        // each number, so the file system's limit on their length ends the loop.
         if (fileName.size() < extensionLength)
             return QString();
         path.insert(path.size() - extensionLength, QStringLiteral("(%1)").arg(n));
@@ -124,7 +123,7 @@ void Downloader::download(QUrl url, bool secure)
     if (m_file.isOpen())
         m_file.close();
     m_file.setFileName(filePath);
-    // Nothing has this name now. Should a link appear meanwhile, it is not followed.
+    // The name is free now. NewOnly: a link that appears meanwhile (a race) is not followed.
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
         Q_EMIT downloadError(FileError);
         return;
@@ -137,7 +136,8 @@ void Downloader::download(QUrl url, bool secure)
     url.setScheme(secure ? QStringLiteral("https") : QStringLiteral("http"));
     const QString userName = url.userName(QUrl::FullyDecoded);
     const QString password = url.password(QUrl::FullyDecoded);
-    // The credentials go out once, in the header; in the URL the manager would keep them for other requests.
+    // The credentials are sent only in the header: from the URL the manager would cache them for other
+    // requests.
     url.setUserInfo(QString());
 
     QNetworkRequest request(url);
@@ -162,8 +162,8 @@ void Downloader::download(QUrl url, bool secure)
             reply->setReadBufferSize(waitingCompressed);
     });
     connect(m_reply.data(), &QNetworkReply::finished, this, [this] { m_endError = m_reply->error(); });
-    // Queued: a receiver of what they report may destroy the access manager, and so the reply, which looks at
-    // itself again after its signals. What arrives is taken at once: the reply gives it away until it fails.
+    // Queued: a slot may destroy the access manager and with it the reply, which accesses its members after
+    // emitting (use after free). Data is read at once: after a failure the reply no longer returns it.
     connect(m_reply.data(), &QNetworkReply::finished, this, &Downloader::slotFinished, Qt::QueuedConnection);
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
@@ -186,8 +186,8 @@ void Downloader::slotReadyRead()
     }
 
     const QByteArray chunk = m_reply->readAll();
-    // A full disk does not end the download. Nothing goes behind the gap, so that the file stays a beginning
-    // of what was sent, even when there is room again.
+    // A full disk does not end the download. Nothing is written after the gap, even if there is room again,
+    // so that the file is always a prefix of the content.
     if (m_file.isOpen() && (m_file.write(chunk) != chunk.size() || !m_file.flush()))
         m_file.close();
     QD_LOG(DEBUG, tr("Downloader: next data chunk was obtained.", "Logger"));
@@ -201,7 +201,7 @@ void Downloader::err(QNetworkReply::NetworkError code)
     fail();
 }
 
-/// Unless the manager has gone meanwhile.
+/// Reports the failure, unless the manager was destroyed meanwhile.
 void Downloader::fail()
 {
     if (m_alive)

@@ -26,7 +26,7 @@ class QDCORE_EXPORT Downloader : public QObject
     Q_OBJECT
 
 public:
-    /// What downloadError() tells.
+    /// The argument of downloadError().
     enum Error {
         NoError = 0,      ///< Never emitted.
         NetworkError = 1, ///< The request failed, or the server answered with an error.
@@ -34,7 +34,7 @@ public:
     };
     Q_ENUM(Error)
 
-    /// Once @p manager is gone, download() must not be called any more.
+    /// download() must not be called after @p manager was destroyed.
     Downloader(QObject* parent, QNetworkAccessManager& manager);
     ~Downloader() override;
 
@@ -44,12 +44,12 @@ public:
 
     /**
      * Fetches @p url by HTTPS if @p secure, else by HTTP, whatever its scheme is. User name and password in
-     * it go out as Basic authentication, and the server's certificate is not verified. No redirect is
-     * followed: one counts as the file.
+     * it are sent as Basic authentication; the server's certificate is not verified. Redirects are not
+     * followed: the body of one is saved as the file.
      *
      * The file is named after the last part of the URL's path. A file of that name is replaced; where it
      * cannot be deleted, "(1)" goes in front of the last four characters of the name, and so on: a.tif,
-     * a(1).tif, a(1)(2).tif. A name that is none ("..", control characters) or is too short to be numbered
+     * a(1).tif, a(1)(2).tif. An invalid name ("..", control characters) or is too short to be numbered
      * ends in downloadError(FileError).
      *
      * Ends with downloadFinished() or downloadError(). While a download is running only the target file is
@@ -59,17 +59,17 @@ public:
      */
     void download(QUrl url, bool secure);
 
-    /// Always NoError; failures are told by downloadError() alone.
+    /// Always NoError; failures are reported by downloadError() only.
     Error getLastError() const { return m_lastError; }
 
 Q_SIGNALS:
     /// The server's answer has arrived. It is in the file @p filePath: downloadPath(), the platform's
-    /// separator, the name. What could not be written, as on a full disk, is lost without a word, and the
-    /// file is shorter: who must know compares its size with what the server sent.
+    /// separator, the name. Data that could not be written, as on a full disk, is lost without an error, and
+    /// the file is shorter: to detect it, compare its size with the content length that the server sent.
     void downloadFinished(const QString& filePath);
 
-    /// The download has failed; what was already written stays in the file, and of a compressed answer the
-    /// end of what had come may be missing. A network error may be told twice.
+    /// The download has failed; data already written stays in the file. Of a compressed answer, the last data
+    /// received may be missing. A network error may be reported twice.
     void downloadError(Downloader::Error error);
 
     /// Not emitted. Both counts are in bytes.
@@ -92,6 +92,6 @@ private:
     QPointer<QNetworkReply> m_reply; ///< The running request; null when there is none, or it was released.
     QPointer<QNetworkAccessManager> m_alive; ///< The manager of the running request.
     bool m_isRunning{false};                 ///< From sending until slotFinished().
-    /// What the reply ended with: an application may release it before slotFinished().
+    /// The result of the reply, which an application may delete before slotFinished().
     QNetworkReply::NetworkError m_endError{QNetworkReply::NoError};
 };

@@ -14,8 +14,8 @@ FaxManager::FaxManager(const QPointer<ContactManager>& contactManager, QObject* 
 
 FaxManager::~FaxManager()
 {
-    // before the access manager: a task lets its reply go when it is destroyed. Whoever hears of one server's
-    // end may end another.
+    // Before the access manager: a task's destructor uses its reply. A slot called while one server is
+    // destroyed may destroy another.
     const auto children = findChildren<FaxServer*>(QString(), Qt::FindDirectChildrenOnly);
     const QVector<QPointer<FaxServer>> servers(children.begin(), children.end());
     for (const QPointer<FaxServer>& server : servers)
@@ -41,8 +41,8 @@ QPointer<FaxServer> FaxManager::addServer(const QPointer<FaxServer>& server, boo
         connect(server, &FaxServer::changedLastStatus, this, &FaxManager::slotChangedServerStatus);
     server->verifyUser(syncContacts);
     server->initProvider();
-    // A slot that heard of the new provider may have destroyed the server or all of this, or deleted the
-    // server again: each of it ends the connection.
+    // A slot of changedContactProviderList() may have destroyed the server or this manager, or called
+    // deleteServer(); each of these breaks the connection.
     if (!watch) {
         if (server)
             server->deinitProvider();
@@ -149,7 +149,7 @@ bool FaxManager::readStorage(const QDomElement& element, int version)
         if (isTrue(child.attribute(QStringLiteral("default"), QStringLiteral("false")))) {
             const int index = server ? m_servers.indexOf(server) : -1;
             if (index < 0)
-                continue; // a slot has taken it off the list again
+                continue; // a slot has removed it from the list
             m_defaultIndex = index;
             Q_EMIT changedFaxServerList();
             if (!self)

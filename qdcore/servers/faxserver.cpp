@@ -144,7 +144,7 @@ QString FaxServer::genUID() const
 
 // --- Requests
 
-/// A task of the class that has these done signals; whatever they carry, each is a success.
+/// Creates the task and connects its done signals, each of which counts as a success.
 template <typename T, typename... Args, typename... Others>
 Task* FaxServer::newTask(void (T::*done)(Args...), Others... others)
 {
@@ -217,7 +217,7 @@ void FaxServer::updatePrinternamesList()
 
 // --- Bookkeeping
 
-/// Records a success. False when a slot has destroyed this server.
+/// Records a success. False if a slot has destroyed this server.
 bool FaxServer::succeeded()
 {
     if (m_lastStatus == Task::Ok)

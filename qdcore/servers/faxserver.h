@@ -19,7 +19,7 @@ class FaxManager;
 class QNetworkAccessManager;
 
 /**
- * One configured fax server: how to reach it, what it says of itself, and how the last request to it ended.
+ * One configured fax server: its address and account, its identity, and the outcome of the last request.
  *
  * Every request is a Task made by addTask(), which keeps lastStatus() and isConnected() current whatever the
  * request is. A server logs in when it is added to its FaxManager (verifyUser()), then reads its identity and
@@ -83,7 +83,7 @@ public:
     const QVector<CoverPage>& coverPagesList() const;
     /// 0 when no list was received yet.
     int coverPagesCount() const;
-    /// The cover page at an index, the empty one for any index that has none.
+    /// The cover page at an index; an empty one if the index is out of range.
     const CoverPage& coverPage(int index) const;
     /// The page to begin with: none, an empty cover page.
     CoverPage defaultCoverPage() const;
@@ -173,8 +173,7 @@ public Q_SLOTS:
     /// that it is; the others say nothing about that. Emits changedLastStatus() unless it was the last status
     /// already.
     void slotError(Task::Status status);
-    /// A success of any request is a success of the server: Ok and connected. What it brought is not looked
-    /// at.
+    /// A success of any request is a success of the server: Ok and connected. Its result is not examined.
     void slotDone();
     void slotDone(const QuendraInfo& info);
     void slotDone(const FaxUser& user);

@@ -14,8 +14,8 @@ constexpr int versionBeforeFaxPageSize = 306000;
  * A dotted version text as a six-digit number of three two-digit groups: "3.2.7" is 302070, "3.6.1" is
  * 306010.
  *
- * What follows a "-" does not count. Each of the first three parts is brought to two digits by its leading
- * ones, so that 7 and 70 are alike and 1 equals 10; the thresholds above are set against that.
+ * A "-" and the text after it are ignored. Each of the first three parts is padded with zeros, or cut, to two
+ * digits, so that 7 equals 70 and 1 equals 10; the thresholds above are chosen for that.
  */
 inline int versionNumber(const QString& version)
 {

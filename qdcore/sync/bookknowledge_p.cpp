@@ -7,8 +7,8 @@
 
 namespace {
 
-/// Removes units from a list and from the groups in it. Whether there were any. Groups are copied first: the
-/// event loop may have the same list.
+/// Removes units from a list and from the groups in it; returns whether there were any. Groups are copied
+/// first: the main thread may share the list.
 template <typename Condition>
 bool removeIf(ContactList& units, Condition condition)
 {
@@ -119,7 +119,7 @@ void BookKnowledge::store(ContactLocalStorage& storage, ContactList& units, unsi
         all.erase(std::remove_if(all.begin(), all.end(), isStoredOrUnknown), all.end());
     }
 
-    // members are looked at one by one only where one of them can be newer
+    // members are checked one by one only if one of them can be newer
     unsigned int latest = std::max(m_newestOfAll, timestamp);
     if (latest != any && storage.getContactLastTimeStamp(m_book.source, ContactLocalStorage::AnyType,
                                                          ContactLocalStorage::AnyLocation) <= latest)

@@ -12,7 +12,7 @@
 class ContactUnit;
 class QUrl;
 
-/// Where a unit of a fax server stands in the store.
+/// The key of a fax server's unit in the store.
 struct ContactPlace
 {
     ContactLocalStorage::ContactType type;
@@ -20,12 +20,12 @@ struct ContactPlace
     QString uid; ///< The last segment of the path of the unit's URL.
 };
 
-/// The place of a unit by its class and URL. False for a unit of another class, which is logged, and for one
-/// whose URL has no path.
+/// Derives the key of a unit from its class and URL. False for a unit of another class, which is logged, and
+/// for one whose URL has no path.
 bool placeOf(const ContactUnit& unit, ContactPlace& place);
 
-/// A list that shares its units with another one, where both only read them: copying a list clones 100,000
-/// units in 100 ms.
+/// A list that shares its units with another one; both must only read them. Copying a list would clone its
+/// units: 100 ms for 100,000.
 ContactList withSameUnits(const ContactList& list);
 
 /// Stores a unit, and with a group its members, on the calling thread's connection. @p timestamp is that of

@@ -20,7 +20,7 @@ ContactManager::ContactManager(QObject* parent)
 
 ContactManager::~ContactManager()
 {
-    // a slot that hears of their end finds none of them any more
+    // emptied first: a slot called during the destruction must not find them
     const QVector<QPointer<ContactProvider>> providers = std::exchange(m_providers, {});
     for (const auto& provider : providers)
         delete provider;

@@ -31,8 +31,7 @@ public:
     /// The providers in the order added. Entries may be null.
     const QVector<QPointer<ContactProvider>>& providers() const { return m_providers; }
 
-    /// Adds a provider, owned by the manager. Any number that is no type adds a null entry
-    /// and returns null.
+    /// Adds a provider, owned by the manager. An invalid type adds a null entry and returns null.
     QPointer<ContactProvider> addProvider(ContactProvider::Type type);
 
     /// Takes a provider off the list and deletes it later on the event loop; nothing when it is not in the

@@ -11,7 +11,7 @@ class QDCORE_EXPORT ContactManagerQuickSearch : public QObject
 {
     Q_OBJECT
 public:
-    /// Searches nothing by itself: whoever derives from it does.
+    /// Searches nothing by itself: a derived class does.
     explicit ContactManagerQuickSearch(QObject* parent = nullptr)
         : QObject(parent)
     {}

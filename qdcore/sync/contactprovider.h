@@ -17,7 +17,7 @@ class ContactManager;
  *
  * A provider changes contacts in its source, keeps the store's copy of its books current, and reads pages of
  * them from the store. It counts its running synchronisations; every start is matched by exactly one end, so
- * that whoever counts the signals sees when nothing runs any more.
+ * that counting the signals shows when none is running.
  *
  * Made by ContactManager::addProvider() only and owned by the manager. Lives and emits on the manager's
  * thread.
@@ -34,7 +34,7 @@ public:
     Q_ENUM(Type)
 
     /// Ends the running synchronisations: each emits onSyncStop() and errorSyncedContacts(Task::Error). Slots
-    /// must not call the provider then; it is half gone.
+    /// must not call the provider then; it is partly destroyed.
     ~ContactProvider() override;
 
     /// Whether a synchronisation is running.
@@ -43,13 +43,13 @@ public:
     /// The source in the contact store; 0 until one is registered.
     unsigned int sourceId() const { return m_sourceId; }
 
-    /// What kind of source this is, and so which class.
+    /// The kind of source, which determines the provider's class.
     virtual ContactProvider::Type type() = 0;
 
     /// The books of this source, in the order in which they are synchronised.
     virtual QList<ContactList::Type> contactsTypeList() const = 0;
 
-    /// Whether addContact() can succeed for a book; what the user may do is not asked.
+    /// Whether addContact() is supported for a book; the user's permissions are not checked.
     virtual bool isAddContactSupport(ContactList::Type type) const = 0;
     /// Adds a unit to a book of the source, and then to the store. Answered by addedContact() or
     /// errorAddedContact().
@@ -81,7 +81,8 @@ Q_SIGNALS:
     /// @p contact is the unit as the source has it now, its identifier included. It lives as long as the
     /// signal.
     void addedContact(const ContactUnit& contact, ContactList::Type type);
-    /// addContact() has failed. Which of several calls is not told: whoever must know makes one at a time.
+    /// addContact() has failed. The signal does not identify the call; a caller that needs to know must have
+    /// only one pending.
     void errorAddedContact(Task::Status status);
     /// @p contact is the unit that was sent. It lives as long as the signal.
     void modifiedContact(const ContactUnit& contact, ContactList::Type type);

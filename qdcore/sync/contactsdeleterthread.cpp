@@ -54,7 +54,7 @@ void ContactsDeleterThread::run()
     m_replied += uidsOf(m_units);
     m_units = ContactList(); // destroying 100,000 units takes too long for the event loop
     if (m_storage) {
-        // whoever began a bracket ends it, also when beginning failed: the mutex is held either way
+        // a bracket must be ended even if beginning it failed: the mutex is held either way
         const bool begun = m_storage->scopeBegin();
         if (begun)
             m_known->deleteRest(*m_storage, m_uids, m_replied);

@@ -28,15 +28,15 @@ public:
                           QObject* parent);
     ~ContactsDeleterThread() override;
 
-    /// What getContactLastTimeStamp() of the book was when the source was asked for its units. Where it is
-    /// later by now, somebody has stored newer ones, and nothing is deleted. Set before start().
+    /// getContactLastTimeStamp() of the book when the source was asked for its units. If it is later by now,
+    /// newer units have been stored, and nothing is deleted. Set before start().
     void setKnown(unsigned int timestamp);
 
 Q_SIGNALS:
-    /// Comes before doneContactsDeletion(). @p isStored: whether the store is without the units; where not,
-    /// it is as it was.
+    /// Emitted before doneContactsDeletion(). @p isStored: whether the deletion was committed; if not, the
+    /// store is unchanged.
     void deleted(bool isStored);
-    /// The transaction has ended, well or not; comes from the thread itself.
+    /// The transaction was committed or rolled back; emitted by the thread itself.
     void doneContactsDeletion();
 
 protected:

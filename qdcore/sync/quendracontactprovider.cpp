@@ -131,7 +131,7 @@ static void disassembleWhole(ContactLocalStorage& storage, unsigned int source, 
 void QuendraContactProvider::disassembleContact(const ContactUnit& contact, unsigned int timestamp,
                                                 unsigned int group)
 {
-    // without a server its source is deleted, and a late reply must not store units of it again
+    // unlinking the server deleted its source; a late reply must not store units of it again
     if (m_storage && m_server)
         disassembleWhole(*m_storage, m_sourceId, contact, timestamp, group);
 }
@@ -260,14 +260,14 @@ void QuendraContactProvider::slotModifiedContact(const ContactUnit& contact, Con
 
 void QuendraContactProvider::storeUnit(const ContactUnitPtr& unit, const std::function<void()>& done)
 {
-    // without a server its source is deleted, and a late reply must not store units of it again
+    // unlinking the server deleted its source; a late reply must not store units of it again
     if (!m_server)
         return done();
     const auto write = [unit, source = m_sourceId](ContactLocalStorage& storage) {
         QString name;
         ContactLocalStorage::SourceType kind;
         if (!storage.getSourceInfo(source, name, kind))
-            return; // it was deleted while this was queued
+            return; // the unit was deleted while this was queued
         disassembleWhole(storage, source, *unit, 0, 0);
     };
     m_writes->add(write, done);
@@ -278,8 +278,8 @@ void QuendraContactProvider::slotDeletedContact(const ContactUnit& contact, Cont
     ContactPlace place;
     const bool hasPlace = placeOf(contact, place);
     if (hasPlace) {
-        // Noted before the row is deleted, which happens after a running bracket: a conversion that does not
-        // see the note has stored the unit by then.
+        // Recorded before the row is deleted, which waits for a running bracket: a storing thread that has
+        // missed the record has stored the unit by then.
         for (const auto& weak : qAsConst(m_known)) {
             if (const Known known = weak.toStrongRef())
                 known->noteDeleted({m_sourceId, place.type, place.location}, {place.uid});
@@ -343,7 +343,7 @@ void QuendraContactProvider::syncContacts(ContactList::Type type, bool full)
     task->execute();
 }
 
-/// What the store holds of a book, to be taken when a request about it goes out.
+/// The store's present content of a book; to be called when a request about it is sent.
 QuendraContactProvider::Known QuendraContactProvider::knownNow(ContactList::Type type)
 {
     const StoredBook book{m_sourceId, kindOf(type), locationOf(type)};
@@ -422,9 +422,9 @@ void QuendraContactProvider::useContacts(const ContactList& contacts, unsigned i
     if (known->book().source != m_sourceId) // another server was linked meanwhile
         return slotErrorSyncedContacts(Task::Error);
     if (full) {
-        // What was added meanwhile stays. So does what has just come: it would be stored again under new ids,
-        // but the groups would have lost it as a member. An identifier that is no number protects only its
-        // own row, also one that was listed or added.
+        // Units added meanwhile stay. So do those just received: they would be stored again under new ids,
+        // but lost as members of groups. An identifier that is not a number protects only its own row, also
+        // if it was listed or added.
         const QList<QString> listed = m_syncOids.value(type); // none: nothing will be deleted
         startDeleter(type, {}, listed, known, listed.isEmpty() ? ContactList() : withSameUnits(contacts));
     }
@@ -454,8 +454,8 @@ void QuendraContactProvider::startThread(const QPointer<QThread>& thread)
 }
 
 /// Starts a thread that deletes what the server no longer has. The thread that stores the book's units waits
-/// for it: in a race, the deleter could remove a row that was just updated, where the server has taken an
-/// identifier into use again between its two replies.
+/// for it. Race otherwise: the deleter could remove a row just updated, if the server has reused an
+/// identifier between its two replies.
 void QuendraContactProvider::startDeleter(ContactList::Type type, const QList<QString>& listed,
                                           const QList<QString>& replied, const Known& known,
                                           ContactList&& units)
@@ -490,7 +490,7 @@ void QuendraContactProvider::deleterEnded(ContactList::Type type)
         startThread(thread.data());
 }
 
-/// Counts one synchronisation down. False when a slot has destroyed this provider.
+/// Decrements the count of synchronisations. False if a slot has destroyed this provider.
 bool QuendraContactProvider::endSync()
 {
     const QPointer<QuendraContactProvider> self(this);

@@ -41,8 +41,8 @@ public:
     /// Personal contacts, global contacts, personal groups, global groups.
     QList<ContactList::Type> contactsTypeList() const override;
     //@{
-    /// True for the four books. Rights are the server's affair: what the user may not do comes back as
-    /// NotPermitted or AccessDenied.
+    /// True for the four books. The server checks permissions: a forbidden change ends with NotPermitted or
+    /// AccessDenied.
     bool isAddContactSupport(ContactList::Type type) const override;
     void addContact(const ContactUnit& contact, ContactList::Type type) override;
     bool isModifyContactSupport(ContactList::Type type) const override;
@@ -53,9 +53,9 @@ public:
     void getContacts(ContactList::Type type, const QString& filter, unsigned int offset,
                      unsigned int limit) override;
     void syncContacts(ContactList::Type type, bool full) override;
-    /// Whether the store holds what the last synchronisation of a book that ended with syncedContacts()
-    /// brought. That signal comes also when nothing could be stored (no room, a file that is read-only or
-    /// locked): then the book is as it was, or has only lost what the server no longer lists.
+    /// Whether the last successful synchronisation of this book was stored. syncedContacts() is also emitted
+    /// if writing failed (disk full, file read-only or locked); the book is then unchanged, or has only lost
+    /// entries that the server no longer lists.
     bool isStored(ContactList::Type type) const { return m_stored.contains(type); }
     /// A QuendraContact or QuendraContactGroup; its URL begins with "http://" whatever the connection uses.
     QSharedPointer<ContactUnit> aggregateContact(unsigned int id) override;
@@ -71,12 +71,12 @@ protected Q_SLOTS:
     void slotDeletedContact(const ContactUnit& contact, ContactList::Type type);
     void slotErrorDeletedContacts(Task::Status status);
     //@}
-    /// The whole book: a thread stores it. Where the server has listed the book meanwhile, what neither has
-    /// is deleted before; otherwise nothing is. @p timestamp is the server's.
+    /// The whole book: a thread stores it. If a list of the book has arrived meanwhile, entries in neither
+    /// are deleted before; otherwise none are. @p timestamp is the server's.
     void slotSyncedContact(const ContactList& contacts, unsigned int timestamp);
-    /// What changed of a book since the last time: a thread stores it. @p timestamp is the server's.
+    /// The changes of a book since the last time: a thread stores them. @p timestamp is the server's.
     void slotSyncedContactAfterLastTimeSync(const ContactList& contacts, unsigned int timestamp);
-    /// What the server has: a thread deletes the rest, and the server is asked for what changed.
+    /// The identifiers that the server has: a thread deletes all others, and the changes are requested.
     void slotSyncedContactOids(const QList<QString>& oids, ContactList::Type type);
     /// A request of a synchronisation has failed, which ends it.
     void slotErrorSyncedContacts(Task::Status status);
@@ -84,15 +84,14 @@ protected Q_SLOTS:
     void slotDisassembleContactFromThread(ContactList::Type type);
 
 protected:
-    /// What both slots of a book do; @p full for the whole one.
+    /// Implements both slots that receive a book; @p full for the whole one.
     void onSyncContacts(const ContactList& contacts, unsigned int timestamp, bool full);
     /// Stores a unit, with its members if it is a group, on this thread. A @p timestamp of 0 keeps the stored
-    /// one;
-    /// @p group is the store id of the group it becomes a member of, 0 for none.
+    /// one; @p group is the store id of the group it becomes a member of, 0 for none.
     void disassembleContact(const ContactUnit& contact, unsigned int timestamp, unsigned int group);
 
 private:
-    /// What runs for a book between the server's reply and the end of its synchronisation.
+    /// The threads of a book between the server's reply and the end of its synchronisation.
     struct BookWork
     {
         int deleters{0}; ///< Deleter threads that have not ended.

@@ -1,6 +1,6 @@
 #pragma once
 
-// Writing to the store without waiting for others. Internal: not installed, not exported.
+// Writing to the store without blocking the event loop. Internal: not installed, not exported.
 
 #include "contactlocalstorage.h"
 
@@ -12,7 +12,7 @@
 #include <thread>
 
 /**
- * Single writes to the store from the event loop, in the order in which they are asked for.
+ * Single writes to the store from the event loop, in the order of the calls.
  *
  * Storing a large book locks the store for seconds. A write that would block is queued for a thread, and so
  * is every later one until the queue is empty; all others are done at once. The destructor completes the
@@ -46,6 +46,6 @@ private:
     void finish(const Jobs& jobs);
 
     const QPointer<ContactLocalStorage> m_storage;
-    Jobs m_waiting; ///< Until the thread has ended.
+    Jobs m_waiting; ///< Queued until the thread has ended.
     std::thread m_thread;
 };

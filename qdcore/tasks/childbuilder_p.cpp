@@ -65,7 +65,7 @@ void ChildBuilder::endElement()
     --m_depth;
 }
 
-/// Removes what the child before had and this one has not.
+/// Removes the previous child's remaining nodes, which this child does not have.
 void ChildBuilder::dropOld()
 {
     while (!m_old.isNull()) {
@@ -76,7 +76,7 @@ void ChildBuilder::dropOld()
 }
 
 QT_WARNING_PUSH
-QT_WARNING_DISABLE_DEPRECATED // the parser of the DOM: what it takes is what has to be taken
+QT_WARNING_DISABLE_DEPRECATED // the DOM's own parser, so that the same documents are accepted
 
     namespace
 {

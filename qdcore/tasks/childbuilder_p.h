@@ -11,9 +11,9 @@ class QXmlAttributes;
 /**
  * Makes the children of a document element, one after the other.
  *
- * The children of a long list have the same form. Each is built out of the nodes of the one before as far as
- * it has, so that a log of 100,000 entries costs the allocations of one. Who takes a child reads it at once
- * and keeps no node of it. CDATA becomes plain text; comments and processing instructions are left out.
+ * Each child reuses the DOM nodes of the previous one where the structure matches, so a log of 100,000
+ * entries allocates little more than one entry. The callback reads the child at once and keeps no reference
+ * to its nodes. CDATA becomes plain text; comments and processing instructions are left out.
  */
 class ChildBuilder
 {
@@ -38,8 +38,8 @@ private:
     const Take m_take;
     QDomDocument m_document;
     QDomElement m_child;
-    QDomNode m_parent; ///< Of what comes next.
-    QDomNode m_old;    ///< What stands in its place, from the child before.
+    QDomNode m_parent; ///< Parent of the next node.
+    QDomNode m_old;    ///< The previous child's node at this position.
     int m_depth{0};
     qint64 m_textSize{0};
     bool m_isSkipping{false};

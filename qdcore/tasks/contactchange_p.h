@@ -1,16 +1,16 @@
 #pragma once
 
-// The end that the contact-changing tasks have in common. Internal: not installed.
+// Reply handling shared by the tasks that change contacts. Internal: not installed.
 
 #include "tasks/task_p.h"
 #include "tasks/taskchangecontact.h"
 
 #include <QDomDocument>
 
-/// What tells one of these replies from another.
+/// The properties in which these replies differ.
 struct ContactChange
 {
-    QString message;   ///< What the server says when it has done it.
+    QString message;   ///< The server's confirmation.
     LogText reply;     ///< Goes before the logged body of a good reply.
     LogText invalid;   ///< The reply confirms nothing.
     LogText error;     ///< With %1 for the network error.

@@ -9,7 +9,7 @@
 
 #include <type_traits>
 
-/// What tells the end of one of these tasks from that of another.
+/// The properties in which these tasks' replies differ.
 struct ItemReply
 {
     LogText reply;     ///< Goes before the logged body of a good reply.

@@ -10,10 +10,10 @@
  * A request body that can be read once.
  *
  * When a connection ends before the reply has begun, QNetworkAccessManager silently sends the request again;
- * for a submission that would be a second fax. It cannot do so with a body that it can neither buffer nor
- * rewind, which is what a sequential device says of itself.
+ * for a submission that would be a second fax. It cannot do so with a sequential device, which can be neither
+ * buffered nor rewound.
  *
- * Files are encoded while they are read, block by block, and each block is freed then.
+ * Files are encoded while they are read, block by block; each block is freed after encoding.
  */
 class OneShotBody : public QIODevice
 {
@@ -21,14 +21,14 @@ public:
     explicit OneShotBody(const QByteArray& bytes = QByteArray());
 
     void append(const QByteArray& bytes);
-    /// Appends the base64 of what these blocks hold together: all but the last have a multiple of three
-    /// bytes.
+    /// Appends the base64 encoding of the concatenated blocks; the size of each but the last must be a
+    /// multiple of three.
     void appendEncoded(const QVector<QByteArray>& blocks);
 
     bool isSequential() const override { return true; }
     /// What is left to be read, in bytes.
     qint64 size() const override { return m_left; }
-    /// The access manager tries; it gets its no without the warning that QIODevice would print.
+    /// Called by the access manager; refuses without the warning that QIODevice would print.
     bool seek(qint64) override { return false; }
     qint64 bytesAvailable() const override { return m_left + QIODevice::bytesAvailable(); }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// What tells one operation of the web service from another. Internal: not installed.
+// The properties in which the operations of the web service differ. Internal: not installed.
 
 #include "tasks/task.h"
 
@@ -21,10 +21,10 @@ struct WebOperation
     Task::Type type;
     const char* method;  ///< "GET", "POST", "PUT" or "DELETE".
     const char* path;    ///< Parameters go behind it, or lead to another resource.
-    ErrorMapping errors; ///< What becomes of network errors.
-    /// The end of a reply that is XML and lacks what it should hold; Ok: an empty list.
+    ErrorMapping errors; ///< The mapping of network errors.
+    /// Status for well-formed XML without the required content; Ok: an empty list is reported.
     Task::Status unusable;
 };
 
-/// The row of a type. For a number that is no type one that has no path and maps every error to Error.
+/// The row of a type. For an invalid type, a row with an empty path that maps every error to Error.
 const WebOperation& operationOf(Task::Type type);

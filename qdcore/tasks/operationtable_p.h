@@ -25,8 +25,8 @@
 /**
  * Calls @p visit with each operation and its done signals, in the order of Task::Type.
  *
- * The one place where an operation is entered: FaxServer::addTask() makes and watches the tasks by it, a task
- * finds its error mapping in it, and the tests and the fuzzer take what they try from it.
+ * The only place where an operation is registered: FaxServer::addTask() creates and monitors the tasks, a
+ * task looks up its error mapping, and the tests and the fuzzer enumerate the operations here.
  */
 template <typename Visit>
 void forEachOperation(Visit visit)

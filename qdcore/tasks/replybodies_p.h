@@ -15,23 +15,23 @@ class ReplyReader;
 /**
  * The bodies of the replies of one task while they arrive.
  *
- * A body is read as it comes, so that little of it waits in the access manager, whose thread would otherwise
- * go on reading, and decompressing, whatever a server sends for as long as the event loop is busy. Where a
- * reader takes the body, its bytes are kept for the log only. What all replies of the task bring is limited
- * by Task::maxReplySize, and so is what is kept of it; a body as such by maxBodySize.
+ * A body is read as it arrives, so that little of it is buffered in the access manager, whose thread would
+ * otherwise read and decompress whatever a server sends while the event loop is busy. If a reader consumes
+ * the body, its bytes are kept for the log only. Task::maxReplySize limits the bytes of all replies of the
+ * task together, and the data that readers keep of them; maxBodySize limits a single body.
  *
- * What a reply ended with is taken while it emits finished(): an application may release every reply of its
- * access manager there, before anything that is queued.
+ * A reply's result is read while it emits finished(): an application may delete every reply of its access
+ * manager in that signal, before any queued slot runs.
  */
 class ReplyBodies
 {
 public:
-    /// Limit of a body that is kept as bytes: no text could hold very much more.
+    /// Limit of a body that is kept as bytes: a QString could not hold much more.
     static constexpr int maxBodySize = 256 * 1024 * 1024;
 
-    /// Told once of each reply, from within a signal of it: nothing may be emitted. @p error is a
-    /// QNetworkReply::NetworkError. The body is empty where the reply exceeded the limit, and where a reader
-    /// took it and no log line will carry it.
+    /// Called once per reply, from within one of its signals: must not emit anything. @p error is a
+    /// QNetworkReply::NetworkError. The body is empty if the reply exceeded the limit, or if a reader
+    /// consumed it and it will not be logged.
     using Ended = std::function<void(QNetworkReply* reply, int error, const QByteArray& body)>;
 
     /// Whether a reader gets what has arrived within the reply's signals, or in several turns of the event
@@ -44,7 +44,7 @@ public:
     void collect(QNetworkReply* reply, QObject* context, const Ended& ended,
                  const std::shared_ptr<ReplyReader>& reader = nullptr, Reading reading = AtOnce);
 
-    /// Whether a limit is exceeded: any further reply will be aborted.
+    /// Whether a limit is exceeded; further replies are then aborted.
     bool isOverLimit() const;
 
 private:
@@ -69,5 +69,5 @@ private:
     void take(Body& body, const QByteArray& block);
 
     qint64 m_received{0}; ///< The bytes of all replies together.
-    qint64 m_kept{0};     ///< What readers have made of them, as ReplyReader::kept().
+    qint64 m_kept{0};     ///< Memory kept by the readers, see ReplyReader::kept().
 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-/// More ampersands than a text of 256 MiB has any use for.
+/// More ampersands than a genuine text of 256 MiB contains.
 constexpr int maxAmpersands = 16 * 1024 * 1024;
 
 /// As withAmpersands(), before decoding. A null array when there is nothing to repair.
@@ -47,8 +47,8 @@ QByteArray repairedBytes(const QByteArray& data)
 
 QString withAmpersands(const QByteArray& data)
 {
-    // Done before decoding: there are half as many bytes to look at and to move. Decoding ends at a null
-    // byte, which XML cannot hold: what stands in front of one must be a whole document.
+    // Done before decoding, since UTF-8 has half as many bytes to scan and copy. Decoding ends at a null
+    // byte, which XML cannot contain: the text before it must be a complete document.
     const QByteArray repaired = repairedBytes(data);
     return QString::fromUtf8(repaired.isNull() ? data : repaired);
 }
@@ -64,7 +64,7 @@ bool parseReply(QByteArray data, QDomDocument& document)
 
 bool withText(QByteArray data, const std::function<bool(const QString&)>& parse)
 {
-    // repairing writes four characters more for each, and a text of nothing else would not fit into a string
+    // Repairing adds four characters for each, and a text of ampersands only would not fit into a string.
     if (data.count('&') > maxAmpersands)
         return false;
     // each stage is freed before the next one is built: a reply may have 256 MiB

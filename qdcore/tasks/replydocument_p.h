@@ -13,10 +13,10 @@ class QString;
 /// entities. Numeric references become literal text by this.
 QString withAmpersands(const QByteArray& data);
 
-/// Repairs and parses a reply body. False when it is not XML, or nested or numerous beyond what the DOM can
-/// take (256 levels, 2 million nodes). @p data is to be moved in: as a text it takes twice as much, and a
-/// third time in the document.
+/// Repairs and parses a reply body. False if it is not XML, or exceeds the limits for the DOM (256 levels, 2
+/// million nodes). Move @p data in, so that it is freed early: the decoded text takes twice as much memory,
+/// and the document more.
 bool parseReply(QByteArray data, QDomDocument& document);
 
-/// Repairs and decodes what an XmlScanner has found fit, and returns what @p parse makes of the text.
+/// Repairs and decodes XML that an XmlScanner has accepted, and returns the result of @p parse for the text.
 bool withText(QByteArray data, const std::function<bool(const QString&)>& parse);

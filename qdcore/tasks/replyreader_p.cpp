@@ -6,10 +6,10 @@
 
 namespace {
 
-/// The largest child, and the largest frame, in bytes.
+/// Limit of a child, and of the document without its children, in bytes.
 constexpr int maxPieceSize = 256 * 1024 * 1024;
 
-/// From here on memory matters more than time, in bytes.
+/// Above this size, saving memory matters more than saving time; in bytes.
 constexpr int largePieceSize = 1024 * 1024;
 
 } // namespace
@@ -30,7 +30,7 @@ void ReplyReader::add(const QByteArray& block)
 {
     if (!m_isUsable || m_isEnded)
         return;
-    // decoding ends at a null byte, which XML cannot hold
+    // decoding ends at a null byte, which XML cannot contain
     const int end = block.indexOf('\0');
     m_isEnded = end >= 0;
     m_buffer.append(block.constData(), m_isEnded ? end : block.size());

@@ -12,13 +12,13 @@
 /**
  * The document of one reply, parsed piece by piece while its bytes arrive.
  *
- * All large replies have the same form: a document element with very many small children. Some 16 KB of whole
- * children are parsed at a time, as a document of their own. What is left, the document without the content
- * of its element, is parsed at the end. Together the pieces are well-formed exactly if the whole document is,
- * and the parser is the DOM's, so that the same replies are taken as by parsing them in one piece.
+ * All large replies have the same form: a document element with very many small children. About 16 KB of
+ * complete children are parsed at a time, as a document of their own. The remainder, the document without the
+ * content of its element, is parsed at the end. The pieces are all well-formed exactly if the whole document
+ * is, and the parser is the DOM's, so the same replies are accepted as by parsing them in one piece.
  *
- * Children are handed out before it is known whether the document ends well-formed: who takes them tells
- * nobody until finish() was true.
+ * Children are delivered before the document is known to be well-formed; the callback must emit nothing until
+ * finish() has returned true.
  */
 class ReplyReader
 {
@@ -29,12 +29,12 @@ public:
     /// For an entry or a contact.
     static constexpr qint64 recordSize = 512;
 
-    /// How much becomes a DOM at a time, in bytes: parsing it takes well below a millisecond.
+    /// Size of a piece that is parsed at a time, in bytes; parsing it takes well below a millisecond.
     static constexpr int usualPieceSize = 16 * 1024;
 
     explicit ReplyReader(Take take, int pieceSize = usualPieceSize);
 
-    /// A child of this name is handed out in parts, divided at this character, which belongs to none of them.
+    /// A child of this name is delivered in parts, split at this character, which belongs to no part.
     void setDivided(const QByteArray& name, char divider);
 
     /// Takes the next bytes. Nothing more is parsed once the document is known to be unusable.
@@ -42,9 +42,9 @@ public:
     /// Whether the document was well-formed, with nothing missing, and within the limits of a parser.
     bool finish();
 
-    /// What is kept of the children may take this in memory, in bytes.
+    /// Estimated memory of the data kept of the children, in bytes.
     qint64 kept() const { return m_kept; }
-    /// Whether a child, or what is around all children, was larger than any may be.
+    /// Whether a child, or the document without its children, exceeded the size limit.
     bool isOverLimit() const { return m_isOverLimit; }
 
 private:
@@ -58,7 +58,7 @@ private:
     const int m_pieceSize;
     XmlScanner m_scanner;
     QByteArray m_buffer; ///< What is not parsed yet.
-    QByteArray m_frame;  ///< The document up to the content of its element.
+    QByteArray m_frame;  ///< The document up to the content of its root element.
     QByteArray m_dividedName;
     int m_begin{0}; ///< Where in the buffer the next piece begins.
     qint64 m_kept{0};

@@ -1,6 +1,6 @@
 #pragma once
 
-// How the document of a request is begun and serialised. Internal: not installed.
+// Creating and serialising the document of a request. Internal: not installed.
 
 #include <QByteArray>
 #include <QVector>
@@ -16,8 +16,7 @@ QDomElement startDocument(QDomDocument& document, const QString& rootName);
 /// The document as one line: no indentation, every line feed removed, UTF-8.
 QByteArray oneLine(const QDomDocument& document);
 
-/// Appends the document to a body, indented by 1, in UTF-8. Each of the files, which are encoded while the
-/// body is read, takes the place of a "content" element's text that is the placeholder, in the order of the
-/// document.
+/// Appends the document to a body, indented by 1, in UTF-8. Each "content" element whose text is the
+/// placeholder gets the content of the next of the files, which are encoded while the body is read.
 void writeIndented(const QDomDocument& document, const QString& placeholder,
                    const QVector<QVector<QByteArray>>& files, OneShotBody& body);

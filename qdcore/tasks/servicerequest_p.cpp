@@ -12,8 +12,8 @@ void applyServer(QUrl& url, const FaxServer& server)
     url.setScheme(server.useSSL() ? QStringLiteral("https") : QStringLiteral("http"));
     url.setUserName(server.login(), QUrl::DecodedMode);
     url.setPassword(server.password(), QUrl::DecodedMode);
-    // An invalid URL makes the access manager finish the request with an error, so that nonsense takes the
-    // same way to its end as a server that cannot be reached.
+    // With an invalid URL the access manager finishes the request with an error, so that an invalid address
+    // is reported like an unreachable server.
     if (!setServerAddress(url, server.address()) || !url.isValid())
         url = QUrl();
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-// Making the values that signals carry known to Qt. Internal: not installed.
+// Registering the argument types of signals with Qt. Internal: not installed.
 
-/// Registers what the signals of tasks, servers and contact providers carry, so that they can be connected
-/// across threads and by name, and recorded. Contacts are polymorphic and given as references: those signals
-/// cannot be.
+/// Registers the argument types of the signals of tasks, servers and contact providers, so that these can be
+/// connected across threads and by name, and recorded. Signals that pass a contact cannot: contacts are
+/// polymorphic and passed by reference.
 void registerSignalTypes();

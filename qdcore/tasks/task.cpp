@@ -15,12 +15,11 @@
 namespace {
 
 /**
- * A name by which the access manager opens a connection that no other request has used.
+ * A peer-verify name that forces a new connection.
  *
- * A connection that was kept alive may be closed by the server at the very moment when a request takes it,
- * and nobody could tell whether the request arrived. The access manager looks for a kept one by the address
- * and by the name that the certificate is to be verified for. Over HTTPS the server is told that name: there
- * it differs in upper and lower case alone, which mean the same, and an IP address has the one name only.
+ * Race: the server may close a keep-alive connection just as it is reused, and then it is unknown whether the
+ * request arrived. The connection cache is keyed by address and this name. With HTTPS the name is sent to the
+ * server (SNI), so only its letter case varies; an IP address has no variants.
  */
 QString nameOfFreshConnection(const QUrl& url)
 {
@@ -143,7 +142,7 @@ void TaskPrivate::letGo(const QPointer<QNetworkReply>& reply)
     if (!reply)
         return;
     reply->disconnect(&m_task);
-    reply->abort(); // which an application hears, and may answer by deleting it, or another one
+    reply->abort(); // emits finished(); a slot of the application may delete this reply or another one
     if (reply)
         reply->deleteLater();
 }
@@ -236,7 +235,7 @@ void TaskPrivate::finishItems(const ItemReply& reply)
     logBody(reply.reply);
     if (!finishDocument())
         return;
-    // the entries are reported whatever the message says, and the error is logged afterwards
+    // the entries are emitted whatever the message says, and the error is logged afterwards
     const bool isValid = !reply.isLog || m_saysSuccess;
     const auto emitItems = std::move(m_emitItems);
     m_task.deleteLater();

@@ -18,9 +18,9 @@ class OneShotBody;
 /**
  * The state of a task that its subclasses use as "d".
  *
- * The jobs that are none of a single task have files of their own: where a request goes (servicerequest_p.h),
- * its document (requestdocument_p.h), the bodies of replies (replybodies_p.h) and their documents
- * (replydocument_p.h), and what tells the operations apart (operations_p.h).
+ * Code that does not depend on a task has files of its own: the address and headers of a request
+ * (servicerequest_p.h), its document (requestdocument_p.h), the bodies of replies (replybodies_p.h) and their
+ * documents (replydocument_p.h), and the properties of the operations (operations_p.h).
  */
 class TaskPrivate
 {
@@ -29,22 +29,22 @@ public:
         : m_task(task)
     {}
 
-    /// Whether execute() has nothing to do any more: the request was sent, or the task has failed.
+    /// Whether execute() has nothing left to do: the request was sent, or the task has failed.
     bool isStarted() const { return m_started || m_failed; }
 
-    /// The URL of the operation, with @p rest behind its path.
+    /// The URL of the operation, with @p rest appended to its path.
     QUrl url(const QString& rest = QString()) const;
 
     /// Logs the request: @p log is a text with %1 for the URL, which is shown without the password.
     void logRequest(const QUrl& url, const LogText& log) const;
-    /// Sends the request with the operation's method, once; Task::setReply() follows. What has a body is
-    /// never sent twice, and goes over a connection of its own, which no other request has left behind.
+    /// Sends the request with the operation's method and calls Task::setReply(); does nothing if already
+    /// started. A request with a body is never sent twice, and uses a new connection.
     void send(const QUrl& url, const QByteArray& body = QByteArray());
     void send(const QUrl& url, std::unique_ptr<OneShotBody> body);
-    /// Both, unless the request was sent before.
+    /// Logs and sends, unless the request was sent before.
     void send(const QUrl& url, const LogText& log, const QByteArray& body = QByteArray());
 
-    /// Aborts a reply without telling the task, and deletes it later.
+    /// Aborts a reply without notifying the task, and deletes it later.
     void letGo(const QPointer<QNetworkReply>& reply);
 
     /// Logs the body of a good reply after a prefix.
@@ -55,11 +55,11 @@ public:
     /// The status for the reply's network error, as the operation maps it.
     Task::Status errorStatus() const;
 
-    /// Has the reply's document read while it arrives. To be called before send(); body() is then only what
+    /// Parses the reply's document while it arrives. To be called before send(); body() then holds only what
     /// logBody() needs.
     void readChildren(ReplyReader::Take take);
     ReplyReader& reader() { return *m_reader; }
-    /// To be called once in onFinished(), before anything that was read is told. False when the document was
+    /// To be called once in onFinished(), before anything that was read is emitted. False if the document was
     /// not well-formed; the task has then ended with InvalidReply.
     bool finishDocument();
 
@@ -69,18 +69,18 @@ public:
     /// The same in the other order: first the signal, then the log lines.
     void failThenLog(const LogText& error, const LogText& errorBody);
 
-    /// Has the items of a reply that is a list read, and emitted by @p done in the end. @p read puts one item
-    /// element, a child of the document element with the name @p item, into the list. Defined in
+    /// Reads the items of a list while the reply arrives; finishItems() emits them by @p done. @p read
+    /// appends one item element, a child of the document element named @p item, to the list. Defined in
     /// itemreply_p.h.
     template <typename T, typename ListPtr, typename Read>
     void readItems(const QString& item, void (T::*done)(ListPtr), Read read);
-    /// The same for records of their own, which are kept if they can be read.
+    /// The same for items that are records; one that cannot be read is left out.
     template <typename Entry, typename T, typename ListPtr>
     void readEntries(const QString& item, void (T::*done)(ListPtr));
-    /// The whole end of a task whose reply is a list of items.
+    /// Implements onFinished() of a task whose reply is a list of items.
     void finishItems(const ItemReply& reply);
 
-    /// The whole end of a task that changes a contact. Defined in contactchange_p.h.
+    /// Implements onFinished() of a task that changes a contact. Defined in contactchange_p.h.
     template <typename T>
     void finishChange(const ContactChange& change, void (T::*done)(const ContactUnit&, ContactList::Type));
 
@@ -94,7 +94,7 @@ private:
     QByteArray m_body;
     std::shared_ptr<ReplyReader> m_reader;
     std::function<void()> m_emitItems; ///< Emits what readItems() has read.
-    bool m_saysSuccess{false};         ///< The list says so.
+    bool m_saysSuccess{false};         ///< The list's message is "Success".
     int m_error{QNetworkReply::OperationCanceledError};
     bool m_started{false};
     bool m_finished{false};

@@ -25,7 +25,7 @@ public:
     void setFaxEntryUrl(const QUrl& url) { m_faxEntryUrl = url; }
 
 Q_SIGNALS:
-    /// The server has taken the request; whether the fax is stopped its state tells.
+    /// The server has accepted the request; the fax's state shows whether it was stopped.
     void doneAbort();
 
 private:

@@ -8,9 +8,9 @@
 class QDomElement;
 
 /**
- * What adding, modifying and deleting an entry of a contact book on the server have in common: the entry, its
- * document, and how the reply is taken. Here 403, 404 and 405 have statuses of their own, and a reply that is
- * no confirmation is InvalidReply.
+ * The common part of adding, modifying and deleting an entry of a contact book on the server: the entry, its
+ * document, and the handling of the reply. Here 403, 404 and 405 have statuses of their own, and a reply that
+ * does not confirm is InvalidReply.
  */
 class QDCORE_EXPORT TaskChangeContact : public Task
 {
@@ -40,7 +40,7 @@ protected:
     /// ended.
     QByteArray entryDocument();
 
-    /// Takes the entry over from a good reply. By default there is nothing to take.
+    /// Updates the entry from a good reply. By default there is nothing to update.
     virtual bool readBack(const QDomElement& root);
 
     /// The task's copy of the entry; null until setContact().

@@ -143,7 +143,7 @@ void TaskGetContacts::slotFinishedGroup()
         m_waitingMembers.clear();
     requestMembers();
 
-    // after one failure the rest is only waited for
+    // after a failure the remaining members are awaited and ignored
     if (m_groupFailed || error != QNetworkReply::NoError) {
         QD_LOG(ERROR, tr("TaskGetContacts: reply error! http code %1", "Logger").arg(error));
         d->logBody(LOG_TEXT(tr("Reply:\r\n", "Logger")), body);

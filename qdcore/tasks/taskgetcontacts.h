@@ -71,8 +71,9 @@ private:
     ContactList m_contacts;
     unsigned int m_lastTimeSync{0};
     unsigned int m_serverTime{0};
-    QMap<QNetworkReply*, QuendraContactGroup*> m_pendingGroups; ///< Requests for members, and whose members.
+    QMap<QNetworkReply*, QuendraContactGroup*> m_pendingGroups; ///< Requests for members, and their groups.
     QQueue<EndedMember> m_endedMembers;                         ///< What slotFinishedGroup() will handle.
-    QQueue<QPair<QString, QuendraContactGroup*>> m_waitingMembers; ///< URLs not yet requested, and whose.
+    QQueue<QPair<QString, QuendraContactGroup*>>
+        m_waitingMembers; ///< URLs to be requested, and their groups.
     bool m_groupFailed{false};
 };

@@ -3,8 +3,8 @@
 #include "contactlist.h"
 #include "tasks/task.h"
 
-/// Reads the identifiers of a book's entries, without the entries: what is not among them has gone. Every
-/// network error is Error.
+/// Reads the identifiers of a book's entries, without the entries: one that is not among them no longer
+/// exists. Every network error is Error.
 class QDCORE_EXPORT TaskGetContactsOids : public Task
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ public:
     Task::Type type() override;
 
 Q_SIGNALS:
-    /// The identifiers in the server's order, as it wrote them: they are text from outside.
+    /// The identifiers in the server's order, as it wrote them: untrusted text.
     void doneGetContactsOids(const QList<QString>& contactsOids, ContactList::Type type);
 
 private:

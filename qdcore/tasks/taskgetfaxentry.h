@@ -28,7 +28,7 @@ public:
     };
     Q_ENUM(TaskEntryType)
 
-    /// Which of the two lists; EntryNone, which is none, until it is set.
+    /// Which of the two lists; EntryNone until it is set.
     void setTaskEntryType(TaskEntryType type) { m_taskEntryType = type; }
 
     //@{

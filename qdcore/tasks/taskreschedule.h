@@ -30,7 +30,7 @@ public:
     void setDateTime(const QDateTime& dateTime) { m_dateTime = dateTime; }
 
 Q_SIGNALS:
-    /// The server has taken the request.
+    /// The server has accepted the request.
     void doneReschedule();
 
 private:

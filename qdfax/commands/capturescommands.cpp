@@ -48,7 +48,7 @@ public:
     CaptureModel& model() { return m_model; }
     const QVector<CaptureModel::Document>& documents() const { return m_documents; }
 
-    /// The document that a name or a number means; null when there is none.
+    /// The document with a name or a number; null if there is none.
     const CaptureModel::Document* find(const QString& text) const
     {
         for (const CaptureModel::Document& document : m_documents) {
@@ -132,7 +132,7 @@ int view(Invocation& call)
     return ExitStatus::Ok;
 }
 
-/// Says what became of documents that were to go, with their companions.
+/// Reports the result of deleting documents and their companions.
 int reportDeleted(const Invocation& call, const QStringList& wanted)
 {
     QStringList left;

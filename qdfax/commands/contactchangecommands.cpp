@@ -35,7 +35,7 @@ QList<QCommandLineOption> fieldOptions()
              QStringLiteral("ID|NAME")}};
 }
 
-/// Checks the texts, and that none is given that a contact, or a group, does not have.
+/// Checks the texts, and that no option is given that does not apply to a contact, or to a group.
 int checkOptions(const Invocation& call, const QString& name, bool isGroup)
 {
     QString error;

@@ -19,7 +19,7 @@ namespace {
 
 // --- Synchronising
 
-/// A line that says which book is being read, how far it is and for how long.
+/// A progress line: the book being read, its progress and the elapsed time.
 class SyncProgress : public QObject
 {
 public:
@@ -92,7 +92,7 @@ int sync(Invocation& call)
                 contacts.session(),
                 Text::tr("%1 (%2 of %3)").arg(bookText(book)).arg(books.indexOf(book) + 1).arg(books.size()));
             ok = contacts.synchronise(book, full);
-            // a full reading brings everything that there is, and takes away nothing
+            // a full synchronisation fetches everything and removes nothing
             if (ok && full)
                 ok = contacts.synchronise(book, false);
         }
@@ -108,7 +108,7 @@ int sync(Invocation& call)
             continue;
         if (status == ExitStatus::Ok)
             status = contacts.status();
-        // one book may be forbidden to this user; a server that does not answer will not answer for the next
+        // this user may be denied one book only; but a server that does not answer will not for the next one
         if (contacts.session().replies().last().httpStatus == 0)
             break;
     }

@@ -91,7 +91,7 @@ int exportContacts(Invocation& call)
 
 // --- Import
 
-/// What became of the entries of a file.
+/// The result of an import.
 struct ImportReport
 {
     struct Failure
@@ -103,11 +103,11 @@ struct ImportReport
     int imported{0};
     int present{0}; ///< Left out because the book has them already.
     QVector<Failure> failures;
-    int nextLine{0}; ///< Where it stopped; 0: it went through.
+    int nextLine{0}; ///< The line of the first entry not tried; 0: all were.
     int notTried{0};
 };
 
-/// Says at once why a line was not imported.
+/// Prints immediately why a line was not imported.
 void fail(const Invocation& call, ImportReport& report, int line, const QString& why)
 {
     report.failures.append({line, why});
@@ -170,7 +170,7 @@ int readContactFile(const Invocation& call, const QString& path, ContactFile* co
     return contacts->problem.isEmpty() ? int(ExitStatus::Ok) : refuse(contacts->problem);
 }
 
-/// Whether the next contact would fare the same.
+/// Whether the next contact would fail likewise.
 bool endsImport(int status, int httpStatus)
 {
     return httpStatus == 0 || httpStatus == 401 || status == ExitStatus::AccessDenied ||
@@ -178,7 +178,7 @@ bool endsImport(int status, int httpStatus)
            status == ExitStatus::TimeOut;
 }
 
-/// Adds what the book does not have. Returns the status that ended it, or Ok.
+/// Adds the contacts that the book lacks. Returns the status that stopped it, or Ok.
 int addAll(const Invocation& call, ContactSession& contacts, const QVector<ContactFile::Entry>& entries,
            ContactList::Type book, ImportReport& report)
 {

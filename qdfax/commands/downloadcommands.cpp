@@ -26,16 +26,16 @@ namespace {
 const int defaultSearchTime = 3000; // ms
 const int longestSearchTime = 3600 * 1000;
 
-/// An access manager that counts what arrives. The Downloader takes the bytes out of the reply and says
-/// nothing of lengths, so they are counted before it gets them. It asks for the document as it is: of a
-/// compressed one that is cut short nobody would know.
+/// An access manager that counts received bytes. The Downloader reads the reply and reports no lengths, so
+/// the bytes are counted before. Requests the document uncompressed: truncation of a compressed one would go
+/// unnoticed.
 class CountingManager : public QNetworkAccessManager
 {
 public:
     qint64 received() const { return m_received; }
-    /// What the server said the length would be; -1 when it did not.
+    /// The Content-Length; -1 without one.
     qint64 expected() const { return m_expected; }
-    /// How the server packed what it sent, unasked; empty when it did not.
+    /// The Content-Encoding that the server used unasked; empty if none.
     QString encoding() const { return m_encoding; }
 
 protected:
@@ -105,14 +105,14 @@ int statusOf(const ReplyWatch::Outcome& last)
     }
 }
 
-/// Whether the file begins as a web page does, whatever type the server gave it.
+/// Whether the file is a web page by its first bytes, whatever its Content-Type.
 bool holdsWebPage(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) && ReplyWatch::beginsWebPage(file.read(ReplyWatch::bodyHead));
 }
 
-/// Why a name that the server chose is not taken; empty when it is.
+/// Why a name chosen by the server is refused; empty if it is accepted.
 QString nameProblem(const QString& name)
 {
     const int longestName = 255; // bytes, of most file systems
@@ -164,8 +164,8 @@ int fetch(const Invocation& call, const QUrl& url, bool secure, const QString& f
         if (error == Downloader::NoError)
             error = what;
     });
-    // The end of the reply and not the error: only then the reason is known. Queued, since the Downloader
-    // hears of the end after the manager.
+    // finished() and not the error signal: only then the reason is known. Queued, since the Downloader's slot
+    // runs after the manager's.
     QObject::connect(&manager, &QNetworkAccessManager::finished, &loop, &QEventLoop::quit,
                      Qt::QueuedConnection);
     silence.setSingleShot(true);
@@ -238,7 +238,7 @@ int fetch(const Invocation& call, const QUrl& url, bool secure, const QString& f
                          Text::tr("%1 arrived, but the file holds %2. Is the disk full?%3")
                              .arg(sizeText(manager.received()), sizeText(size), leftover(written, 0)));
     }
-    // a connection that ends too early is no error to the access manager
+    // the access manager does not report a connection that is closed too early
     if (manager.expected() >= 0 && size != manager.expected()) {
         return call.fail(
             ExitStatus::Error,
@@ -309,7 +309,7 @@ int download(Invocation& call)
                 .arg(urlText(url)));
     }
 
-    // The location was chosen by a server, and could name any host. Login and password are for one only.
+    // The URL was chosen by a server, and could name any host: send the credentials to the own server only.
     bool secure = url.scheme() == QLatin1String("https");
     url.setUserInfo(QString());
     if (namesServer(url, server.address(), server.useSSL())) {
@@ -352,7 +352,7 @@ int discover(Invocation& call)
     QEventLoop loop;
     Discover search;
     QObject::connect(&search, &Discover::discoveredEntry, &loop, [&](const DiscoverEntry& entry) {
-        // each server answers several times; without an address nobody can use it
+        // each server answers several times; one without an address is unusable
         if (entry.inetAddr.isEmpty() || known.contains(entry.inetAddr))
             return;
         known.append(entry.inetAddr);

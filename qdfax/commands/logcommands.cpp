@@ -18,7 +18,7 @@ namespace {
 const int mostEntries = 1000000;
 const int defaultWatchInterval = 5; // s
 
-/// A number option that is absent or at least 1. Nothing, with the reason said, when it is wrong.
+/// A number option that is absent or at least 1. Nothing, with the error printed, if it is invalid.
 std::optional<int> count(const Invocation& call, const char* option, int absent, int greatest)
 {
     if (!call.isSet(option))
@@ -73,7 +73,7 @@ int watch(Invocation& call)
     FaxLog log{FaxLog::Kind(*kind)};
     int status = ExitStatus::Ok;
     for (int round = 1;; ++round) {
-        // A failure now may be over the next time; only wrong credentials will not.
+        // a failure may be temporary, except wrong credentials
         FaxLog fresh{FaxLog::Kind(*kind)};
         status = ExitStatus::Ok;
         if (fresh.fetch(session, *limit))

@@ -19,12 +19,12 @@ QString chooseHint()
     return Text::tr("\"qdfax outlook folders\" shows what there is.");
 }
 
-/// What a command has for as long as it runs: Outlook, which would end after each use and start again for the
-/// next if nobody kept it, and the settings.
+/// Held by a command while it runs: a reference to Outlook, which would otherwise exit after each use and be
+/// started again for the next, and the settings.
 class OutlookUse
 {
 public:
-    /// Returns an exit status; has said why when it is not Ok.
+    /// Returns an exit status, having reported any error.
     int begin(const Invocation& call)
     {
         if (!m_application) {
@@ -94,7 +94,7 @@ int outlookFolders(Invocation& call)
     return ExitStatus::Ok;
 }
 
-/// Takes the contacts of every Outlook folder but one out of the cache. Returns whether they are out.
+/// Removes the contacts of every Outlook folder but one from the cache. Returns whether that succeeded.
 bool forgetOtherFolders(ContactLocalStorage& storage, quint32 kept)
 {
     const QList<quint32> sources = storage.getSourceList(ContactLocalStorage::SourceOutlook);
@@ -123,7 +123,7 @@ int outlookChoose(Invocation& call)
                               : Text::tr("\"%1\" is not the key of a contact folder. ").arg(key)) +
                              chooseHint());
     }
-    // adding tells whether the cache can be written, before anything is changed
+    // adding shows whether the cache is writable, before anything is changed
     ContactLocalStorage storage;
     const bool isKnown = storage.getSource(key, ContactLocalStorage::SourceOutlook) != 0;
     const quint32 source = storage.addSource(key, ContactLocalStorage::SourceOutlook);

@@ -24,14 +24,14 @@ namespace {
 
 const int defaultInterval = 2;
 
-/// What the command line says about a fax, checked as far as it can be without the server.
+/// The fax described by the command line, checked as far as possible without the server.
 struct FaxRequest
 {
     FaxOrder order;
-    int interval{defaultInterval}; ///< Seconds between two looks, when waiting for the end.
+    int interval{defaultInterval}; ///< Seconds between two polls, when waiting for the end.
 };
 
-/// Those whom --to-contact names, and the members of the groups among them.
+/// The contacts named by --to-contact, and the members of groups among them.
 int readContacts(const Invocation& call, ContactList& recipients)
 {
     int status = ExitStatus::Ok;
@@ -99,7 +99,7 @@ int readRequest(const Invocation& call, FaxRequest& request)
         return ExitStatus::Usage;
     request.order.schedule = *schedule;
     if (!attachFiles(request.order.files,
-                     &error)) // they are read again after the login, which takes its time
+                     &error)) // they are read again after the login, which may take long
         return call.fail(ExitStatus::File, error);
     if (call.isSet("cover"))
         request.order.cover = call.value("cover");
@@ -110,7 +110,7 @@ int readRequest(const Invocation& call, FaxRequest& request)
     return call.isSet("to-contact") ? readContacts(call, request.order.recipients) : int(ExitStatus::Ok);
 }
 
-/// A line that follows a long upload.
+/// A progress line for a long upload.
 class UploadProgress : public QObject
 {
 public:

@@ -22,7 +22,7 @@ namespace {
 const char passwordVariable[] = "QDFAX_PASSWORD";
 const qint64 longestPassword = 4096;
 
-/// The password, from where the user put it: never from the command line, which other users can read.
+/// The password, from the source that the user chose: never the command line, which other users can read.
 std::optional<QString> askPassword(const Invocation& call, const QString& account, int* status)
 {
     QString password;
@@ -53,7 +53,7 @@ std::optional<QString> askPassword(const Invocation& call, const QString& accoun
         }
         password = *typed;
     }
-    // HTTP's basic authentication carries these characters and no others
+    // HTTP basic authentication supports only these characters
     if (QString::fromLatin1(password.toLatin1()) != password) {
         *status = call.failUsage(Text::tr(
             "The password holds characters that cannot be sent to a fax server (only Latin-1 can)."));
@@ -62,7 +62,7 @@ std::optional<QString> askPassword(const Invocation& call, const QString& accoun
     return password;
 }
 
-/// Changes the settings and says what there is to say.
+/// Changes the settings and prints the result.
 int editSettings(const Invocation& call, const std::function<bool(SettingsFile&)>& change)
 {
     QString movedTo;
@@ -95,7 +95,7 @@ int serverAdd(Invocation& call)
     if (!password)
         return status;
 
-    // before the server is asked: a file that must not be touched ends the command at once
+    // before contacting the server: fail at once if the file must not be changed
     SettingsFile settings;
     settings.load();
     call.note(settings.takeRemark());
@@ -213,7 +213,7 @@ int changeEntry(const Invocation& call, void (SettingsFile::*change)(const QStri
 
 int serverRemove(Invocation& call)
 {
-    // its contacts are of no use without it, and nothing else would ever remove them
+    // its cached contacts are useless without it, and nothing else would remove them
     return changeEntry(call, &SettingsFile::remove, Text::tr("Removed %1."), [](const QString& uid) {
         ContactLocalStorage().deleteSource(uid, ContactLocalStorage::SourceQuendra);
     });

@@ -1,6 +1,6 @@
 #pragma once
 
-// What tests of windows of captured print jobs need.
+// Helpers for tests of the windows of captured print jobs.
 
 #include "actionbaritemdelegate.h"
 #include "datetimeconverter.h"
@@ -29,7 +29,7 @@ inline QStringList list(const char* names)
     return s(names).split(QLatin1Char(' '), Qt::SkipEmptyParts);
 }
 
-/// What tests of captured print jobs have in common: their folder, and what is in it.
+/// Base class of tests of captured print jobs: their folder and its content.
 class CaptureTest : public QObject
 {
 protected:
@@ -60,7 +60,7 @@ protected:
         m_log = std::make_unique<TestLog>();
         m_converter = std::make_unique<DateTimeConverter>();
     }
-    /// Waits for what is still being deleted.
+    /// Waits until pending deletions are done.
     void leaveFolder()
     {
         QThreadPool::globalInstance()->waitForDone();
@@ -140,8 +140,8 @@ inline void addManyCaptures()
     }
 }
 
-/// Deletes them as a user does. Meanwhile the window is asked to paint whenever the loop is idle, and has to;
-/// and the folder is read at most @p mostReads times.
+/// Deletes them as a user does. Meanwhile the window must repaint whenever the event loop is idle, and the
+/// folder may be read at most @p mostReads times.
 inline void deleteManyCaptures(PrintCaptureBase& window, PrintCaptureModelBase& model, int mostReads)
 {
     struct Painted : public QObject

@@ -1,6 +1,6 @@
 #pragma once
 
-// A contact manager and a fax manager against a simulated server, and what both sides hold.
+// A contact manager and a fax manager connected to a simulated server, and the contents of both sides.
 
 #include "contactlocalstorage.h"
 #include "contactmanager.h"
@@ -11,11 +11,10 @@
 #include "simserver.h"
 #include "testkit.h"
 
-/// One entry of a book, as text that can be compared: fields, and of a group the uids of its members in
-/// order.
+/// One entry of a book, as text for comparison: fields and, for a group, the uids of its members in order.
 using BookContent = QMap<QString, QString>;
 
-/// Counts what a contact manager and its providers say.
+/// Counts the signals of a contact manager and its providers.
 struct SyncCounts
 {
     int starts{0};

@@ -1,7 +1,7 @@
 #pragma once
 
-// A whole Outlook in memory: stores, nested folders and items, faults on request, and an eye on every thread
-// that uses it.
+// A fake Outlook in memory: stores, nested folders and items, injected faults, and checks of the threads that
+// use it.
 
 #ifdef Q_OS_WIN
 #include "comoutlookdouble.h"
@@ -27,7 +27,7 @@ struct FakeItem
     QString fax;
     QString company;
     QDateTime modified;
-    bool fails{false}; ///< Outlook does not give it.
+    bool fails{false}; ///< Requests for it fail.
 };
 
 struct FakeFolder
@@ -38,14 +38,14 @@ struct FakeFolder
     int itemType{0}; ///< 0: mail.
     QVector<FakeItem> items;
     QVector<QSharedPointer<FakeFolder>> folders;
-    bool isGone{false}; ///< Still counted by its parent, and not given any more.
+    bool isGone{false}; ///< Still counted by its parent, but not returned any more.
 
     QString key() const { return entryID + QLatin1Char(':') + storeID; }
 };
 
 using FakeFolderPtr = QSharedPointer<FakeFolder>;
 
-/// Set up and changed while nobody reads, or by beforeItem(), which runs in the reading thread.
+/// To be changed only while no thread reads, or by beforeItem(), which runs in the reading thread.
 class FakeOutlook : public OutlookPort
 {
 public:
@@ -55,12 +55,12 @@ public:
     QVector<FakeFolderPtr> stores;
     QHash<QString, FakeFolderPtr> known; ///< Every folder, by its key.
     FakeFolderPtr defaultContacts;
-    /// Called before an item is given, with its number.
+    /// Called before an item is returned, with its number.
     std::function<void(int)> beforeItem;
 
-    std::atomic<int> applications{0}; ///< How often one was asked for.
-    std::atomic<int> running{0};      ///< Applications that somebody has.
-    std::atomic<int> starts{0};       ///< How often Outlook started: it ends when nobody has an application.
+    std::atomic<int> applications{0}; ///< How often an application was requested.
+    std::atomic<int> running{0};      ///< Applications in use.
+    std::atomic<int> starts{0};       ///< How often Outlook started: it exits when no application is in use.
     std::atomic<int> openSessions{0}; ///< Logged on and not off.
     std::atomic<int> itemsRead{0};
     std::atomic<int> questions{
@@ -78,7 +78,7 @@ public:
         return folder;
     }
 
-    /// Whether every thread has left as often as it entered, took no object with it, and used none but its
+    /// Whether every thread has left as often as it entered, has released its objects, and has used only its
     /// own.
     bool isBalanced() const
     {
@@ -92,8 +92,8 @@ public:
     void leaveThread() override { use(QThread::currentThreadId(), 0, -1); }
     QSharedPointer<OutlookApplication> createApplication() override;
 
-    /// Notes the use of an object that belongs to a thread, its beginning (1) or its end (-1); or that this
-    /// thread enters (1) or leaves (-1). Always true.
+    /// Records the use of an object that belongs to a thread, its creation (1) or destruction (-1); or that
+    /// this thread enters (1) or leaves (-1). Always true.
     bool use(Qt::HANDLE owner, int objects, int entries = 0)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -108,16 +108,16 @@ public:
 private:
     struct Thread
     {
-        int entries{0}; ///< Without those that were left again.
+        int entries{0}; ///< Minus leaves.
         int objects{0};
     };
 
     mutable std::mutex m_mutex;
     QHash<Qt::HANDLE, Thread> m_threads;
-    int m_violations{0}; ///< Uses on a thread that has not entered, or that is not the object's own.
+    int m_violations{0}; ///< Uses on a thread that has not entered, or that does not own the object.
 };
 
-/// What is handed out for something in memory: belongs to the thread that asked for it.
+/// A handle to something in memory; belongs to the thread that requested it.
 template <typename Interface, typename Thing>
 class FakeObject : public Interface
 {
@@ -137,7 +137,7 @@ protected:
     const Thing& thing() const { return ++outlook().questions, m_thing; }
     void setThing(const Thing& thing) { m_thing = thing; }
 
-    /// An object for something, unless Outlook does not give it.
+    /// A handle to something, null if requests for it fail.
     template <typename Object, typename Of>
     QSharedPointer<Object> given(bool isThere, const Of& of) const
     {
@@ -301,7 +301,7 @@ struct FakeMailbox
     const FakeFolderPtr team{outlook->add(contacts, QStringLiteral("Team"), OutlookFolder::contactItems)};
 };
 
-/// Runs a statement on the file of the contacts, beside the library; returns the rows.
+/// Runs a statement on the contacts' database file, bypassing the library; returns the rows.
 inline QStringList onStore(const QString& statement)
 {
     return OtherProgram(statement).rows();

@@ -47,10 +47,10 @@ QByteArray groupXml(const QByteArray& members)
            members + "</contact_group>";
 }
 
-/// What an operation takes and is answered beyond what the table says of it.
+/// Test data of an operation that is not in the library's table.
 struct Sample
 {
-    QByteArray rest; ///< Behind the path of the operation.
+    QByteArray rest; ///< Appended to the path of the operation.
     QByteArray good{"<message>Success</message>"};
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Every operation of the web service once, ready to be sent, and a service that answers each of them well.
+// All operations of the web service, with sample parameters, and a service that answers each successfully.
 
 #include "scriptedserver.h"
 #include "tasks/operations_p.h"
@@ -15,7 +15,7 @@ struct Operation
     QByteArray request; ///< Method and target.
     QByteArray done;    ///< The done signal.
     QByteArray good;    ///< The content of a reply that ends in the done signal.
-    WebOperation row;   ///< What the library's table says of it.
+    WebOperation row;   ///< Its row of the library's table.
 
     bool isChange() const { return !request.startsWith("GET"); }
     /// Whether it sends a body, and so must not be sent twice.
@@ -24,14 +24,14 @@ struct Operation
     Task* make(FaxServer& server, const QString& host = QStringLiteral("http://elsewhere:9")) const;
 };
 
-/// All of the library's table, and one more for the groups, whose members are fetched one by one.
+/// All rows of the library's table, and one more for groups, whose members are fetched one by one.
 const QList<Operation>& operations();
 const Operation& operation(Task::Type type);
 const Operation& operation(const QByteArray& name);
 
-/// The good answer to any request of the operations, of the login and of a synchronisation; 404 to others.
+/// A good reply to any request of the operations, the login and a synchronisation; 404 to others.
 QByteArray serve(const WireRequest& request);
 
-/// A contact with a number, as a reply holds it and as one is sent.
+/// A contact: as an element of a reply, and as an object to be sent.
 QByteArray memberXml(int number);
 QuendraContact personAt(const QString& url);

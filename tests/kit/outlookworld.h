@@ -1,6 +1,6 @@
 #pragma once
 
-// The provider of Outlook's contacts in a manager, over an Outlook in memory.
+// A manager with the provider of Outlook's contacts, using the fake Outlook.
 
 #include "contactlocalstorage.h"
 #include "contactmanager.h"
@@ -54,7 +54,7 @@ inline QString row(const FakeItem& item)
         .arg(item.entryID, QString::number(seconds), item.fullName, item.phone, item.fax, item.company);
 }
 
-/// A manager with its Outlook provider, and what the provider said.
+/// A manager with its Outlook provider, and the provider's recorded signals.
 struct World
 {
     explicit World(const FakeFolderPtr& folder = FakeFolderPtr())
@@ -107,7 +107,7 @@ struct World
     QPointer<OutlookContactProvider> provider;
 };
 
-/// What tests of the provider have in common: an Outlook and a store for each.
+/// Base class of tests of the provider: an Outlook and a store for each test.
 class OutlookTest : public QObject
 {
 protected:
@@ -124,7 +124,7 @@ protected:
     void leaveOutlook()
     {
         m_fake.reset();
-        QVERIFY(m_outlook->isBalanced()); // the worlds of the test are gone
+        QVERIFY(m_outlook->isBalanced()); // the test's worlds are destroyed
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -17,7 +17,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-/// What came of a run.
+/// The result of a run.
 struct Result
 {
     int status{-1};
@@ -40,7 +40,7 @@ struct Result
     }
 };
 
-/// A terminal for a run, and what is shown and typed there.
+/// A pseudo-terminal for a run, with its output and input.
 class Terminal
 {
 public:
@@ -49,7 +49,7 @@ public:
         if (m_master < 0 || grantpt(m_master) != 0 || unlockpt(m_master) != 0)
             qFatal("no terminal");
         m_slave =
-            ::open(ptsname(m_master), O_RDWR | O_NOCTTY | O_CLOEXEC); // keeps its state and what is unread
+            ::open(ptsname(m_master), O_RDWR | O_NOCTTY | O_CLOEXEC); // keeps its settings and unread output
     }
     ~Terminal()
     {
@@ -68,7 +68,7 @@ public:
     {
         return ::write(m_master, text.constData(), size_t(text.size())) == text.size();
     }
-    /// Everything until now.
+    /// All output so far.
     const QByteArray& shown()
     {
         char buffer[65536];
@@ -82,7 +82,7 @@ private:
     QByteArray m_shown;
 };
 
-/// A run of qdfax. In a terminal of its own, if told so, or with a limit to the size of files.
+/// A run of qdfax, optionally in a terminal of its own or with a limit on file sizes.
 class Program : public QProcess
 {
 public:
@@ -100,7 +100,7 @@ public:
         start();
     }
 
-    /// Waits for its end. The event loop of this thread goes on: servers of the test may live on it.
+    /// Waits for its end while running this thread's event loop, on which the test's servers may live.
     Result finish()
     {
         const auto ended = [this] { return state() == QProcess::NotRunning; };
@@ -131,7 +131,7 @@ protected:
     }
 };
 
-/// The arguments behind the run: its status, and perhaps a part of its messages.
+/// The arguments after the run: the expected status, and optionally a part of its messages.
 #define CHECK_RUN(run, ...)                                                                                  \
     do {                                                                                                     \
         const QByteArray mismatch_ = (run).mismatch(__VA_ARGS__);                                            \

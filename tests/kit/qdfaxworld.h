@@ -10,7 +10,7 @@
 
 #include <memory>
 
-/// What tests of qdfax have in common: a folder for each, which the program works in, and a server.
+/// Base class of tests of qdfax: a working folder for each test, and a server.
 class QdfaxTest : public QObject
 {
 protected:
@@ -48,7 +48,7 @@ protected:
             return run(QProcess::splitCommand(s(line)));
     }
 
-    /// Starts a server in place of the one before.
+    /// Starts a server, replacing the previous one.
     void startSim(SimOptions options, std::initializer_list<const char*> users)
     {
         for (const char* user : users)
@@ -56,7 +56,7 @@ protected:
         m_sim = std::make_unique<Started>(options);
     }
 
-    /// Has the program know the server, as its default.
+    /// Adds the server to the program's settings, as its default.
     void addServer(const char* login = "mary")
     {
         CHECK_RUN(run("server add %1 --login %2 --default", m_sim->address(), s(login)), 0);

@@ -116,7 +116,7 @@ bool ScriptedServer::hangUp(QTcpSocket* socket)
     return false;
 }
 
-/// Takes one request, or what there is of it, off a connection. False when more bytes are needed.
+/// Consumes a request, or the part received so far, from a connection. False if more bytes are needed.
 bool ScriptedServer::readOne(QTcpSocket* socket, Connection& connection)
 {
     if (!connection.received.isEmpty() &&

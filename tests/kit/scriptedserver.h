@@ -26,8 +26,9 @@ struct WireRequest
 };
 
 /**
- * A server that does as a test says: it records the bytes of every request and answers with exact bytes, or
- * hangs up at a chosen moment. It lives on the test's own thread and event loop and listens on 127.0.0.1.
+ * A server controlled by the test: it records the bytes of every request and answers with exact bytes, or
+ * closes the connection at a chosen point. It lives on the test's thread and event loop and listens on
+ * 127.0.0.1.
  */
 class ScriptedServer : public QTcpServer
 {
@@ -35,18 +36,18 @@ class ScriptedServer : public QTcpServer
 public:
     enum class HangUp {
         Never,       ///< Answers.
-        AfterHead,   ///< When the head of the request is there.
-        InsideBody,  ///< When half the body is there.
-        AfterBody,   ///< When all is there, without an answer.
+        AfterHead,   ///< When the head of the request has arrived.
+        InsideBody,  ///< When half the body has arrived.
+        AfterBody,   ///< When the whole request has arrived, without an answer.
         InsideReply, ///< After half the answer.
         AfterReply,  ///< After the answer.
-        NoAnswer     ///< Keeps the connection and says nothing.
+        NoAnswer     ///< Keeps the connection and does not answer.
     };
     Q_ENUM(HangUp)
 
-    /// Whether it can speak TLS here, which takes the program openssl.
+    /// Whether TLS is available, which needs the program openssl.
     static bool canTls();
-    /// With @p tls the server speaks TLS with a self-signed certificate made now.
+    /// With @p tls the server uses TLS with a new self-signed certificate.
     explicit ScriptedServer(bool tls = false, const QHostAddress& where = QHostAddress::LocalHost);
 
     /// "127.0.0.1:PORT", or what else it listens on.
@@ -58,22 +59,22 @@ public:
     void setAnswer(std::function<QByteArray(const WireRequest&)> answer) { m_answer = std::move(answer); }
     void setHangUp(HangUp when) { m_hangUp = when; }
 
-    /// Pieces to be written after the answer to a request, until one is empty or the client has gone: each
-    /// when the one before has left, or every @p interval ms.
+    /// Pieces to be written after the answer to a request, until one is empty or the client has disconnected:
+    /// each when the previous one has been sent, or every @p interval ms.
     void setMore(std::function<QByteArray(const WireRequest&)> more, int interval = 0);
 
     /// Requests in the order in which their heads were complete; bodies may be incomplete after a hang-up.
     const QList<WireRequest>& requests() const { return m_requests; }
 
-    /// How many connections there ever were, and how many there are.
+    /// The number of connections so far, and of those open now.
     int connectionCount() const { return m_connectionCount; }
     int openCount() const { return m_connections.size(); }
 
-    /// A 200 answer, or another, with a body and its length.
+    /// A reply, 200 by default, with a body and its Content-Length.
     static QByteArray reply(const QByteArray& body, const QByteArray& status = "200 OK",
                             const QByteArray& moreHeaders = QByteArray());
 
-    /// A good answer without an end, compressed blanks: @p more bytes behind it stand for 1032 blanks each.
+    /// An incomplete 200 reply, a decompression bomb: each of @p more bytes inflates to 1032 blanks.
     static QByteArray bomb(int more = 0);
 
     /// Writes a self-signed certificate for 127.0.0.1 and its key as PEM files. Returns whether that worked.

@@ -1,6 +1,6 @@
 #pragma once
 
-// Short forms, so that tables of test data stay tables: a row a line.
+// Short forms that keep a row of test data on one line.
 
 #include <QFile>
 #include <QTest>
@@ -32,8 +32,8 @@ inline void writeFile(const QString& path, const QByteArray& content)
     QCOMPARE(file.write(content), qint64(content.size()));
 }
 
-/// Puts this process into a zone with summer time, so that a date taken in the wrong zone shows. False where
-/// a process has no zone of its own.
+/// Sets this process's time zone to one with daylight saving, so that a date in the wrong zone is noticed.
+/// False if a process cannot have its own.
 inline bool useBerlinTime()
 {
 #ifdef Q_OS_UNIX
@@ -45,7 +45,7 @@ inline bool useBerlinTime()
 #endif
 }
 
-/// A value of a row: literals stand for UTF-8 texts or for bytes, enumerators for numbers, {} for nothing.
+/// A value of a row: a literal is UTF-8 text or bytes, an enumerator a number, {} the default value.
 template <typename T>
 struct Cell
 {
@@ -68,8 +68,8 @@ inline const char* columnName(int column)
     return names[column];
 }
 
-/// The table of a data-driven test, called once a row. Made with the names of the columns where the test
-/// fetches them by name, without where it takes the cells().
+/// The table of a data-driven test, called once per row. Constructed with column names if the test uses
+/// QFETCH, without if it uses cells().
 template <typename... Column>
 struct Rows
 {

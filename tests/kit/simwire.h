@@ -37,7 +37,7 @@ inline SimUser someUser(const char* text)
     return user;
 }
 
-/// A request of which every byte is the test's own, and the answer as it came.
+/// A request made of the test's own bytes, and the raw answer.
 struct Wire
 {
     QByteArray method;
@@ -178,7 +178,7 @@ inline QByteArray submission(const QByteArray& content)
     return declared("\n<schedule_fax>\n" + content + "</schedule_fax>\n");
 }
 
-/// A submission as short as can be, to these numbers.
+/// A minimal submission to these numbers.
 inline QByteArray shortFax(const QByteArrayList& numbers, const QByteArray& attachments = QByteArray(),
                            const QByteArray& options = QByteArray())
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The file of the contacts, from beside the library.
+// The contacts' database file, accessed without the library.
 
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -15,7 +15,7 @@ inline QString storeFile()
            QStringLiteral("/Quendra Client Software/Contacts/contacts.sqlite");
 }
 
-/// Another program at the file: a statement on a connection of its own. What it began ends with it.
+/// Simulates another program: statements on a connection of its own, whose open transaction ends with it.
 class OtherProgram
 {
 public:
@@ -38,7 +38,7 @@ public:
     bool works() const { return m_works; }
     bool next() { return m_query.next(); }
 
-    /// The rows, the columns of each with "|" between them; what is wrong when there are none for that.
+    /// The rows, columns separated by "|"; the error text if the statement fails.
     QStringList rows()
     {
         QStringList rows;

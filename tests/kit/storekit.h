@@ -12,7 +12,7 @@
 #include <memory>
 #include <optional>
 
-/// For the store to call: counts the calls, by a pointer it must get; no unit for the uid "null".
+/// A callback for the store: counts its calls through its user data; returns no unit for the uid "null".
 inline ContactUnitPtr makeUnit(ContactLocalStorage::ContactType type, ContactLocalStorage::ContactLocation,
                                const QString& uid, const QString& name, const QString& description,
                                const QString&, const QString& fax, const QString&, const QString&,
@@ -55,14 +55,14 @@ inline QString spelled(const QList<quint32>& ids)
     return parts.join(QLatin1Char(' '));
 }
 
-/// What tests of the store have in common: a store with one source, its log, its file as others see it.
+/// Base class of tests of the store: a store with one source, its log, and direct access to its file.
 class StoreTest : public QObject
 {
 protected:
     using Store = ContactLocalStorage;
 
     static inline const QString none;
-    static constexpr quint32 account = 1; ///< The source that every test begins with.
+    static constexpr quint32 account = 1; ///< The source present at the start of every test.
     static constexpr auto people = Store::TypeContact;
     static constexpr auto groups = Store::TypeGroup;
     static constexpr auto global = Store::LocationGlobal;

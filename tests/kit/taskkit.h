@@ -1,6 +1,6 @@
 #pragma once
 
-// A task on its own: a server without a login, and what the task said.
+// Running a task alone: a server that does not log in, and the task's recorded outcome.
 
 #include "faxmanager.h"
 #include "faxserver.h"
@@ -12,10 +12,10 @@
 
 #include <functional>
 
-/// A manager of servers without a manager of contacts.
+/// For a FaxManager without a ContactManager.
 inline const QPointer<ContactManager> noContacts;
 
-/// A server without the login that a manager would start.
+/// A server that does not log in, as one added to a manager would.
 class BareServer : public FaxServer
 {
 public:
@@ -35,7 +35,7 @@ inline QByteArray okReply(const QByteArray& content)
     return ScriptedServer::reply("<?xml version=\"1.0\" encoding=\"utf-8\"?><reply>" + content + "</reply>");
 }
 
-/// What a task said at its end.
+/// Records the outcome of a task.
 class Outcome : public QObject
 {
     Q_OBJECT
@@ -51,7 +51,7 @@ public:
         : Outcome(task, operation(task->type()).done)
     {}
 
-    /// Runs the task until it has gone. How it ended: Unknown unless that was in one way, and once.
+    /// Runs the task until it is destroyed. Returns its outcome; Unknown unless there was exactly one.
     Task::Status run(int seconds = 60)
     {
         task->execute();
@@ -62,7 +62,7 @@ public:
 
     QPointer<Task> task;
     QList<Task::Status> ends;     ///< Ok: done.
-    std::function<void()> onOver; ///< Called with either outcome.
+    std::function<void()> onOver; ///< Called at any outcome.
 
 public Q_SLOTS:
     void end(Task::Status status = Task::Ok)
@@ -73,7 +73,7 @@ public Q_SLOTS:
     }
 };
 
-/// Runs a task to its end, which must be a good one, and returns what it brings.
+/// Runs a task, which must succeed, and returns its result.
 template <typename T, typename Owner, typename Result, typename... More>
 std::decay_t<Result> resultOf(T* task, void (Owner::*done)(Result, More...))
 {
@@ -87,7 +87,7 @@ std::decay_t<Result> resultOf(T* task, void (Owner::*done)(Result, More...))
     return result;
 }
 
-/// A server, and the service behind it, which answers everything with @p answer.
+/// A FaxServer and its web service, which answers every request with @p answer.
 struct TaskWorld
 {
     explicit TaskWorld(const QByteArray& answer = QByteArray(), bool tls = false)

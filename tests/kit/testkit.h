@@ -15,8 +15,8 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
-/// Runs the event loop until a condition holds. False after some seconds, 20 by default. Thousands of short
-/// waits would take minutes with QTRY_VERIFY, which looks every 50 ms.
+/// Runs the event loop until a condition holds. False after a time-out, 20 seconds by default. Thousands of
+/// short waits would take minutes with QTRY_VERIFY, which polls every 50 ms.
 template <typename Condition>
 bool spinUntil(Condition condition, int seconds = 20)
 {
@@ -25,8 +25,9 @@ bool spinUntil(Condition condition, int seconds = 20)
     const QDeadlineTimer deadline(seconds * 1000);
     while (!condition() && !deadline.hasExpired()) {
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // no loop of its own does it
-        QCoreApplication::processEvents(); // what a thread has posted just before it was deleted
+        // processEvents() does not deliver deferred deletions
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCoreApplication::processEvents(); // events posted by a thread just before its deletion
     }
     return condition();
 }
@@ -56,7 +57,7 @@ public:
         Logger::inst().releaseLogFile();
     }
 
-    /// Everything that was written so far.
+    /// The log so far.
     QString text() const
     {
         QFile file(Logger::inst().currentFile());

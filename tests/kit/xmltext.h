@@ -19,7 +19,7 @@ inline QString tag(const char* name, const char* content)
     return tag(name, QString::fromUtf8(content));
 }
 
-/// Elements that hold texts without blanks, of "name=text name=text".
+/// Elements made from "name=text name=text"; the texts have no blanks.
 inline QString elements(const char* texts)
 {
     QString xml;
@@ -30,7 +30,7 @@ inline QString elements(const char* texts)
     return xml;
 }
 
-/// An element named "record" with the children that a text spells out.
+/// An element named "record" with children given as XML text.
 class XmlRecord
 {
 public:

@@ -130,7 +130,7 @@ private Q_SLOTS:
 
     void init() { m_leaks.clear(); }
 
-    /// What finds nothing below must be able to find.
+    /// Positive control: the searches detect a password that is present.
     void everyFormIsFound()
     {
         QProcess process;

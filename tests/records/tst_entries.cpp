@@ -192,6 +192,7 @@ private Q_SLOTS:
             for (int i = 0; i < texts.size(); i += 2)
                 deliveries.append({texts.at(i), texts.at(i + 1)});
             DeliveredTo record;
+            QVERIFY(readFax(record, QString()));
             record.setDeliveries(deliveries);
             InboundFaxEntry entry;
             entry.setDeliveredTo(record);

@@ -21,7 +21,7 @@ class TestDiscover : public QObject
     QList<QNetworkDatagram> m_queries;
     std::unique_ptr<Discover> m_discover;
     std::unique_ptr<QSignalSpy> m_timeOut;
-    int m_timerEvents{0}; ///< That the object installed on has received.
+    int m_timerEvents{0}; ///< Received by the watched object.
     QStringList m_found;  ///< "address|model|version" of each entry.
 
     void answer(const QByteArray& reply)
@@ -104,7 +104,7 @@ private Q_SLOTS:
         const std::pair<QByteArray, QString> rows[] = {
             {"200 ok\ninet_addr: 192.168.1.20\nmodel: X\nversion: 1.4", s("192.168.1.20|X|1.4")},
             {"200 OK\r\nINET_ADDR:10.0.0.5\r\nModel:a:b \t\r\nserial:7\r\n", s("10.0.0.5|a:b|")},
-            // the last value wins, and lines without a colon do not count
+            // the last value wins, and lines without a colon are ignored
             {"200 OK\n\nmodel:1\nmodel\n:x\nmodel:2\nversion:", s("|2|")},
             {"200 OK\nmodel :1\n", s("||")},
             {"200 OK", s("||")},
@@ -114,7 +114,7 @@ private Q_SLOTS:
             {"\n200 OK\ninet_addr:1", ignored},
             {"", ignored},
             {QByteArray(1000, '\0'), ignored},
-            {QByteArray(65507, 'x'), ignored}, // the most that fits into a datagram
+            {QByteArray(65507, 'x'), ignored}, // the largest datagram
             {"200 OK" + QByteArray(65000, '\n'), s("||")},
             {"200 OK\n" + QByteArray(65000, ':'), s("||")},
             {"200 OK\n" + keys, s("||")}};
@@ -139,7 +139,7 @@ private Q_SLOTS:
                         SLOT(receive(DiscoverEntry)), Qt::QueuedConnection));
         for (int i = 0; i < 150; ++i)
             answer(sentinel);
-        // Other events have their turn in between.
+        // Other events are processed in between.
         int foundBefore = 0;
         connect(m_discover.get(), &Discover::discoveredEntry, this, [this, &foundBefore] {
             if (m_found.size() == 1)
@@ -183,7 +183,7 @@ private Q_SLOTS:
                 QVERIFY(m_server.waitForReadyRead(20000));
                 for (int i = 0; i < 100; ++i)
                     answer(sentinel);
-                if (busy) // the time is up before the event loop has its turn
+                if (busy) // the time is up before the event loop runs
                     QTest::qSleep(20);
                 const bool goesOn = receiver == Listens || receiver == RunsEvents;
                 QCOMPARE(m_timeOut->wait(busy && goesOn ? 20000 : 100), busy && goesOn);
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QTRY_COMPARE(sockets(), 1);
         QVERIFY(!m_timeOut->wait(100));
         QTRY_COMPARE(m_queries.size(), 18);
-        // The answer to the first search's query finds nobody; the last query came from the second.
+        // The answer to the first search's query has no receiver; the last query came from the second.
         answer(sentinel);
         m_queries = {m_queries.last()};
         answer(sentinel);

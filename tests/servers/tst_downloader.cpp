@@ -35,11 +35,12 @@ class TestDownloader : public QObject
     QScopedPointer<Downloader> m_downloader;
     QScopedPointer<QSignalSpy> m_finished;
     QScopedPointer<QSignalSpy> m_failed;
+    QSslSocket::PeerVerifyMode m_verifyMode{}; ///< Of the last reply released.
 
     QString folder() const { return m_outside->filePath(s("downloads")); }
     QString target(const QByteArray& name) const { return folder() + QDir::separator() + s(name); }
 
-    /// @p path as it stands in a URL.
+    /// @p path in its encoded form, as in a URL.
     QUrl url(const QByteArray& path) const
     {
         return QUrl::fromEncoded("http://" + m_server->address().toLatin1() + path);
@@ -50,7 +51,7 @@ class TestDownloader : public QObject
         return QTest::qWaitFor([this] { return !m_finished->isEmpty() || !m_failed->isEmpty(); }, 20000);
     }
 
-    /// Downloads what a path names, until it ends either way, after what was before.
+    /// Downloads a path, and waits for either outcome; clears earlier results first.
     bool fetch(const QByteArray& path)
     {
         m_finished->clear();
@@ -62,11 +63,14 @@ class TestDownloader : public QObject
 
     int firstError() const { return m_failed->isEmpty() ? 0 : m_failed->first().first().toInt(); }
 
-    /// As applications do with the replies of their access manager.
+    /// Deletes finished replies in a slot of the access manager, as applications do.
     void releaseReplies()
     {
         connect(&m_manager, &QNetworkAccessManager::finished, m_downloader.get(),
-                [](QNetworkReply* reply) { reply->deleteLater(); });
+                [this](QNetworkReply* reply) {
+                    m_verifyMode = reply->request().sslConfiguration().peerVerifyMode();
+                    reply->deleteLater();
+                });
     }
 
 private Q_SLOTS:
@@ -111,6 +115,8 @@ private Q_SLOTS:
             const WireRequest& request = m_server->requests().first();
             QCOMPARE(request.method + ' ' + request.target, QByteArray("GET /some/where/fax123.tif?page=1"));
             QVERIFY(request.header("Authorization").isNull());
+            if (secure)
+                QCOMPARE(m_verifyMode, QSslSocket::QueryPeer); // requested, not verified
         }
     }
 
@@ -133,7 +139,7 @@ private Q_SLOTS:
                 s("downloader.cpp Downloader: file %1 was obtained successfully.").arg(target("a.tif"))}));
         QVERIFY(!log.text().contains(s("ss w")));
 
-        // nor does the access manager keep them for who asks next
+        // nor does the access manager cache them for the next request
         m_server->setAnswer(ScriptedServer::reply("", "401 No\r\nWWW-Authenticate: Basic realm=\"x\""));
         QScopedPointer<QNetworkReply> other(m_manager.get(QNetworkRequest(url("/b.tif"))));
         QTRY_VERIFY(other->isFinished());
@@ -145,7 +151,7 @@ private Q_SLOTS:
     {
         const QString refused;
         const bool isWindows = QDir::separator() != QLatin1Char('/');
-        // Windows takes these for something else
+        // special names on Windows
         const auto special = [&](const char* name) { return isWindows ? refused : s(name); };
         const std::tuple<QByteArray, QString, const char*> rows[] = {
             {"/x%2F..%2F..%2Fcanary", s("canary"), ""},
@@ -157,7 +163,7 @@ private Q_SLOTS:
             {"/" + QByteArray(300, 'n'), refused, ""},
             {"/a%FFb.tif", s("a\ufffdb.tif"), ""},
             {"/...%2525", s("...%25"), ""},
-            // what is taken by a folder cannot be deleted, and is numbered
+            // a name taken by a folder cannot be replaced, and is numbered
             {"/a.tif", s("a(1).tif"), "a.tif"},
             {"/a.tif", s("a(1)(2).tif"), "a.tif a(1).tif"},
             {"/a.jpeg", s("a.(1)jpeg"), "a.jpeg"},
@@ -183,7 +189,7 @@ private Q_SLOTS:
                 expected.append(name);
             std::sort(expected.begin(), expected.end());
 
-            for (const QString& path : {folder(), QString()}) { // which means the current one, the same
+            for (const QString& path : {folder(), QString()}) { // empty: the current folder
                 m_downloader->setDownloadPath(path);
                 QVERIFY(fetch(source));
                 QCOMPARE(names(folder()), expected);
@@ -276,7 +282,7 @@ private Q_SLOTS:
     void fullDiskMakesAShorterFile()
     {
 #ifdef Q_OS_UNIX
-        // A limit on the size of files makes writing fail as a full disk does, and needs no rights.
+        // A limit on the file size makes writing fail as a full disk does, and needs no privileges.
         rlimit before{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
         rlimit limit = before;
@@ -305,7 +311,7 @@ private Q_SLOTS:
         m_downloader->download(url("/a.tif"), false);
         m_downloader->download(url("/b.tif"), false); // only prepares the file
         QVERIFY(QFile::exists(target("b.tif")));
-        // Neither a name that is none nor a file that cannot be opened ends the running one.
+        // Neither an invalid name nor a file that cannot be opened ends the running download.
         m_downloader->download(url("/.."), false);
         QCOMPARE(m_failed->size(), 1);
         m_downloader->setDownloadPath(m_outside->filePath(QStringLiteral("none")));
@@ -328,7 +334,7 @@ private Q_SLOTS:
             told += path;
         });
         QVERIFY(fetch("/a.tif"));
-        QCOMPARE(told, target("a.tif")); // the receiver's copy is that of the first one
+        QCOMPARE(told, target("a.tif")); // the argument is still that of the first download
         QVERIFY(QFile::exists(target("b.tif")) && readFile(target("b.tif")).isEmpty());
         QVERIFY(fetch("/c.tif"));
         QCOMPARE(m_server->requests().size(), 2);

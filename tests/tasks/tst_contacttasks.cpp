@@ -90,7 +90,7 @@ private Q_SLOTS:
         Outcome changed(since, SIGNAL(doneGetContactsAfterLastTimeSync(ContactList, unsigned int)));
         world.server.slotError(Task::Error);
         QCOMPARE(changed.run(), Task::Ok);
-        QCOMPARE(world.server.lastStatus(), Task::Ok); // this outcome is one for the bookkeeping, too
+        QCOMPARE(world.server.lastStatus(), Task::Ok); // the server's bookkeeping counts this outcome too
         QCOMPARE(world.wire.requests().last().target, contacts + "?query_time=1234");
 
         QCOMPARE(readOids(world, book), book ? QList<QString>{s("1")} : QList<QString>());
@@ -190,7 +190,7 @@ private Q_SLOTS:
             }
         }
 
-        // an entry that cannot be written is an error of its own, behind the line about the request
+        // an entry that cannot be written is a separate error, logged after the request's line
         struct Unwritable : QuendraContact
         {
             bool writeFax(QDomDocument&, QDomElement&, int) const override { return false; }
@@ -216,7 +216,7 @@ private Q_SLOTS:
         QCOMPARE(people.contacts().size(), 2);
         QCOMPARE(dynamic_cast<const QuendraContact&>(*people.contacts().at(1)).name(), s("M5"));
 
-        // groups that cannot be read are left out; without members there is nothing to wait for
+        // unreadable groups are left out; without members nothing more is requested
         world.wire.setAnswer(okReply("<contact_group><name>A</name></contact_group>" + groupOf("B", "")));
         QCOMPARE(readBook(world, ContactList::PersonalGroups).contacts().size(), 1);
         QCOMPARE(world.wire.requests().size(), 2);
@@ -245,7 +245,7 @@ private Q_SLOTS:
             if (request.target.contains("groups"))
                 return okReply(groupOf("A", "12") + groupOf("B", "3"));
             if (request.target.endsWith("/2"))
-                return okReply("<message>nobody</message>"); // counts as finished all the same
+                return okReply("<message>nobody</message>"); // counts as finished nevertheless
             return okReply(memberXml(request.target.right(1).toInt()));
         });
         const ContactList groups = readBook(world, ContactList::GlobalGroups);

@@ -1,9 +1,9 @@
-// A client that works for a long time against a server that changes and fails now and then: does it grow,
-// does it lose anything?
+// A client that runs for a long time against a server that changes and sometimes fails: does it leak, does it
+// lose data?
 //
-// soak MINUTES [SEED [KIB]]     KIB: leak so much a second, to see that it is noticed
+// soak MINUTES [SEED [KIB]]     KIB: leak so much per second, to check that it is detected
 //
-// The server is this program again, in a process of its own, so that its memory is not counted.
+// The server is a second process of this program, so that its memory is not counted.
 
 #include "contactworld.h"
 #include "downloader.h"
@@ -102,7 +102,7 @@ struct Samples
         const QDir files(s("/proc/self/fd"));
         fds.append(files.entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size());
     }
-    /// How long a median is taken, and where the first of them begins.
+    /// The period over which a median is taken, and the start of the first.
     int window() const { return std::max(1, rss.size() / 6); }
     int begin() const { return std::min(window(), 300); }
     /// The median after the first minutes, and the one at the end.
@@ -143,7 +143,7 @@ public:
         download();
     }
 
-    /// Starts nothing more, and waits for what runs. False when something never ends.
+    /// Starts no more operations, and waits for the running ones. False if one never ends.
     bool end()
     {
         m_ends = true;
@@ -272,7 +272,7 @@ private:
                              QFile::remove(file);
                              downloader->deleteLater();
                          });
-        // an error may be told twice, and counts so
+        // an error may be reported, and is then counted, twice
         QObject::connect(downloader, &Downloader::downloadError, &m_context, [this, downloader] {
             ++m_failures;
             downloader->deleteLater();
@@ -283,7 +283,7 @@ private:
     QTemporaryDir m_folder;
     ContactWorld m_world;
     QPointer<FaxServer> m_server;
-    QObject m_context; ///< What calls this, before the world goes.
+    QObject m_context; ///< Context of connections to this; destroyed before the world.
     bool m_works{false};
     bool m_ends{false};
     int m_running{0};
@@ -363,7 +363,7 @@ int run(double minutes, quint32 seed, int leak)
     verdict(laterRss <= rss + rss / 20 + 2048,
             QString::asprintf("memory: %d KiB after the first %d s, %d KiB at the end", rss, samples.begin(),
                               laterRss));
-    // a connection more or less may be open at one moment; more than that is a leak
+    // the number of open connections varies by one; more is a leak
     verdict(laterFds <= fds + 1, s("open files: %1, then %2").arg(fds).arg(laterFds));
     std::printf("%s; %s\n", failed == 0 ? "passed" : "FAILED", qPrintable(soak.figures()));
 

@@ -1,5 +1,5 @@
-// Servers that mean harm: what they send ends as documented, in bounded memory, and the event loop goes on;
-// what they are sent arrives once, and nobody else gets any of it.
+// Malicious servers: their replies end with the documented outcome, in bounded memory, without blocking the
+// event loop; requests are sent once, and to no other host.
 
 #include "downloader.h"
 #include "quendracontact.h"
@@ -49,9 +49,9 @@ public:
     Watch()
     {
 #ifdef __GLIBC__
-        malloc_trim(0); // what was freed before, and is used again, would not count
+        malloc_trim(0); // reuse of memory freed before would not be counted
 #endif
-        QFile file(QStringLiteral("/proc/self/clear_refs")); // the peak counts from here
+        QFile file(QStringLiteral("/proc/self/clear_refs")); // resets the peak
         if (file.open(QIODevice::WriteOnly))
             file.write("5");
         m_before = status("VmRSS:");
@@ -71,14 +71,14 @@ public:
 #endif
     }
 
-    /// How much more memory than at the beginning there ever was, in MB.
+    /// Peak growth of memory since the construction, in MB.
     qint64 growth() const
     {
         return (status("VmHWM:") - m_before) / 1024;
     }
 
-    /// Tells the figures, and whether they are within these limits. Where memory cannot be measured there is
-    /// nothing to say against it: see memoryIsMeasured().
+    /// Prints the figures; returns whether they are within these limits. Without a measurement memory counts
+    /// as within: see memoryIsMeasured().
     bool held(qint64 limit, int pause = longestPause)
     {
         look();
@@ -110,7 +110,7 @@ QByteArray deflated(const QByteArray& body)
     return ScriptedServer::reply(qCompress(body, 9).mid(4), "200 OK", "Content-Encoding: deflate\r\n");
 }
 
-/// What answers for a book with one group of so many, and each of its members alike.
+/// Answers requests for a book with one group of so many members, and for each member.
 auto groupOf(int count, const QByteArray& member)
 {
     const QByteArray url = "<contact>http://h/qdws/v1/contacts/anna/1</contact>";
@@ -119,7 +119,7 @@ auto groupOf(int count, const QByteArray& member)
     return [=](const WireRequest& request) { return request.target.contains("groups") ? group : member; };
 }
 
-/// A task that is to send a contact, a user or a fax gets one of @p size bytes and more.
+/// Sets the parameter of a task that sends a contact, a user or a fax to one of at least @p size bytes.
 void enlarge(Task* task, int size)
 {
     QuendraContact person = personAt(QStringLiteral("http://h/qdws/v1/contacts/anna/7"));
@@ -144,7 +144,7 @@ class TestHostile : public QObject
 {
     Q_OBJECT
 
-    ScriptedServer m_decoy{false, QHostAddress(s("127.0.0.2"))}; ///< Nobody may ever speak to it.
+    ScriptedServer m_decoy{false, QHostAddress(s("127.0.0.2"))}; ///< Must never receive a connection.
 
     QByteArray decoy() const { return "http://" + m_decoy.address().toUtf8(); }
     QByteArray toDecoy(const QByteArray& path) const { return "Location: " + decoy() + path + "\r\n"; }
@@ -152,7 +152,7 @@ class TestHostile : public QObject
 private Q_SLOTS:
     void cleanup() { QCOMPARE(m_decoy.connectionCount(), 0); }
 
-    /// Without it the other tests pass whatever memory is used, which should be seen.
+    /// Positive control: if memory were not measured, the other tests would always pass.
     void memoryIsMeasured()
     {
         if (!Watch::knowsMemory())
@@ -162,7 +162,7 @@ private Q_SLOTS:
             const QByteArray block(100 * megabyte, 'x');
             QVERIFY(block.endsWith('x'));
         }
-        QVERIFY(watch.growth() < 110 && watch.growth() >= 90); // also when it has been given back
+        QVERIFY(watch.growth() < 110 && watch.growth() >= 90); // also after it was freed
     }
 
     void replies_data()
@@ -234,11 +234,11 @@ private Q_SLOTS:
         row("ampersands", "VerifyLogin", "<r><message>", "&" + text.left(15), close, refused);
         row("elements and texts", "VerifyLogin", "<r>", "<a/>" + text.left(259), "</r>", refused);
         row("attributes", "VerifyLogin", "<r>", "<a b='" + text.left(390) + "'/>", "</r>", refused);
-        // as many as are let through, and the rest is a text
+        // the maximum number of nodes; the rest is text
         row("a log", "GetFaxEntry", "<r><message>Success</message>", "<fax_entry/>", "</r>", Task::Ok);
         row("a book", "GetContacts", "<r>", "<contact/>", "</r>", Task::Ok);
     }
-    /// What is within every limit: a reply grows to several times its size until its task has ended.
+    /// Replies within all limits: parsing takes several times a reply's size until its task has ended.
     void largestReplies()
     {
         const auto [name, begin, piece, end, status] =
@@ -304,25 +304,25 @@ private Q_SLOTS:
         QCOMPARE(logged.size(), 1);
         QVERIFY2(logged.at(0).endsWith(s(" error! http code 5")), qPrintable(logged.at(0)));
         QVERIFY(spinUntil([&] { return world.wire.openCount() <= (name == "VerifyLogin" ? 0 : 1); }));
-        QVERIFY(watch.held(1300)); // what is parsed, and the same for the log
-        QVERIFY(sent < 400 * qint64(megabyte)); // nobody took it to its end
+        QVERIFY(watch.held(1300));              // the parsed data, and as much for the log
+        QVERIFY(sent < 400 * qint64(megabyte)); // it was not read to its end
     }
 
     void floodOfMembers()
     {
-        // no reply is too large, all together are
+        // no single reply is too large, but all together are
         TaskWorld world;
         world.wire.setAnswer(groupOf(1000, deflated(QByteArray(20 * megabyte, ' ') + memberXml(1))));
         Watch watch;
         QCOMPARE(world.run(operation("GetContacts of groups"), 120), Task::Error);
         const int asked = world.wire.requests().size();
-        QVERIFY2(asked > 12 && asked < 200, qPrintable(QString::number(asked))); // not for all the others
+        QVERIFY2(asked > 12 && asked < 200, qPrintable(QString::number(asked))); // the rest is not requested
         QVERIFY(watch.held(700));
     }
 
     void floodedDownload()
     {
-        // as much as there is room for on the disk; in memory it is little
+        // limited only by the disk's space; memory stays small
         const QByteArray bomb = ScriptedServer::bomb();
         ScriptedServer wire;
         wire.setAnswer(bomb);
@@ -342,14 +342,14 @@ private Q_SLOTS:
 
     void drips()
     {
-        // in the head, in the body, in that of a refusal, of which the access manager says nothing before its
-        // end so that no limit applies, and in the size of a chunk
+        // In the head, in the body, in the size of a chunk, and in the body of an error reply: the access
+        // manager does not report it before its end, so no limit applies.
         const QByteArray ok = "HTTP/1.1 200 OK\r\n";
         for (const QByteArray& beginning :
              {ok + "X-Long: ", ok + "\r\n<r><message>",
               QByteArray("HTTP/1.1 401 No\r\nWWW-Authenticate: Basic realm=\"x\"\r\n\r\n<r>"),
               ok + "Transfer-Encoding: chunked\r\n\r\n"}) {
-            // a byte every few ms stands for one a second: what counts is that it never ends
+            // a byte every few ms, instead of every second, since only the missing end matters
             TaskWorld world(beginning);
             int dropped = 0;
             world.wire.setMore([&](const WireRequest&) { return ++dropped, QByteArray("0"); }, 3);
@@ -398,8 +398,7 @@ private Q_SLOTS:
             world.manager.nam().setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
             for (const char* status : statuses) {
                 world.wire.setAnswer(ScriptedServer::reply("", status, toDecoy("/qdws/v1/verify")));
-                // the redirect is the reply; those that would repeat a body that went out once are failures
-                // at once
+                // The redirect is the reply; one that would send a body a second time fails at once.
                 const bool repeats = operation.hasBody() && (status[2] == '7' || status[2] == '8');
                 const auto end = repeats ? Task::Error : Task::InvalidReply;
                 QVERIFY2(world.run(operation) == end, operation.name + ' ' + status);
@@ -483,16 +482,16 @@ private Q_SLOTS:
             QCOMPARE(world.run(operation(Task::AddContact)), Task::Ok);
         }
         world.wire.setHangUp(hangUp);
-        constexpr int size = 8 * megabyte; // more than waits anywhere on the way
+        constexpr int size = 8 * megabyte; // more than all buffers on the way
         Outcome outcome(operations().at(index).make(world.server));
         enlarge(outcome.task, size);
         QCOMPARE(outcome.run(), Task::Error);
-        // a second request, were there one, would come on a connection of its own; this one comes after it
+        // a repeated request would use a new connection, and would arrive before this one
         world.wire.setHangUp(HangUp::Never);
         QCOMPARE(world.run(), Task::Ok);
         QCOMPARE(world.wire.requests().size(), reused ? 4 : 2);
         const WireRequest& request = world.wire.requests().at(reused ? 2 : 0);
-        QCOMPARE(request.connection, reused ? 3 : 1); // not the one that another request left behind
+        QCOMPARE(request.connection, reused ? 3 : 1); // not a kept-alive connection of another request
         const bool isCut = hangUp == HangUp::AfterHead || hangUp == HangUp::InsideBody;
         QCOMPARE(request.body.size() < size, isCut || operations().at(index).type == Task::Reschedule);
     }

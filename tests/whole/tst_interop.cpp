@@ -1,8 +1,8 @@
-// The library and the simulator read the protocol independently of each other: whatever one sends and the
-// other refuses, or takes for something else, is a fault in one of them. What the simulator answers is tested
-// with the program qdfax.
+// The library and the simulator implement the protocol independently: a request that the simulator refuses or
+// misinterprets is a fault in one of them. The simulator's replies are tested with the program qdfax.
 
 #include "faxkit.h"
+#include "operations.h"
 #include "shorthand.h"
 #include "simserver.h"
 #include "taskkit.h"
@@ -49,7 +49,7 @@ private Q_SLOTS:
         QCOMPARE(server.info().version(), version);
         QCOMPARE(server.user().contact().user(), someone.name);
 
-        // Every option away from its default, so that every element is written
+        // No option has its default, so that every element is written
         FaxUser user = server.user();
         QuendraContact me = user.contact();
         me.setName(QStringLiteral("Zo\u00eb <Z> & \"Co\""));
@@ -68,7 +68,7 @@ private Q_SLOTS:
         auto* check = qobject_cast<TaskChekPermissions*>(server.addTask(Task::ChekPermissions));
         QCOMPARE(resultOf(check, &TaskChekPermissions::doneCheckPermissions), 3U);
 
-        // A fax with everything
+        // A fax with all elements
         QTemporaryDir folder;
         writeFile(folder.filePath(s("a.txt")), "hello\n");
         const Attach attach =
@@ -108,6 +108,15 @@ private Q_SLOTS:
         QCOMPARE(faxes[1].schedule.printer, server.isPrintReceiptSupported() ? s("Archive") : QString());
         QCOMPARE(sim.attachments(2).value(1).name, s("a.txt1"));
         QCOMPARE(sim.attachments(2).value(1).content, QByteArrayLiteral("hello\n"));
+
+        // All operations that read and have no parameter
+        for (const Operation& operation : operations()) {
+            if (operation.request != QByteArray("GET ") + operation.row.path ||
+                (operation.type == Task::GetPrinterNames && !server.isPrintReceiptSupported()))
+                continue;
+            const Task::Status status = Outcome(operation.make(server)).run();
+            QVERIFY2(status == Task::Ok, operation.name.constData());
+        }
         QCOMPARE(sim.refusals(), QStringList());
     }
 };

@@ -1,5 +1,5 @@
-// Servers and managers that go at any moment: after any number of turns of the event loop, and from inside
-// any slot.
+// Servers and managers destroyed at any time: after any number of turns of the event loop, and within any
+// slot.
 
 #include "contactmanager.h"
 #include "contactprovider.h"
@@ -66,7 +66,7 @@ void setAnswers(ScriptedServer& wire, Answers which)
     });
 }
 
-/// What is done with a server: an operation, a login or a synchronisation.
+/// A use of a server: an operation, a login or a synchronisation.
 struct Deed
 {
     QByteArray name;
@@ -110,7 +110,7 @@ QList<Deed> deeds()
     return all;
 }
 
-/// One server of one manager, logged in, and what it says from then on.
+/// One server of one manager, logged in, and the signals recorded from then on.
 class World
 {
 public:
@@ -151,8 +151,8 @@ public:
         return (!server || server->findChildren<Task*>().isEmpty()) && !(provider && provider->isSync());
     }
 
-    /// Lets whoever is left go on to the end. A synchronisation whose server was destroyed, not taken off the
-    /// list, has nobody to end it before its provider goes.
+    /// Lets the remaining objects finish. If the server was destroyed without deleteServer(), only the
+    /// destruction of its provider ends a synchronisation.
     bool settles(Victim victim) const
     {
         if (victim == Contacts || victim == ListedServer)
@@ -165,9 +165,9 @@ public:
     /// Who has nothing to say after the victim is gone.
     const Listener& heardOf(Victim victim) const { return victim == Contacts ? ofContacts : ofServer; }
 
-    /// Notes what was heard before the end of the victim, which begins now. A server that is taken off the
-    /// list lives until the event loop deletes it, and a manager of contacts ends as it goes what is under
-    /// way, and says so.
+    /// Records the number of signals before the victim's destruction, which begins now. A server given to
+    /// deleteServer() exists until the event loop deletes it; a contact manager's destructor ends running
+    /// synchronisations with signals.
     void kill(Victim victim)
     {
         heardAtEnd = heardOf(victim).heard;
@@ -184,7 +184,7 @@ public:
         }
     }
 
-    /// Whether the victim and everything that is its own is gone.
+    /// Whether the victim and everything that it owned are destroyed.
     bool isGone(Victim victim) const
     {
         return victim == Contacts ? !contacts && !provider
@@ -226,7 +226,7 @@ protected:
     }
 };
 
-/// An access manager that knows whether one of its replies is in the middle of a signal.
+/// An access manager that knows whether one of its replies is emitting a signal.
 class WatchedNetwork : public QNetworkAccessManager
 {
 public:
@@ -266,7 +266,7 @@ class TestLifetime : public QObject
 {
     Q_OBJECT
 
-    /// In memory where that can be had: hundreds of contact stores would wait for the disk.
+    /// In memory if possible: hundreds of contact stores on a disk would be slow.
     QTemporaryDir m_folder{QFileInfo(QStringLiteral("/dev/shm")).isWritable()
                                ? QStringLiteral("/dev/shm/lifetime-XXXXXX")
                                : QDir::tempPath() + QStringLiteral("/lifetime-XXXXXX")};
@@ -280,7 +280,7 @@ class TestLifetime : public QObject
             const bool hasMembers = name.contains("groups") || name.contains("synchronisation");
             for (const int victim : {Server, ListedServer, Manager, Contacts}) {
                 for (const int answer : {Good, Refusal, Unusable, Cut, FailedMember}) {
-                    // it has no part in an operation alone, and making it takes time
+                    // operations alone do not use it, and creating it takes time
                     if (victim == Contacts && !all.at(i).needsContacts && answer != Good)
                         continue;
                     if (answer != FailedMember || hasMembers)
@@ -291,8 +291,8 @@ class TestLifetime : public QObject
         }
     }
 
-    /// Does the deed once more in a world of its own, as long as @p once, which kills the victim, wants it
-    /// to. Afterwards everything that was the victim's must be gone, and say nothing.
+    /// Repeats the operation in a new World, destroying the victim one step later each time, until @p once
+    /// returns false. Afterwards everything the victim owned must be destroyed and emit nothing.
     static void untilOver(const std::function<bool(World&, const Deed&, Victim, int)>& once)
     {
         const auto [index, victim, answer] = cells<int, int, int>();
@@ -309,12 +309,12 @@ class TestLifetime : public QObject
             QVERIFY(world.isReady);
             setAnswers(wire, Answers(answer));
             goesOn = once(world, deed, dying, number);
-            if (world.heardAtEnd < 0) { // nobody was killed
+            if (world.heardAtEnd < 0) { // nothing was destroyed
                 QVERIFY(world.isOver());
                 break;
             }
             const Listener& dead = world.heardOf(dying);
-            // what has a successor on the event loop, and the threads' last words
+            // deliver pending events, and the last ones from threads
             QVERIFY2(spinUntil([&] { return world.isGone(dying); }),
                      dead.last + ' ' + QByteArray::number(number));
             QVERIFY(world.settles(dying));
@@ -444,7 +444,7 @@ private Q_SLOTS:
                 goesOn = !isOver();
                 kill();
             }
-            QVERIFY2(!wasInside, listener.last); // no sanitizer sees what Qt does with a reply that is gone
+            QVERIFY2(!wasInside, listener.last); // sanitizers do not see a use after free inside Qt
             const int heard = listener.heard;
             QVERIFY(spinUntil(isOver));
             for (int i = 0; i < 3; ++i)
