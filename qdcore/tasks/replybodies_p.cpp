@@ -36,7 +36,9 @@ void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& e
         body->ended = [=] {
             ended(reply, body->isCut ? QNetworkReply::OperationCanceledError : error, body->bytes);
         };
-        arrive(body, rest);
+        body->rest = rest;
+        if (!body->isQueued)
+            takePortion(body);
     };
     reply->setReadBufferSize(bufferSize);
     QObject::connect(reply, &QNetworkReply::readyRead, context, [=] {
@@ -44,7 +46,8 @@ void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& e
             return;
         if (!std::exchange(body->isBegun, true))
             reply->setProperty(Task::bodyHeadProperty, reply->peek(Task::bodyHeadSize));
-        arrive(body, reply->readAll());
+        if (!body->isQueued)
+            takePortion(body);
     });
     QObject::connect(reply, &QNetworkReply::finished, context, [=] {
         // one that was aborted is closed
@@ -54,32 +57,26 @@ void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& e
                      [=] { end(QNetworkReply::OperationCanceledError, QByteArray()); });
 }
 
-void ReplyBodies::arrive(const std::shared_ptr<Body>& body, const QByteArray& block)
-{
-    if (!body->isCut)
-        body->arrived.append(block);
-    if (!body->isQueued)
-        takeArrived(body);
-}
-
 /// Takes a portion of what has arrived, and leaves the rest to a later turn of the event loop: what arrives
-/// compressed may come in blocks of many megabytes.
-void ReplyBodies::takeArrived(const std::shared_ptr<Body>& body)
+/// compressed may come in blocks of many megabytes. The rest of an ended reply is in the body, otherwise it
+/// is in the reply.
+void ReplyBodies::takePortion(const std::shared_ptr<Body>& body)
 {
-    const int left = body->arrived.size() - body->taken;
-    const int size =
-        left > maxArrived ? left : qMin(left, body->portion); // better blocked than out of memory
-    take(*body, QByteArray::fromRawData(body->arrived.constData() + body->taken, size));
-    body->taken += size;
-    if (body->isCut || size == left) {
-        body->arrived.clear();
-        body->taken = 0;
+    const bool isInReply = !body->ended && body->reply;
+    const qint64 left = isInReply ? body->reply->bytesAvailable() : body->rest.size() - body->taken;
+    const qint64 size =
+        left > maxArrived ? left : qMin<qint64>(left, body->portion); // rather blocked than out of memory
+    if (isInReply) {
+        take(*body, body->reply->read(size));
+    } else {
+        take(*body, QByteArray::fromRawData(body->rest.constData() + body->taken, int(size)));
+        body->taken += int(size);
     }
-    if (body->isCut && body->reply && !body->ended)
+    if (body->isCut && isInReply)
         body->reply->abort(); // ends it
-    body->isQueued = !body->arrived.isEmpty();
+    body->isQueued = left > size && !body->isCut;
     if (body->isQueued) {
-        const auto next = [this, body] { takeArrived(body); };
+        const auto next = [this, body] { takePortion(body); };
         QMetaObject::invokeMethod(body->context, next, Qt::QueuedConnection);
     } else if (body->ended) {
         const auto ended = std::exchange(body->ended, [] {});

@@ -54,18 +54,17 @@ private:
         QObject* context{nullptr};
         std::shared_ptr<ReplyReader> reader;
         int portion{0};
-        QByteArray arrived; ///< And not taken yet,
-        int taken{0};       ///< but for so many bytes.
+        QByteArray rest; ///< What had not been read when the reply ended,
+        int taken{0};    ///< and how much of it has been taken since.
         QByteArray bytes;
         std::function<void()> ended; ///< Set when the reply has ended.
         bool isBegun{false};
         bool isKept{true}; ///< In bytes.
         bool isCut{false};
-        bool isQueued{false}; ///< A call of takeArrived() is.
+        bool isQueued{false}; ///< A call of takePortion() is.
     };
 
-    void arrive(const std::shared_ptr<Body>& body, const QByteArray& block);
-    void takeArrived(const std::shared_ptr<Body>& body);
+    void takePortion(const std::shared_ptr<Body>& body);
     void take(Body& body, const QByteArray& block);
 
     qint64 m_received{0}; ///< The bytes of all replies together.

@@ -263,7 +263,7 @@ private Q_SLOTS:
             log.emplace();
         Watch watch;
         QCOMPARE(world.run(operation(name), 120), status);
-        QVERIFY(watch.held(13 * (size / megabyte), 4 * longestPause));
+        QVERIFY(watch.held(15 * (size / megabyte), 4 * longestPause));
     }
 
     void floods_data()
