@@ -225,6 +225,19 @@ private Q_SLOTS:
             qobject_cast<QuendraContactProvider*>(silent.provider)->isStored(ContactList::PersonalContacts));
     }
 
+    void sourceRemovedBeforeAReplyIsStored()
+    {
+        SilentWorld silent;
+        for (const char* step : {"has 1@1", "ask-all"})
+            QVERIFY(silent.play(s(step)));
+        silent.storage->scopeBegin(); // the thread that stores waits
+        QVERIFY(silent.play(s("all 12 1 2")));
+        silent.storage->deleteSource(silent.provider->sourceId());
+        QVERIFY(silent.storage->scopeEnd());
+        QVERIFY(spinUntil([&] { return silent.provider->findChildren<QThread*>().isEmpty(); }));
+        QCOMPARE(silent.content(), QString());
+    }
+
     void askedWhileItEnds()
     {
         SilentWorld silent;
