@@ -235,17 +235,7 @@ double plainRemove(int round, int contacts)
     World world(round, contacts, 0);
     world.sync();
     Plain plain(world.file());
-    plain.run("DROP TRIGGER delete_source");
-    plain.run("DROP TRIGGER delete_contact");
-    const double time = milliseconds([&] {
-        plain.run("BEGIN;"
-                  "DELETE FROM properties WHERE contact IN (SELECT id FROM contacts WHERE source=1);"
-                  "DELETE FROM groups WHERE contact IN (SELECT id FROM contacts WHERE source=1) "
-                  "OR contactgroup IN (SELECT id FROM contacts WHERE source=1);"
-                  "DELETE FROM contacts WHERE source=1;"
-                  "DELETE FROM sources WHERE id=1;"
-                  "COMMIT");
-    });
+    const double time = plain.deleteFirstSource();
     if (plain.number("SELECT count(*) FROM contacts") != 0)
         fail("plain gap-remove");
     return time;

@@ -377,17 +377,7 @@ double plainSourceDelete(int round, int count)
     TwoSources filled(round, count);
     filled.store.reset();
     Plain plain(filled.folder.file());
-    plain.run("DROP TRIGGER delete_source");
-    plain.run("DROP TRIGGER delete_contact");
-    const double time = milliseconds([&] {
-        plain.run("BEGIN;"
-                  "DELETE FROM properties WHERE contact IN (SELECT id FROM contacts WHERE source=1);"
-                  "DELETE FROM groups WHERE contact IN (SELECT id FROM contacts WHERE source=1) "
-                  "OR contactgroup IN (SELECT id FROM contacts WHERE source=1);"
-                  "DELETE FROM contacts WHERE source=1;"
-                  "DELETE FROM sources WHERE id=1;"
-                  "COMMIT");
-    });
+    const double time = plain.deleteFirstSource();
     if (plain.number("SELECT count(*) FROM contacts") != count ||
         plain.number("SELECT count(*) FROM groups") != count)
         fail("plain source-delete");
