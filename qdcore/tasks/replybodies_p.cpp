@@ -33,8 +33,9 @@ void ReplyBodies::collect(QNetworkReply* reply, QObject* context, const Ended& e
     const auto end = [=](int error, const QByteArray& rest) {
         if (body->ended)
             return; // it was told before
-        body->ended = [=] {
-            ended(reply, body->isCut ? QNetworkReply::OperationCanceledError : error, body->bytes);
+        // a plain pointer: the body would otherwise own itself where its task goes before this is called
+        body->ended = [=, ending = body.get()] {
+            ended(reply, ending->isCut ? QNetworkReply::OperationCanceledError : error, ending->bytes);
         };
         body->rest = rest;
         if (!body->isQueued)
